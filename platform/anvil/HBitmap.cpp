@@ -16,43 +16,12 @@ HBitmap::HBitmap(Bit size) : size_(size) {
   }
 }
 
-bool HBitmap::isSet(Bit bit) const {
-  assert(bit < size_);
-  return !(word(0, bit / kWordBits) & mask(bit));
-}
-
-void HBitmap::setBit(Bit bit) {
-  if (isSet(bit)) return;
-  ++count_;
-  for (std::size_t level = 0; level < levels_; ++level, bit /= kWordBits) {
-    if (word(level, bit / kWordBits) &= ~mask(bit)) return;
-  }
-}
-
-void HBitmap::clearBit(Bit bit) {
-  if (!isSet(bit)) return;
-  --count_;
-  for (std::size_t level = 0; level < levels_; ++level, bit /= kWordBits) {
-    auto& here = word(level, bit / kWordBits);
-    auto const known = here != 0;
-    here |= mask(bit);
-    if (known) return;
-  }
-}
-
 void HBitmap::setRange(Bit first, Bit length) {
   for (Bit i = 0; i < length; ++i) setBit(first + i);
 }
 
 void HBitmap::clearRange(Bit first, Bit length) {
   for (Bit i = 0; i < length; ++i) clearBit(first + i);
-}
-
-std::optional<HBitmap::Bit> HBitmap::findClearBit() const {
-  if (count_ == size_) return {};
-  Bit at = 0;
-  for (auto level = levels_; level-- > 0;) at = at * kWordBits + static_cast<Bit>(std::countr_zero(word(level, at)));
-  return at;
 }
 
 std::optional<HBitmap::Bit> HBitmap::findClearRange(Bit length) const {

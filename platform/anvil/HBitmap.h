@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <bit>
 #include <cassert>
 #include <cstddef>
 #include <cstdint>
@@ -63,5 +64,37 @@ class HBitmap {
   std::array<Bit, kMaxLevels> levelAt_{};
   std::vector<Word> words_;
 };
+
+inline bool HBitmap::isSet(Bit bit) const {
+  assert(bit < size_);
+  return !(word(0, bit / kWordBits) & mask(bit));
+}
+
+inline void HBitmap::setBit(Bit bit) {
+  if (isSet(bit)) return;
+  ++count_;
+  for (std::size_t level = 0; level < levels_; ++level, bit /= kWordBits) {
+    // A word that has others left is still known above.
+    if (word(level, bit / kWordBits) &= ~mask(bit)) return;
+  }
+}
+
+inline void HBitmap::clearBit(Bit bit) {
+  if (!isSet(bit)) return;
+  --count_;
+  for (std::size_t level = 0; level < levels_; ++level, bit /= kWordBits) {
+    auto& here = word(level, bit / kWordBits);
+    auto const known = here != 0;
+    here |= mask(bit);
+    if (known) return;
+  }
+}
+
+inline std::optional<HBitmap::Bit> HBitmap::findClearBit() const {
+  if (count_ == size_) return {};
+  Bit at = 0;
+  for (auto level = levels_; level-- > 0;) at = at * kWordBits + static_cast<Bit>(std::countr_zero(word(level, at)));
+  return at;
+}
 
 }  // namespace Anvil
