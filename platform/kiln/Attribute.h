@@ -23,6 +23,8 @@
 ///   KILN_ENTITY_COLL(id, Key, Class, key, x)  x(k), xHas(k), xIs(k, args…) finds or makes, xIs(ptr), xDel(k), xDelAll();
 ///                                             `key` is the member of Class that reads its key
 ///   KILN_METHOD(x)                            void x() may be called by name
+///   KILN_RESERVED(id, "Ns::Class", x)         keeps the id of an attribute whose class is not part of this build; null
+///   KILN_WATCHED(…)                           in Sm.h: a pointer whose changes run a handler
 ///
 /// Each gives `xId`, the id that a change of the attribute carries. After a macro the access is private.
 
@@ -182,5 +184,9 @@
 #define KILN_METHOD(name_)                                                                      \
   inline static ::Kiln::TypeLink const name_##Link_{                                            \
       kilnType(), ::Kiln::Method{#name_, [](::Dovel::Node& object) { static_cast<KilnSelf&>(object).name_(); }}};
+
+#define KILN_RESERVED(id_, typeName_, name_)                                                    \
+  inline static ::Kiln::TypeLink const name_##Link_{                                            \
+      kilnType(), ::Kiln::Impl::reservedAttribute(id_, #name_, [] { return std::string_view(typeName_); })};
 
 #include "platform/kiln/AttributeImpl.h"

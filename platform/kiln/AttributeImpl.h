@@ -133,6 +133,12 @@ Attribute fixedAttribute(AttributeId id, std::string_view name) {
           nullptr, nullptr, nullptr};
 }
 
+inline Attribute reservedAttribute(AttributeId id, std::string_view name, std::string_view (*typeName)()) {
+  return {id,      name,    typeName, nullptr, AttributeKind::pointer, false,
+          [](Dovel::Node const&, JsonOut& out) { nullOut(out); },
+          nullptr, nullptr, nullptr};
+}
+
 template <class K>
 K keyIn(std::string_view text, JsonIn const& in) {
   K key{};

@@ -4,6 +4,20 @@
 #include "platform/dovel/Ptr.h"
 #include "platform/kiln/Attribute.h"
 
+/// A pointer attribute whose object is watched: x(), and xIs(ptr), which moves the subscription and runs `CatchUp_` once for
+/// the new object. `OnChange_` and `CatchUp_` (or nullptr) are members of the class, declared above; the member x_ is a
+/// `Kiln::Watch` and takes the constructor's initialiser.
+#define KILN_WATCHED(id_, Type_, name_, OnChange_, CatchUp_)                                    \
+ public:                                                                                        \
+  static constexpr ::Kiln::AttributeId name_##Id = id_;                                         \
+  ::Dovel::Ptr<Type_> const& name_() const { return name_##_.get(); }                           \
+  void name_##Is(::Dovel::Ptr<Type_> const& object) { name_##_.notifierIs(object); }            \
+                                                                                                \
+ private:                                                                                       \
+  ::Kiln::Watch<Type_, OnChange_, CatchUp_> name_##_{*this};                                    \
+  inline static ::Kiln::TypeLink const name_##Link_{                                            \
+      kilnType(), ::Kiln::Impl::fixedAttribute<KilnSelf, ::Dovel::Ptr<Type_>, &KilnSelf::name_>(id_, #name_)};
+
 namespace Kiln {
 
 class Sm;
