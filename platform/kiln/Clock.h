@@ -1,0 +1,121 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace Kiln {
+
+using Seconds = double;
+
+/// Tells the time that timed work goes by, in seconds from a start of the clock's own; never goes back.
+class Clock {
+ public:
+  virtual ~Clock() = default;
+  virtual Seconds now() const = 0;
+};
+
+/// Time of the machine since the clock was made.
+class RealClock final : public Clock {
+ public:
+  RealClock();
+  Seconds now() const override;
+
+ private:
+  Seconds start_;
+};
+
+/// Time that passes only when it is told to.
+class VirtualClock final : public Clock {
+ public:
+  Seconds now() const override { return now_; }
+  /// REQUIRES: by >= 0.
+  void advance(Seconds by);
+
+ private:
+  Seconds now_ = 0;
+};
+
+/// What an activity manager goes by.
+class ActivityManagerConfig {
+ public:
+  /// Never null; a real clock until another is set. Belongs to who set it.
+  Clock* clock() const { return clock_; }
+  /// Null stands for the real clock. REQUIRES: nothing is scheduled; the clock outlives its use here.
+  void clockIs(Clock* clock);
+
+ protected:
+  ActivityManagerConfig();
+  ~ActivityManagerConfig() = default;
+
+ private:
+  Clock* clock_;
+};
+
+/// Keeps work for a later time and runs it when the loop asks.
+///
+/// Reads the clock. Work of equal time runs in the order in which it was scheduled. Main thread only. Work may schedule
+/// and cancel; what it schedules runs at the earliest in the next `runDue`, so that a turn of the loop ends.
+/// Owns the callables; each is released when it has run or was cancelled. Steady use allocates nothing.
+class ActivityManager : public ActivityManagerConfig {
+ public:
+  /// Names one piece of scheduled work; never 0, not used again for another.
+  using Id = std::uint64_t;
+
+  ActivityManager() = default;
+  ActivityManager(ActivityManager const&) = delete;
+  ActivityManager& operator=(ActivityManager const&) = delete;
+
+  /// Runs `work` once, `delay` seconds from now or as soon as the loop turns if that is not positive.
+  Id schedule(Seconds delay, std::function<void()> work);
+  /// Whether the work was still waiting; then it will not run.
+  bool cancel(Id id);
+  /// Runs what is due now in order of time, then of scheduling. Returns how many ran.
+  std::size_t runDue();
+  /// The clock's time at which the next work is due (it may be past); nothing if none waits.
+  std::optional<Seconds> nextDue() const;
+  /// How many pieces of work wait.
+  std::size_t waiting() const { return waiting_; }
+
+ private:
+  struct Turn {
+    Seconds due;
+    std::uint64_t order;
+    Id id;
+  };
+  struct Slot {
+    Id id = 0;
+    std::function<void()> work;
+  };
+  static bool later(Turn const& a, Turn const& b);
+  std::function<void()> release(Slot& slot);
+  Slot* slotOf(Id id);
+  void popTurn();
+  void dropCancelled();
+
+  std::vector<Turn> turns_;  ///< A heap, the next on top; cancelled work leaves its turn behind, never on top.
+  std::vector<Slot> slots_;
+  std::vector<std::uint32_t> freeSlots_;
+  std::uint64_t scheduled_ = 0;
+  std::size_t waiting_ = 0;
+};
+
+/// The process's activity manager; never null, lives until the process ends.
+ActivityManager* activityManager();
+
+/// Puts a clock into the process's activity manager and the former back at its end.
+class ClockScope {
+ public:
+  explicit ClockScope(Clock& clock) : former_(activityManager()->clock()) { activityManager()->clockIs(&clock); }
+  ~ClockScope() { activityManager()->clockIs(former_); }
+  ClockScope(ClockScope const&) = delete;
+  ClockScope& operator=(ClockScope const&) = delete;
+
+ private:
+  Clock* former_;
+};
+
+}  // namespace Kiln
