@@ -1,0 +1,16 @@
+#include "platform/dovel/Node.h"
+
+namespace Dovel {
+
+void Node::hasNotificationActiveIs(bool active) { nodeFlagSet(kNotificationActive, active); }
+
+void Node::kilnDoZombieReactors(bool zombie) { nodeFlagSet(kZombie, zombie); }
+
+void Node::lastUserGoneImpl() const noexcept {
+  word_ += kGoing;
+  auto* self = const_cast<Node*>(this);
+  self->lastUserGone();
+  delete self;
+}
+
+}  // namespace Dovel

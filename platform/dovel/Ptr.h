@@ -1,0 +1,73 @@
+#pragma once
+
+#include <concepts>
+#include <cstddef>
+#include <utility>
+
+namespace Dovel {
+
+/// Owning pointer to a `Node`; null is allowed. `Ptr<T const>` is the read-only form.
+template <class T>
+class Ptr {
+ public:
+  using element_type = T;
+
+  Ptr() noexcept = default;
+  Ptr(std::nullptr_t) noexcept {}
+  Ptr(T* object) noexcept : object_(object) { inc(); }
+  Ptr(Ptr const& other) noexcept : object_(other.object_) { inc(); }
+  Ptr(Ptr&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+  template <class U>
+    requires(std::convertible_to<U*, T*> && !std::same_as<U, T>)
+  Ptr(Ptr<U> const& other) noexcept : object_(other.get()) {
+    inc();
+  }
+  template <class U>
+    requires(std::convertible_to<U*, T*> && !std::same_as<U, T>)
+  Ptr(Ptr<U>&& other) noexcept : object_(other.release()) {}
+  ~Ptr() { dec(); }
+
+  Ptr& operator=(Ptr const& other) noexcept {
+    Ptr(other).swap(*this);
+    return *this;
+  }
+  Ptr& operator=(Ptr&& other) noexcept {
+    Ptr(std::move(other)).swap(*this);
+    return *this;
+  }
+
+  T* get() const noexcept { return object_; }
+  T& operator*() const noexcept { return *object_; }
+  T* operator->() const noexcept { return object_; }
+  explicit operator bool() const noexcept { return object_ != nullptr; }
+  void swap(Ptr& other) noexcept { std::swap(object_, other.object_); }
+  /// Hands the use over to the caller, who has to drop it.
+  T* release() noexcept { return std::exchange(object_, nullptr); }
+
+  friend bool operator==(Ptr const& a, Ptr const& b) noexcept { return a.object_ == b.object_; }
+  friend bool operator==(Ptr const& a, std::nullptr_t) noexcept { return a.object_ == nullptr; }
+
+ private:
+  void inc() const noexcept {
+    if (object_) object_->useInc();
+  }
+  void dec() const noexcept {
+    if (object_) object_->useDec();
+  }
+
+  T* object_ = nullptr;
+};
+
+/// Makes a `T`; its first use is the returned pointer.
+template <class T, class... Args>
+Ptr<T> make(Args&&... args) {
+  return Ptr<T>(new T(std::forward<Args>(args)...));
+}
+
+/// `pointer` as a `T`, null if it points at something else.
+template <class T, class U>
+Ptr<T> cast(Ptr<U> const& pointer) {
+  return Ptr<T>(dynamic_cast<T*>(pointer.get()));
+}
+
+}  // namespace Dovel

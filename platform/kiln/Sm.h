@@ -1,0 +1,186 @@
+#pragma once
+
+#include "platform/dovel/Publisher.h"
+#include "platform/dovel/Ptr.h"
+#include "platform/kiln/Attribute.h"
+
+namespace Kiln {
+
+class Sm;
+
+/// What a state machine holds to be told of changes: one watched object, or a family of nested reactors.
+class SmPart {
+ public:
+  SmPart(SmPart const&) = delete;
+  SmPart& operator=(SmPart const&) = delete;
+
+  virtual void partNotificationActiveIs(bool active) = 0;
+  virtual void partZombieIs(bool zombie) = 0;
+  /// The owner goes: nothing that lives on may reach it.
+  virtual void partRelease() = 0;
+
+ protected:
+  explicit SmPart(Sm& owner);
+  ~SmPart() = default;
+
+ private:
+  friend class Sm;
+  SmPart* nextPart_ = nullptr;
+};
+
+/// Base of state machines: an object whose behaviour is a set of handlers that run when other objects change.
+///
+/// It listens from its construction on, while its members are made; a class whose owner switches it on later says
+/// `Sm(Quiet{})`. Its parts (`Watch`, `NestedSms`) put themselves into its list, so that switching notification, becoming a
+/// zombie and the order of its end are written here once: when the last user goes, notification off, zombie, then the
+/// parts let go of the owner; the members go after that.
+/// Main thread only. A handler runs to completion; it may write state that runs further handlers on its stack.
+class Sm : public Dovel::PublishingNode {
+ public:
+  void hasNotificationActiveIs(bool active) override;
+  void kilnDoZombieReactors(bool zombie) override;
+
+ protected:
+  struct Quiet {};
+
+  Sm() { nodeFlagSet(kNotificationActive, true); }
+  explicit Sm(Quiet) {}
+  void lastUserGone() override;
+
+ private:
+  friend class SmPart;
+  SmPart* firstPart_ = nullptr;
+};
+
+/// Takes a watched pointer as it is: subscribes, and does not run the handler for what the object already holds.
+struct SubscribeOnly {};
+
+/// One object that a state machine watches.
+///
+/// `OnChange` is a member function of the owner that gets each change; `CatchUp`, if given, runs once whenever another
+/// object is bound later by `notifierIs`, for the state that the object already has. A zombie's functions never run.
+///
+///   Kiln::Watch<State, &Self::stateDispatch, &Self::handleState> state_{*this};
+template <class T, auto OnChange, auto CatchUp = nullptr>
+class Watch final : private Dovel::Subscriber, private SmPart {
+ public:
+  template <class Owner>
+  explicit Watch(Owner& owner)
+      : Dovel::Subscriber(&dispatch<Owner>), SmPart(owner), owner_(owner), catchUp_(&runCatchUp<Owner>) {}
+  template <class Owner>
+  Watch(Owner& owner, Dovel::Ptr<T> object, SubscribeOnly) : Watch(owner) {
+    object_ = std::move(object);
+    subscribedIs(owner_.hasNotificationActive());
+  }
+  ~Watch() { subscribedIs(false); }
+
+  Dovel::Ptr<T> const& get() const { return object_; }
+  T* operator->() const { return object_.get(); }
+  explicit operator bool() const { return bool(object_); }
+
+  /// Watches `object` in place of the former one. Null only ends the former subscription.
+  void notifierIs(Dovel::Ptr<T> const& object) {
+    if (object == object_) return;
+    subscribedIs(false);
+    object_ = object;
+    subscribedIs(owner_.hasNotificationActive());
+    if (object_ && !owner_.isZombie()) catchUp_(owner_);
+  }
+
+ private:
+  template <class Owner>
+  static void dispatch(Dovel::Subscriber& subscriber, Dovel::Change const& change) {
+    auto& self = static_cast<Watch&>(subscriber);
+    if (self.owner_.isZombie()) return;
+    (static_cast<Owner&>(self.owner_).*OnChange)(change);
+  }
+  template <class Owner>
+  static void runCatchUp(Sm& owner) {
+    if constexpr (!std::is_null_pointer_v<decltype(CatchUp)>) (static_cast<Owner&>(owner).*CatchUp)();
+  }
+
+  void subscribedIs(bool wanted) {
+    if (!object_ || wanted == this->subscribed()) return;
+    if (wanted) {
+      object_->publisher()->subscriberAdd(*this);
+    } else {
+      object_->publisher()->subscriberRemove(*this);
+    }
+  }
+  void partNotificationActiveIs(bool active) override { subscribedIs(active); }
+  void partZombieIs(bool) override {}
+  void partRelease() override { subscribedIs(false); }
+
+  Sm& owner_;
+  Dovel::Ptr<T> object_;
+  void (*catchUp_)(Sm&);
+};
+
+/// A nested reactor: a small object of its own that watches one object for a state machine.
+///
+/// A subclass keeps a pointer to its owner that is not counted, and overrides `onAttribute`.
+class NotifieeConst : public Dovel::Node, private Dovel::Subscriber {
+ public:
+  Dovel::Ptr<Dovel::Node const> const& notifier() const { return notifier_; }
+  /// Watches `notifier` in place of the former object, if this reactor is registered and active; null ends it.
+  virtual void notifierIs(Dovel::Ptr<Dovel::Node const> const& notifier);
+  /// Whether this reactor listens at all. Off for a new one.
+  void isRegisteredNotifieeIs(bool registered);
+  void hasNotificationActiveIs(bool active) override;
+
+ protected:
+  NotifieeConst();
+  ~NotifieeConst() override;
+  /// Called for each change of the notifier, unless the reactor is a zombie.
+  virtual void onAttribute(Dovel::Change const& change) = 0;
+
+ private:
+  void subscribe();
+  void unsubscribe();
+
+  Dovel::Ptr<Dovel::Node const> notifier_;
+  bool registered_ = false;
+};
+
+/// The nested reactors of a state machine, by the key of what they watch.
+///
+/// `Nested` is a `NotifieeConst` with `key()` and `ownerClear()`.
+template <class Key, class Nested>
+class NestedSms final : private SmPart {
+ public:
+  using Map = EntityMap<Key, Nested, &Nested::key>;
+
+  explicit NestedSms(Sm& owner) : SmPart(owner) {}
+  ~NestedSms() { delAll(); }
+
+  Map const& all() const { return map_; }
+  Dovel::Ptr<Nested> const& at(Key const& key) const { return map_.at(key); }
+  void add(Dovel::Ptr<Nested> const& nested) { map_.assign(nested); }
+  /// The reactor of `key`, which handles nothing any more; null if there was none.
+  Dovel::Ptr<Nested> del(Key const& key) {
+    auto const nested = map_.take(key);
+    if (nested) end(*nested);
+    return nested;
+  }
+  void delAll() {
+    for (auto const& key : keysOf(map_)) del(key);
+  }
+
+ private:
+  static void end(Nested& nested) {
+    nested.kilnDoZombieReactors(true);
+    nested.ownerClear();
+    nested.hasNotificationActiveIs(false);
+  }
+  void partNotificationActiveIs(bool active) override {
+    for (auto const& nested : map_) nested->hasNotificationActiveIs(active);
+  }
+  void partZombieIs(bool zombie) override {
+    for (auto const& nested : map_) nested->kilnDoZombieReactors(zombie);
+  }
+  void partRelease() override { delAll(); }
+
+  Map map_;
+};
+
+}  // namespace Kiln

@@ -1,0 +1,70 @@
+#include "platform/kiln/Type.h"
+
+#include <map>
+
+namespace Kiln {
+
+namespace {
+
+std::map<std::string_view, Type*>& registry() {
+  static std::map<std::string_view, Type*> all;
+  return all;
+}
+
+}  // namespace
+
+Type::Type(std::string_view name, Type const* base, Construct construct)
+    : name_(name), base_(base), construct_(construct) {
+  kilnModuleIs(*this);
+}
+
+std::vector<Attribute const*> Type::attributes() const {
+  std::vector<Attribute const*> all;
+  if (base_) all = base_->attributes();
+  for (auto const& attribute : attributes_) all.push_back(&attribute);
+  return all;
+}
+
+Attribute const* Type::attribute(std::string_view name) const {
+  for (auto const& attribute : attributes_) {
+    if (attribute.name == name) return &attribute;
+  }
+  return base_ ? base_->attribute(name) : nullptr;
+}
+
+Method const* Type::method(std::string_view name) const {
+  for (auto const& method : methods_) {
+    if (method.name == name) return &method;
+  }
+  return base_ ? base_->method(name) : nullptr;
+}
+
+bool Type::isA(Type const& other) const {
+  for (auto const* type = this; type; type = type->base_) {
+    if (type == &other) return true;
+  }
+  return false;
+}
+
+TypeLink::TypeLink(Type& type, Attribute const& attribute) { type.attributes_.push_back(attribute); }
+TypeLink::TypeLink(Type& type, Method const& method) { type.methods_.push_back(method); }
+
+void kilnModuleIs(Type& type) { registry().emplace(type.name(), &type); }
+
+Type const* typeByName(std::string_view name) {
+  auto const found = registry().find(name);
+  return found == registry().end() ? nullptr : found->second;
+}
+
+std::vector<Type const*> types() {
+  std::vector<Type const*> all;
+  for (auto const& [name, type] : registry()) all.push_back(type);
+  return all;
+}
+
+Dovel::Ptr<Dovel::Node> newByTypeName(std::string_view typeName, std::string const& name) {
+  auto const* type = typeByName(typeName);
+  return type && type->constructible() ? type->make(name) : nullptr;
+}
+
+}  // namespace Kiln
