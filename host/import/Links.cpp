@@ -57,14 +57,14 @@ bool hasDetails(JsonFile const& file) {
   return std::any_of(all.begin(), all.end(), [](JsonAt at) { return at.has("linkinfo"); });
 }
 
-void requireSameSource(JsonAt one, JsonAt other, std::string const& name) {
+/// One device in two files of the same age.
+void requireSameSource(JsonAt known, JsonAt data, std::string const& name) {
   for (auto const key : {"local", "local6", "port"}) {
-    auto const mine = one.find(key);
-    auto const theirs = other.find(key);
-    auto const shown = mine ? mine->shown() : "none";
-    if ((theirs ? theirs->shown() : "none") == shown) continue;
-    auto const expected = fmt::format("the \"{}\" {} that {} has for {}", key, shown, one.file(), name);
-    theirs ? theirs->fail(expected) : other.fail(expected);
+    auto const theirs = known.find(key);
+    auto const mine = data.find(key);
+    auto const wanted = theirs ? theirs->shown() : "nothing";
+    if ((mine ? mine->shown() : "nothing") == wanted) continue;
+    mine.value_or(data).fail(fmt::format("the {} {} that {} has for {}", key, wanted, known.file(), name));
   }
 }
 
@@ -96,7 +96,7 @@ void Links::addVxlanDevices(JsonFile const& file) {
     if (device.kind != DeviceKind::vxlan) continue;
     auto const data = at.at("linkinfo").at("info_data");
     auto const [known, isNew] = vxlanData_.try_emplace(device.name, data);
-    if (!isNew) requireSameSource(data, known->second, device.name);
+    if (!isNew) requireSameSource(known->second, data, device.name);
     auto name = device.name;
     devices_.insert_or_assign(std::move(name), std::move(device));
   }
