@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string_view>
 #include <type_traits>
 
@@ -19,8 +20,9 @@ constexpr std::uint64_t mix(std::uint64_t a) { return mix(a, 0); }
 
 /// Hash of a value for the open-addressing containers.
 ///
-/// Numbers, enumerations and pointers are mixed here, strings go to the standard hash, every other type brings a
-/// `hash_value(T const&)` in its own namespace. All of them spread over all bits, so that no container mixes again.
+/// Numbers, enumerations and pointers are mixed here, strings go to the standard hash, ordered ranges are mixed element
+/// by element, and every other type brings a `hash_value(T const&)` in its own namespace. All of them spread over all
+/// bits, so that no container mixes again.
 template <class T>
 struct Hash {
   using is_avalanching = void;
@@ -32,8 +34,14 @@ struct Hash {
       return mix(reinterpret_cast<std::uintptr_t>(value));
     } else if constexpr (std::is_convertible_v<T const&, std::string_view>) {
       return std::hash<std::string_view>{}(value);
-    } else {
+    } else if constexpr (requires { hash_value(value); }) {
       return hash_value(value);
+    } else {
+      static_assert(
+          !requires { typename T::hasher; }, "an unordered container has no hash of its elements in order");
+      std::uint64_t seed = value.size();
+      for (auto const& element : value) seed = mix(seed, Hash<std::remove_cvref_t<decltype(element)>>{}(element));
+      return seed;
     }
   }
 };
