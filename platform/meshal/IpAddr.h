@@ -3,6 +3,7 @@
 #include <array>
 #include <compare>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -52,7 +53,9 @@ class Ip6Addr {
   /// A hash that is the same on every machine and in every run.
   std::uint64_t hash() const { return Kiln::mix(u64(0), u64(1)); }
 
-  friend bool operator==(Ip6Addr const&, Ip6Addr const&) = default;
+  friend bool operator==(Ip6Addr const& a, Ip6Addr const& b) {
+    return std::memcmp(a.bytes_.data(), b.bytes_.data(), sizeof a.bytes_) == 0;
+  }
   friend auto operator<=>(Ip6Addr const&, Ip6Addr const&) = default;
 
  private:

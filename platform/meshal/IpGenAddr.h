@@ -44,7 +44,10 @@ class IpGenAddr {
   /// The address with its lower 64 bits cut to zero.
   IpGenAddr getUpper64V6Addr() const;
 
-  friend bool operator==(IpGenAddr const&, IpGenAddr const&) = default;
+  // By hand: a comparison of fixed length needs no call.
+  friend bool operator==(IpGenAddr const& a, IpGenAddr const& b) {
+    return a.af_ == b.af_ && std::memcmp(a.bytes_.data(), b.bytes_.data(), sizeof a.bytes_) == 0;
+  }
   friend std::strong_ordering operator<=>(IpGenAddr const&, IpGenAddr const&) = default;
 
  private:
