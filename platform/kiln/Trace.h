@@ -77,10 +77,10 @@ class TraceRegistration {
   TraceHandle& handle_;
 };
 
-/// Sets the levels of all files from "NAME=MASK,NAME2=MASK": NAME may end in `*`, MASK is a number in any base that C
-/// writes, of at most 10 bits; of several items that fit a file the last counts; a file that no item fits is off.
-/// Files that are loaded later are set alike. Returns an empty text, or what is wrong (ill-formed item, or a name
-/// that no loaded file has); then nothing has changed.
+/// Sets the levels of all files from "NAME=MASK,NAME2=MASK": NAME may end in `*`, MASK is a number, decimal or
+/// 0x and hexadecimal, of at most 10 bits; of several items that fit a file the last counts; a file that no item fits
+/// is off. Files that are loaded later are set alike. Returns an empty text, or what is wrong (ill-formed item, or a
+/// name that no loaded file has); then nothing has changed.
 std::string traceMasksIs(std::string_view list);
 
 /// The last registered handle, head of the list of all; null if there is none.
