@@ -8,7 +8,8 @@
 
 #include "platform/kiln/TraceRing.h"
 
-/// Names the source file for traces; once in each file that uses `TRACE`, outside of every namespace or inside one.
+/// Names the source file for traces; once in each .cpp file that uses `TRACE`, at its head. Not for headers: the handle
+/// is the file's own.
 /// The same name may stand in several files.
 #define KILN_TRACE_FILE(name)                                             \
   namespace {                                                             \
