@@ -67,6 +67,8 @@ class EntityManager final : public Dovel::Node {
   Dovel::Ptr<Dovel::Node> entityIs(std::string const& path, std::string_view typeName) {
     return store_.entityIs(path, typeName);
   }
+  /// For the host: the entity at `path`, mounted or not. Null if there is none.
+  Dovel::Ptr<Dovel::Node> entity(std::string_view path) const { return store_.entity(path); }
   std::map<std::string, MountRecord, std::less<>> const& mounts() const { return mounts_; }
 
  private:

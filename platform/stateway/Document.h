@@ -2,10 +2,10 @@
 
 #include <rapidjson/document.h>
 
-#include <functional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "platform/dovel/Ptr.h"
 
@@ -40,9 +40,7 @@ class StateDocument {
  public:
   /// A document that names nothing.
   StateDocument() { json_.SetObject(); }
-  explicit StateDocument(rapidjson::Value const& json) { json_.CopyFrom(json, json_.GetAllocator()); }
-  StateDocument(StateDocument&&) = default;
-  StateDocument& operator=(StateDocument&&) = default;
+  explicit StateDocument(rapidjson::Document json) : json_(std::move(json)) {}
 
   /// Throws `DocumentError`.
   static StateDocument parse(std::string_view text);
