@@ -28,8 +28,8 @@ void entityCheck(Type const& type, JsonIn const& in) {
   in.eachMember([&](std::string_view name, JsonIn const& value) {
     auto const* attribute = type.attribute(name);
     if (!attribute || !attribute->writable) {
-      std::string const kind = attribute ? "attribute that can't be written" : "unknown attribute";
-      value.fail(kind.append(" of ").append(type.name()).append(", expected one of").append(writableNames(type)));
+      std::string text = attribute ? "attribute that can't be written" : "unknown attribute";
+      value.fail(text.append(" of ").append(type.name()).append(", expected one of").append(writableNames(type)));
     }
     attribute->check(value);
   });
