@@ -8,6 +8,7 @@
 
 #include "platform/dovel/Ptr.h"
 #include "platform/kiln/Hash.h"
+#include "platform/kiln/Text.h"
 #include "platform/scree/Slab.h"
 
 namespace Kiln {
