@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/dovel/Ptr.h"
+#include "platform/kiln/Hash.h"
 #include "platform/kiln/Text.h"
 #include "platform/scree/Slab.h"
 

@@ -35,7 +35,7 @@ class SmPart {
 
  protected:
   explicit SmPart(Sm& owner);
-  ~SmPart() = default;
+  virtual ~SmPart() = default;
 
  private:
   friend class Sm;

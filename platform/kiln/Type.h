@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/dovel/Node.h"
 #include "platform/dovel/Ptr.h"
 
 namespace Kiln {

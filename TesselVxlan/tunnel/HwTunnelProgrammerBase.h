@@ -1,0 +1,252 @@
+#pragma once
+
+#include <cstdint>
+
+#include "TesselVxlan/frame/TesselVxlanTypes.h"
+#include "TesselVxlan/nexthop/NextHopTableProgrammer.h"
+#include "TesselVxlan/nexthop/OverlayTableProgrammerBase.h"
+#include "TesselVxlan/nexthop/UnderlayEcmpProgrammer.h"
+#include "TesselVxlan/nexthop/VirtualPortTableProgrammer.h"
+#include "TesselVxlan/nexthop/VxlanL3Oif1TableProgrammer.h"
+#include "TesselVxlan/overlay/TesselVxlanEgrL3TunnelTablesProgrammer.h"
+#include "TesselVxlan/overlay/TesselVxlanTunnelTermTableProgrammer.h"
+#include "platform/anvil/IncrementalHBitmap.h"
+#include "platform/evpn/EvpnStatus.h"
+#include "platform/kiln/Sm.h"
+#include "platform/stateway/EntityManager.h"
+#include "platform/tessel/central/CommonData.h"
+#include "platform/tessel/central/VxlanRecords.h"
+#include "platform/tessel/central/VxlanToL2State.h"
+#include "platform/tessel/features/TesselChipAttributesVxlan.h"
+#include "platform/tessel/l3common/TesselVxlanState.h"
+#include "platform/tessel/l3common/VxlanDirs.h"
+#include "platform/tessel/qos/TrustStatus.h"
+#include "platform/vane/HwTunnel.h"
+#include "platform/vxlan/VxlanConfig.h"
+
+namespace TesselVxlan {
+
+class HwTunnelProgrammerBase;
+
+/// What a tunnel programmer is made from, in the order of its attributes. The programmers of all tunnel types share the
+/// table programmers and the pool of encapsulation ids; configuration, status and type are their own.
+struct TunnelProgrammerInputs {
+  Dovel::Ptr<Stateway::EntityManager> statewayEm;
+  Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> fcsd;
+  Dovel::Ptr<TesselCentral::VxlanToL2State> vxlanToL2State;
+  Dovel::Ptr<VirtualPortProgrammer> virtualPortTableProgrammer;
+  Dovel::Ptr<TesselVxlanTunnelTermTableProgrammer> tunnelTermTableProgrammer;
+  Dovel::Ptr<NextHopTableProgrammer> nextHopTableProgrammer;
+  Dovel::Ptr<TesselVxlanEgrL3TunnelTablesProgrammer> egrL3TunnelTablesProgrammer;
+  Dovel::Ptr<UnderlayEcmpProgrammer> underlayEcmpProgrammer;
+  Vane::TunnelType tunnelType{};
+  Dovel::Ptr<Vane::HwTunnelConfig const> hwTunnelConfig;
+  Dovel::Ptr<Vane::HwTunnelStatus> hwTunnelStatus;
+  Dovel::Ptr<TesselL3Common::TesselVxlanState> vxlanState;
+  Dovel::Ptr<Anvil::IncrementalHBitmap> encapIdBitmap;
+  Dovel::Ptr<TesselL3Common::TesselVxlanBumVtepConfigDir> bumVtepConfigDir;
+  Dovel::Ptr<TesselL3Common::EncapIdToBumVtepIpConfigDir> encapIdToBumVtepIpConfigDir;
+  Dovel::Ptr<TesselCommon::Qos::TrustStatus const> qosTrustStatus;
+  Dovel::Ptr<Vxlan::VxlanConfigDir const> vxlanConfigDir;
+  Dovel::Ptr<VxlanL3Oif1TableProgrammer> l3Oif1TableProgrammer;
+  Dovel::Ptr<Evpn::EvpnStatus const> evpnStatus;
+  Dovel::Ptr<TesselCentral::VxlanCapabilities const> vxlanCapabilities;
+  bool vxlanUnderlayFloodingHw = false;
+  Dovel::Ptr<TesselL3Common::FloodUnderlayVlanToVtepListDir> floodUnderlayVlanToVtepListDir;
+};
+
+/// Watches the record of one remote VTEP for one tunnel programmer and has the tunnel's status brought up to date when the
+/// tunnel id or the next-hop id changes. The first look is the next change's: making the reactor runs no handler.
+/// The owner is not counted; it clears itself here before it goes.
+class NestedSm_TunnelIdMap final : public Kiln::NotifieeConst {
+  KILN_BASE_TYPE(TesselVxlan::NestedSm_TunnelIdMap)
+
+ public:
+  NestedSm_TunnelIdMap(Dovel::Ptr<TesselCentral::VtepIpToTnlIdNhIdMap> const& map, HwTunnelProgrammerBase* owner);
+
+  /// The VTEP, which is the key of the record that is watched.
+  Meshal::IpGenAddr const& key() const { return map_->vtepIp(); }
+  Dovel::Ptr<TesselCentral::VtepIpToTnlIdNhIdMap> const& map() const { return map_; }
+  /// Watches another record of the same VTEP and runs both handlers for what it holds.
+  void mapIs(Dovel::Ptr<TesselCentral::VtepIpToTnlIdNhIdMap> const& map);
+  void ownerClear() { owner_ = nullptr; }
+
+  void updateTunnelIdStatus();
+  void updateCascadingNextHopIdInStatus();
+
+ protected:
+  void onAttribute(Dovel::Change const& change) override;
+
+ private:
+  Dovel::Ptr<TesselCentral::VtepIpToTnlIdNhIdMap> map_;
+  HwTunnelProgrammerBase* owner_;
+};
+
+/// Turns the life of the tunnels of one type into table entries and status.
+///
+/// In: configuration entries, through the helper state machine's calls; the ids that table programmers publish in the
+/// record of a VTEP; local VTEP, UDP ports, learning, DSCP and TOS settings. Out: outer header, virtual port, underlay and
+/// overlay entries, through the table programmers; one status entry per tunnel.
+///
+///   no record ──create──▶ recorded ──virtual port──▶ tunnel id ──overlay──▶ programmed: status stands
+///
+/// A status is written only from ids that have reached the VTEP's record, and a replaced generation's status goes only
+/// after the new one stands. Nothing is kept here about a tunnel but its watcher and the reverse of its next-hop id.
+/// Main thread only. Re-entrant at each write of shared state: a table programmer that publishes an id runs
+/// `maybeUpdateHwTunnelStatus` inside its own write, so each operation ends with the state it has found, not the state it
+/// began with. Table programmers are shared; the overlay programmer is this object's own, on a table that all share.
+class HwTunnelProgrammerBase : public Kiln::Sm {
+ public:
+  using ConfigEntry = Dovel::Ptr<Vane::HwTunnelConfigEntry const>;
+  using Handle = Asic::SwTableBase::EntryHandle::PtrConst;
+  using TunnelIdMaps = Kiln::NestedSms<Meshal::IpGenAddr, NestedSm_TunnelIdMap>;
+
+  void fcsdDispatch(Dovel::Change const& change);
+  void vxlanToL2StateDispatch(Dovel::Change const& change);
+  void qosTrustStatusDispatch(Dovel::Change const& change);
+  void vxlanConfigDirDispatch(Dovel::Change const& change);
+  void tnlNhUpdateConfigDispatch(Dovel::Change const& change);
+
+  KILN_TYPE_COMMON(TesselVxlan::HwTunnelProgrammerBase, nullptr)
+  KILN_FIXED(0x102, Dovel::Ptr<Stateway::EntityManager>, statewayEm)
+  KILN_WATCHED(0x103, TesselCentral::FeatureAgentCommonSmData const, fcsd, &KilnSelf::fcsdDispatch, nullptr)
+  KILN_FIXED(0x104, TesselCentral::ChipInfo, chipInfo)
+  KILN_FIXED(0x105, Dovel::Ptr<TesselChipAttributesVxlan const>, vxlanAttr)
+  KILN_WATCHED(0x106, TesselCentral::VxlanToL2State, vxlanToL2State, &KilnSelf::vxlanToL2StateDispatch, nullptr)
+  KILN_FIXED(0x107, Dovel::Ptr<VirtualPortProgrammer>, virtualPortTableProgrammer)
+  KILN_FIXED(0x108, Dovel::Ptr<TesselVxlanTunnelTermTableProgrammer>, tunnelTermTableProgrammer)
+  KILN_FIXED(0x109, Dovel::Ptr<NextHopTableProgrammer>, nextHopTableProgrammer)
+  KILN_RESERVED(0x10a, "TesselVxlan::HerNextHopTableProgrammer", herNextHopTableProgrammer)
+  KILN_FIXED(0x10b, Dovel::Ptr<TesselVxlanEgrL3TunnelTablesProgrammer>, egrL3TunnelTablesProgrammer)
+  KILN_FIXED(0x10c, Dovel::Ptr<UnderlayEcmpProgrammer>, underlayEcmpProgrammer)
+  KILN_RESERVED(0x10d, "TesselVxlan::EpreEdevConfigCcbeSm", epreEdevConfigCcbeSm)
+  KILN_FIXED(0x10e, Vane::TunnelType, tunnelType)
+  KILN_FIXED(0x10f, Dovel::Ptr<Vane::HwTunnelConfig const>, hwTunnelConfig)
+  KILN_FIXED(0x110, Dovel::Ptr<Vane::HwTunnelStatus>, hwTunnelStatus)
+  KILN_FIXED(0x111, Dovel::Ptr<TesselL3Common::TesselVxlanState>, vxlanState)
+  KILN_FIXED(0x112, Dovel::Ptr<Anvil::IncrementalHBitmap>, encapIdBitmap)
+  KILN_COLL(0x113, Meshal::IpGenAddr, bool, evpnHerTunnelList)
+  KILN_FIXED(0x114, Dovel::Ptr<TesselCentral::VxlanCapabilities const>, vxlanCapabilities)
+  KILN_FIXED(0x115, bool, vxlanUnderlayFloodingHw)
+  KILN_FIXED(0x116, std::uint32_t, uniqueNhIdValue)
+  KILN_RESERVED(0x117, "TesselVxlan::NestedSm_TunnelIdMap", tunnelIdMap)
+  KILN_COLL(0x118, Vane::VaneNextHopId, Meshal::IpGenAddr, nhIdToVtepIpMap)
+  KILN_FIXED(0x119, Dovel::Ptr<TesselL3Common::TesselVxlanBumVtepConfigDir>, bumVtepConfigDir)
+  KILN_FIXED(0x11a, Dovel::Ptr<TesselL3Common::EncapIdToBumVtepIpConfigDir>, encapIdToBumVtepIpConfigDir)
+  KILN_WATCHED(0x11b, TesselCommon::Qos::TrustStatus const, qosTrustStatus, &KilnSelf::qosTrustStatusDispatch, nullptr)
+  KILN_WATCHED(0x11c, Vxlan::VxlanConfigDir const, vxlanConfigDir, &KilnSelf::vxlanConfigDirDispatch, nullptr)
+  KILN_FIXED(0x11d, Dovel::Ptr<TesselL3Common::FloodUnderlayVlanToVtepListDir>, floodUnderlayVlanToVtepListDir)
+  KILN_FIXED(0x11e, Dovel::Ptr<VxlanL3Oif1TableProgrammer>, l3Oif1TableProgrammer)
+  KILN_FIXED(0x11f, Dovel::Ptr<Evpn::EvpnStatus const>, evpnStatus)
+  KILN_FIXED(0x120, Dovel::Ptr<OverlayTableProgrammer>, overlayTableProgrammer)
+  KILN_WATCHED(0x121, TunnelNextHopUpdateConfig, tnlNhUpdateConfig, &KilnSelf::tnlNhUpdateConfigDispatch, nullptr)
+
+ public:
+  // Operations of the helper state machine.
+
+  /// Brings the tunnel as far as the state of the system allows; also takes up a newer generation of a known tunnel.
+  void doTunnelCreate(ConfigEntry const& entry);
+  /// Undoes what belongs to this type and generation; what tunnel types share at a VTEP goes with its last key.
+  void doTunnelDelete(ConfigEntry const& entry);
+  /// The next hops of `entry` changed.
+  void doUpdateNextHop(ConfigEntry const& entry);
+  /// Adds or removes the entry that assigns traffic from the VTEP behind `nhId` to its virtual port.
+  void handleActiveNextHopId(Vane::VaneNextHopId nhId);
+  /// Rewrites the outer headers of all tunnels, and the virtual ports whose header moved or, with
+  /// `vxlanUdpPortChanged`, all; creates tunnels that waited for a local VTEP. Ids stay.
+  void updateEgrL3TunnelTable(bool vxlanUdpPortChanged);
+  /// Stores the flag and rewrites default and tunnel virtual ports with it.
+  void updateVxlanDataPathLearning(bool dataPathLearning);
+
+  // The per-VTEP records.
+
+  /// Null for a VTEP without a record.
+  Dovel::Ptr<TesselCentral::VtepIpToTnlIdNhIdMap> const& vtepMap(Meshal::IpGenAddr const& vtep) const;
+  bool tunnelIdMapHas(Meshal::IpGenAddr const& vtep) const { return bool(tunnelIdMap_.at(vtep)); }
+  TunnelIdMaps::Map const& tunnelIdMap() const { return tunnelIdMap_.all(); }
+  /// Watches `map` from now on. Throws the null-argument exception for null.
+  void tunnelIdMapIs(Dovel::Ptr<TesselCentral::VtepIpToTnlIdNhIdMap> const& map);
+  /// The record that was watched; null if there was none.
+  Dovel::Ptr<TesselCentral::VtepIpToTnlIdNhIdMap> tunnelIdMapDel(Meshal::IpGenAddr const& vtep);
+  void tunnelIdMapDelAll() { tunnelIdMap_.delAll(); }
+  /// Writes the tunnel's status if the ids that its type needs are in.
+  void maybeUpdateHwTunnelStatus(Meshal::IpGenAddr const& dstIpAddr);
+
+  /// Whether an EVPN flood tunnel stands at the VTEP as well; false for a VTEP without a record.
+  bool isHerEvpnTunnel(Meshal::IpGenAddr const& vtep) const;
+  void handleLogicalFapId();
+  void handleLogicalFapId(LogicalFap::LogicalFapId fapId);
+
+ protected:
+  /// Subscribes, makes the doorbell and the overlay programmer of the chip, and watches the records that stand.
+  explicit HwTunnelProgrammerBase(TunnelProgrammerInputs const& inputs);
+
+  // What tunnel types change.
+
+  /// False stops the creation.
+  virtual bool doPreTunnelCreate(ConfigEntry const&) { return true; }
+  virtual void doPostTunnelCreate(ConfigEntry const&) {}
+  /// The local VTEP of the family; unspecified if there is none.
+  virtual Meshal::IpGenAddr getVtepIp(Meshal::AddressFamily af) const;
+  /// Writes what lies behind the virtual port of the tunnel.
+  virtual void programTunnelTables(ConfigEntry const& entry, Handle const& vpHandle);
+  /// Writes both ids into the tunnel's status and ends the former generation's.
+  virtual void maybeUpdateHwTunnelIdNhId(Meshal::IpGenAddr const& vtep);
+
+  // What tunnel types share.
+
+  /// The MLAG address where there is one, so that a pair sources its tunnels alike, else the local VTEP.
+  Meshal::IpGenAddr getVtepIpHelper(Meshal::AddressFamily af) const;
+  /// The overlay entry's handle; null if it must not be programmed for this tunnel.
+  Handle programOverlayTableEntry(Vane::TunnelKey const& tunnelKey, bool ecmp, Handle const& vpHandle,
+                                  Handle const& nextHop2Handle);
+  /// The entry for traffic without a resolved next hop. Never null.
+  Handle defaultNextHop() const;
+  static unsigned resolvedNextHops(Vane::NextHopEntryList const& list);
+  void uniqueNhIdValueInc(std::uint32_t step) { uniqueNhIdValue_ += step; }
+
+ private:
+  using VtepMap = Dovel::Ptr<TesselCentral::VtepIpToTnlIdNhIdMap>;
+
+  void handleInitialized();
+  void handleVtepMap(Meshal::IpGenAddr const& vtep);
+  void handleHwTunnelNextHopUpdate(Meshal::IpGenAddr const& vtep);
+  void handleDscpPropagation();
+  void handleTosBasePtr();
+
+  bool doTunnelCreateCommon(ConfigEntry const& entry);
+  /// The VTEP's record with `key` in force; null for a generation older than the one in force.
+  VtepMap recordTunnelKey(Vane::TunnelKey const& key);
+  /// False if a newer generation than `key`'s is in force.
+  bool takeUpGeneration(TesselCentral::VtepIpToTnlIdNhIdMap& map, Vane::TunnelKey const& key);
+  /// The outer header's handle; null while it can't be built.
+  Handle programEgrL3TunnelTable(Meshal::IpGenAddr const& srcIpAddr, Meshal::IpGenAddr const& dstIpAddr);
+  /// False while the status shows that the tunnel's overlay entry failed under its present tunnel id.
+  bool isNexthopIdProgrammed(Vane::HwTunnelConfigEntry const& entry) const;
+  void handleSipEntry(Meshal::IpGenAddr const& vtepIp, Handle const& vpHandle, bool add);
+
+  void deleteTunnelUnderlayTables(Vane::TunnelKey const& tunnelKey);
+  void deleteOverlayTableEntry(Vane::TunnelKey const& tunnelKey);
+  void deleteTunnelStatus(Vane::TunnelKey const& received, Vane::TunnelKey const& stored);
+
+  void writeNextHopStatus(TesselCentral::VtepIpToTnlIdNhIdMap& map, Vane::TunnelKey const& key,
+                          Vane::HwTunnelStatusEntry& status);
+  void keepUniqueNhId(TesselCentral::VtepIpToTnlIdNhIdMap& map);
+  void endOldGeneration(TesselCentral::VtepIpToTnlIdNhIdMap& map);
+
+  /// One pass of `updateEgrL3TunnelTable`.
+  struct HeaderPass {
+    bool vxlanUdpPortChanged;
+    bool oneHeaderForAll;       ///< IPv4 headers are keyed by source alone.
+    bool sharedWritten = false;  ///< The one IPv4 header of the pass has been written.
+  };
+  /// False ends the pass.
+  bool updateHeader(HeaderPass& pass, ConfigEntry const& entry);
+  Handle headerOf(HeaderPass& pass, Meshal::IpGenAddr const& local, Meshal::IpGenAddr const& vtep);
+  void handleVxlanDataPathLearning(Vane::TunnelKey const& key);
+  void updateVpTableInPlace(Vane::TunnelKey const& tunnelKey, Handle const& egrL3Handle);
+
+  TunnelIdMaps tunnelIdMap_{*this};
+};
+
+}  // namespace TesselVxlan

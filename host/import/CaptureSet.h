@@ -1,0 +1,47 @@
+#pragma once
+
+#include <rapidjson/document.h>
+
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "host/InputError.h"
+#include "host/json/JsonFile.h"
+
+namespace Host {
+
+/// The captures of one switch, file by file: what `ip -j` and `bridge -j` print on a Linux VTEP.
+///
+/// A later directory replaces the files that it holds; what it does not hold is as it was. Copies share the files,
+/// which never change.
+class CaptureSet {
+ public:
+  /// Reads the captures of a directory. Throws InputError where it cannot be read, holds no capture, or one of them
+  /// is no JSON; the set is then as before.
+  void overlay(std::filesystem::path const& directory);
+
+  /// The state that the switch has by these captures:
+  /// - "interface/status/eth/vxlan": the tunnel interface "Vxlan1" with source addresses and UDP port;
+  /// - ".../configDir/vxlanTunnel" and ".../vxlanHwHerTunnel": a tunnel for each VTEP that an address stands behind,
+  ///   and for each that is flooded to, with the adjacencies that lead there. No `adjId`: it cannot be reached;
+  /// - "vane/l3IntfTable" and "hardware/tessel/port/config": numbers of interfaces and ports.
+  /// Throws InputError where a capture that is needed is missing or a value cannot be used.
+  rapidjson::Document stateDocument() const;
+
+ private:
+  struct Held {
+    std::shared_ptr<JsonFile const> file;
+    int overlay = 0;  ///< The number of the directory that it came with.
+  };
+  JsonFile const* file(std::string const& name) const;
+  int overlayOf(std::string const& name) const;
+  std::string pathOf(std::string const& name) const { return (directory_ / name).string(); }
+
+  std::map<std::string, Held> files_;
+  std::filesystem::path directory_;  ///< The last one.
+  int overlays_ = 0;
+};
+
+}  // namespace Host

@@ -1,0 +1,190 @@
+#include "host/import/Links.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <set>
+
+namespace Host::Import {
+
+namespace {
+
+constexpr std::uint32_t highestVlan = 4094;
+
+DeviceKind kindOf(JsonAt at, std::string const& infoKind) {
+  static std::map<std::string, DeviceKind> const kinds{
+      {"bond", DeviceKind::lag},    {"team", DeviceKind::lag}, {"bridge", DeviceKind::bridge},
+      {"vlan", DeviceKind::vlan},   {"vrf", DeviceKind::vrf},  {"vxlan", DeviceKind::vxlan},
+      {"dummy", DeviceKind::dummy},
+  };
+  if (at.text("link_type") == "loopback" || at.flag("flags", "LOOPBACK")) return DeviceKind::loopback;
+  auto const kind = kinds.find(infoKind);
+  return kind == kinds.end() ? DeviceKind::port : kind->second;
+}
+
+std::string tableIn(std::optional<JsonAt> data) {
+  auto const table = data ? data->number("table") : std::nullopt;
+  return table ? std::to_string(*table) : "";
+}
+
+void readInfo(JsonAt info, Device& device) {
+  auto const data = info.find("info_data");
+  device.slaveKind = info.text("info_slave_kind").value_or("");
+  if (device.kind == DeviceKind::vlan && data) device.vlanId = data->at("id").number(1, highestVlan);
+  if (device.kind == DeviceKind::vrf) device.table = tableIn(data);
+  if (device.slaveKind == "vrf") device.table = tableIn(info.find("info_slave_data"));
+}
+
+Device readDevice(JsonAt at) {
+  auto const info = at.find("linkinfo");
+  auto const infoKind = info ? info->text("info_kind").value_or("") : "";
+  Device device{.at = at,
+                .name = at.at("ifname").text(),
+                .ifindex = at.at("ifindex").number(1),
+                .kind = kindOf(at, infoKind),
+                .master = at.text("master").value_or(""),
+                .slaveKind = "",
+                .link = at.text("link").value_or(""),
+                .vlanId = 0,
+                .table = ""};
+  if (info) readInfo(*info, device);
+  return device;
+}
+
+/// Only `ip -d` tells what kind of device each is.
+bool hasDetails(JsonFile const& file) {
+  auto const all = file.top().objects();
+  return std::any_of(all.begin(), all.end(), [](JsonAt at) { return at.has("linkinfo"); });
+}
+
+/// One device in two files of the same age.
+void requireSameSource(JsonAt known, JsonAt data, std::string const& name) {
+  for (auto const key : {"local", "local6", "port"}) {
+    auto const theirs = known.find(key);
+    auto const mine = data.find(key);
+    auto const wanted = theirs ? theirs->shown() : "nothing";
+    if ((mine ? mine->shown() : "nothing") == wanted) continue;
+    mine.value_or(data).fail(fmt::format("the {} {} that {} has for {}", key, wanted, known.file(), name));
+  }
+}
+
+}  // namespace
+
+Links::Links(JsonFile const* links, JsonFile const* vxlanLinks, std::strong_ordering vxlanLinksAge)
+    : complete_(links != nullptr) {
+  bool const detailed = links && hasDetails(*links);
+  if (links) addDevices(*links);
+  if (detailed && !(vxlanLinks && vxlanLinksAge > 0)) addVxlanDevices(*links);
+  if (vxlanLinks && !(detailed && vxlanLinksAge < 0)) addVxlanDevices(*vxlanLinks);
+  for (auto const& [name, data] : vxlanData_) mergeVti(data, name);
+  for (auto const& [name, device] : devices_) ordered_.push_back(&device);
+  std::sort(ordered_.begin(), ordered_.end(), [](auto a, auto b) { return a->ifindex < b->ifindex; });
+  numberInterfaces();
+}
+
+void Links::addDevices(JsonFile const& file) {
+  for (auto const at : file.top().objects()) {
+    auto device = readDevice(at);
+    auto name = device.name;
+    devices_.insert_or_assign(std::move(name), std::move(device));
+  }
+}
+
+void Links::addVxlanDevices(JsonFile const& file) {
+  for (auto const at : file.top().objects()) {
+    auto device = readDevice(at);
+    if (device.kind != DeviceKind::vxlan) continue;
+    auto const data = at.at("linkinfo").at("info_data");
+    auto const [known, isNew] = vxlanData_.try_emplace(device.name, data);
+    if (!isNew) requireSameSource(known->second, data, device.name);
+    auto name = device.name;
+    devices_.insert_or_assign(std::move(name), std::move(device));
+  }
+}
+
+void Links::mergeVti(JsonAt data, std::string const& name) {
+  auto const agreed = [&](char const* key) {
+    auto const value = data.find(key);
+    if (!value) return value;
+    auto const [first, isNew] = agreed_.try_emplace(key, *value, name);
+    auto const& [theirs, owner] = first->second;
+    if (!isNew && theirs.shown() != value->shown()) {
+      value->fail(fmt::format("{} for {}, as {} has it", theirs.shown(), name, owner));
+    }
+    return value;
+  };
+  auto const address = [&](char const* key, bool v6, std::optional<IpAddr>& into) {
+    auto const value = agreed(key);
+    if (!value) return;
+    auto const parsed = ipAddr(*value);
+    if (parsed.v6 != v6) value->fail(v6 ? "an IPv6 address" : "an IPv4 address");
+    if (!parsed.unspecified()) into = parsed;
+  };
+  address("local", false, vti_.srcAddr);
+  address("local6", true, vti_.srcAddrV6);
+  if (auto const port = agreed("port")) vti_.udpPort = port->number(0, 0xffff);
+}
+
+std::string Links::underlayTable() const {
+  std::set<std::string> tables;
+  for (auto const& [name, data] : vxlanData_) {
+    auto const under = device(data.text("link").value_or(""));
+    tables.insert(under ? under->table : "");
+  }
+  return tables.size() == 1 && !tables.begin()->empty() ? *tables.begin() : "main";
+}
+
+Device const* Links::device(std::string const& name) const {
+  auto const found = devices_.find(name);
+  return found == devices_.end() ? nullptr : &found->second;
+}
+
+bool Links::isBridgeVlan(Device const& vlan) const {
+  if (vlan.kind != DeviceKind::vlan) return false;
+  auto const under = device(vlan.link);
+  return under && under->kind == DeviceKind::bridge;
+}
+
+std::string Links::l3Name(Device const& device) const {
+  return isBridgeVlan(device) ? fmt::format("Vlan{}", device.vlanId) : device.name;
+}
+
+std::optional<std::uint32_t> Links::l3Number(Device const& device) const {
+  auto const found = l3Numbers_.find(device.name);
+  return found == l3Numbers_.end() ? std::nullopt : std::optional(found->second);
+}
+
+void Links::numberInterfaces() {
+  std::set<std::uint32_t> taken;
+  for (auto const each : ordered_) {
+    if (!isBridgeVlan(*each)) continue;
+    l3Numbers_[each->name] = each->vlanId;
+    taken.insert(each->vlanId);
+  }
+  auto next = highestVlan;
+  for (auto const each : ordered_) {
+    auto const master = device(each->master);
+    bool const bridged = each->slaveKind == "bridge" || (master && master->kind == DeviceKind::bridge);
+    if (bridged || isBridgeVlan(*each)) continue;
+    if (each->kind == DeviceKind::loopback || each->kind == DeviceKind::vxlan) continue;
+    while (taken.contains(next)) --next;
+    if (next == 0) each->at.at("ifname").fail("no further interface: all VLAN ids are in use");
+    l3Numbers_[each->name] = next--;
+  }
+}
+
+bool Links::isPort(Device const& device) const {
+  bool const member = device.slaveKind == "bond" || device.slaveKind == "team";
+  return !member && (device.kind == DeviceKind::port || device.kind == DeviceKind::lag);
+}
+
+Device const* Links::port(Device const& from) const {
+  auto at = &from;
+  // Sub-interfaces stand on one another at most as often as there are devices; a capture can claim otherwise.
+  for (std::size_t steps = 0; at && at->kind == DeviceKind::vlan && steps < devices_.size(); ++steps) {
+    at = device(at->link);
+  }
+  return at && isPort(*at) ? at : nullptr;
+}
+
+}  // namespace Host::Import

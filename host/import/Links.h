@@ -1,0 +1,89 @@
+#pragma once
+
+#include <compare>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "host/import/Address.h"
+#include "host/json/JsonFile.h"
+
+namespace Host::Import {
+
+/// What a network device is for the switch.
+enum class DeviceKind { port, lag, bridge, vlan, vxlan, vrf, dummy, loopback };
+
+/// A network device of the kernel.
+struct Device {
+  JsonAt at;
+  std::string name;
+  std::uint32_t ifindex = 0;
+  DeviceKind kind = DeviceKind::port;
+  std::string master;        ///< The bridge, bond or VRF that it belongs to; empty: none.
+  std::string slaveKind;     ///< What the master is.
+  std::string link;          ///< The device under it; empty: none that this switch knows.
+  std::uint32_t vlanId = 0;  ///< Of a VLAN device.
+  std::string table;         ///< Routing table of a VRF, or of the VRF that it belongs to; empty: main.
+};
+
+/// The VXLAN tunnel interface that all VXLAN devices together make up.
+struct Vti {
+  std::optional<IpAddr> srcAddr;
+  std::optional<IpAddr> srcAddrV6;
+  std::optional<std::uint32_t> udpPort;
+};
+
+/// The network devices of a switch, their numbers as layer 3 interfaces, and the VXLAN tunnel interface.
+///
+/// Numbers are given to every device that could be a layer 3 interface, in order of ifindex, so that a number does not
+/// depend on who uses it. The id of a VLAN that has an interface of its own is not given to another one.
+class Links {
+ public:
+  /// `links` has all devices, `vxlanLinks` the VXLAN devices; one may be null. Where both have VXLAN devices the newer
+  /// one counts, and both must agree if neither is (`vxlanLinksAge`: the age of `vxlanLinks` against `links`).
+  /// Throws InputError where a value is of a wrong type, VXLAN devices disagree or the VLAN ids do not suffice.
+  Links(JsonFile const* links, JsonFile const* vxlanLinks, std::strong_ordering vxlanLinksAge);
+  Links(Links const&) = delete;
+  Links& operator=(Links const&) = delete;
+
+  Vti const& vti() const { return vti_; }
+  /// The routing table of the VXLAN devices' underlay; main as well where they do not agree.
+  std::string underlayTable() const;
+
+  /// Null for a device that the captures do not have.
+  Device const* device(std::string const& name) const;
+  /// In order of ifindex.
+  std::vector<Device const*> const& devices() const { return ordered_; }
+  /// Whether all devices are known, not only the VXLAN devices.
+  bool complete() const { return complete_; }
+
+  /// The VLAN, or internal VLAN, of a device as layer 3 interface; nothing for one that cannot be one.
+  std::optional<std::uint32_t> l3Number(Device const& device) const;
+  /// The kernel's name, but "VlanN" for the interface of a bridge's VLAN.
+  std::string l3Name(Device const& device) const;
+  /// Whether it is the interface of a VLAN of a bridge, and no sub-interface of a port.
+  bool isBridgeVlan(Device const& device) const;
+  /// The port or LAG that frames over this device leave by, through VLAN sub-interfaces; null where there is none.
+  Device const* port(Device const& device) const;
+  /// Whether the device can be the port of a next hop.
+  bool isPort(Device const& device) const;
+
+ private:
+  void addDevices(JsonFile const& file);
+  void addVxlanDevices(JsonFile const& file);
+  void mergeVti(JsonAt data, std::string const& name);
+  void numberInterfaces();
+
+  bool complete_;
+  std::map<std::string, Device> devices_;
+  std::vector<Device const*> ordered_;
+  std::map<std::string, JsonAt> vxlanData_;                       ///< `info_data` of each VXLAN device.
+  std::map<std::string, std::pair<JsonAt, std::string>> agreed_;  ///< By key: first value, and the device that has it.
+  Vti vti_;
+  std::map<std::string, std::uint32_t> l3Numbers_;
+};
+
+}  // namespace Host::Import

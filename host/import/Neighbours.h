@@ -1,0 +1,27 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "host/import/Underlay.h"
+#include "host/json/JsonFile.h"
+
+namespace Host::Import {
+
+/// The Ethernet addresses of the neighbours that are resolved.
+class Neighbours {
+ public:
+  /// Null: none is. Throws InputError where a value is of a wrong type.
+  explicit Neighbours(JsonFile const* file);
+
+  /// Nothing where the neighbour is not resolved. Throws InputError where what stands there is no Ethernet address.
+  std::optional<std::string> ethAddrOf(Hop const& hop) const;
+
+ private:
+  // Read when asked for: the link layer of a device that no next hop uses need not be Ethernet.
+  std::map<Hop, JsonAt> linkAddresses_;
+};
+
+}  // namespace Host::Import

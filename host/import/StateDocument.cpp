@@ -1,0 +1,181 @@
+#include "host/import/StateDocument.h"
+
+#include <map>
+#include <set>
+#include <vector>
+
+#include "host/import/AdjacencyIds.h"
+#include "host/import/Fdb.h"
+#include "host/import/Links.h"
+#include "host/import/Neighbours.h"
+#include "host/import/NextHopObjects.h"
+#include "host/import/Underlay.h"
+
+namespace Host::Import {
+
+namespace {
+
+using rapidjson::Value;
+using Allocator = rapidjson::Document::AllocatorType;
+
+constexpr std::uint32_t highestPort = 0xffff;
+
+void put(Value& into, std::string const& key, Value value, Allocator& allocator) {
+  into.AddMember(Value(key.c_str(), allocator), value, allocator);
+}
+
+void put(Value& into, std::string const& key, std::string const& text, Allocator& allocator) {
+  put(into, key, Value(text.c_str(), allocator), allocator);
+}
+
+Value object() { return Value(rapidjson::kObjectType); }
+
+/// Turns what the captures say into the members of the document, one function for each path.
+class Writer {
+ public:
+  Writer(Captures const& captures, Allocator& allocator)
+      : allocator_(allocator),
+        links_(captures.links, captures.vxlanLinks, captures.vxlanLinksAge),
+        nextHops_(captures.nextHops, captures.nextHopsName),
+        fdb_(*captures.fdb, links_, nextHops_),
+        underlay_(captures.routes, links_.underlayTable(), nextHops_, links_),
+        neighbours_(captures.neighbours),
+        paths_(pathsOf(fdb_, underlay_)),
+        ids_(values(paths_)) {}
+
+  Value stateway() {
+    auto paths = object();
+    put(paths, "interface/status/eth/vxlan", vtiStatus(), allocator_);
+    put(paths, "hardware/tessel/tunnel/configDir/vxlanTunnel", tunnels(fdb_.unicast()), allocator_);
+    put(paths, "hardware/tessel/tunnel/configDir/vxlanHwHerTunnel", tunnels(fdb_.flooded()), allocator_);
+    put(paths, "vane/l3IntfTable", l3Interfaces(), allocator_);
+    put(paths, "hardware/tessel/port/config", ports(), allocator_);
+    return paths;
+  }
+
+ private:
+  static std::map<IpAddr, Path> pathsOf(Fdb const& fdb, Underlay const& underlay) {
+    std::map<IpAddr, Path> paths;
+    for (auto const vteps : {&fdb.unicast(), &fdb.flooded()}) {
+      for (auto const& vtep : *vteps) {
+        if (!paths.contains(vtep)) paths.emplace(vtep, underlay.path(vtep));
+      }
+    }
+    return paths;
+  }
+
+  static std::vector<Path> values(std::map<IpAddr, Path> const& paths) {
+    std::vector<Path> values;
+    for (auto const& [vtep, path] : paths) values.push_back(path);
+    return values;
+  }
+
+  Value wrapped(std::string const& key, Value value) {
+    auto outer = object();
+    put(outer, key, std::move(value), allocator_);
+    return outer;
+  }
+
+  Value vtiStatus() {
+    auto const& vti = links_.vti();
+    auto status = object();
+    if (vti.srcAddr) put(status, "srcAddr", vti.srcAddr->text(), allocator_);
+    if (vti.srcAddrV6) put(status, "srcAddrV6", vti.srcAddrV6->text(), allocator_);
+    if (vti.udpPort) put(status, "udpPort", Value(*vti.udpPort), allocator_);
+    return wrapped("vtiStatus", wrapped("Vxlan1", std::move(status)));
+  }
+
+  Value tunnels(std::set<IpAddr> const& vteps) {
+    std::map<std::uint32_t, std::set<Hop> const*> used;
+    auto tunnel = object();
+    for (auto const& vtep : vteps) {
+      auto entry = object();
+      auto const& path = paths_.at(vtep);
+      if (!path.hops.empty()) {
+        auto const id = ids_.id(path);
+        used.emplace(id, &path.hops);
+        put(entry, "adjId", Value(id), allocator_);
+      }
+      put(tunnel, vtep.text(), std::move(entry), allocator_);
+    }
+    auto adjacency = object();
+    for (auto const& [id, hops] : used) put(adjacency, std::to_string(id), nextHops(*hops), allocator_);
+    auto config = wrapped("adjacency", std::move(adjacency));
+    put(config, "tunnel", std::move(tunnel), allocator_);
+    return config;
+  }
+
+  Value nextHops(std::set<Hop> const& hops) {
+    Value list(rapidjson::kArrayType);
+    for (auto const& hop : hops) list.PushBack(nextHop(hop), allocator_);
+    return wrapped("nextHops", std::move(list));
+  }
+
+  Value nextHop(Hop const& hop) {
+    auto const& device = *links_.device(hop.device);
+    auto const mac = neighbours_.ethAddrOf(hop);
+    auto value = object();
+    put(value, "type", mac ? "nextHopResolved" : "nextHopUnresolved", allocator_);
+    put(value, "addr", hop.address.text(), allocator_);
+    put(value, "ethAddr", mac.value_or("00:00:00:00:00:00"), allocator_);
+    put(value, "l2Intf", portToward(device, mac), allocator_);
+    put(value, "l3Intf", links_.l3Name(device), allocator_);
+    return value;
+  }
+
+  /// Behind a bridge, the port is the one where the neighbour's address stands.
+  std::string portToward(Device const& device, std::optional<std::string> const& mac) const {
+    auto out = &device;
+    bool const vlan = links_.isBridgeVlan(device);
+    if (vlan || device.kind == DeviceKind::bridge) {
+      auto const& bridge = vlan ? device.link : device.name;
+      out = mac ? links_.device(fdb_.portBehind(bridge, device.vlanId, *mac)) : nullptr;
+    }
+    auto const port = out ? links_.port(*out) : nullptr;
+    return port ? port->name : "";
+  }
+
+  Value l3Interfaces() {
+    auto table = object();
+    std::set<std::string> names;
+    for (auto const device : links_.devices()) {
+      auto const number = links_.l3Number(*device);
+      auto const name = links_.l3Name(*device);
+      // Two bridges can have an interface for the same VLAN; the switch has one.
+      if (number && names.insert(name).second) put(table, name, Value(*number), allocator_);
+    }
+    return wrapped("l3Intf", std::move(table));
+  }
+
+  Value ports() {
+    auto table = object();
+    for (auto const device : links_.devices()) {
+      if (!links_.isPort(*device)) continue;
+      auto port = object();
+      put(port, "kind", device->kind == DeviceKind::lag ? "lag" : "port", allocator_);
+      put(port, "number", Value(device->at.at("ifindex").number(1, highestPort)), allocator_);
+      put(table, device->name, std::move(port), allocator_);
+    }
+    return wrapped("port", std::move(table));
+  }
+
+  Allocator& allocator_;
+  Links links_;
+  NextHopObjects nextHops_;
+  Fdb fdb_;
+  Underlay underlay_;
+  Neighbours neighbours_;
+  std::map<IpAddr, Path> paths_;
+  AdjacencyIds ids_;
+};
+
+}  // namespace
+
+rapidjson::Document stateDocument(Captures const& captures) {
+  rapidjson::Document document(rapidjson::kObjectType);
+  auto& allocator = document.GetAllocator();
+  put(document, "stateway", Writer(captures, allocator).stateway(), allocator);
+  return document;
+}
+
+}  // namespace Host::Import

@@ -1,0 +1,5 @@
+#include "platform/vane/TunnelType.h"
+
+#include "platform/kiln/Json.h"
+
+KILN_VALUE_CODEC(Vane::TunnelType, "Vane::TunnelType")
