@@ -86,7 +86,7 @@ class Watch final : private Dovel::Subscriber, private SmPart {
     object_ = std::move(object);
     subscribedIs(owner_.hasNotificationActive());
   }
-  ~Watch() { subscribedIs(false); }
+  ~Watch() override { subscribedIs(false); }
 
   Dovel::Ptr<T> const& get() const { return object_; }
   T* operator->() const { return object_.get(); }
@@ -165,7 +165,7 @@ class NestedSms final : private SmPart {
   using Map = EntityMap<Key, Nested, &Nested::key>;
 
   explicit NestedSms(Sm& owner) : SmPart(owner) {}
-  ~NestedSms() { delAll(); }
+  ~NestedSms() override { delAll(); }
 
   Map const& all() const { return map_; }
   Dovel::Ptr<Nested> const& at(Key const& key) const { return map_.at(key); }

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/dovel/Node.h"
+#include "platform/dovel/Ptr.h"
+#include "platform/kiln/Type.h"
+
+namespace Stateway {
+
+/// A path can't be had with the type that was asked for. The text names the path and the types.
+class MountError : public std::runtime_error {
+ public:
+  MountError(std::string path, std::string typeName, std::string const& why)
+      : std::runtime_error(why), path_(std::move(path)), typeName_(std::move(typeName)) {}
+  std::string const& path() const { return path_; }
+  std::string const& typeName() const { return typeName_; }
+
+ private:
+  std::string path_;
+  std::string typeName_;
+};
+
+/// Where entities by path are kept: in this process, or one day by a server behind the same operations.
+class Backend {
+ public:
+  virtual ~Backend() = default;
+  /// Null if nothing stands at `path`.
+  virtual Dovel::Ptr<Dovel::Node> find(std::string_view path) const = 0;
+  /// A new object at `path`, named by the last part of the path. REQUIRES: nothing stands there, `type` is constructible.
+  virtual Dovel::Ptr<Dovel::Node> create(std::string const& path, Kiln::Type const& type) = 0;
+  /// All paths at which something was created, sorted.
+  virtual std::vector<std::string> paths() const = 0;
+};
+
+/// Keeps the entities in this process. What stands in a `Kiln::Dir` is found, and created, under the path of the directory.
+class MemoryBackend final : public Backend {
+ public:
+  Dovel::Ptr<Dovel::Node> find(std::string_view path) const override;
+  Dovel::Ptr<Dovel::Node> create(std::string const& path, Kiln::Type const& type) override;
+  std::vector<std::string> paths() const override;
+
+ private:
+  std::map<std::string, Dovel::Ptr<Dovel::Node>, std::less<>> entities_;
+};
+
+/// Entities by path, with their types checked: what the three kinds of entity managers have in common.
+class Store {
+ public:
+  /// Null stands for entities in memory.
+  explicit Store(std::unique_ptr<Backend> backend = nullptr);
+
+  /// Null if nothing stands at `path`.
+  Dovel::Ptr<Dovel::Node> entity(std::string_view path) const { return backend_->find(path); }
+  /// The entity at `path`, made if there is none. Never null. Throws `MountError` for a type that no loaded class has or
+  /// that can't be made from a name, and if an entity of another type stands there.
+  Dovel::Ptr<Dovel::Node> entityIs(std::string const& path, std::string_view typeName);
+  std::vector<std::string> paths() const { return backend_->paths(); }
+
+ private:
+  std::unique_ptr<Backend> backend_;
+};
+
+}  // namespace Stateway

@@ -1,0 +1,118 @@
+#include "platform/stateway/Document.h"
+
+#include <rapidjson/error/en.h>
+
+#include <algorithm>
+#include <array>
+
+#include "platform/kiln/Entity.h"
+#include "platform/kiln/Json.h"
+#include "platform/kilnsharedmem/EntityManager.h"
+#include "platform/local/EntityManager.h"
+#include "platform/stateway/EntityManager.h"
+
+namespace Stateway {
+
+namespace {
+
+using Kiln::JsonIn;
+
+struct Member {
+  std::string_view name;
+  Dovel::Ptr<Dovel::Node> (*find)(AgentStores const& stores, std::string_view path);
+};
+
+constexpr std::array<Member, 3> members{{
+    {"stateway", [](AgentStores const& stores, std::string_view path) { return stores.stateway->getEntity(path); }},
+    {"local", [](AgentStores const& stores, std::string_view path) { return stores.local->getEntity(path); }},
+    {"shmem", [](AgentStores const& stores, std::string_view path) { return stores.shmem->entity(path); }},
+}};
+
+/// Null if nothing stands at `path`, or nothing that has attributes.
+Dovel::Ptr<Kiln::Entity> entityAt(Member const& member, AgentStores const& stores, std::string_view path) {
+  return Dovel::cast<Kiln::Entity>(member.find(stores, path));
+}
+
+/// Calls `visit(member, path, attributes)` for each path of the document.
+template <class Visit>
+void eachPath(StateDocument const& document, Visit visit) {
+  JsonIn const root(document.json());
+  for (auto const& member : members) {
+    auto const paths = root.find(member.name);
+    if (!paths) continue;
+    paths->eachMember([&](std::string_view path, JsonIn const& attributes) { visit(member, path, attributes); });
+  }
+}
+
+/// What `document` says of an attribute, or nothing.
+bool names(StateDocument const& document, Member const& member, std::string_view path, std::string_view attribute) {
+  JsonIn const root(document.json());
+  auto const paths = root.find(member.name);
+  if (!paths) return false;
+  auto const attributes = paths->find(path);
+  return attributes && attributes->find(attribute);
+}
+
+void checkMembers(JsonIn const& root) {
+  root.eachMember([](std::string_view name, JsonIn const& value) {
+    if (std::none_of(members.begin(), members.end(), [&](Member const& member) { return member.name == name; })) {
+      value.fail("unknown member, expected one of stateway local shmem");
+    }
+  });
+}
+
+void resetLeftOut(StateDocument const& previous, StateDocument const& next, AgentStores const& stores) {
+  eachPath(previous, [&](Member const& member, std::string_view path, JsonIn const& former) {
+    auto const entity = entityAt(member, stores, path);
+    // A path that is gone from the stores took its state with it.
+    if (!entity) return;
+    for (auto const* attribute : entity->typeData().attributes()) {
+      if (!attribute->writable || !former.find(attribute->name)) continue;
+      if (!names(next, member, path, attribute->name)) attribute->reset(*entity);
+    }
+  });
+}
+
+void write(StateDocument const& next, AgentStores const& stores) {
+  eachPath(next, [&](Member const& member, std::string_view path, JsonIn const& attributes) {
+    auto const entity = entityAt(member, stores, path);
+    for (auto const* attribute : entity->typeData().attributes()) {
+      if (auto const value = attributes.find(attribute->name)) attribute->fromJson(*entity, *value);
+    }
+  });
+}
+
+std::string placeOf(std::string_view text, std::size_t offset) {
+  auto const before = text.substr(0, offset);
+  auto const line = 1 + std::count(before.begin(), before.end(), '\n');
+  auto const lineStart = before.rfind('\n');
+  auto const column = lineStart == std::string_view::npos ? offset + 1 : offset - lineStart;
+  return "line " + std::to_string(line) + ", column " + std::to_string(column) + ": ";
+}
+
+}  // namespace
+
+StateDocument StateDocument::parse(std::string_view text) {
+  rapidjson::Document json;
+  json.Parse<rapidjson::kParseFullPrecisionFlag | rapidjson::kParseIterativeFlag>(text.data(), text.size());
+  if (json.HasParseError()) {
+    throw DocumentError(placeOf(text, json.GetErrorOffset()) + rapidjson::GetParseError_En(json.GetParseError()));
+  }
+  return StateDocument(std::move(json));
+}
+
+void check(StateDocument const& document, AgentStores const& stores) {
+  checkMembers(JsonIn(document.json()));
+  eachPath(document, [&](Member const& member, std::string_view path, JsonIn const& attributes) {
+    auto const entity = entityAt(member, stores, path);
+    if (!entity) attributes.fail("unknown path, nothing of this agent is mounted there");
+    Kiln::entityCheck(entity->typeData(), attributes);
+  });
+}
+
+void apply(StateDocument const& previous, StateDocument const& next, AgentStores const& stores) {
+  resetLeftOut(previous, next, stores);
+  write(next, stores);
+}
+
+}  // namespace Stateway

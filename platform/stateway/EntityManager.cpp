@@ -1,0 +1,52 @@
+#include "platform/stateway/EntityManager.h"
+
+#include <algorithm>
+
+#include "platform/stateway/Mounter.h"
+
+namespace Stateway {
+
+Dovel::Ptr<MountGroup> EntityManager::getMountGroup(Mounter& mounter) {
+  auto& group = mounter.mountGroup_;
+  if (!group || group->closed()) group = Dovel::make<MountGroup>(Dovel::Ptr<EntityManager>(this), mounter);
+  return group;
+}
+
+Dovel::Ptr<Dovel::Node> EntityManager::getEntity(std::string_view path) const {
+  return mounted(path) ? store_.entity(path) : nullptr;
+}
+
+bool EntityManager::mounted(std::string_view path) const {
+  if (mounts_.contains(path)) return true;
+  for (auto slash = path.rfind('/'); slash != std::string_view::npos && slash != 0; slash = path.rfind('/', slash - 1)) {
+    if (mounts_.contains(path.substr(0, slash))) return true;
+  }
+  return false;
+}
+
+std::vector<Mount> EntityManager::mounts() const {
+  std::vector<Mount> all;
+  for (auto const& [path, mount] : mounts_) all.push_back(mount);
+  return all;
+}
+
+std::size_t EntityManager::completeMounts() {
+  std::size_t count = 0;
+  Dovel::Ptr<EntityManager> const self(this);
+  for (; !closedGroups_.empty(); ++count) {
+    Dovel::Ptr<MountGroup> const group(closedGroups_.front());
+    closedGroups_.pop_front();
+    for (auto const& mount : group->mounts()) mounts_.emplace(mount.path(), mount);
+    if (!group->mounter_) continue;
+    Dovel::Ptr<Mounter> const mounter(group->mounter_);
+    mounter->handleMountStatus(mountSuccess());
+    mounter->doStatewayMountsComplete(mountSuccess(), self);
+  }
+  return count;
+}
+
+void EntityManager::groupClosed(MountGroup& group) { closedGroups_.push_back(&group); }
+
+void EntityManager::groupGone(MountGroup& group) { std::erase(closedGroups_, &group); }
+
+}  // namespace Stateway

@@ -1,0 +1,19 @@
+#include "platform/stateway/Mounter.h"
+
+#include "platform/stateway/EntityManager.h"
+
+namespace Stateway {
+
+Mounter::Mounter() = default;
+
+Mounter::~Mounter() {
+  if (mountGroup_) mountGroup_->mounter_ = nullptr;
+}
+
+void Mounter::doStatewayMountsComplete(MountStatus status, Dovel::Ptr<EntityManager> const& em) {
+  doMountsComplete(status, em);
+}
+
+void Mounter::handleMountStatus(MountStatus status) { mountStatus_ = status; }
+
+}  // namespace Stateway
