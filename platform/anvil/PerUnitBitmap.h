@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace Anvil {
 
@@ -25,14 +26,15 @@ class PerUnitBitmap {
     words_[index] = word;
   }
 
-  /// Appends the words from 0 on as eight hexadecimal digits each, separated by spaces.
-  void appendText(std::string& out) const;
-
   friend auto operator<=>(PerUnitBitmap const&, PerUnitBitmap const&) = default;
   friend std::size_t hash_value(PerUnitBitmap const& bitmap);
 
  private:
   std::array<std::uint32_t, kWords> words_{};
 };
+
+/// The words from 0 on as eight hexadecimal digits each, separated by spaces.
+void appendText(std::string& out, PerUnitBitmap const& bitmap);
+bool parseText(std::string_view text, PerUnitBitmap& bitmap);
 
 }  // namespace Anvil

@@ -78,29 +78,26 @@ class ActivityManager : public ActivityManagerConfig {
   /// The clock's time at which the next work is due (it may be past); nothing if none waits.
   std::optional<Seconds> nextDue() const;
   /// How many pieces of work wait.
-  std::size_t waiting() const { return waiting_; }
+  std::size_t waiting() const { return slots_.size() - freeSlots_.size(); }
 
  private:
   struct Turn {
     Seconds due;
-    std::uint64_t order;
     Id id;
   };
   struct Slot {
-    Id id = 0;
+    Id id = 0;  ///< 0: free.
     std::function<void()> work;
   };
-  static bool later(Turn const& a, Turn const& b);
+  static bool later(Turn const& a, Turn const& b) { return a.due != b.due ? a.due > b.due : a.id > b.id; }
+  Slot& slotOf(Id id);
   std::function<void()> release(Slot& slot);
-  Slot* slotOf(Id id);
-  void popTurn();
   void dropCancelled();
 
-  std::vector<Turn> turns_;  ///< A heap, the next on top; cancelled work leaves its turn behind, never on top.
+  std::vector<Turn> turns_;  ///< A heap, the next on top. Cancelled work leaves its turn behind, but never on top.
   std::vector<Slot> slots_;
-  std::vector<std::uint32_t> freeSlots_;
+  std::vector<std::size_t> freeSlots_;
   std::uint64_t scheduled_ = 0;
-  std::size_t waiting_ = 0;
 };
 
 /// The process's activity manager; never null, lives until the process ends.

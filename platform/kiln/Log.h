@@ -1,7 +1,6 @@
 #pragma once
 
 #include <array>
-#include <charconv>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
@@ -107,6 +106,7 @@ class LogHandle {
   std::uint32_t idHash_;
   std::uint64_t raised_ = 0;
   std::uint64_t suppressed_ = 0;
+  std::size_t nextSweep_ = 256;
   std::unordered_map<std::uint32_t, Window> windows_;  ///< By hash; empty for handles that never limit.
 };
 

@@ -8,7 +8,8 @@
 
 #include "platform/kiln/TraceRing.h"
 
-/// Names the source file for traces; once in each file that uses `TRACE`, outside of every namespace or inside one.
+/// Names the source file for traces; once in each .cpp file that uses `TRACE`, at its head. Not for headers: the handle
+/// is the file's own.
 /// The same name may stand in several files.
 #define KILN_TRACE_FILE(name)                                             \
   namespace {                                                             \
@@ -77,10 +78,10 @@ class TraceRegistration {
   TraceHandle& handle_;
 };
 
-/// Sets the levels of all files from "NAME=MASK,NAME2=MASK": NAME may end in `*`, MASK is a number in any base that C
-/// writes, of at most 10 bits; of several items that fit a file the last counts; a file that no item fits is off.
-/// Files that are loaded later are set alike. Returns an empty text, or what is wrong (ill-formed item, or a name
-/// that no loaded file has); then nothing has changed.
+/// Sets the levels of all files from "NAME=MASK,NAME2=MASK": NAME may end in `*`, MASK is a number, decimal or
+/// 0x and hexadecimal, of at most 10 bits; of several items that fit a file the last counts; a file that no item fits
+/// is off. Files that are loaded later are set alike. Returns an empty text, or what is wrong (ill-formed item, or a
+/// name that no loaded file has); then nothing has changed.
 std::string traceMasksIs(std::string_view list);
 
 /// The last registered handle, head of the list of all; null if there is none.

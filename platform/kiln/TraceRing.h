@@ -65,7 +65,7 @@ class TraceRing {
 
  private:
   std::size_t count_ = 0;
-  std::array<TraceSlot, slots> slots_{};
+  alignas(64) std::array<TraceSlot, slots> slots_{};  // A slot begins with a cache line.
 };
 
 extern TraceRing traceRing;

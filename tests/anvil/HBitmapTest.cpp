@@ -68,6 +68,17 @@ TEST_P(HBitmapSizes, agreesWithASearchOverRandomRanges) {
   }
 }
 
+TEST(IncrementalHBitmap, countsFromItsBaseAndStartsClearWhateverTheBitState) {
+  auto const pool = Anvil::incrementalHBitmapFactory(4097, 3, 1, 0);
+  for (Bit id : {4097u, 4098u, 4099u}) {
+    EXPECT_EQ(pool->findClearBit(), id);
+    pool->setBit(id);
+  }
+  EXPECT_EQ(pool->findClearBit(), std::nullopt);
+  pool->clearBit(4098);
+  EXPECT_EQ(pool->findClearBit(), 4098u);
+}
+
 TEST(HBitmap, anEmptyPoolGivesNothing) {
   EXPECT_EQ(HBitmap().findClearBit(), std::nullopt);
   EXPECT_EQ(HBitmap(0).findClearRange(1), std::nullopt);
