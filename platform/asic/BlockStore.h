@@ -44,7 +44,8 @@ class BlockStore final : public StoreBase {
   std::size_t entrys() const override { return records_.size(); }
   /// The handle that is returned is a use of the block.
   EntryHandle::PtrConst ref(Block const& block) {
-    if (auto const found = records_.find(block); found != records_.end()) return EntryHandle::PtrConst(&(*found)->strong());
+    if (auto const found = records_.find(block); found != records_.end())
+      return EntryHandle::PtrConst(&(*found)->strong());
     auto* const record = ::new (Scree::slabAllocOrStdMalloc(sizeof(Record))) Record(*this, block);
     records_.insert(record);
     EntryHandle::PtrConst handle(&record->strong());

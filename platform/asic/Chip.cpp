@@ -14,7 +14,8 @@ Chip::Chip(Dovel::Ptr<ChipProfile const> profile, std::unique_ptr<ChipDriver> dr
 
 Chip::~Chip() {
   stop();
-  // Stores hold uses of each other's entries: all learn that the chip has gone before the first gives up an entry's row.
+  // Stores hold uses of each other's entries: all learn that the chip has gone before the first gives up an entry's
+  // row.
   for (auto& [key, store] : stores_) store->chipGone();
   for (auto& [key, store] : stores_) store->removeAll();
 }
@@ -69,7 +70,7 @@ void Chip::release(std::string_view table) {
 }
 
 void Chip::release() {
-  auto const held = std::exchange(holds_, {});
+  holds_.clear();
   release(std::string_view());
 }
 

@@ -16,17 +16,18 @@ class StoreBase;
 
 /// What has gone to one chip table, for show and for tests.
 struct ChipTableReport {
-  std::string name;         ///< Of the chip's table: a part of a merged table stands by itself.
+  std::string name;  ///< Of the chip's table: a part of a merged table stands by itself.
   std::uint32_t base = 0;
   std::uint32_t rows = 0;
-  std::uint32_t used = 0;   ///< Rows that are given out.
+  std::uint32_t used = 0;  ///< Rows that are given out.
   std::uint64_t writes = 0;
   std::uint64_t clears = 0;
   std::uint64_t refused = 0;  ///< Writes that the chip refused, and entries that found no row.
   StoreBase const* store = nullptr;
 };
 
-/// A chip with its software tables: the stores by table class and unit, the driver, and the answers that wait for the loop.
+/// A chip with its software tables: the stores by table class and unit, the driver, and the answers that wait for the
+/// loop.
 ///
 /// Outcomes of writes are queued in the order of the writes; the host's loop delivers them, and responses run then and
 /// never inside a write. With direct completion an entry's state is final when the write returns and only responses are

@@ -45,8 +45,8 @@ class ChipDriver {
  public:
   virtual ~ChipDriver() = default;
 
-  /// How many rows the chip has for the table `id`: 0 if it doesn't have the table. Called once, before its first write.
-  /// `layout` lives as long as the driver is used.
+  /// How many rows the chip has for the table `id`: 0 if it doesn't have the table. Called once, before its first
+  /// write. `layout` lives as long as the driver is used.
   virtual std::uint32_t capacity(TableId id, RowLayout const& layout) = 0;
   /// Puts one row into the chip; gives `written`, or `failed` or `full` where the row is as it was.
   virtual EntryState writeRow(RowWrite const& write) = 0;

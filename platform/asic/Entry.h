@@ -12,8 +12,8 @@ namespace Asic {
 
 /// Base of every entry: a plain value that is built on the stack, passed by reference and copied by its table.
 ///
-/// An entry is described by `ASIC_ENTRY`: comparison, text and the numbers of its row come from that. A part of a merged
-/// entry is an entry itself.
+/// An entry is described by `ASIC_ENTRY`: comparison, text and the numbers of its row come from that. A part of a
+/// merged entry is an entry itself.
 struct EntryBase {};
 
 /// A number that the table works out when the entry is written. What the writer puts in is overwritten, and comparing
@@ -58,6 +58,12 @@ bool isEq(E const& a, E const& b) {
 
 /// The text of a handle: "table[key]", "#index" for one that does not matter, "null".
 void appendHandleText(std::string& out, EntryHandle::PtrConst const& handle);
+
+/// The row of a handle's entry as a field of 16 bits; 0 while it has none.
+inline std::uint16_t rowNumber16(EntryHandle::PtrConst const& handle) {
+  auto const row = handle ? handle->row() : std::nullopt;
+  return row ? static_cast<std::uint16_t>(row->value()) : std::uint16_t{0};
+}
 
 /// "{name=value,…}", for traces.
 template <EntryType E>
@@ -108,4 +114,3 @@ E makeAbsent() {
 #define ASIC_ENTRY(Entry_, ...) \
   bool absent = false;          \
   BOOST_DESCRIBE_CLASS(Entry_, (), (__VA_ARGS__), (), ())
-

@@ -15,9 +15,9 @@ class RecordBase;
 
 /// Stands for one entry of one table; what an entry of another table stores to point at it.
 ///
-/// A strong handle is a use of its entry, a weak one keeps nothing alive and reads as gone afterwards. Each entry has one
-/// of either kind inside its record, so that handing one out allocates nothing. A handle that is stored in an entry counts
-/// as a use whichever kind was passed in. Main thread only.
+/// A strong handle is a use of its entry, a weak one keeps nothing alive and reads as gone afterwards. Each entry has
+/// one of either kind inside its record, so that handing one out allocates nothing. A handle that is stored in an entry
+/// counts as a use whichever kind was passed in. Main thread only.
 class EntryHandle : public Dovel::Node {
   KILN_BASE_TYPE(Asic::EntryHandle)
 

@@ -169,10 +169,12 @@ class KeyedStore final : public StoreBase {
       using Fields = Kiln::described::Fields<E>;
       boost::mp11::mp_for_each<boost::mp11::mp_iota<boost::mp11::mp_size<typename Table::Parts>>>([&](auto index) {
         using Field = boost::mp11::mp_at<Fields, decltype(index)>;
-        visit(index, [](E const& entry) -> auto const& { return entry.*Field::pointer; });
+        visit(
+            index, [](E const& entry) -> auto const& { return entry.*Field::pointer; });
       });
     } else {
-      visit(std::size_t{0}, [](E const& entry) -> auto const& { return entry; });
+      visit(
+          std::size_t{0}, [](E const& entry) -> auto const& { return entry; });
     }
   }
 

@@ -33,17 +33,17 @@ class RecordBase : public StrongHandle, public WeakHandle {
   bool hasRow() const { return row != kNoRow; }
 
   // Written by the table library alone.
-  std::uint32_t row = kNoRow;     ///< The first row.
-  std::uint32_t lastWrite = 0;    ///< Number of the last write whose outcome is still to show.
-  std::uint32_t waitingAs = 0;    ///< Place in the table's queue. REQUIRES: `waiting`.
+  std::uint32_t row = kNoRow;   ///< The first row.
+  std::uint32_t lastWrite = 0;  ///< Number of the last write whose outcome is still to show.
+  std::uint32_t waitingAs = 0;  ///< Place in the table's queue. REQUIRES: `waiting`.
   EntryState state = EntryState::none;
   bool pinned : 1 = false;
-  bool keyed : 1 = true;        ///< The table finds it by its key.
-  bool goneBy : 1 = false;      ///< The last use has gone.
-  bool waiting : 1 = false;     ///< Stands in the table's queue.
-  bool sent : 1 = false;        ///< The chip has the numbers of the entry as it is.
-  bool fixedRow : 1 = false;    ///< Was written at a row of the writer's choice.
-  bool dependant : 1 = false;   ///< Stores a handle whose entry has no row yet.
+  bool keyed : 1 = true;       ///< The table finds it by its key.
+  bool goneBy : 1 = false;     ///< The last use has gone.
+  bool waiting : 1 = false;    ///< Stands in the table's queue.
+  bool sent : 1 = false;       ///< The chip has the numbers of the entry as it is.
+  bool fixedRow : 1 = false;   ///< Was written at a row of the writer's choice.
+  bool dependant : 1 = false;  ///< Stores a handle whose entry has no row yet.
 
   /// Runs when the last use of either handle goes; see the steps above.
   static void operator delete(RecordBase* record, std::destroying_delete_t);

@@ -43,9 +43,8 @@ constexpr std::size_t wordsOfField() {
 template <class E>
 constexpr std::size_t wordsOf() {
   std::size_t words = 0;
-  boost::mp11::mp_for_each<Kiln::described::Fields<E>>([&](auto field) {
-    words += wordsOfField<std::remove_cvref_t<decltype(std::declval<E&>().*field.pointer)>>();
-  });
+  boost::mp11::mp_for_each<Kiln::described::Fields<E>>(
+      [&](auto field) { words += wordsOfField<std::remove_cvref_t<decltype(std::declval<E&>().*field.pointer)>>(); });
   return words;
 }
 

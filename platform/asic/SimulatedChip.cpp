@@ -80,10 +80,18 @@ EntryState SimulatedChip::refusal(RowWrite const& write) {
     ++refusal.seen;
     bool hit = false;
     switch (refusal.by) {
-      case Refusal::By::nth: hit = refusal.seen == refusal.count; break;
-      case Refusal::By::every: hit = refusal.seen % refusal.count == 0; break;
-      case Refusal::By::table: hit = tables_[write.table]->layout->table == refusal.text; break;
-      case Refusal::By::key: hit = write.entry.keyText() == refusal.text; break;
+      case Refusal::By::nth:
+        hit = refusal.seen == refusal.count;
+        break;
+      case Refusal::By::every:
+        hit = refusal.seen % refusal.count == 0;
+        break;
+      case Refusal::By::table:
+        hit = tables_[write.table]->layout->table == refusal.text;
+        break;
+      case Refusal::By::key:
+        hit = write.entry.keyText() == refusal.text;
+        break;
     }
     if (hit && outcome == EntryState::written) outcome = refusal.with;
   }

@@ -10,8 +10,8 @@ namespace Asic {
 
 /// A chip in memory: each row as numbers by field name.
 ///
-/// Its tables are as large as the profile says. Can be told to refuse writes, with `failed` or `full`; the row is then as
-/// it was. Main thread only.
+/// Its tables are as large as the profile says. Can be told to refuse writes, with `failed` or `full`; the row is then
+/// as it was. Main thread only.
 class SimulatedChip final : public ChipDriver {
  public:
   explicit SimulatedChip(Dovel::Ptr<ChipProfile const> profile, Completion completion = Completion::direct);

@@ -62,11 +62,7 @@ void StoreBase::responsesDrop() {
   for (auto& [number, waiting] : waiting_) waiting.response = {};
 }
 
-void StoreBase::chipGone() {
-  chip_ = nullptr;
-  Dovel::Ptr<StoreBase> const alive(this);
-  removeAll();
-}
+void StoreBase::chipGone() { chip_ = nullptr; }
 
 std::optional<std::uint32_t> StoreBase::rowFind(std::uint32_t length) const {
   if (length == 1) return pool_.findClearBit();
@@ -146,6 +142,11 @@ EntryState StoreBase::rowWrite(RecordBase const& record, std::size_t part, std::
 void StoreBase::conclude(RecordBase& record, EntryState outcome, WriteResponseFn const& response) {
   record.sent = outcome == EntryState::written;
   if (outcome == EntryState::full) [[unlikely]] {
+    if (!record.hasRow()) {
+      for (auto& part : parts_) ++part.refused;
+    } else if (record.lastWrite == 0 && !record.fixedRow) {
+      rowBack(record);  // nobody has stored its number yet
+    }
     waitingIs(record, response);
   } else if (record.waiting) [[unlikely]] {
     waitingDel(record);
@@ -154,10 +155,7 @@ void StoreBase::conclude(RecordBase& record, EntryState outcome, WriteResponseFn
 }
 
 void StoreBase::waitingIs(RecordBase& record, WriteResponseFn const& response) {
-  if (!record.hasRow()) {
-    for (auto& part : parts_) ++part.refused;
-    if (record.fixedRow) return;
-  }
+  if (record.fixedRow && !record.hasRow()) return;
   if (!record.waiting) {
     record.waiting = true;
     record.waitingAs = ++lastWaiting_;
@@ -175,7 +173,8 @@ void StoreBase::waitingServe() {
   while (!waiting_.empty()) {
     auto& record = *waiting_.begin()->second.record;
     auto const response = waiting_.begin()->second.response;
-    if (!record.hasRow()) {
+    auto const given = !record.hasRow();
+    if (given) {
       auto const length = this->length(record);
       auto const first = rowFind(length);
       if (!first) return;
@@ -183,7 +182,10 @@ void StoreBase::waitingServe() {
     }
     auto const outcome = sendAll(record);
     conclude(record, outcome, response);
-    if (outcome == EntryState::full) return;
+    if (outcome == EntryState::full) {
+      if (given) rowBack(record);
+      return;
+    }
     dependantsRewrite(record);
   }
 }
@@ -228,7 +230,8 @@ void StoreBase::lastUse(RecordBase& record) {
   if (hadRow) rowBack(record);
   record.state = EntryState::none;
   contentsDrop(record);
-  if (hadRow && chip_ && !waiting_.empty()) [[unlikely]] waitingServe();
+  if (hadRow && chip_ && !waiting_.empty()) [[unlikely]]
+    waitingServe();
 }
 
 }  // namespace Asic

@@ -22,8 +22,8 @@ struct TableSpec {
 
 /// The entries of one table class and unit on one chip: everything about them that doesn't depend on their types.
 ///
-/// Keeps the rows (a pool without the reserved ones), the queue of entries that found no row, and the way of a row to the
-/// chip. A row that comes free goes to the oldest of the queue; who stores a handle of that one is written again.
+/// Keeps the rows (a pool without the reserved ones), the queue of entries that found no row, and the way of a row to
+/// the chip. A row that comes free goes to the oldest of the queue; who stores a handle of that one is written again.
 /// Shared by all table objects of the class; lives as long as a record of it does. Once its chip has gone it writes
 /// nothing. Main thread only.
 class StoreBase : public Dovel::Node {
@@ -50,7 +50,7 @@ class StoreBase : public Dovel::Node {
 
   /// Drops the responses that wait for a row.
   void responsesDrop();
-  /// Makes every entry and itself independent of the chip, which goes, and removes all keys.
+  /// Nothing is written any more.
   void chipGone();
   /// Whether `doPublishHwTableMountInfo` was called for it.
   bool published() const { return published_; }
@@ -72,7 +72,8 @@ class StoreBase : public Dovel::Node {
   /// is not that large. REQUIRES: no other entry with a key has the row.
   void rowTakeAt(RecordBase& record, Index index);
   /// Writes one row of one part of the record's rows.
-  EntryState rowWrite(RecordBase const& record, std::size_t part, std::uint32_t row, std::span<std::uint64_t const> words);
+  EntryState rowWrite(RecordBase const& record, std::size_t part, std::uint32_t row,
+                      std::span<std::uint64_t const> words);
   /// Notes and queues the outcome of a write: an entry that found the chip full waits from now on.
   void conclude(RecordBase& record, EntryState outcome, WriteResponseFn const& response);
   /// Registers the record with each target that has no row; the reverse.

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <set>
-
 #include "platform/asic/ChipInfo.h"
 #include "platform/asic/Entry.h"
 #include "platform/asic/Store.h"
@@ -13,16 +11,6 @@ class EntityManager;
 }  // namespace Stateway
 
 namespace Asic {
-
-/// Which kinds of programming a table takes part in, as its mounter told.
-class ProgrammingTypeSet {
- public:
-  void progTypeSetIs(std::uint8_t type) { types_.insert(type); }
-  std::set<std::uint8_t> const& progTypeSet() const { return types_; }
-
- private:
-  std::set<std::uint8_t> types_;
-};
 
 /// Base of all tables: the names of the table library.
 class SwTableBase : public Kiln::NamedEntity {

@@ -36,13 +36,13 @@ class KeyedTable : public SwTable {
     auto const* const record = store()->find(key);
     return record ? EntryHandle::PtrConst(&record->weak()) : nullptr;
   }
-  /// The row of `key` for the ears of other agents; `Index::none` if there is none.
-  Index hwIndexOnlyForCrossAgentCommunication(K const& key) const {
+  /// The row of `key` as a number for other agents; `Index::none` while it has none.
+  std::uint32_t hwIndexOnlyForCrossAgentCommunication(K const& key) const {
     auto const* const record = store()->find(key);
-    return Index(record ? record->row : Index::none);
+    return record ? record->row : Index::none;
   }
-  /// The same, by the table-independent lookup.
-  Index index(K const& key) const { return hwIndexOnlyForCrossAgentCommunication(key); }
+  /// The same, by the lookup that all tables have alike.
+  Index index(K const& key) const { return Index(hwIndexOnlyForCrossAgentCommunication(key)); }
   /// Removes all keys; entries that others use stay, without key, until they are not used any more.
   void entryRemoveAll() { store()->removeAll(); }
 
@@ -50,8 +50,8 @@ class KeyedTable : public SwTable {
   Store* store() const { return static_cast<Store*>(SwTable::store().get()); }
 
  protected:
-  /// Inserts, or replaces in place: row and handles stay. An entry lives until it is removed. Gives a weak handle, whose
-  /// state is the one of this write.
+  /// Inserts, or replaces in place: row and handles stay. An entry lives until it is removed. Gives a weak handle,
+  /// whose state is the one of this write.
   EntryHandle::PtrConst entryCommit(K const& key, E const& entry) { return store()->commit(key, entry); }
   /// The same at a given row. REQUIRES: index < reservedRows, unless rows are keys.
   EntryHandle::PtrConst entryWriteAtIndex(Index index, K const& key, E const& entry) {
@@ -59,8 +59,8 @@ class KeyedTable : public SwTable {
   }
   /// Inserts, or replaces in place. An entry lives as long as it is used; the handle that is returned is a use.
   EntryHandle::PtrConst entryRef(K const& key, E const& entry) { return store()->ref(key, entry); }
-  /// Takes the key away at once; the row is given back when nobody uses the entry any more. Nothing happens to a missing
-  /// key.
+  /// Takes the key away at once; the row is given back when nobody uses the entry any more. Nothing happens to a
+  /// missing key.
   void entryRemove(K const& key) { store()->remove(key); }
 
   Dovel::Ptr<StoreBase> bind(Chip& chip, UnitId unit) override {
@@ -98,7 +98,9 @@ class IndexTable : public KeyedTable<Self, Index, E> {
  public:
   using Base::Base;
   using Base::entryRemove;
-  EntryHandle::PtrConst entryCommit(Index index, E const& entry) { return Base::entryWriteAtIndex(index, index, entry); }
+  EntryHandle::PtrConst entryCommit(Index index, E const& entry) {
+    return Base::entryWriteAtIndex(index, index, entry);
+  }
   EntryHandle::PtrConst entryWriteAtIndex(Index index, E const& entry) { return entryCommit(index, entry); }
 };
 
@@ -136,8 +138,8 @@ class PartTable : public SwTable {
   using SwTable::SwTable;
 
   /// The part's row of a merged row; `Index::none` stays what it is. REQUIRES: made by its merged table.
-  Index hwIndexOnlyForCrossAgentCommunication(Index merged) const {
-    return merged.value() == Index::none ? merged : Index(merged.value() + base_);
+  std::uint32_t hwIndexOnlyForCrossAgentCommunication(Index merged) const {
+    return merged.value() == Index::none ? Index::none : merged.value() + base_;
   }
   void baseIs(std::uint32_t base) { base_ = base; }
 

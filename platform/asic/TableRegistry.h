@@ -11,7 +11,7 @@ namespace Asic {
 struct TableClass {
   std::string_view name;  ///< Without namespace.
   Kiln::Type const* type;
-  std::vector<std::string_view> (*parts)();      ///< The parts' names; empty for a table that is not merged.
+  std::vector<std::string_view> (*parts)();  ///< The parts' names; empty for a table that is not merged.
   Dovel::Ptr<Feature const> (*makeUtil)();
 };
 
@@ -31,12 +31,12 @@ std::vector<std::string_view> partNames();
 }  // namespace Asic
 
 /// First line of a table class: its description, and its place among the tables that a profile can name.
-#define ASIC_TABLE(Class_)                                                                     \
-  KILN_TYPE(Class_, Asic::SwTable)                                                             \
- public:                                                                                       \
-  using Util = ::Asic::TableUtil<Class_>;                                                      \
-                                                                                               \
- private:                                                                                      \
-  inline static ::Asic::TableLink const asicTableLink_{                                        \
-      kilnType(), [] { return ::Asic::partNames<Class_>(); },                                  \
+#define ASIC_TABLE(Class_)                                    \
+  KILN_TYPE(Class_, Asic::SwTable)                            \
+ public:                                                      \
+  using Util = ::Asic::TableUtil<Class_>;                     \
+                                                              \
+ private:                                                     \
+  inline static ::Asic::TableLink const asicTableLink_{       \
+      kilnType(), [] { return ::Asic::partNames<Class_>(); }, \
       []() -> ::Dovel::Ptr<::Asic::Feature const> { return ::Dovel::make<::Asic::TableUtil<Class_>>(); }};

@@ -18,8 +18,9 @@ class WriteResponseFn {
  public:
   WriteResponseFn() noexcept = default;
   template <class F>
-    requires(!std::is_same_v<std::remove_cvref_t<F>, WriteResponseFn> && std::is_invocable_v<F const&, EntryState>)
-  WriteResponseFn(F&& callable) : body_(new Callable<std::remove_cvref_t<F>>(std::forward<F>(callable))) {}
+  requires(!std::is_same_v<std::remove_cvref_t<F>, WriteResponseFn> && std::is_invocable_v<F const&, EntryState>)
+      WriteResponseFn(F&& callable)
+      : body_(new Callable<std::remove_cvref_t<F>>(std::forward<F>(callable))) {}
   WriteResponseFn(WriteResponseFn const& other) noexcept : body_(other.body_) {
     if (body_) ++body_->uses;
   }
