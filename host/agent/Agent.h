@@ -12,8 +12,10 @@
 #include "platform/kiln/Clock.h"
 #include "platform/kiln/Log.h"
 #include "platform/plugin/L3MounterBase.h"
+#include "platform/local/EntityManager.h"
 #include "platform/plugin/Loader.h"
 #include "platform/stateway/Document.h"
+#include "platform/stateway/EntityManager.h"
 #include "platform/vane/HwTunnel.h"
 #include "platform/vane/VaneTunnel.h"
 
@@ -74,10 +76,11 @@ class Agent {
   /// What the last `settle` gave.
   bool settled() const { return settled_; }
 
-  /// Drops the feature: mounter and wrapper, and responses that the chip still owes it. State, chip and wanted tunnels
-  /// stay, as over a restart of the agent's process.
+  /// Ends what ends with the agent's process: the feature, the forwarding abstraction, the local store, and responses that
+  /// the chip still owes. The state database and the chip's rows stay. Not to be called from inside the loop.
   void stopFeature();
-  /// Loads the plug-in and runs the feature's start, then settles. REQUIRES: no feature runs.
+  /// Loads the plug-in, runs the feature's start and settles, as a new process would. Throws `Plugin::LoadError`.
+  /// REQUIRES: no feature runs.
   void startFeature();
   /// Stops the feature and drops the rest. Gives how many objects are alive that were not before the agent was made: 0.
   std::size_t stop();
@@ -101,6 +104,8 @@ class Agent {
   }
   /// Wanted tunnels as the document states them; null for a type that has none.
   Dovel::Ptr<Vane::VaneTunnelConfig> wantedTunnels(Vane::TunnelType type) const;
+  /// The ids that came of them.
+  Dovel::Ptr<Vane::VaneTunnelStatus> publishedTunnels(Vane::TunnelType type) const;
   Dovel::Ptr<Vane::HwTunnelConfig> hwTunnelConfig(Vane::TunnelType type) const;
   Dovel::Ptr<Vane::HwTunnelStatus> hwTunnelStatus(Vane::TunnelType type) const;
   Dovel::Ptr<TesselL3Unicast::L3MounterBase> const& mounter() const { return mounter_; }
@@ -111,6 +116,7 @@ class Agent {
 
  private:
   void makeMounter();
+  void makeProducers();
   void bindStatus();
   bool review();
 

@@ -23,6 +23,9 @@ inline constexpr std::array<std::pair<Vane::TunnelType, std::string_view>, 3> kT
 /// Where the wanted tunnels of a type stand in the state database. REQUIRES: one of `kTunnelTypes`.
 std::string wantedTunnelsPath(Vane::TunnelType type);
 
+/// The same for the ids that came of them.
+std::string publishedTunnelsPath(Vane::TunnelType type);
+
 inline constexpr std::string_view kHwTunnelConfigPath = "l3/hwTunnelConfigDir";
 inline constexpr std::string_view kHwTunnelStatusPath = "l3/hwTunnelStatusDir";
 inline constexpr std::string_view kBootStatusPath = "vxlanBootStatus";
@@ -32,7 +35,7 @@ inline constexpr std::string_view kVtiStatusPath = "interface/status/eth/vxlan";
 
 /// What is there before a feature is: the chip, empty stores, and the entities that the agent itself owns.
 ///
-/// Never changes its members after it was made. Owns them together with the feature that is given them.
+/// Shares all of it with the feature, which goes first.
 struct World {
   /// A chip of the named profile with one logical chip on it. Throws `Asic::ProfileError`.
   World(std::string const& profile, Asic::Completion completion);
@@ -42,6 +45,10 @@ struct World {
 
   /// Adds to a feature's mounts what the agent itself reads from documents.
   void doMount(Stateway::MountGroup& group) const;
+  /// Fills what the chip and its software can do into the state database.
+  void capabilitiesIs() const;
+  /// Replaces what lives in the agent's process alone: the local store, with an empty configuration per tunnel type.
+  void processIs();
 
   Asic::SimulatedChip* driver = nullptr;  ///< Of `chip`.
   Dovel::Ptr<Asic::Chip> chip;
