@@ -178,9 +178,9 @@ bool HwTunnelProgrammerBase::isHerEvpnTunnel(Meshal::IpGenAddr const& vtep) cons
 
 bool HwTunnelProgrammerBase::isNexthopIdProgrammed(Vane::HwTunnelConfigEntry const& entry) const {
   auto const& status = hwTunnelStatus()->tunnelStatus(entry.tunnelKey());
-  auto const& map = vtepMap(entry.tunnelKey().dst);
+  auto const& map = vtepMap(entry.tunnelKey().dst());
   if (status && map && status->hwTunnelId() == map->tnlId() &&
-      status->hwNextHopStatusEntry().hwNextHopId == Vane::VaneNextHopId::unprogrammed()) {
+      status->hwNextHopStatusEntry().hwNextHopId() == Vane::VaneNextHopId::unprogrammed()) {
     TRACE(1, " nextHopEntryList is null, skip further programming as nextHopId is unprogrammed");
     return false;
   }
@@ -208,7 +208,7 @@ HwTunnelProgrammerBase::Handle HwTunnelProgrammerBase::defaultNextHop() const {
 unsigned HwTunnelProgrammerBase::resolvedNextHops(Vane::NextHopEntryList const& list) {
   unsigned count = 0;
   for (auto const& nextHop : list.nextHopEntry()) {
-    if (nextHop.type == Vane::NextHopEntryType::nextHopResolved) ++count;
+    if (nextHop.type() == Vane::NextHopEntryType::nextHopResolved) ++count;
   }
   return count;
 }

@@ -8,7 +8,7 @@ namespace TesselVxlan {
 using TesselCentral::VtepIpToTnlIdNhIdMap;
 
 void HwTunnelProgrammerBase::doTunnelCreate(ConfigEntry const& entry) {
-  auto const& vtep = entry->tunnelKey().dst;
+  auto const& vtep = entry->tunnelKey().dst();
   TRACE(0, " tunnelType: {} vtepIp: {} localVtep: {}", tunnelType(), vtep, getVtepIp(vtep.af()));
   if (!doPreTunnelCreate(entry)) return TRACE(1, "Bailing out with doPreTunnelCreate");
   if (!doTunnelCreateCommon(entry)) return TRACE(1, "Bailing out with doTunnelCreateCommon");
@@ -17,7 +17,7 @@ void HwTunnelProgrammerBase::doTunnelCreate(ConfigEntry const& entry) {
 
 bool HwTunnelProgrammerBase::doTunnelCreateCommon(ConfigEntry const& entry) {
   auto const key = entry->tunnelKey();
-  auto const& vtep = key.dst;
+  auto const& vtep = key.dst();
   auto const localVtep = getVtepIp(vtep.af());
   TRACE(1, " tunnelType: {} vtepIp: {} localVtep: {}", tunnelType(), vtep, localVtep);
   if (localVtep.isUnspecified()) {
@@ -49,10 +49,10 @@ bool HwTunnelProgrammerBase::doTunnelCreateCommon(ConfigEntry const& entry) {
 }
 
 Dovel::Ptr<VtepIpToTnlIdNhIdMap> HwTunnelProgrammerBase::recordTunnelKey(Vane::TunnelKey const& key) {
-  auto map = vtepMap(key.dst);
+  auto map = vtepMap(key.dst());
   if (!map) {
     // The notification of the new record makes its watcher before this returns.
-    map = vxlanToL2State()->vtepIpToTnlIdNhIdMapIs(key.dst);
+    map = vxlanToL2State()->vtepIpToTnlIdNhIdMapIs(key.dst());
     map->tnlKeysIs(tunnelType(), key);
     return map;
   }
@@ -66,12 +66,12 @@ Dovel::Ptr<VtepIpToTnlIdNhIdMap> HwTunnelProgrammerBase::recordTunnelKey(Vane::T
 
 bool HwTunnelProgrammerBase::takeUpGeneration(VtepIpToTnlIdNhIdMap& map, Vane::TunnelKey const& key) {
   auto const storedKey = map.tnlKeys(tunnelType());
-  if (storedKey.genId > key.genId) {
-    TRACE(1, " Skipping due to rcvdGenId : {} < tnlIdMapGenId : {}", key.genId, storedKey.genId);
+  if (storedKey.genId() > key.genId()) {
+    TRACE(1, " Skipping due to rcvdGenId : {} < tnlIdMapGenId : {}", key.genId(), storedKey.genId());
     return false;
   }
-  if (storedKey.genId < key.genId) {
-    TRACE(1, " Updating tnlKey with new genId: {}", key.genId);
+  if (storedKey.genId() < key.genId()) {
+    TRACE(1, " Updating tnlKey with new genId: {}", key.genId());
     map.tnlKeysIs(tunnelType(), key);
     map.oldTnlKeyIs(tunnelType(), storedKey);
   } else {

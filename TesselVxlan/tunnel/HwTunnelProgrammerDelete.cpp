@@ -10,7 +10,7 @@ using Vane::TunnelType;
 
 void HwTunnelProgrammerBase::doTunnelDelete(ConfigEntry const& entry) {
   auto const key = entry->tunnelKey();
-  auto const vtep = key.dst;
+  auto const vtep = key.dst();
   TRACE(0, " tunnelType: {} vtepIp: {}", tunnelType(), vtep);
   auto const map = vtepMap(vtep);
   if (!map) {
@@ -22,8 +22,8 @@ void HwTunnelProgrammerBase::doTunnelDelete(ConfigEntry const& entry) {
   }
   // A copy: the record may go below, and the status of this key goes after it.
   auto const storedKey = map->tnlKeys(tunnelType());
-  if (storedKey.genId > key.genId) {
-    return TRACE(1, " Skipping due to rcvdGenId : {} < tnlIdMapGenId : {}", key.genId, storedKey.genId);
+  if (storedKey.genId() > key.genId()) {
+    return TRACE(1, " Skipping due to rcvdGenId : {} < tnlIdMapGenId : {}", key.genId(), storedKey.genId());
   }
   if (evpnHerTunnelListHas(vtep)) {
     TRACE(1, " Removing SIP to SVP entry for EVPN Flood Vtep :{}", vtep);
@@ -59,21 +59,21 @@ void HwTunnelProgrammerBase::deleteTunnelStatus(Vane::TunnelKey const& received,
 
 void HwTunnelProgrammerBase::deleteTunnelUnderlayTables(Vane::TunnelKey const& tunnelKey) {
   TRACE(1, " tunnelType: {} key: {}", tunnelType(), tunnelKey);
-  auto const tnlIdMap = vtepMap(tunnelKey.dst);
+  auto const tnlIdMap = vtepMap(tunnelKey.dst());
   INVARIANT(tnlIdMap);
   if (tunnelType() != TunnelType::vxlanTunnel_ && tunnelType() != TunnelType::vxlanMemberTunnel_) return;
   // Unicast and member tunnel of a VTEP share its overlay entry: the second to go takes it along.
   if (tnlIdMap->tnlKeysHas(TunnelType::vxlanTunnel_) || tnlIdMap->tnlKeysHas(TunnelType::vxlanMemberTunnel_)) return;
-  TRACE(1, "Deleting EcmpMember0 table for vtepIp: {}", tunnelKey.dst);
+  TRACE(1, "Deleting EcmpMember0 table for vtepIp: {}", tunnelKey.dst());
   deleteOverlayTableEntry(tunnelKey);
 }
 
 void HwTunnelProgrammerBase::deleteOverlayTableEntry(Vane::TunnelKey const& tunnelKey) {
   overlayTableProgrammer()->deleteEntry(tunnelKey);
-  auto const tnlIdMap = vtepMap(tunnelKey.dst);
+  auto const tnlIdMap = vtepMap(tunnelKey.dst());
   INVARIANT(tnlIdMap);
   INVARIANT((tunnelType() == TunnelType::vxlanTunnel_) || (tunnelType() == TunnelType::vxlanMemberTunnel_));
-  TRACE(1, " EcmpMember0Table, swKey: {} Invalidating tnlIdMap for vtepIp: {}", tunnelKey.dst, tunnelKey.dst);
+  TRACE(1, " EcmpMember0Table, swKey: {} Invalidating tnlIdMap for vtepIp: {}", tunnelKey.dst(), tunnelKey.dst());
   // Before nhId: its watchers must find the record not ready, and write no status.
   tnlIdMap->nhIdEntryStatusIs(TesselCentral::EntryWriteStatus::entryWriteNone);
   nhIdToVtepIpMapDel(tnlIdMap->nhId());

@@ -71,7 +71,7 @@ void HwTunnelProgrammerBase::writeNextHopStatus(VtepIpToTnlIdNhIdMap& map, Vane:
 // An unchanged adjacency keeps its value; a value is never given out twice in a run.
 void HwTunnelProgrammerBase::keepUniqueNhId(VtepIpToTnlIdNhIdMap& map) {
   auto const& kept = map.mbrTnlUniqueNhId();
-  if (kept != TesselCentral::MemberTunnelUniqueNhId{} && kept.adjId == map.adjId()) return;
+  if (kept != TesselCentral::MemberTunnelUniqueNhId{} && kept.adjId() == map.adjId()) return;
   uniqueNhIdValueInc(1);
   map.mbrTnlUniqueNhIdIs({map.adjId(), uniqueNhIdValue()});
 }
@@ -91,16 +91,16 @@ void HwTunnelProgrammerBase::doUpdateNextHop(ConfigEntry const& entry) {
   TRACE(0, " tunnelType: {}", tunnelType());
   auto const nextHopEntryList = entry->nextHopEntryList();
   auto const key = entry->tunnelKey();
-  auto const map = vtepMap(key.dst);
+  auto const map = vtepMap(key.dst());
   if (!map) return TRACE(1, " Skipping as tnlIdMap is not present ");
   if (map->tnlKeysHas(tunnelType()) && !takeUpGeneration(*map, key)) return;
   if (nextHopEntryList) {
     TRACE(1, " updating AdjId tnlIdMap to : {}", nextHopEntryList->adjId());
     map->adjIdIs(nextHopEntryList->adjId());
   }
-  auto const vpHandle = virtualPortTableProgrammer()->getEntry(key.dst);
+  auto const vpHandle = virtualPortTableProgrammer()->getEntry(key.dst());
   if (isNexthopIdProgrammed(*entry)) programTunnelTables(entry, vpHandle);
-  maybeUpdateHwTunnelStatus(key.dst);
+  maybeUpdateHwTunnelStatus(key.dst());
 }
 
 void HwTunnelProgrammerBase::handleHwTunnelNextHopUpdate(Meshal::IpGenAddr const& vtep) {

@@ -22,7 +22,7 @@ void HwTunnelProgrammerBase::updateEgrL3TunnelTable(bool vxlanUdpPortChanged) {
 
 bool HwTunnelProgrammerBase::updateHeader(HeaderPass& pass, ConfigEntry const& entry) {
   auto const& key = entry->tunnelKey();
-  auto const& vtep = key.dst;
+  auto const& vtep = key.dst();
   TRACE_IN("updateEgrL3TunnelTable", 1, " Programming Vxlan tunnel : tunnelType: {} vtepIp: {}", tunnelType(), vtep);
   auto const newLocal = getVtepIp(vtep.af());
   auto const map = vtepMap(vtep);
@@ -70,7 +70,7 @@ HwTunnelProgrammerBase::Handle HwTunnelProgrammerBase::headerOf(HeaderPass& pass
 
 void HwTunnelProgrammerBase::updateVpTableInPlace(Vane::TunnelKey const& tunnelKey, Handle const& egrL3Handle) {
   TRACE(1, " tunnelKey: {} egrL3Handle: {}", tunnelKey, egrL3Handle);
-  virtualPortTableProgrammer()->insertEntry(tunnelKey, tunnelType(), tunnelKey.dst,
+  virtualPortTableProgrammer()->insertEntry(tunnelKey, tunnelType(), tunnelKey.dst(),
                                             vxlanToL2State()->dataPathLearning(), egrL3Handle);
 }
 
@@ -87,11 +87,11 @@ void HwTunnelProgrammerBase::updateVxlanDataPathLearning(bool dataPathLearning) 
 
 void HwTunnelProgrammerBase::handleVxlanDataPathLearning(Vane::TunnelKey const& key) {
   TRACE(1, " tunnelType: {}", tunnelType());
-  auto const map = vtepMap(key.dst);
+  auto const map = vtepMap(key.dst());
   if (!map || !map->tnlKeysHas(tunnelType())) return TRACE(1, " Tunnel not yet created: {}", key);
-  auto const egrL3Handle = egrL3TunnelTablesProgrammer()->entryWeakRef(map->getLocalVtep(key.dst.af()), key.dst);
+  auto const egrL3Handle = egrL3TunnelTablesProgrammer()->entryWeakRef(map->getLocalVtep(key.dst().af()), key.dst());
   TRACE(1, " Updating VP tables in-place with dataPathLearning: {} for vtepIp :{}",
-        vxlanToL2State()->dataPathLearning(), key.dst);
+        vxlanToL2State()->dataPathLearning(), key.dst());
   updateVpTableInPlace(key, egrL3Handle);
 }
 

@@ -67,7 +67,7 @@ void TunnelBaseHelperSm::doHandleTunnelTTL(ConfigEntry const& entry) {
 
 void TunnelBaseHelperSm::doHandleTunnelNextHopId(ConfigEntry const& entry) {
   TRACE(0, " tunnelType: {} key: {}", tunnelType(), entry->tunnelKey());
-  auto const& map = hwTunnelProgrammer()->vtepMap(entry->tunnelKey().dst);
+  auto const& map = hwTunnelProgrammer()->vtepMap(entry->tunnelKey().dst());
   if (!map || !map->tnlKeysHas(tunnelType())) return TRACE(1, "Skipping nhop update.. key: {}", entry->tunnelKey());
   TRACE(1, " nhop update : {}", entry->tunnelKey());
   hwTunnelProgrammer()->doUpdateNextHop(entry);

@@ -15,11 +15,14 @@ namespace TesselL3Unicast {
 
 /// Root object of a running layer-3 feature: holds the agent's common data and runs the feature's start.
 ///
-/// made (by the mounter) → common data set (by the host) → `doStart` → running.
-/// Watches the feature's running state and the FAPs of the agent. Main thread only. Everything it holds is shared.
+/// made (by the mounter) → common data set and `doStart` (by the host) → running.
+/// Watches the logical chips of the agent and the feature's running state. Main thread only. All that it holds is shared.
 class L3MounterSmWrapper : public Kiln::Sm {
-  KILN_TYPE(TesselL3Unicast::L3MounterSmWrapper, Kiln::Sm)
-  KILN_FIXED(0x41, Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData>, fcsd)
+  void fcsdDispatch(Dovel::Change const& change);
+  void runningStateDispatch(Dovel::Change const& change);
+
+  KILN_BASE_TYPE(TesselL3Unicast::L3MounterSmWrapper)
+  KILN_WATCHED(0x41, TesselCentral::FeatureAgentCommonSmData, fcsd, &KilnSelf::fcsdDispatch, nullptr)
   KILN_FIXED(0x42, Dovel::Ptr<Stateway::EntityManager>, statewayEm)
   KILN_FIXED(0x43, AgentSmId, agentSmId)
   KILN_FIXED(0x44, Dovel::Ptr<Local::EntityStore>, localEntityStore)
@@ -28,6 +31,43 @@ class L3MounterSmWrapper : public Kiln::Sm {
   KILN_ATTR(0x47, Dovel::Ptr<Local::EntityManager>, localEntityManager)
   KILN_ATTR(0x48, Dovel::Ptr<Vane::VaneCommonSmData>, vcsd)
   KILN_ATTR(0x49, bool, profileSupportsVxlan)
+  KILN_WATCHED(0x4a, SmRunningState, runningState, &KilnSelf::runningStateDispatch, nullptr)  // Never null.
+
+ public:
+  /// The chip that shared tables are brought up on.
+  TesselCentral::ChipInfo const& chipInfo() const { return chipInfo_; }
+  void chipInfoIs(TesselCentral::ChipInfo chipInfo) { chipInfo_ = std::move(chipInfo); }
+  /// The unit of shared tables.
+  Asic::UnitId unit() const { return Asic::kSharedUnit; }
+  /// Under which name the agent's shared memory is found, and whether it has to be there.
+  Dovel::String const& shmemName() const { return shmemName_; }
+  void shmemNameIs(Dovel::String name) { shmemName_ = std::move(name); }
+  bool shmemRequired() const { return true; }
+
+  /// Starts the feature: `handleLogicalFapId()`, `initStatewayState`, `handleRunningState`, `handleInitialized`, in this
+  /// order. REQUIRES: once; the mounts are complete; `localEntityManager`, `vcsd`, `chipInfo` and `profileSupportsVxlan`
+  /// are set.
+  void doStart();
+
+  /// A logical chip has come, gone or changed; without an argument, the agent's chips as they are. Nothing here.
+  virtual void handleLogicalFapId(LogicalFap::LogicalFapId fapId);
+  virtual void handleLogicalFapId();
+  /// The state of the host is there.
+  virtual void initStatewayState() = 0;
+  /// The running state has changed. Nothing here.
+  virtual void handleRunningState();
+  /// The start is over. Nothing here.
+  virtual void handleInitialized();
+
+ protected:
+  L3MounterSmWrapper(Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData> fcsd,
+                     Dovel::Ptr<Stateway::EntityManager> statewayEm, AgentSmId agentSmId,
+                     Dovel::Ptr<Local::EntityStore> localEntityStore, Dovel::Ptr<KilnSharedMem::EntityManager> shmemEm,
+                     Dovel::Ptr<Kiln::Dir> agentDir);
+
+ private:
+  TesselCentral::ChipInfo chipInfo_;
+  Dovel::String shmemName_;
 };
 
 }  // namespace TesselL3Unicast

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+
+#include "platform/kiln/Codec.h"
+#include "platform/kiln/Describe.h"
+#include "platform/kiln/Entity.h"
+#include "platform/meshal/IntfId.h"
+
+namespace TesselCentral {
+
+/// What kind of destination a port is. The numbers are those of a row's destination.
+enum class PortKind : std::uint8_t { port = 0, subPort = 1, lag = 2 };
+BOOST_DESCRIBE_ENUM(PortKind, port, subPort, lag)
+
+/// The chip's name for a port.
+struct PortInfo {
+  KILN_FIELD(PortKind, kind) = PortKind::port;
+  KILN_FIELD(std::uint16_t, number) = 0;
+};
+BOOST_DESCRIBE_STRUCT(PortInfo, (), (kind_, number_))
+KILN_VALUE_OPS(PortInfo)
+
+/// The ports of the chip by interface.
+class PortConfigDir final : public Kiln::NamedEntity {
+  KILN_TYPE(TesselCentral::PortConfigDir, Kiln::NamedEntity)
+  KILN_COLL(0x102, Meshal::IntfId, PortInfo, port)
+
+ public:
+  using NamedEntity::NamedEntity;
+
+  /// Where the host keeps it in the state database.
+  static constexpr char const* mountPath = "hardware/tessel/port/config";
+};
+
+}  // namespace TesselCentral
+
+KILN_DECLARE_CODEC(TesselCentral::PortKind);
+KILN_DECLARE_CODEC(TesselCentral::PortInfo);

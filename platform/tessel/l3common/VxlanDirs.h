@@ -1,0 +1,143 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "platform/bridging/VlanId.h"
+#include "platform/kiln/Entity.h"
+#include "platform/meshal/EthAddr.h"
+#include "platform/meshal/IntfId.h"
+#include "platform/meshal/IpGenAddr.h"
+#include "platform/tessel/central/VxlanRecords.h"
+#include "platform/tessel/values/L3Keys.h"
+
+namespace TesselL3Common {
+
+/// Configuration that the VXLAN state machines share. Holds the VLAN mapping.
+class TesselVxlanConfig final : public Kiln::NamedEntity {
+  KILN_TYPE(TesselL3Common::TesselVxlanConfig, Kiln::NamedEntity)
+  KILN_ATTR(0x102, Dovel::Ptr<TesselCentral::VlanMappingDir>, vlanMappingDir)
+
+ public:
+  using NamedEntity::NamedEntity;
+};
+
+/// Status that the VXLAN state machines share. Holds the layer 3 status.
+class TesselVxlanStatus final : public Kiln::NamedEntity {
+  KILN_TYPE(TesselL3Common::TesselVxlanStatus, Kiln::NamedEntity)
+  KILN_ATTR(0x102, Dovel::Ptr<TesselCentral::VxlanL3StatusEntryDir>, vxlanL3StatusEntryDir)
+
+ public:
+  using NamedEntity::NamedEntity;
+};
+
+/// From the number of a virtual port to its remote VTEP, for those who find the number in a packet.
+class VxlanDvpToVtepMap final : public Kiln::NamedEntity {
+  KILN_TYPE(TesselL3Common::VxlanDvpToVtepMap, Kiln::NamedEntity)
+  KILN_COLL(0x102, std::uint32_t, Meshal::IpGenAddr, dvpToVtepMap)
+
+ public:
+  using NamedEntity::NamedEntity;
+};
+
+/// From the number of an outer header to a remote VTEP that uses it. Entries are replaced, never removed.
+class VxlanTunnelIndexToVtepMap final : public Kiln::NamedEntity {
+  KILN_TYPE(TesselL3Common::VxlanTunnelIndexToVtepMap, Kiln::NamedEntity)
+  KILN_COLL(0x102, std::uint32_t, Meshal::IpGenAddr, tunnelIndexToVtepMap)
+
+ public:
+  using NamedEntity::NamedEntity;
+};
+
+/// The next hop of a flood VTEP behind one port.
+class TesselVxlanVtepNextHop final : public Kiln::Entity {
+  KILN_TYPE(TesselL3Common::TesselVxlanVtepNextHop, Kiln::Entity)
+  KILN_FIXED(0x102, Meshal::IntfId, port)
+  KILN_ATTR(0x103, Meshal::IpGenAddr, addr)
+  KILN_ATTR(0x104, Meshal::EthAddr, ethAddr)
+  KILN_ATTR(0x105, Meshal::IntfId, l3Intf)
+
+ public:
+  explicit TesselVxlanVtepNextHop(Meshal::IntfId const& port) : port_(port) {}
+  Dovel::String name() const override { return Kiln::toText(port_); }
+};
+
+/// How one flood VTEP is reached. `version` grows with each change of the next hops.
+class TesselVxlanBumVtepConfig final : public Kiln::Entity {
+  KILN_TYPE(TesselL3Common::TesselVxlanBumVtepConfig, Kiln::Entity)
+  KILN_FIXED(0x102, Meshal::IpGenAddr, vtepIp)
+  KILN_ATTR(0x103, EncapId, encapId)
+  KILN_ENTITY_COLL(0x104, Meshal::IntfId, TesselVxlanVtepNextHop, port, nextHops)
+  KILN_ATTR(0x105, std::uint64_t, version)
+
+ public:
+  explicit TesselVxlanBumVtepConfig(Meshal::IpGenAddr const& vtepIp) : vtepIp_(vtepIp) {}
+  Dovel::String name() const override { return Kiln::toText(vtepIp_); }
+
+  /// Finds or makes the next hop behind `port` and gives it these addresses.
+  Dovel::Ptr<TesselVxlanVtepNextHop> nextHopsIs(Meshal::IntfId const& port, Meshal::IpGenAddr const& addr,
+                                                Meshal::EthAddr const& ethAddr);
+};
+
+/// The flood VTEPs.
+class TesselVxlanBumVtepConfigDir final : public Kiln::NamedEntity {
+  KILN_TYPE(TesselL3Common::TesselVxlanBumVtepConfigDir, Kiln::NamedEntity)
+  KILN_ENTITY_COLL(0x102, Meshal::IpGenAddr, TesselVxlanBumVtepConfig, vtepIp, bumVtepConfig)
+
+ public:
+  using NamedEntity::NamedEntity;
+
+  /// Finds the VTEP, or makes it with `encapId`.
+  Dovel::Ptr<TesselVxlanBumVtepConfig> bumVtepConfigIs(Meshal::IpGenAddr const& vtepIp, EncapId encapId);
+};
+
+/// The flood VTEP to which an encapsulation id belongs.
+class EncapIdToBumVtepIpConfig final : public Kiln::Entity {
+  KILN_TYPE(TesselL3Common::EncapIdToBumVtepIpConfig, Kiln::Entity)
+  KILN_FIXED(0x102, EncapId, encapId)
+  KILN_ATTR(0x103, Meshal::IpGenAddr, vtepIp)
+
+ public:
+  explicit EncapIdToBumVtepIpConfig(EncapId const& encapId) : encapId_(encapId) {}
+  Dovel::String name() const override { return Kiln::toText(encapId_); }
+};
+
+/// Flood VTEPs by encapsulation id.
+class EncapIdToBumVtepIpConfigDir final : public Kiln::NamedEntity {
+  KILN_TYPE(TesselL3Common::EncapIdToBumVtepIpConfigDir, Kiln::NamedEntity)
+  KILN_ENTITY_COLL(0x102, EncapId, EncapIdToBumVtepIpConfig, encapId, vxlanReverseConfig)
+
+ public:
+  using NamedEntity::NamedEntity;
+};
+
+/// The flood VTEPs behind one underlay VLAN, in the order of their addresses.
+class FloodUnderlayVlanToVtepList {
+ public:
+  std::vector<Meshal::IpGenAddr> const& vtepIpList() const { return vtepIpList_; }
+  void vtepIpListIs(Meshal::IpGenAddr const& vtep);
+  void vtepIpListDel(Meshal::IpGenAddr const& vtep);
+
+  friend bool operator==(FloodUnderlayVlanToVtepList const&, FloodUnderlayVlanToVtepList const&) = default;
+
+ private:
+  std::vector<Meshal::IpGenAddr> vtepIpList_;
+};
+void appendText(std::string& out, FloodUnderlayVlanToVtepList const& list);
+KILN_VALUE_STREAM(FloodUnderlayVlanToVtepList)
+
+/// Flood VTEPs by underlay VLAN.
+class FloodUnderlayVlanToVtepListDir final : public Kiln::NamedEntity {
+  KILN_TYPE(TesselL3Common::FloodUnderlayVlanToVtepListDir, Kiln::NamedEntity)
+  KILN_COLL(0x102, Bridging::VlanId, FloodUnderlayVlanToVtepList, floodUnderlayVlanToVtepList)
+
+ public:
+  using NamedEntity::NamedEntity;
+};
+
+Dovel::Ptr<TesselVxlanConfig> tesselVxlanConfigFactory(Dovel::String name);
+Dovel::Ptr<TesselVxlanStatus> tesselVxlanStatusFactory();
+
+}  // namespace TesselL3Common
+
+KILN_DECLARE_CODEC(TesselL3Common::FloodUnderlayVlanToVtepList);

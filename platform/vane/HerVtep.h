@@ -1,0 +1,62 @@
+#pragma once
+
+#include "platform/bridging/VlanId.h"
+#include "platform/kiln/Entity.h"
+#include "platform/meshal/IpGenAddr.h"
+
+// Which VLANs are flooded to a remote VTEP by copies made here.
+
+namespace Vane::VXLAN {
+
+/// What is said of a VLAN of a flood VTEP beyond that it is there; nothing that the feature reads.
+struct VlanInfo {
+  friend bool operator==(VlanInfo const&, VlanInfo const&) = default;
+};
+void appendText(std::string& out, VlanInfo const& info);
+KILN_VALUE_STREAM(VlanInfo)
+
+/// The VLANs that are to be flooded to one remote VTEP.
+class VaneVxlanHwHerVtepConfig final : public Kiln::Entity {
+  KILN_TYPE(Vane::VXLAN::VaneVxlanHwHerVtepConfig, Kiln::Entity)
+  KILN_FIXED(0x102, Meshal::IpGenAddr, vtepIp)
+  KILN_COLL(0x103, Bridging::VlanId, VlanInfo, vlanList)
+
+ public:
+  explicit VaneVxlanHwHerVtepConfig(Meshal::IpGenAddr const& vtepIp) : vtepIp_(vtepIp) {}
+  Dovel::String name() const override { return Kiln::toText(vtepIp_); }
+};
+
+/// The flood VTEPs that are wanted.
+class VaneVxlanHwHerVtepConfigDir final : public Kiln::NamedEntity {
+  KILN_TYPE(Vane::VXLAN::VaneVxlanHwHerVtepConfigDir, Kiln::NamedEntity)
+  KILN_ENTITY_COLL(0x102, Meshal::IpGenAddr, VaneVxlanHwHerVtepConfig, vtepIp, vaneVxlanHwHerVtepConfig)
+
+ public:
+  using NamedEntity::NamedEntity;
+};
+
+/// The VLANs on which one remote VTEP takes part in flooding. Written by the feature.
+class VaneVxlanHwHerVtepStatus final : public Kiln::Entity {
+  KILN_TYPE(Vane::VXLAN::VaneVxlanHwHerVtepStatus, Kiln::Entity)
+  KILN_FIXED(0x102, Meshal::IpGenAddr, vtepIp)
+  KILN_COLL(0x103, Bridging::VlanId, bool, vlanList)
+
+ public:
+  explicit VaneVxlanHwHerVtepStatus(Meshal::IpGenAddr const& vtepIp) : vtepIp_(vtepIp) {}
+  Dovel::String name() const override { return Kiln::toText(vtepIp_); }
+};
+
+/// The statuses of the flood VTEPs. Does not outlive a start of the feature.
+class VaneVxlanHwHerVtepStatusDir final : public Kiln::NamedEntity {
+  KILN_TYPE(Vane::VXLAN::VaneVxlanHwHerVtepStatusDir, Kiln::NamedEntity)
+  KILN_ENTITY_COLL(0x102, Meshal::IpGenAddr, VaneVxlanHwHerVtepStatus, vtepIp, vaneVxlanHwHerVtepStatus)
+
+ public:
+  using NamedEntity::NamedEntity;
+};
+
+Dovel::Ptr<VaneVxlanHwHerVtepConfigDir> vaneVxlanHwHerVtepConfigDirFactory(Dovel::String name);
+
+}  // namespace Vane::VXLAN
+
+KILN_DECLARE_CODEC(Vane::VXLAN::VlanInfo);

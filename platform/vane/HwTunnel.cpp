@@ -1,0 +1,42 @@
+#include "platform/vane/HwTunnel.h"
+
+#include "platform/kiln/Json.h"
+
+namespace Vane {
+
+NextHopEntryList::NextHopEntryList(std::uint32_t adjId, NextHopEntrySet nextHopEntry)
+    : adjId_(adjId), nextHopEntry_(std::move(nextHopEntry)) {}
+
+void appendText(std::string& out, HwNextHopStatusEntry const& entry) {
+  out += "{hwNextHopId=";
+  Kiln::writeText(out, entry.hwNextHopId());
+  if (auto const& list = entry.nextHopEntryList()) {
+    out += ",adjId=";
+    Kiln::writeText(out, list->adjId());
+  }
+  out += '}';
+}
+
+Dovel::Ptr<HwTunnelConfig> hwTunnelConfigFactory(TunnelType tunnelType) {
+  return Dovel::make<HwTunnelConfig>(tunnelType);
+}
+
+Dovel::Ptr<HwTunnelStatus> hwTunnelStatusFactory(TunnelType tunnelType) {
+  return Dovel::make<HwTunnelStatus>(tunnelType);
+}
+
+}  // namespace Vane
+
+template <>
+struct Kiln::JsonTraits<Vane::HwNextHopStatusEntry> {
+  static void toJson(Vane::HwNextHopStatusEntry const& entry, JsonOut& out) {
+    out.object();
+    writeJson(entry.hwNextHopId(), out.member("hwNextHopId"));
+    if (auto const& list = entry.nextHopEntryList()) writeJson(list->adjId(), out.member("adjId"));
+  }
+  static void fromJson(Vane::HwNextHopStatusEntry&, JsonIn const& in) {
+    in.fail("expected nothing: the status of a next hop comes from the feature alone");
+  }
+};
+
+KILN_VALUE_CODEC(Vane::HwNextHopStatusEntry, "Vane::HwNextHopStatusEntry")

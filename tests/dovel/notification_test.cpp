@@ -1,0 +1,247 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/kiln/Sm.h"
+
+namespace NotificationTest {
+namespace {
+
+using Dovel::Change;
+
+/// Publishes when it is told to.
+class Bell final : public Dovel::PublishingNode {
+  KILN_BASE_TYPE(NotificationTest::Bell)
+
+ public:
+  void ring(std::uint16_t id) { kilnChanged(id); }
+  bool silent() const { return publisher()->empty(); }
+};
+
+/// Writes down its name and what it hears, and then does what the test wants.
+class Ear : public Dovel::Subscriber {
+ public:
+  Ear(std::string name, std::string& heard, std::function<void(std::uint16_t)> action = nullptr)
+      : Dovel::Subscriber([](Dovel::Subscriber& self, Change const& change) { static_cast<Ear&>(self).hear(change); }),
+        name_(std::move(name)),
+        heard_(heard),
+        action_(std::move(action)) {}
+
+ private:
+  void hear(Change const& change) {
+    heard_ += name_ + std::to_string(change.id) + " ";
+    // What the action does may end this object.
+    auto const action = action_;
+    if (action) action(change.id);
+  }
+
+  std::string name_;
+  std::string& heard_;
+  std::function<void(std::uint16_t)> action_;
+};
+
+class Notification : public testing::Test {
+ protected:
+  void listen(Ear& ear) { bell->publisher()->subscriberAdd(ear); }
+  void leave(Ear& ear) {
+    if (ear.subscribed()) bell->publisher()->subscriberRemove(ear);
+  }
+  std::string ring(std::uint16_t id = 1) {
+    heard.clear();
+    bell->ring(id);
+    return heard;
+  }
+
+  Dovel::Ptr<Bell> bell = Dovel::make<Bell>();
+  std::string heard;
+};
+
+TEST_F(Notification, RunsInOrderOfSubscription) {
+  Ear a("a", heard), b("b", heard), c("c", heard);
+  for (auto* ear : {&b, &a, &c}) listen(*ear);
+  EXPECT_EQ(ring(), "b1 a1 c1 ");
+  leave(a);
+  listen(a);
+  EXPECT_EQ(ring(), "b1 c1 a1 ");
+  for (auto* ear : {&b, &a, &c}) leave(*ear);
+  EXPECT_EQ(ring(), "");
+  EXPECT_TRUE(bell->silent());
+}
+
+// Each of four subscribers in turn removes each set of the others, or itself: who is behind it isn't called any more, who
+// is before it was called already, and the list is whole afterwards.
+TEST_F(Notification, OneRemovedDuringTheWalkIsNotCalled) {
+  for (unsigned remover = 0; remover < 4; ++remover) {
+    for (unsigned removed = 0; removed < 16; ++removed) {
+      std::vector<std::unique_ptr<Ear>> ears;
+      std::string expected, left;
+      for (unsigned i = 0; i < 4; ++i) {
+        auto const name = std::string(1, static_cast<char>('a' + i));
+        ears.push_back(std::make_unique<Ear>(name, heard, [&, i](std::uint16_t) {
+          if (i != remover) return;
+          for (unsigned other = 0; other < 4; ++other) {
+            if (removed & (1U << other)) leave(*ears[other]);
+          }
+        }));
+        listen(*ears[i]);
+        bool const gone = removed & (1U << i);
+        if (!gone) left += name + "1 ";
+        if (!gone || i <= remover) expected += name + "1 ";
+      }
+      EXPECT_EQ(ring(), expected) << "remover " << remover << " removed " << removed;
+      // The remover has nothing more to remove, so that this is the plain list.
+      EXPECT_EQ(ring(), left) << "remover " << remover << " removed " << removed;
+      for (auto& ear : ears) leave(*ear);
+    }
+  }
+}
+
+TEST_F(Notification, OneThatComesDuringTheWalkHearsTheNextChange) {
+  Ear late("late", heard);
+  Ear early("early", heard, [&](std::uint16_t) {
+    if (!late.subscribed()) listen(late);
+  });
+  listen(early);
+  EXPECT_EQ(ring(1), "early1 ");
+  EXPECT_EQ(ring(2), "early2 late2 ");
+}
+
+TEST_F(Notification, OneThatGoesAndComesBackDuringTheWalkIsNew) {
+  Ear* mover = nullptr;
+  Ear first("first", heard, [&](std::uint16_t) {
+    leave(*mover);
+    listen(*mover);
+  });
+  Ear second("second", heard);
+  Ear last("last", heard);
+  listen(first);
+  listen(second);
+  listen(last);
+  mover = &second;
+  EXPECT_EQ(ring(), "first1 last1 ");
+  // Last in the list again: without a fixed end it would be called in the walk that moved it, for ever.
+  mover = &first;
+  EXPECT_EQ(ring(), "first1 last1 second1 ");
+  EXPECT_EQ(ring(), "last1 second1 first1 ");
+}
+
+TEST_F(Notification, AWriteInsideAWalkIsHeardToItsEndFirst) {
+  Ear a("a", heard, [&](std::uint16_t id) {
+    if (id == 1) bell->ring(2);
+  });
+  Ear b("b", heard);
+  listen(a);
+  listen(b);
+  EXPECT_EQ(ring(), "a1 a2 b2 b1 ");
+}
+
+TEST_F(Notification, RemovalInAnInnerWalkHoldsForTheOuterOne) {
+  auto gone = std::make_unique<Ear>("gone", heard);
+  auto last = std::make_unique<Ear>("last", heard);
+  Ear a("a", heard, [&](std::uint16_t id) {
+    if (id == 1) return bell->ring(2);
+    leave(*gone);
+    leave(*last);
+    // The memory is reused, so that a walk that still holds it would show.
+    gone = std::make_unique<Ear>("new", heard);
+    last.reset();
+    listen(*gone);
+  });
+  Ear b("b", heard);
+  listen(a);
+  listen(*gone);
+  listen(b);
+  listen(*last);
+  EXPECT_EQ(ring(), "a1 a2 b2 b1 ");
+  leave(*gone);
+}
+
+TEST_F(Notification, ThePublisherLivesUntilItsPublishReturns) {
+  auto const before = Dovel::Node::aliveCount();
+  Ear b("b", heard);
+  Ear a("a", heard, [&](std::uint16_t) {
+    bell = nullptr;
+    EXPECT_EQ(Dovel::Node::aliveCount(), before);
+  });
+  listen(a);
+  listen(b);
+  bell->ring(1);
+  EXPECT_EQ(heard, "a1 b1 ");
+  EXPECT_EQ(Dovel::Node::aliveCount(), before - 1);
+  EXPECT_FALSE(a.subscribed() || b.subscribed());
+}
+
+TEST_F(Notification, WalksOfSeveralPublishersDontMeet) {
+  auto const other = Dovel::make<Bell>();
+  Ear far("far", heard);
+  Ear b("b", heard);
+  Ear a("a", heard, [&](std::uint16_t) {
+    other->ring(7);
+    other->publisher()->subscriberRemove(far);
+    listen(far);
+  });
+  listen(a);
+  listen(b);
+  other->publisher()->subscriberAdd(far);
+  EXPECT_EQ(ring(), "a1 far7 b1 ");
+  EXPECT_TRUE(other->silent());
+}
+
+TEST(NotificationDeathTest, AnExceptionThatLeavesASubscriberEndsTheProcess) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  std::string heard;
+  auto const bell = Dovel::make<Bell>();
+  Ear thrower("a", heard, [](std::uint16_t) { throw 1; });
+  bell->publisher()->subscriberAdd(thrower);
+  EXPECT_DEATH(
+      {
+        try {
+          bell->ring(1);
+        } catch (int) {
+        }
+      },
+      "");
+}
+
+/// Tells when it goes and what its flags are then.
+class Mortal final : public Dovel::Node {
+  KILN_BASE_TYPE(NotificationTest::Mortal)
+
+ public:
+  explicit Mortal(std::string& log) : log_(log) {}
+  ~Mortal() override { log_ += "deleted "; }
+
+ protected:
+  void lastUserGone() override {
+    log_ += "lastUserGone ";
+    Dovel::Ptr<Mortal> const passing(this);
+  }
+
+ private:
+  std::string& log_;
+};
+
+TEST(Node, GoesOnceWithItsLastUser) {
+  std::string log;
+  auto const before = Dovel::Node::aliveCount();
+  {
+    auto const a = Dovel::make<Mortal>(log);
+    Dovel::Ptr<Dovel::Node const> b = a;
+    auto const c = std::move(b);
+    a->hasNotificationActiveIs(true);
+    a->kilnDoZombieReactors(true);
+    EXPECT_EQ(a->useCount(), 2U);
+    a->kilnDoZombieReactors(false);
+    EXPECT_TRUE(a->hasNotificationActive());
+    EXPECT_FALSE(a->isZombie());
+    EXPECT_EQ(log, "");
+  }
+  EXPECT_EQ(log, "lastUserGone deleted ");
+  EXPECT_EQ(Dovel::Node::aliveCount(), before);
+}
+
+}  // namespace
+}  // namespace NotificationTest
