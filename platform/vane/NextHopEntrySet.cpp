@@ -28,7 +28,7 @@ bool NextHopEntrySet::erase(NextHopEntry const& entry) {
   return true;
 }
 
-void appendText(std::string& out, NextHopEntrySet const& set) { Kiln::appendRange(out, set); }
+void appendText(std::string& out, NextHopEntrySet const& set) { Kiln::writeText(out, set.entries()); }
 
 }  // namespace Vane
 

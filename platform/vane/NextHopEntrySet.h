@@ -20,6 +20,7 @@ class NextHopEntrySet {
   NextHopEntrySet() = default;
   NextHopEntrySet(std::initializer_list<NextHopEntry> entries);
 
+  Array const& entries() const { return entries_; }
   const_iterator begin() const { return entries_.begin(); }
   const_iterator end() const { return entries_.end(); }
   std::size_t size() const { return entries_.size(); }

@@ -1,5 +1,7 @@
 #include "platform/vane/VtiStatusDirSm.h"
 
+#include <span>
+
 namespace Vane::VXLAN {
 
 VtiStatusDirSm::VtiStatusDirSm(Dovel::String name, Dovel::Ptr<Vxlan::VtiStatusDir const> vtiStatusDir,
@@ -38,60 +40,73 @@ void VtiStatusDirSm::vtiStatusDirDispatch(Dovel::Change const& change) {
   doCleanup(intf);
 }
 
+/// The operations in their order, each with the fields that it takes; without fields it is called at the set-up alone.
+struct VtiStatusDirSm::Step {
+  using Vti = Vxlan::VtiStatus;
+
+  void (*run)(Self&, Vti const&);
+  Kiln::AttributeId field = 0;
+  Kiln::AttributeId otherField = 0;
+
+  static std::span<Step const> all();
+};
+
+std::span<VtiStatusDirSm::Step const> VtiStatusDirSm::Step::all() {
+  static constexpr Step steps[] = {
+      {[](Self& sm, Vti const& v) { sm.doSetupVxlanDestUdpPort(v.intfId(), v.udpPort()); }, Vti::udpPortId},
+      {[](Self& sm, Vti const& v) {
+         sm.doSetupVxlanSrcUdpPortRange(v.intfId(), v.udpSrcPort(), v.udpSrcPortLength());
+       },
+       Vti::udpSrcPortId, Vti::udpSrcPortLengthId},
+      {[](Self& sm, Vti const& v) { sm.doSetupVxlanDestSecUdpPort(v.intfId()); }},
+      {[](Self& sm, Vti const& v) { sm.doHandleVxlanVtepToSecProfile(v.intfId()); }},
+      {[](Self& sm, Vti const& v) { sm.doSetupVxlanSecSrcPortRange(v.intfId()); }},
+      {[](Self& sm, Vti const& v) { sm.doHandleVxlanVrfToSbdVlan(v.intfId()); }},
+      {[](Self& sm, Vti const& v) { sm.doSetupVtepToVtepBridging(v.intfId()); }},
+      {[](Self& sm, Vti const& v) { sm.doSetupRemoteVxlanDomain(v.intfId()); }},
+      {[](Self& sm, Vti const& v) { sm.doSetupVxlanSrcAddr(v.intfId(), v.srcAddr()); }, Vti::srcAddrId},
+      {[](Self& sm, Vti const& v) { sm.doSetupVxlanSrcAddrV6(v.intfId(), v.srcAddrV6()); }, Vti::srcAddrV6Id},
+      {[](Self& sm, Vti const& v) { sm.doSetupMlagVtepAddr(v.intfId(), v.mlagVtepAddr()); }, Vti::mlagVtepAddrId},
+      {[](Self& sm, Vti const& v) { sm.doSetupMlagVtepAddr6(v.intfId(), v.mlagVtepAddr6()); }, Vti::mlagVtepAddr6Id},
+      {[](Self& sm, Vti const& v) {
+        for (auto const& group : Kiln::keysOf(v.mcastGrpDecapColl())) sm.doSetupMcastGrpDecap(v.intfId(), group);
+      }},
+      {[](Self& sm, Vti const& v) {
+        for (auto const& group : Kiln::keysOf(v.mcastGrpDecap6Coll())) sm.doSetupMcastGrpDecap6(v.intfId(), group);
+      }},
+      {[](Self& sm, Vti const& v) { sm.doSetupVxlanVarpVtepAddr(v.intfId(), v.varpVtepAddr()); }, Vti::varpVtepAddrId},
+      {[](Self& sm, Vti const& v) { sm.doSetupVxlanVarpVtepAddr6(v.intfId(), v.varpVtepAddr6()); },
+       Vti::varpVtepAddr6Id},
+      {[](Self& sm, Vti const& v) { sm.doSetupVxlanVtepAddrMask(v.intfId()); }},
+      {[](Self& sm, Vti const& v) { sm.doSetupVxlanSharedRouterMac(v.intfId()); }},
+      {[](Self& sm, Vti const& v) { sm.doUpdateOperStatus(v.intfId()); }},
+      {[](Self& sm, Vti const& v) { sm.doSetupVxlanNdMcastSnooping(v.intfId()); }},
+      {[](Self& sm, Vti const& v) { sm.doSetupVtepForSourcePruning(v.intfId()); }},
+      {[](Self& sm, Vti const& v) { sm.doSetupVtepSourcePruningAll(v.intfId()); }},
+      {[](Self& sm, Vti const& v) { sm.doSetupVxlanFloodTraffic(v.intfId()); }},
+  };
+  return steps;
+}
+
 void VtiStatusDirSm::setup(Vxlan::VtiStatus const& vti) {
-  Meshal::IntfId const intf = vti.intfId();
-  doSetupVxlanDestUdpPort(intf, vti.udpPort());
-  doSetupVxlanSrcUdpPortRange(intf, vti.udpSrcPort(), vti.udpSrcPortLength());
-  doSetupVxlanDestSecUdpPort(intf);
-  doHandleVxlanVtepToSecProfile(intf);
-  doSetupVxlanSecSrcPortRange(intf);
-  doHandleVxlanVrfToSbdVlan(intf);
-  doSetupVtepToVtepBridging(intf);
-  doSetupRemoteVxlanDomain(intf);
-  doSetupVxlanSrcAddr(intf, vti.srcAddr());
-  doSetupVxlanSrcAddrV6(intf, vti.srcAddrV6());
-  doSetupMlagVtepAddr(intf, vti.mlagVtepAddr());
-  doSetupMlagVtepAddr6(intf, vti.mlagVtepAddr6());
-  for (auto const& group : Kiln::keysOf(vti.mcastGrpDecapColl())) doSetupMcastGrpDecap(intf, group);
-  for (auto const& group : Kiln::keysOf(vti.mcastGrpDecap6Coll())) doSetupMcastGrpDecap6(intf, group);
-  doSetupVxlanVarpVtepAddr(intf, vti.varpVtepAddr());
-  doSetupVxlanVarpVtepAddr6(intf, vti.varpVtepAddr6());
-  doSetupVxlanVtepAddrMask(intf);
-  doSetupVxlanSharedRouterMac(intf);
-  doUpdateOperStatus(intf);
-  doSetupVxlanNdMcastSnooping(intf);
-  doSetupVtepForSourcePruning(intf);
-  doSetupVtepSourcePruningAll(intf);
-  doSetupVxlanFloodTraffic(intf);
+  for (auto const& step : Step::all()) {
+    // What an operation causes may take the interface away: the rest would put back what its cleanup took.
+    auto const& known = vtis_.at(vti.intfId());
+    if (!known || &known->vti() != &vti) return;
+    step.run(*this, vti);
+  }
 }
 
 void VtiStatusDirSm::handleVtiChange(Vxlan::VtiStatus const& vti, Dovel::Change const& change) {
   using Vti = Vxlan::VtiStatus;
-  Meshal::IntfId const intf = vti.intfId();
-  switch (change.id) {
-    case Vti::udpPortId:
-      return doSetupVxlanDestUdpPort(intf, vti.udpPort());
-    case Vti::udpSrcPortId:
-    case Vti::udpSrcPortLengthId:
-      return doSetupVxlanSrcUdpPortRange(intf, vti.udpSrcPort(), vti.udpSrcPortLength());
-    case Vti::srcAddrId:
-      return doSetupVxlanSrcAddr(intf, vti.srcAddr());
-    case Vti::srcAddrV6Id:
-      return doSetupVxlanSrcAddrV6(intf, vti.srcAddrV6());
-    case Vti::mlagVtepAddrId:
-      return doSetupMlagVtepAddr(intf, vti.mlagVtepAddr());
-    case Vti::mlagVtepAddr6Id:
-      return doSetupMlagVtepAddr6(intf, vti.mlagVtepAddr6());
-    case Vti::mcastGrpDecapId:
-      return doSetupMcastGrpDecap(intf, change.keyAs<Meshal::IpAddr>());
-    case Vti::mcastGrpDecap6Id:
-      return doSetupMcastGrpDecap6(intf, change.keyAs<Meshal::Ip6Addr>());
-    case Vti::varpVtepAddrId:
-      return doSetupVxlanVarpVtepAddr(intf, vti.varpVtepAddr());
-    case Vti::varpVtepAddr6Id:
-      return doSetupVxlanVarpVtepAddr6(intf, vti.varpVtepAddr6());
-    default:
-      return;
+  if (change.id == Vti::mcastGrpDecapId) {
+    return doSetupMcastGrpDecap(vti.intfId(), change.keyAs<Meshal::IpAddr>());
+  }
+  if (change.id == Vti::mcastGrpDecap6Id) {
+    return doSetupMcastGrpDecap6(vti.intfId(), change.keyAs<Meshal::Ip6Addr>());
+  }
+  for (auto const& step : Step::all()) {
+    if (change.id == step.field || change.id == step.otherField) return step.run(*this, vti);
   }
 }
 

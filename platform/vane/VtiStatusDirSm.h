@@ -64,6 +64,7 @@ class VtiStatusDirSm : public Kiln::Sm {
 
  private:
   using Self = VtiStatusDirSm;
+  struct Step;
 
   /// Watches one interface.
   class NestedSm_VtiStatus final : public Kiln::NotifieeConst {

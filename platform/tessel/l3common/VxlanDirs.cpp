@@ -39,7 +39,7 @@ void FloodUnderlayVlanToVtepList::vtepIpListDel(Meshal::IpGenAddr const& vtep) {
 }
 
 void appendText(std::string& out, FloodUnderlayVlanToVtepList const& list) {
-  Kiln::appendRange(out, list.vtepIpList());
+  Kiln::writeText(out, list.vtepIpList());
 }
 
 Dovel::Ptr<TesselVxlanConfig> tesselVxlanConfigFactory(Dovel::String name) {

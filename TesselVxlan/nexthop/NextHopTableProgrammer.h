@@ -1,0 +1,70 @@
+#pragma once
+
+#include "TesselVxlan/nexthop/NextHopTableProgrammerBase.h"
+#include "platform/kiln/Dir.h"
+#include "platform/tessel/l3/EgrL3OifHelper.h"
+#include "platform/tessel/l3/L3Intf.h"
+#include "platform/tessel/tables/IpmcTable.h"
+#include "platform/tessel/tables/L3NextHop2Table.h"
+#include "platform/vane/NextHopEntry.h"
+#include "platform/vane/TunnelKey.h"
+
+namespace TesselVxlan {
+
+/// Keeps the underlay next hops: one row of `L3NextHop2Table` for each pair of MAC address and layer 3 interface.
+///
+/// Reads the interface table, the egress interfaces and, for next hops that flood, the multicast table. Writes
+/// `L3NextHop2Table` with its two fixed rows; a full table shows as an operator message alone.
+/// Main thread only. Nothing is remembered here: the table is the only memory.
+/// The rows belong to the entries that store their handles; the fixed rows stay.
+class NextHopTableProgrammer final : public NextHopTableProgrammerBase {
+  KILN_TYPE(TesselVxlan::NextHopTableProgrammer, TesselVxlan::NextHopTableProgrammerBase)
+  KILN_FIXED(0x104, Dovel::Ptr<VaneL3Intf::Table const>, vaneL3IntfTable)
+  KILN_FIXED(0x105, Dovel::Ptr<TesselL3Tunnel::L3TunnelEgrL3OifHelper const>, l3Oif2TableHelper)
+  KILN_ATTR(0x106, bool, l2IfSupported)  ///< What the chip says, read in `initTables`.
+  KILN_FIXED(0x107, bool, vxlanUnderlayFloodingHw)  ///< A next hop without an egress interface floods its VLAN.
+  KILN_ATTR(0x108, Dovel::Ptr<TesselL3Common::L3NextHop2Table>, l3NextHop2Table)
+  KILN_FIXED(0x109, Dovel::Ptr<TesselL3::RoutingStatus const>, routingStatus)
+  KILN_FIXED(0x10a, Dovel::Ptr<TesselMcast::IpmcTable const>, ipmcTable)
+  KILN_ATTR(0x10b, Dovel::Ptr<Kiln::Dir>, mountPath)  ///< Where the table is made.
+
+ public:
+  NextHopTableProgrammer(Dovel::Ptr<Stateway::EntityManager> statewayEm,
+                         Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> fcsd,
+                         Dovel::Ptr<TesselL3::RoutingStatus const> routingStatus,
+                         Dovel::Ptr<VaneL3Intf::Table const> vaneL3IntfTable,
+                         Dovel::Ptr<TesselL3Tunnel::L3TunnelEgrL3OifHelper const> l3Oif2TableHelper,
+                         Dovel::Ptr<TesselMcast::IpmcTable const> ipmcTable, bool vxlanUnderlayFloodingHw);
+
+  /// REQUIRES: `mountPath` is set.
+  void initTables(TesselCentral::ChipInfo const& chipInfo) override;
+
+  /// The row of a next hop, written only where it differs from what stands: compared first, so that a repeated insert is
+  /// free. Null if its port is not known; the caller tries again when the next hop changes. Weak if the row stands as
+  /// wanted, else a use: keep it until it is stored in an entry.
+  /// Throws the range exception of `Bridging::VlanIdOrNone` for an interface with a VLAN beyond it.
+  Handle insertEntry(Vane::TunnelKey const& tunnelKey, Vane::NextHopEntry const& nextHopEntry);
+
+  /// Writes row 0, which a chip without a reserved row of its own keeps free. Called by `initTables`.
+  void programReservedNextHopEntry();
+  /// Writes the row that drops. Called by `initTables`.
+  void programDropNextHopEntry();
+
+ private:
+  /// The VLAN of an interface, 0 if it has none.
+  Bridging::VlanIdOrNone vlanOf(Meshal::IntfId l3Intf) const;
+  /// Sends what the row of `key` takes to its destination; false if that is not known.
+  bool destinationIs(TesselL3Common::L3NextHop2Key const& key, Vane::NextHopEntry const& nextHopEntry,
+                     TesselL3Common::L3NextHop2Table::Entry& entry) const;
+  void floodIs(TesselL3Common::L3NextHop2Key const& key, TesselL3Common::L3NextHop2Table::Entry& entry) const;
+};
+
+Dovel::Ptr<NextHopTableProgrammer> nextHopTableProgrammerFactory(
+    Dovel::Ptr<Stateway::EntityManager> const& statewayEm,
+    Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> const& fcsd,
+    Dovel::Ptr<TesselL3::RoutingStatus const> const& routingStatus,
+    Dovel::Ptr<VaneL3Intf::Table const> const& vaneL3IntfTable,
+    Dovel::Ptr<TesselL3Tunnel::L3TunnelEgrL3OifHelper const> const& l3Oif2TableHelper,
+    Dovel::Ptr<TesselMcast::IpmcTable const> const& ipmcTable, bool vxlanUnderlayFloodingHw);
+
+}  // namespace TesselVxlan

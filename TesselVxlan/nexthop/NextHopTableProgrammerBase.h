@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+
+#include "platform/asic/SwTable.h"
+#include "platform/dovel/Publisher.h"
+#include "platform/kiln/Attribute.h"
+#include "platform/stateway/EntityManager.h"
+#include "platform/tessel/central/CommonData.h"
+
+namespace TesselVxlan {
+
+/// Which of the two views of an egress next-hop row is meant.
+enum class EgrL3NextHopTableViewType : std::uint8_t { l3, l3Mc };
+
+/// Where the programmers of next-hop tables meet: what their tables are bound to, and when these are made.
+///
+/// Main thread only.
+class NextHopTableProgrammerBase : public Dovel::PublishingNode {
+  KILN_BASE_TYPE(TesselVxlan::NextHopTableProgrammerBase)
+  KILN_FIXED(0x102, Dovel::Ptr<Stateway::EntityManager>, statewayEm)
+  KILN_FIXED(0x103, Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const>, fcsd)
+
+ public:
+  using EntryState = Asic::SwTableBase::EntryState;
+  using Handle = Asic::SwTableBase::EntryHandle::PtrConst;
+
+  /// Makes the tables and leaves them without entries but the fixed rows. REQUIRES: before every other operation.
+  virtual void initTables(TesselCentral::ChipInfo const& chipInfo) = 0;
+
+ protected:
+  NextHopTableProgrammerBase(Dovel::Ptr<Stateway::EntityManager> statewayEm,
+                             Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> fcsd)
+      : statewayEm_(std::move(statewayEm)), fcsd_(std::move(fcsd)) {}
+
+  /// For traces.
+  static std::string handleText(Handle const& handle);
+};
+
+}  // namespace TesselVxlan

@@ -1,0 +1,75 @@
+#include "TesselVxlan/nexthop/UnderlayEcmpProgrammer.h"
+
+#include "platform/kiln/Invariant.h"
+#include "platform/kiln/Trace.h"
+
+KILN_TRACE_FILE("UnderlayEcmpProgrammer");
+
+namespace TesselVxlan {
+
+using TesselL3Common::L3AdjIdKey;
+using TesselL3Tunnel::EcmpGroup1Table;
+
+UnderlayEcmpProgrammer::UnderlayEcmpProgrammer(Dovel::Ptr<Stateway::EntityManager> statewayEm,
+                                               Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> fcsd,
+                                               Dovel::Ptr<NextHopTableProgrammer> nextHopTableProgrammer)
+    : NextHopTableProgrammerBase(std::move(statewayEm), std::move(fcsd)),
+      nextHopTableProgrammer_(std::move(nextHopTableProgrammer)) {}
+
+void UnderlayEcmpProgrammer::initTables(TesselCentral::ChipInfo const& chipInfo) {
+  TRACE(0, "Underlay ecmp tables");
+  INVARIANT(fcsd()->logicalModInfos());
+  ecmpGroup1TableIs(mountPath()->createEntity<EcmpGroup1Table>("underlay"));
+  Asic::bringUp(*ecmpGroup1Table(), statewayEm(), chipInfo);
+  INVARIANT(ecmpGroup1Table()->entrys() == 0);
+  ecmpMember1TableIs(ecmpMember1TableFactory());
+  Asic::bringUp(*ecmpMember1Table(), statewayEm(), chipInfo);
+  INVARIANT(ecmpMember1Table()->entryBlocks() == 0);
+}
+
+NextHopTableProgrammerBase::Handle UnderlayEcmpProgrammer::insertEntry(
+    Dovel::Ptr<Vane::HwTunnelConfigEntry const> const& tunnelConfigEntry) {
+  auto const groupKey = L3AdjIdKey::l3Underlay(tunnelConfigEntry->nextHopEntryList()->adjId());
+  TRACE(1, " group key {}, tunnel key {}", groupKey, tunnelConfigEntry->tunnelKey());
+  if (!ecmpGroup1Table() || !ecmpMember1Table()) {
+    TRACE(1, " No ecmp tables for group key {}", groupKey);
+    return {};
+  }
+  EcmpGroup1Table::Entry entry;
+  std::uint16_t members = 0;
+  entry.memberBlockHandle = memberBlock(*tunnelConfigEntry, members);
+  if (!entry.memberBlockHandle) return {};
+  entry.lastMemberIndex = static_cast<std::uint16_t>(members - 1);
+  if (isEq(entry, ecmpGroup1Table()->entry(groupKey))) {
+    TRACE(1, " Ecmp group already exists for group key= {}", groupKey);
+    return ecmpGroup1Table()->entryWeakRef(groupKey);
+  }
+  auto handle = ecmpGroup1Table()->entryRef(groupKey, entry);
+  INVARIANT(handle);
+  return handle;
+}
+
+NextHopTableProgrammerBase::Handle UnderlayEcmpProgrammer::memberBlock(
+    Vane::HwTunnelConfigEntry const& tunnelConfigEntry, std::uint16_t& entryNum) {
+  EcmpMember1Table::EntryBlock block;
+  for (auto const& nextHopEntry : tunnelConfigEntry.nextHopEntryList()->nextHopEntry()) {
+    if (nextHopEntry.type() != Vane::nextHopResolved) continue;
+    EcmpMember1Table::Entry member;
+    member.nextHopHandle = nextHopTableProgrammer()->insertEntry(tunnelConfigEntry.tunnelKey(), nextHopEntry);
+    if (!member.nextHopHandle) return {};
+    block.entryIs(entryNum++, member);
+  }
+  INVARIANT(entryNum >= 1);
+  auto ecmpBlockHandle = ecmpMember1Table()->entryBlockRef(block);
+  INVARIANT(ecmpBlockHandle);
+  return ecmpBlockHandle;
+}
+
+Dovel::Ptr<UnderlayEcmpProgrammer> underlayEcmpProgrammerFactory(
+    Dovel::Ptr<Stateway::EntityManager> const& statewayEm,
+    Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> const& fcsd,
+    Dovel::Ptr<NextHopTableProgrammer> const& nextHopTableProgrammer) {
+  return Dovel::make<UnderlayEcmpProgrammer>(statewayEm, fcsd, nextHopTableProgrammer);
+}
+
+}  // namespace TesselVxlan

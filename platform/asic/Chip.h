@@ -1,0 +1,115 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/asic/ChipDriver.h"
+#include "platform/asic/ChipProfile.h"
+#include "platform/asic/WriteResponse.h"
+
+namespace Asic {
+
+class StoreBase;
+
+/// What has gone to one chip table, for show and for tests.
+struct ChipTableReport {
+  std::string name;  ///< Of the chip's table: a part of a merged table stands by itself.
+  std::uint32_t base = 0;
+  std::uint32_t rows = 0;
+  std::uint32_t used = 0;  ///< Rows that are given out.
+  std::uint64_t writes = 0;
+  std::uint64_t clears = 0;
+  std::uint64_t refused = 0;  ///< Writes that the chip refused, and entries that found no row.
+  StoreBase const* store = nullptr;
+};
+
+/// A chip with its software tables: the stores by table class and unit, the driver, and the answers that wait for the
+/// loop.
+///
+/// Outcomes of writes are queued in the order of the writes; the host's loop delivers them, and responses run then and
+/// never inside a write. With direct completion an entry's state is final when the write returns and only responses are
+/// queued; with deferred completion the outcome shows when it is delivered.
+/// The chip outlives its stop: entries stay until they are removed or the chip goes. Main thread only. Writes that a
+/// response makes are queued behind.
+class Chip final : public Dovel::Node {
+  KILN_BASE_TYPE(Asic::Chip)
+
+ public:
+  /// REQUIRES: neither is null.
+  Chip(Dovel::Ptr<ChipProfile const> profile, std::unique_ptr<ChipDriver> driver);
+  ~Chip() override;
+
+  Dovel::Ptr<ChipProfile const> const& profile() const { return profile_; }
+  ChipDriver& driver() const { return *driver_; }
+  Completion completion() const { return completion_; }
+
+  /// Delivers what is queued now, in order; gives how many. What these cause is left for the next call.
+  std::size_t deliver();
+  /// Delivers the oldest; false if there was none that is not held.
+  bool deliverOne();
+  /// Outcomes not delivered yet, held ones too.
+  std::size_t pending() const { return queue_.size() - head_ + held_.size(); }
+
+  /// Keeps back the outcomes of a table, by its name without namespace, until the release. Others pass them.
+  void hold(std::string_view table);
+  void release(std::string_view table);
+  /// Of all tables.
+  void release();
+
+  /// Drops every response that was not delivered: after this no table keeps alive who wrote to it.
+  void stop();
+
+  /// The stores in order of bring-up.
+  std::vector<StoreBase const*> stores() const;
+  /// The store of that name, without namespace; null if none was brought up. The shared unit's if there are several.
+  StoreBase const* store(std::string_view name) const;
+  /// The chip's own tables, in order of bring-up.
+  std::vector<ChipTableReport> tables() const;
+  /// Rows written since the start, over all tables.
+  std::uint64_t writes() const;
+
+  // For the table library.
+  using MakeStore = Dovel::Ptr<StoreBase> (*)(Chip& chip, UnitId unit);
+  /// The store of a table class and unit; made by the first who asks.
+  Dovel::Ptr<StoreBase> const& storeOf(Kiln::Type const& table, UnitId unit, MakeStore make);
+  TableId newTableId() { return nextTable_++; }
+  /// Takes the outcome of a write of `record`.
+  void outcomeIs(RecordBase& record, EntryState outcome, WriteResponseFn const& response);
+  /// `dependant` stores a handle of `target`, which has no row.
+  void dependantIs(RecordBase& target, RecordBase& dependant);
+  void dependantDel(RecordBase& target, RecordBase& dependant);
+  /// Those who wait for the row of `target`; they are forgotten by this call.
+  std::vector<RecordBase*> dependantsTake(RecordBase& target);
+
+ private:
+  struct Outcome {
+    EntryHandle::PtrConst entry;  ///< Weak: an outcome keeps no entry.
+    WriteResponseFn response;
+    std::uint32_t number = 0;
+    EntryState state = EntryState::none;
+  };
+
+  static constexpr std::size_t kCompactAt = 256;
+
+  /// False if the front of the queue is held.
+  bool deliverFront();
+  static void settle(Outcome const& outcome);
+  bool isHeld(Outcome const& outcome) const;
+
+  Dovel::Ptr<ChipProfile const> profile_;
+  std::unique_ptr<ChipDriver> driver_;
+  Completion completion_;
+  std::vector<std::pair<std::pair<Kiln::Type const*, std::uint32_t>, Dovel::Ptr<StoreBase>>> stores_;
+  TableId nextTable_ = 0;
+  std::vector<Outcome> queue_;  ///< From `head_` on.
+  std::size_t head_ = 0;
+  std::vector<Outcome> held_;
+  std::vector<std::string> holds_;
+  std::uint32_t lastWrite_ = 0;
+  std::map<RecordBase*, std::vector<RecordBase*>> dependants_;
+};
+
+}  // namespace Asic

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/asic/Index.h"
+#include "platform/dovel/Node.h"
+#include "platform/dovel/Ptr.h"
+#include "platform/kiln/Attribute.h"
+
+namespace Asic {
+
+class RecordBase;
+
+/// Stands for one entry of one table; what an entry of another table stores to point at it.
+///
+/// A strong handle is a use of its entry, a weak one keeps nothing alive and reads as gone afterwards. Each entry has
+/// one of either kind inside its record, so that handing one out allocates nothing. A handle that is stored in an entry
+/// counts as a use whichever kind was passed in. Main thread only.
+class EntryHandle : public Dovel::Node {
+  KILN_BASE_TYPE(Asic::EntryHandle)
+
+ public:
+  using PtrConst = Dovel::Ptr<EntryHandle const>;
+
+  /// Of the entry; `none` when it has gone.
+  EntryState state() const;
+  /// Whether the entry has gone; true of weak handles only.
+  bool gone() const;
+  /// The entry's first row; null while it has none: it waits for one, or it has gone.
+  std::optional<Index> row() const;
+  /// Empty for a don't-care handle.
+  std::string keyText() const;
+  std::string_view tableName() const;
+
+  /// What the table knows of the entry, null for a don't-care handle. For the table library.
+  RecordBase* record() const;
+  /// The number of a don't-care handle. REQUIRES: `record()` is null.
+  Index dontCareIndex() const;
+
+ protected:
+  enum class Kind : std::uint8_t { strong, weak, dontCare };
+  explicit EntryHandle(Kind kind) noexcept : kind_(kind) {}
+
+ private:
+  Kind kind_;
+};
+
+/// Whether both name the same entry, by handles of either kind; two nulls do.
+bool sameEntry(EntryHandle::PtrConst const& a, EntryHandle::PtrConst const& b);
+
+/// Handles that no table gives.
+struct SwTableWorkaround {
+  /// A handle for a field whose target does not matter to the chip in this entry: its number is `index`, its state
+  /// `written`. Handles of equal numbers name the same.
+  static EntryHandle::PtrConst dontCareHandle(Index index);
+};
+
+}  // namespace Asic

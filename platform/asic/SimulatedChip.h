@@ -1,0 +1,70 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "platform/asic/ChipDriver.h"
+#include "platform/asic/ChipProfile.h"
+
+namespace Asic {
+
+/// A chip in memory: each row as numbers by field name.
+///
+/// Its tables are as large as the profile says. Can be told to refuse writes, with `failed` or `full`; the row is then
+/// as it was. Main thread only.
+class SimulatedChip final : public ChipDriver {
+ public:
+  explicit SimulatedChip(Dovel::Ptr<ChipProfile const> profile, Completion completion = Completion::direct);
+  ~SimulatedChip() override;
+
+  std::uint32_t capacity(TableId id, RowLayout const& layout) override;
+  EntryState writeRow(RowWrite const& write) override;
+  void clearRow(TableId table, std::uint32_t row) override;
+  Completion completion() const override { return completion_; }
+
+  // Refusals. `with` is `failed` or `full`; several may be set, each counts or matches for itself.
+  /// The `n`-th write from now on, 1 being the next; once.
+  void refuseNth(std::uint64_t n, EntryState with);
+  /// Every `k`-th write from now on.
+  void refuseEvery(std::uint64_t k, EntryState with);
+  /// Every write to a chip table, by its name; parts of merged tables have names of their own.
+  void refuseTable(std::string_view table, EntryState with);
+  /// Every write for an entry with that key, in whatever table.
+  void refuseKey(std::string_view keyText, EntryState with);
+  /// Refuses nothing any more.
+  void refuseNone();
+
+  /// A row's words, empty if the row is clear. REQUIRES: the table is there.
+  std::span<std::uint64_t const> row(std::string_view table, std::uint32_t row) const;
+  /// One number of a row, by the field's name; the first word of a field of several. REQUIRES: the row is written.
+  std::uint64_t field(std::string_view table, std::uint32_t row, std::string_view field) const;
+  /// How many rows of the table are written.
+  std::uint32_t rows(std::string_view table) const;
+  /// All written rows, a heading per table and a line per row: "3 macAddr=0x20000000001 vlanId=0x5". Fields that are 0
+  /// are left out.
+  std::string dump() const;
+
+ private:
+  struct Table;
+  struct Refusal {
+    enum class By : std::uint8_t { nth, every, table, key } by;
+    EntryState with;
+    std::uint64_t count;  ///< Writes to go, or the distance.
+    std::string text;
+    std::uint64_t seen = 0;
+  };
+
+  EntryState refusal(RowWrite const& write);
+  Table const* table(std::string_view name) const;
+
+  Dovel::Ptr<ChipProfile const> profile_;
+  Completion completion_;
+  std::vector<std::unique_ptr<Table>> tables_;
+  std::vector<Refusal> refusals_;
+};
+
+/// A chip of a profile, simulated.
+Dovel::Ptr<class Chip> makeSimulatedChip(Dovel::Ptr<ChipProfile const> const& profile,
+                                         Completion completion = Completion::direct);
+
+}  // namespace Asic

@@ -1,0 +1,120 @@
+#include <gtest/gtest.h>
+
+#include "platform/kiln/Trace.h"
+#include "tests/support/TableFixture.h"
+
+namespace {
+
+using namespace TableTest;
+
+/// Underlay next hops on a chip of each way of completion.
+class UnderlayNextHops : public testing::TestWithParam<Asic::Completion> {
+ protected:
+  ChipSpec spec(ChipSpec wanted = {}) const {
+    wanted.completion = GetParam();
+    return wanted;
+  }
+  Handle insert(TableWorld& world, Vane::NextHopEntry const& entry) {
+    return world.nextHops->insertEntry(tunnel(vtep(2)), entry);
+  }
+};
+
+INSTANTIATE_TEST_SUITE_P(Chips, UnderlayNextHops,
+                         testing::Values(Asic::Completion::direct, Asic::Completion::deferred));
+
+constexpr char const* dropRow = "ff:ff:ff:ff:ff:ff row 1: destinationHandle=#0 l3Oif2Handle=#0\n";
+
+TEST_P(UnderlayNextHops, startWithTheFixedRowsAlone) {
+  TableWorld world(spec());
+  EXPECT_EQ(world.show("L3NextHop2Table"), std::string("00:00:00:00:00:00 row 0: destinationHandle=#0 ingressViewCode=7 "
+                                                       "l3Oif2Handle=#0 egressViewCode=9\n") +
+                                               dropRow);
+}
+
+TEST_P(UnderlayNextHops, leaveRowZeroToAChipThatReservesItItself) {
+  TableWorld world(spec({.ownReservedRow = true}));
+  EXPECT_EQ(world.show("L3NextHop2Table"), dropRow);
+}
+
+TEST_P(UnderlayNextHops, holdPortOrGroupAndVlan) {
+  TableWorld world(spec());
+  auto const port = insert(world, nextHop(3));
+  auto const lag = insert(world, nextHop(9));
+  world.settle();
+  EXPECT_EQ(port->state(), Asic::EntryState::written);
+  EXPECT_EQ(world.show("L3NextHop2Table"),
+            "");
+}
+
+TEST_P(UnderlayNextHops, ofAnInterfaceWithoutIdHaveVlanZero) {
+  TableWorld world(spec());
+  auto entry = nextHop(3);
+  entry.l3IntfIs(Meshal::IntfId("Loopback0"));
+  auto const handle = insert(world, entry);
+  EXPECT_EQ(world.show("L3NextHop2Table"), "");
+}
+
+TEST_P(UnderlayNextHops, thatStandAsWantedCostNoWrite) {
+  TableWorld world(spec());
+  auto kept = insert(world, nextHop(3));
+  world.settle();
+  world.writes();
+  auto const again = insert(world, nextHop(3));
+  EXPECT_TRUE(Asic::sameEntry(kept, again));
+  EXPECT_EQ(world.writes(), 0);
+  kept = nullptr;
+  EXPECT_TRUE(again->gone()) << "the second handle is no use of the row";
+}
+
+TEST_P(UnderlayNextHops, changeInPlaceWhenOnePartDiffers) {
+  TableWorld world(spec());
+  auto const handle = insert(world, nextHop(3));
+  auto const row = handle->row();
+  auto other = nextHop(3);
+  other.l2IntfIs(Meshal::IntfId("Ethernet4"));
+  world.writes();
+  auto const changed = insert(world, other);
+  EXPECT_GT(world.writes(), 0);
+  EXPECT_TRUE(Asic::sameEntry(handle, changed));
+  EXPECT_EQ(changed->row(), row);
+  EXPECT_EQ(world.nextHops->l3NextHop2Table()->ingL3NextHop2TableEntry({mac(3), Meshal::IntfId("Vlan3")}).destination, 4);
+}
+
+TEST_P(UnderlayNextHops, withoutAPortAreNotProgrammed) {
+  TableWorld world(spec());
+  auto entry = nextHop(3);
+  entry.l2IntfIs(Meshal::IntfId("Ethernet77"));
+  Kiln::TraceCapture const traces("NextHopTableProgrammer");
+  EXPECT_EQ(insert(world, entry), nullptr);
+  EXPECT_TRUE(traces.contains(" Invalid Dst Port"));
+  EXPECT_FALSE(world.nextHops->l3NextHop2Table()->entryHas({mac(3), Meshal::IntfId("Vlan3")}));
+}
+
+TEST_P(UnderlayNextHops, floodTheirVlanWhereTheyHaveNoPort) {
+  TableWorld world(spec({.floods = true}));
+  world.ipmc->entryCommit({1, 3}, {});
+  auto flooding = nextHop(3);
+  flooding.l2IntfIs({});
+  auto noGroup = nextHop(4);
+  noGroup.l2IntfIs({});
+  auto unknownPort = nextHop(5);
+  unknownPort.l2IntfIs(Meshal::IntfId("Ethernet77"));
+  Handle const kept[] = {insert(world, flooding), insert(world, noGroup), insert(world, unknownPort)};
+  EXPECT_EQ(world.show("L3NextHop2Table"), "");
+}
+
+TEST_P(UnderlayNextHops, beyondTheTableAreToldOnceAndHeal) {
+  TableWorld world(spec({.rows = {{"IngL3NextHop2Table", 3}, {"EgrL3NextHop2", 3}}}));
+  auto first = insert(world, nextHop(3));
+  auto const second = insert(world, nextHop(4));
+  world.settle();
+  EXPECT_EQ(second->state(), Asic::EntryState::full);
+  EXPECT_EQ(world.messages(), "TESSEL_VXLAN_UL_NEXT_HOP_RESOURCES_FULL: Hardware resources are insufficient to program "
+                              "underlay for the nexthop IP 02:00:00:00:00:04.\n");
+  first = nullptr;
+  world.settle();
+  EXPECT_EQ(second->state(), Asic::EntryState::written);
+  EXPECT_EQ(world.messages(), "");
+}
+
+}  // namespace

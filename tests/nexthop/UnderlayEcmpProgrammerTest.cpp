@@ -1,0 +1,71 @@
+#include <gtest/gtest.h>
+
+#include "tests/support/TableFixture.h"
+
+namespace {
+
+using namespace TableTest;
+
+/// Groups of underlay next hops on a chip of each way of completion.
+class UnderlayGroups : public testing::TestWithParam<Asic::Completion> {
+ protected:
+  Handle insert(unsigned remote, std::uint32_t adjId, Vane::NextHopEntrySet const& nextHops) {
+    return world.ecmp->insertEntry(config(tunnel(vtep(remote)), adjId, nextHops));
+  }
+  std::string groups() const { return world.show("EcmpGroup1Table") + world.show("EcmpMember1Table"); }
+
+  TableWorld world{{.completion = GetParam()}};
+};
+
+INSTANTIATE_TEST_SUITE_P(Chips, UnderlayGroups, testing::Values(Asic::Completion::direct, Asic::Completion::deferred));
+
+TEST_P(UnderlayGroups, countTheirResolvedMembersAlone) {
+  auto unresolved = nextHop(2);
+  unresolved.typeIs(Vane::nextHopUnresolved);
+  auto const group = insert(2, 36, {nextHop(1), unresolved, nextHop(3)});
+  world.settle();
+  EXPECT_EQ(groups(), "");
+}
+
+TEST_P(UnderlayGroups, areSharedByTheTunnelsOverAnAdjacency) {
+  auto kept = insert(2, 36, {nextHop(1), nextHop(2)});
+  world.settle();
+  world.writes();
+  auto const second = insert(3, 36, {nextHop(1), nextHop(2)});
+  EXPECT_TRUE(Asic::sameEntry(kept, second));
+  EXPECT_EQ(world.writes(), 0);
+  kept = nullptr;
+  EXPECT_TRUE(second->gone());
+  EXPECT_EQ(groups(), "") << "group, block and next hops go with the last holder";
+  EXPECT_EQ(world.keys("L3NextHop2Table"), "00:00:00:00:00:00\nff:ff:ff:ff:ff:ff\n");
+}
+
+TEST_P(UnderlayGroups, standOrFallWithEachMember) {
+  auto const group = insert(2, 36, {nextHop(1), nextHop(2)});
+  auto const before = groups();
+  auto lost = nextHop(3);
+  lost.l2IntfIs(Meshal::IntfId("Ethernet77"));
+  EXPECT_EQ(insert(2, 36, {nextHop(1), nextHop(2), lost}), nullptr);
+  EXPECT_EQ(insert(3, 37, {nextHop(4), lost}), nullptr);
+  EXPECT_EQ(groups(), before);
+  EXPECT_EQ(world.keys("L3NextHop2Table").find("02:00:00:00:00:04"), std::string::npos)
+      << "what was written for the lost group goes again";
+}
+
+TEST_P(UnderlayGroups, changeInPlace) {
+  auto const group = insert(2, 36, {nextHop(1), nextHop(2), nextHop(3)});
+  auto const row = group->row();
+  auto const smaller = insert(2, 36, {nextHop(1), nextHop(3)});
+  world.settle();
+  EXPECT_TRUE(Asic::sameEntry(group, smaller));
+  EXPECT_EQ(smaller->row(), row);
+  EXPECT_EQ(groups(), "");
+  EXPECT_EQ(world.keys("L3NextHop2Table").find("02:00:00:00:00:02"), std::string::npos);
+}
+
+TEST(UnderlayGroupsOfAChipWithoutMembers, areNull) {
+  TableWorld world({.ecmp = false});
+  EXPECT_EQ(world.ecmp->insertEntry(config(tunnel(vtep(2)), 36, {nextHop(1), nextHop(2)})), nullptr);
+}
+
+}  // namespace

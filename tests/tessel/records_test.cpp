@@ -1,0 +1,217 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <rapidjson/document.h>
+
+#include <string>
+
+#include "platform/kiln/Dir.h"
+#include "platform/kiln/Json.h"
+#include "platform/tessel/central/CommonData.h"
+#include "platform/tessel/central/VxlanToL2State.h"
+#include "platform/tessel/l3/L3Intf.h"
+#include "platform/tessel/l3common/DstPort.h"
+#include "platform/tessel/l3common/VxlanDirs.h"
+#include "platform/tessel/qos/TrustStatus.h"
+#include "platform/vane/HwTunnel.h"
+#include "platform/vane/VaneTunnel.h"
+#include "platform/vxlan/VxlanConfig.h"
+
+namespace {
+
+using Meshal::IntfId;
+using Meshal::IpGenAddr;
+
+/// Puts `json` into `entity`; "" or what is wrong with it.
+std::string apply(Kiln::Entity& entity, std::string const& json) {
+  rapidjson::Document document;
+  document.Parse(json.c_str());
+  EXPECT_FALSE(document.HasParseError()) << json;
+  Kiln::JsonIn const in(document);
+  try {
+    Kiln::entityCheck(entity.typeData(), in);
+  } catch (Kiln::ValueError const& error) {
+    return error.path();
+  }
+  Kiln::entityFromJson(entity, in);
+  return "";
+}
+
+Vane::NextHopEntry nextHop(std::uint8_t n) {
+  Vane::NextHopEntry entry;
+  entry.addrIs(IpGenAddr(Meshal::IpAddr(0x0a000000U + n)));
+  entry.l3IntfIs(IntfId("Ethernet" + std::to_string(n)));
+  return entry;
+}
+
+/// Counts the changes that it is told of.
+class Counter : public Dovel::Subscriber {
+ public:
+  explicit Counter(Dovel::Node const& node)
+      : Subscriber([](Dovel::Subscriber& self, Dovel::Change const&) { ++static_cast<Counter&>(self).count; }),
+        publisher_(*node.publisher()) {
+    publisher_.subscriberAdd(*this);
+  }
+  ~Counter() { publisher_.subscriberRemove(*this); }
+
+  int count = 0;
+
+ private:
+  Dovel::Publisher& publisher_;
+};
+
+TEST(Records, wantedTunnelsComeFromADocument) {
+  auto const config = Dovel::make<Vane::VaneTunnelConfig>();
+  EXPECT_EQ(apply(*config, R"({"adjacency":{"36":{"nextHops":[{"addr":"10.0.0.2"},{"addr":"10.0.0.1"}]}},
+                              "tunnel":{"10.255.0.2":{"adjId":36},"2001:db8::2":{"adjId":null,"intfId":"Vxlan2"},
+                                        "10.255.0.3":{}}})"),
+            "");
+  auto const& hops = config->adjacency(36)->nextHops();
+  ASSERT_EQ(hops.size(), 2U);
+  EXPECT_EQ(hops.begin()->addr(), IpGenAddr("10.0.0.1"));
+  auto const tunnel = config->tunnel(IpGenAddr("10.255.0.2"));
+  EXPECT_EQ(tunnel->adjId(), Vane::AdjIdOrNone(36));
+  EXPECT_EQ(tunnel->intfId(), IntfId("Vxlan1"));
+  EXPECT_EQ(config->tunnel(IpGenAddr("2001:db8::2"))->intfId(), IntfId("Vxlan2"));
+
+  // The same document again is no news; leaving the route out takes it away and keeps the tunnel.
+  Counter changes(*tunnel);
+  EXPECT_EQ(apply(*config, R"({"tunnel":{"10.255.0.2":{"adjId":36}}})"), "");
+  EXPECT_EQ(changes.count, 0);
+  EXPECT_FALSE(config->adjacencyHas(36));
+  EXPECT_EQ(apply(*config, R"({"tunnel":{"10.255.0.2":{}}})"), "");
+  EXPECT_EQ(changes.count, 1);
+  EXPECT_FALSE(tunnel->adjId());
+  EXPECT_NE(tunnel->adjId(), Vane::AdjIdOrNone(0));
+}
+
+TEST(Records, badValuesAreRefusedWhereTheyStand) {
+  struct {
+    Dovel::Ptr<Kiln::Entity> entity;
+    char const* json;
+    char const* path;
+  } const cases[] = {
+      {Dovel::make<Vane::VaneTunnelConfig>(), R"({"tunnel":{"10.255.0.2":{"adjId":"x"}}})", "/tunnel/10.255.0.2/adjId"},
+      {Dovel::make<Vane::VaneTunnelConfig>(), R"({"tunnel":{"10.255.0.2":{"adjId":4294967296}}})",
+       "/tunnel/10.255.0.2/adjId"},
+      {Dovel::make<Vane::VaneTunnelConfig>(), R"({"tunnel":{"tunnel":{}}})", "/tunnel/tunnel"},
+      {Dovel::make<Vane::VaneTunnelConfig>(), R"({"adjacency":{"1":{"nextHops":[{"hop":1}]}}})",
+       "/adjacency/1/nextHops/0/hop"},
+      {Dovel::make<VaneL3Intf::Table>(), R"({"l3Intf":{"Vlan1":4094,"Vlan2":4095}})", "/l3Intf/Vlan2"},
+      {Dovel::make<TesselCentral::PortConfigDir>(), R"({"port":{"Ethernet1":{"kind":"trunk"}}})",
+       "/port/Ethernet1/kind"},
+      {Dovel::make<Vxlan::VtiStatusDir>(), R"({"vtiStatus":{"Vxlan1":{"srcAddr":"2001:db8::1"}}})",
+       "/vtiStatus/Vxlan1/srcAddr"},
+  };
+  for (auto const& c : cases) EXPECT_EQ(apply(*c.entity, c.json), c.path) << c.json;
+}
+
+TEST(Records, nextHopSetsAreEqualWhateverTheOrder) {
+  Vane::NextHopEntrySet const a{nextHop(1), nextHop(2), nextHop(3)};
+  Vane::NextHopEntrySet b{nextHop(3), nextHop(1), nextHop(2), nextHop(1)};
+  EXPECT_EQ(a, b);
+  EXPECT_TRUE(b.erase(nextHop(2)));
+  EXPECT_FALSE(b.erase(nextHop(2)));
+  EXPECT_NE(a, b);
+  EXPECT_TRUE(b.contains(nextHop(3)));
+  EXPECT_FALSE(b.contains(nextHop(2)));
+}
+
+TEST(Records, theStatusOfANextHopIsOneUnit) {
+  Vane::HwTunnelStatusEntry status{Vane::TunnelKey{}};
+  auto const one = Dovel::make<Vane::NextHopEntryList>(1, Vane::NextHopEntrySet{nextHop(1)});
+  auto const same = Dovel::make<Vane::NextHopEntryList>(1, Vane::NextHopEntrySet{nextHop(1)});
+  Counter changes(status);
+  status.hwNextHopStatusEntryIs({Vane::VaneNextHopId(5), one});
+  status.hwNextHopStatusEntryIs({Vane::VaneNextHopId(5), one});
+  EXPECT_EQ(changes.count, 1);
+  // Another list is another status even if it reads the same: the id stands for the list itself.
+  status.hwNextHopStatusEntryIs({Vane::VaneNextHopId(5), same});
+  EXPECT_EQ(changes.count, 2);
+  EXPECT_EQ(Kiln::toText(status.hwNextHopStatusEntry()), "{hwNextHopId=5,adjId=1}");
+}
+
+TEST(Records, aVtepKeepsOneLocalAddressPerFamily) {
+  TesselCentral::VtepIpToTnlIdNhIdMap map(IpGenAddr("10.255.0.2"));
+  map.setLocalVtep(IpGenAddr("10.255.0.1"));
+  map.setLocalVtep(IpGenAddr("2001:db8::1"));
+  EXPECT_EQ(map.getLocalVtep(Meshal::AddressFamily::ipv4), IpGenAddr("10.255.0.1"));
+  EXPECT_EQ(map.getLocalVtep(Meshal::AddressFamily::ipv6), IpGenAddr("2001:db8::1"));
+  EXPECT_DEATH(map.setLocalVtep(IpGenAddr()), "Invalid AddressFamily type");
+  EXPECT_DEATH(map.getLocalVtep(Meshal::AddressFamily::unknown), "Invalid AddressFamily type");
+}
+
+TEST(Records, whatIsThereOncePerTunnelIsSmall) {
+  EXPECT_LE(sizeof(Vane::HwTunnelConfigEntry), 104U);
+  EXPECT_LE(sizeof(Vane::HwTunnelStatusEntry), 112U);
+  EXPECT_LE(sizeof(TesselCentral::VtepIpToTnlIdNhIdMap), 160U);
+  EXPECT_LE(sizeof(Vane::VaneTunnelConfigEntry), 96U);
+}
+
+TEST(Records, floodVtepsArePublishedWhole) {
+  TesselL3Common::TesselVxlanBumVtepConfigDir dir;
+  auto const config = dir.bumVtepConfigIs(IpGenAddr("10.255.0.2"), TesselL3Common::EncapId(4097));
+  EXPECT_EQ(dir.bumVtepConfigIs(IpGenAddr("10.255.0.2"), TesselL3Common::EncapId(4098)), config);
+  EXPECT_EQ(config->encapId(), TesselL3Common::EncapId(4097));
+
+  Counter changes(*config);
+  Meshal::EthAddr const mac(0x020000000001);
+  auto const hop = config->nextHopsIs(IntfId("Ethernet1"), IpGenAddr("10.0.0.1"), mac);
+  EXPECT_EQ(config->nextHopsIs(IntfId("Ethernet1"), IpGenAddr("10.0.0.2"), mac), hop);
+  EXPECT_EQ(changes.count, 1);
+  EXPECT_EQ(hop->addr(), IpGenAddr("10.0.0.2"));
+}
+
+TEST(Records, portsOfTheChip) {
+  auto const ports = Dovel::make<TesselCentral::PortConfigDir>();
+  auto const fcsd = Dovel::make<TesselCentral::FeatureAgentCommonSmData>();
+  auto const text = [&](char const* intf) {
+    auto const port = TesselL3Common::getDstPort(fcsd, IntfId(intf), Vane::nextHopResolved, true);
+    return (port.isInvalid() ? "invalid " : "") + std::to_string(port.kind()) + ":" + std::to_string(port.first()) + "/" +
+           std::to_string(port.second()) + "/" + std::to_string(port.third());
+  };
+  EXPECT_EQ(text("Ethernet1"), "invalid 0:0/0/0");
+  fcsd->portConfigDirIs(ports);
+  ASSERT_EQ(apply(*ports, R"({"port":{"Ethernet1":{"number":3},"Ethernet2":{"kind":"subPort","number":4},
+                                      "Port-Channel1":{"kind":"lag","number":5}}})"),
+            "");
+  EXPECT_EQ(text("Ethernet1"), "0:3/0/0");
+  EXPECT_EQ(text("Ethernet2"), "1:0/4/0");
+  EXPECT_EQ(text("Port-Channel1"), "2:0/0/5");
+  EXPECT_EQ(text("Ethernet3"), "invalid 0:0/0/0");
+}
+
+TEST(Records, layer3IdsAreVlanNumbers) {
+  VaneL3Intf::Table table;
+  table.l3IntfIs(IntfId("Vlan10"), Bridging::VlanIdOrNone(10));
+  EXPECT_EQ(L3Id::l3IdToVlanId(table.intfIdToL3Id(IntfId("Vlan10"))), Bridging::VlanIdOrNone(10));
+  EXPECT_EQ(table.intfIdToL3Id(IntfId("Vlan11")), 0U);
+  EXPECT_THROW(L3Id::l3IdToVlanId(4095), Kiln::RangeException);
+  EXPECT_THROW(L3Id::l3IdToVlanId(65537), Kiln::RangeException);
+}
+
+TEST(Records, theLocalTrustStatusFollowsTheFirstOfTheDirectory) {
+  using TesselCommon::Qos::TrustStatus;
+  auto const dir = Dovel::make<Kiln::Dir>("slice");
+  auto const local = TesselCommon::Qos::trustStatusFactory("trustStatusLocal");
+  auto sm = Dovel::make<TesselCommon::Qos::TrustStatusSm>(dir, local);
+  auto const a = Dovel::make<TrustStatus>("a");
+  auto const b = Dovel::make<TrustStatus>("b");
+  a->tosBasePtrIs(1);
+  b->tosBasePtrIs(2);
+
+  dir->childIs("b", b);
+  EXPECT_EQ(local->tosBasePtr(), 2);
+  dir->childIs("a", a);
+  EXPECT_EQ(local->tosBasePtr(), 1);
+  a->remarkBasePtrIs(200);
+  b->tosBasePtrIs(3);
+  EXPECT_EQ(local->tosBasePtr(), 1);
+  EXPECT_EQ(local->remarkBasePtr(), 200);
+  dir->childDel("a");
+  EXPECT_EQ(local->tosBasePtr(), 3);
+  sm = nullptr;
+  b->tosBasePtrIs(4);
+  EXPECT_EQ(local->tosBasePtr(), 3);
+}
+
+}  // namespace

@@ -1,0 +1,196 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "platform/vane/VaneHelperTunnelSm.h"
+
+namespace {
+
+using Vane::TunnelKey;
+using Vane::VaneNextHopId;
+using EntryPtr = Dovel::Ptr<Vane::HwTunnelConfigEntry const>;
+
+TunnelKey key(std::uint64_t n) {
+  return {Meshal::IpGenAddr(), Meshal::IpGenAddr(Meshal::IpAddr(0x0aff0000U + static_cast<std::uint32_t>(n))), 0, 1, {}};
+}
+std::string number(TunnelKey const& k) { return std::to_string(k.dst().v4Addr().value() & 0xff); }
+
+/// Writes down what it is called for; `during` may interfere.
+class Recorder final : public VaneHelper::VaneHelperTunnelSm {
+  KILN_TYPE(Recorder, VaneHelper::VaneHelperTunnelSm)
+
+ public:
+  Recorder(Dovel::Ptr<Vane::HwTunnelConfig> const& config, std::string& log)
+      : VaneHelperTunnelSm(nullptr, Vane::vxlanTunnel_, config, nullptr), log_(log) {}
+
+  std::function<void(std::string const& call)> during;
+
+ private:
+  void note(std::string const& call) {
+    log_ += (log_.empty() ? "" : " ") + call;
+    if (during) during(call);
+  }
+  void hwInit() override { note("init" + std::to_string(hwTunnelConfig()->hwInit())); }
+  void hwCleanup() override { note("cleanup" + std::to_string(hwTunnelConfig()->hwCleanup())); }
+  void doHandleTunnelCreate(EntryPtr const& entry) override { note("+" + number(entry->tunnelKey())); }
+  void doHandleTunnelDelete(EntryPtr const& entry) override { note("-" + number(entry->tunnelKey())); }
+  void doHandleTunnelTTL(EntryPtr const& entry) override { note("ttl" + number(entry->tunnelKey())); }
+  void doHandleTunnelNextHopId(EntryPtr const& entry) override { note("nh" + number(entry->tunnelKey())); }
+  void handleActiveNextHopId(VaneNextHopId id) override { note("active" + std::to_string(id.value())); }
+  void verifyTunnelsAndNextHops() override { note("verify"); }
+  void handleInitialized() override { note("start"); }
+
+  std::string& log_;
+};
+
+class TunnelSm : public testing::Test {
+ protected:
+  ~TunnelSm() override {
+    sm->during = nullptr;
+    sm = nullptr;
+    config = nullptr;
+    EXPECT_EQ(Dovel::Node::aliveCount(), alive_);
+  }
+  Dovel::Ptr<Vane::HwTunnelConfigEntry> add(std::uint64_t n) { return config->hwTunnelConfigListIs(key(n)); }
+  void del(std::uint64_t n) { config->hwTunnelConfigListDel(key(n)); }
+  std::string take() { return std::exchange(log, ""); }
+  Dovel::Ptr<Vane::NextHopEntryList> list() { return Dovel::make<Vane::NextHopEntryList>(1, Vane::NextHopEntrySet{}); }
+
+ private:
+  std::size_t const alive_ = Dovel::Node::aliveCount();
+
+ protected:
+  std::string log;
+  Dovel::Ptr<Vane::HwTunnelConfig> config = Vane::hwTunnelConfigFactory(Vane::vxlanTunnel_);
+  Dovel::Ptr<Recorder> sm = Dovel::make<Recorder>(config, log);
+};
+
+TEST_F(TunnelSm, nothingHappensBeforeTheStart) {
+  add(1)->ttlIs(3);
+  add(2);
+  del(2);
+  config->hwInitIs(1);
+  EXPECT_EQ(take(), "");
+  sm->initializedIs(false);
+  EXPECT_EQ(take(), "");
+  sm->initializedIs(true);
+  EXPECT_EQ(take(), "start +1");
+  sm->initializedIs(true);
+  EXPECT_EQ(take(), "");
+}
+
+TEST_F(TunnelSm, eachChangeIsOneCall) {
+  sm->initializedIs(true);
+  take();
+  auto const entry = add(1);
+  entry->nextHopEntryListIs(list());
+  entry->ttlIs(9);
+  config->hwInitIs(1);
+  config->hwCleanupIs(2);
+  config->activeNextHopIdListIs(VaneNextHopId(7), true);
+  config->activeNextHopIdListDel(VaneNextHopId(7));
+  sm->handleVerify();
+  del(1);
+  entry->ttlIs(10);
+  EXPECT_EQ(take(), "+1 nh1 ttl1 init1 cleanup2 active7 active7 verify -1");
+}
+
+TEST_F(TunnelSm, anEntryInThePlaceOfAnotherIsANewTunnel) {
+  sm->initializedIs(true);
+  auto const former = add(1);
+  take();
+  auto const next = Dovel::make<Vane::HwTunnelConfigEntry>(key(1));
+  config->hwTunnelConfigListIs(next);
+  former->ttlIs(1);
+  next->ttlIs(2);
+  EXPECT_EQ(take(), "-1 +1 ttl1");
+}
+
+TEST_F(TunnelSm, theWalkOfTheStartSurvivesWhatItsHandlersDo) {
+  for (std::uint64_t n = 1; n <= 20; ++n) add(n);
+  int created = 0;
+  sm->during = [&](std::string const& call) {
+    if (call[0] != '+') return;
+    if (++created == 3) {
+      for (std::uint64_t n = 1; n <= 20; ++n) del(n);
+      add(21);
+    }
+  };
+  sm->initializedIs(true);
+  // Three came up, the same three and no other went, and the new one was handled once.
+  EXPECT_EQ(created, 4);
+  EXPECT_EQ(std::count(log.begin(), log.end(), '-'), 3);
+  EXPECT_TRUE(log.ends_with("+21")) << log;
+}
+
+TEST_F(TunnelSm, tunnelsThatTheStartBringsAreHandledOnce) {
+  sm->during = [&](std::string const& call) {
+    if (call == "start") add(1);
+    if (call == "+1") add(2);
+    if (call == "+2") config->hwTunnelConfigListIs(Dovel::make<Vane::HwTunnelConfigEntry>(key(1)));
+  };
+  sm->initializedIs(true);
+  sm->during = nullptr;
+  EXPECT_EQ(take().substr(0, 20), "start +1 +2 -1 +1");
+}
+
+TEST_F(TunnelSm, aTunnelMayGoOrComeBackInsideItsOwnHandlers) {
+  sm->initializedIs(true);
+  take();
+  sm->during = [&](std::string const& call) {
+    if (call == "+1") del(1);
+    if (call == "nh2") del(2);
+  };
+  add(1);
+  EXPECT_EQ(take(), "+1 -1");
+  add(2)->nextHopEntryListIs(list());
+  EXPECT_EQ(take(), "+2 nh2 -2");
+
+  bool back = false;
+  sm->during = [&](std::string const& call) {
+    if (call == "-3" && !std::exchange(back, true)) add(3);
+  };
+  add(3);
+  config->hwTunnelConfigListIs(Dovel::make<Vane::HwTunnelConfigEntry>(key(3)));
+  del(3);
+  EXPECT_EQ(take(), "+3 -3 +3 -3");
+}
+
+TEST_F(TunnelSm, aZombieIsNotCalledAndNotificationCanBeSwitched) {
+  sm->initializedIs(true);
+  auto const entry = add(1);
+  take();
+  sm->hasNotificationActiveIs(false);
+  entry->ttlIs(1);
+  add(2);
+  EXPECT_EQ(take(), "");
+  sm->hasNotificationActiveIs(true);
+  entry->ttlIs(2);
+  EXPECT_EQ(take(), "ttl1");
+  sm->kilnDoZombieReactors(true);
+  entry->ttlIs(3);
+  add(3);
+  config->hwInitIs(5);
+  EXPECT_EQ(take(), "");
+}
+
+TEST_F(TunnelSm, theOwnerMayEndInsideAHandler) {
+  for (auto const* when : {"start", "+1", "nh1", "-1"}) {
+    auto victim = Dovel::make<Recorder>(config, log);
+    auto* const raw = victim.get();
+    auto const alive = Dovel::Node::aliveCount();
+    raw->during = [&](std::string const& call) {
+      if (call == when) victim = nullptr;
+    };
+    add(2);
+    raw->initializedIs(true);
+    auto const entry = add(1);
+    entry->nextHopEntryListIs(list());
+    del(1);
+    del(2);
+    EXPECT_EQ(victim, nullptr) << when;
+    EXPECT_LT(Dovel::Node::aliveCount(), alive + 4) << when;
+  }
+}
+
+}  // namespace
