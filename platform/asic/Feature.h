@@ -8,6 +8,10 @@ namespace Asic {
 /// afterwards.
 class Feature : public Kiln::Entity {
   KILN_TYPE(Asic::Feature, Kiln::Entity)
+
+ public:
+  /// What no chip can be, as "attribute: value: what is wrong"; empty if nothing is.
+  virtual std::string fault() const { return {}; }
 };
 
 /// Stands in a profile if and only if the chip has the table. `Table::Util` names it.

@@ -17,7 +17,7 @@ class ProfileError : public std::runtime_error {
 
 /// A profile by the name of one that is built in, or from a file. Throws `ProfileError`.
 ///
-///   {"name": "…", "description": "…", "supportsVxlan": true,
+///   {"name": "…", "description": "…", "supportsVxlan": true, "testChip": false,
 ///    "tables": {"EgrL3Ipv4TunnelTable": {"rows": 8192}, "VirtualPort1Table": {"rows": 8192, "base": 65536}},
 ///    "features": {"TesselVxlan::TesselChipAttributesVxlan": {"vpClassCode": 3}}}
 ///
@@ -28,11 +28,5 @@ Dovel::Ptr<ChipProfile const> loadProfile(std::string const& nameOrFile);
 Dovel::Ptr<ChipProfile const> parseProfile(std::string_view json, std::string const& file);
 /// The profiles that are built in, by name.
 std::vector<std::string_view> profileNames();
-
-/// A feature class that a profile can set.
-struct FeatureLink {
-  /// `check` says what is wrong with a feature that was read, empty if nothing.
-  FeatureLink(Kiln::Type const& type, std::string (*check)(Feature const& feature));
-};
 
 }  // namespace Asic

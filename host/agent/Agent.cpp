@@ -1,0 +1,156 @@
+#include "host/agent/Agent.h"
+
+#include "host/agent/TunnelSmGate.h"
+#include "host/vane/TunnelProducer.h"
+#include "platform/kilnsharedmem/EntityManager.h"
+#include "platform/local/EntityManager.h"
+#include "platform/plugin/L3MounterSmWrapper.h"
+#include "platform/stateway/EntityManager.h"
+
+namespace Host {
+
+std::filesystem::path defaultPlugin() {
+  std::error_code error;
+  auto const program = std::filesystem::read_symlink("/proc/self/exe", error);
+  return (program.parent_path() / TESSEL_PLUGIN_FILE).lexically_normal();
+}
+
+Agent::Agent(Options options) : aliveBefore_(Dovel::Node::aliveCount()), options_(std::move(options)) {
+  if (options_.virtualClock) {
+    clock_ = std::make_unique<Kiln::VirtualClock>();
+    clockScope_.emplace(*clock_);
+  }
+  // Before the chip: what a profile may name comes with the plug-in, too.
+  loader_.load(options_.plugin);
+  world_ = std::make_unique<World>(options_.profile, options_.completion);
+  startFeature();
+}
+
+Agent::~Agent() {
+  if (world_) stop();
+}
+
+void Agent::startFeature() {
+  makeMounter();
+  auto const& stores = world_->stores;
+  auto const bootStatus = local<TesselL3Common::TesselVxlanBootStatus>(kBootStatusPath);
+  gate_ = Dovel::make<TunnelSmGate>(bootStatus, local<Vane::HwTunnelStatusDir>(kHwTunnelStatusPath),
+                                    options_.ready == Ready::atOnce);
+  stores.stateway->completeMounts();
+  world_->capabilitiesIs();
+  makeProducers();
+  auto const wrapper = mounter_->mounterSmWrapper();
+  wrapper->localEntityManagerIs(stores.local);
+  wrapper->vcsdIs(world_->vcsd);
+  wrapper->chipInfoIs(TesselCentral::ChipInfo(*world_->fcsd->logicalFap(LogicalFap::LogicalFapId(0))));
+  wrapper->profileSupportsVxlanIs(profile().profileSupportsVxlan());
+  wrapper->doStart();
+  bindStatus();
+  settle();
+}
+
+void Agent::makeMounter() {
+  auto const made = loader_.makeMounter(options_.mounterType, "TesselVxlan");
+  mounter_ = Dovel::cast<TesselL3Unicast::L3MounterBase>(made);
+  if (!mounter_) throw Plugin::LoadError("type " + options_.mounterType + " is no mounter of a layer-3 feature");
+  auto const& stores = world_->stores;
+  mounter_->agentSmIdIs(TesselL3Unicast::AgentSmId::vxlan);
+  mounter_->sharedEntityDirIs(world_->sharedEntities);
+  mounter_->localEntityStoreIs(stores.local);
+  mounter_->shmemEmIs(stores.shmem);
+  mounter_->statewayEmIs(stores.stateway);
+  mounter_->agentDirIs(world_->agentDir);
+  mounter_->handleParent();
+  auto const group = stores.stateway->getMountGroup(*mounter_);
+  world_->doMount(*group);
+  mounter_->doBootStageMount(*group);
+  mounter_->doInit();
+}
+
+void Agent::makeProducers() {
+  // HER tunnels are carried in the document; no class turns them into rows yet.
+  for (auto const type : {Vane::vxlanTunnel_, Vane::vxlanMemberTunnel_}) {
+    producers_.push_back(
+        Dovel::make<TunnelProducer>(wantedTunnels(type), publishedTunnels(type), hwTunnelConfig(type)));
+  }
+}
+
+void Agent::bindStatus() {
+  for (auto const& producer : producers_) producer->statusIs(hwTunnelStatus(producer->config()->tunnelType()));
+}
+
+void Agent::stopFeature() {
+  // While a response waits, the chip keeps alive who wrote.
+  chip().stop();
+  if (mounter_) {
+    mounter_->hasNotificationActiveIs(false);
+    mounter_->kilnDoZombieReactors(true);
+  }
+  producers_.clear();
+  gate_ = nullptr;
+  mounter_ = nullptr;
+  world_->processIs();
+}
+
+std::size_t Agent::stop() {
+  stopFeature();
+  world_.reset();
+  return Dovel::Node::aliveCount() - aliveBefore_;
+}
+
+void Agent::check(Stateway::StateDocument const& document, std::string const& source) const {
+  try {
+    Stateway::check(document, stores());
+  } catch (Kiln::ValueError const& error) {
+    throw InputError::ofValue(source, error);
+  }
+}
+
+bool Agent::apply(Stateway::StateDocument document, std::string const& source) {
+  check(document, source);
+  Stateway::apply(document_, document, stores());
+  document_ = std::move(document);
+  return settle();
+}
+
+bool Agent::apply(std::string_view json, std::string const& source) {
+  try {
+    return apply(Stateway::StateDocument::parse(json), source);
+  } catch (Stateway::DocumentError const& error) {
+    throw InputError::ofText(source, error.what());
+  }
+}
+
+bool Agent::settle() {
+  settled_ = false;
+  for (std::size_t turns = 0; turns < turnLimit; ++turns) {
+    if (!turn()) return settled_ = chip().pending() == 0;
+  }
+  return false;
+}
+
+bool Agent::turn() { return review() || chip().deliver() > 0 || Kiln::activityManager()->runDue() > 0; }
+
+bool Agent::review() {
+  bool busy = false;
+  for (auto const& producer : producers_) busy = producer->review() || busy;
+  return (gate_ && gate_->review()) || busy;
+}
+
+Dovel::Ptr<Vane::VaneTunnelConfig> Agent::wantedTunnels(Vane::TunnelType type) const {
+  return state<Vane::VaneTunnelConfig>(wantedTunnelsPath(type));
+}
+
+Dovel::Ptr<Vane::VaneTunnelStatus> Agent::publishedTunnels(Vane::TunnelType type) const {
+  return state<Vane::VaneTunnelStatus>(publishedTunnelsPath(type));
+}
+
+Dovel::Ptr<Vane::HwTunnelConfig> Agent::hwTunnelConfig(Vane::TunnelType type) const {
+  return local<Vane::HwTunnelConfigDir>(kHwTunnelConfigPath)->hwTunnelConfig(type);
+}
+
+Dovel::Ptr<Vane::HwTunnelStatus> Agent::hwTunnelStatus(Vane::TunnelType type) const {
+  return local<Vane::HwTunnelStatusDir>(kHwTunnelStatusPath)->hwTunnelStatus(type);
+}
+
+}  // namespace Host

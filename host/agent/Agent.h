@@ -1,0 +1,137 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/InputError.h"
+#include "host/agent/World.h"
+#include "platform/asic/SimulatedChip.h"
+#include "platform/kiln/Clock.h"
+#include "platform/kiln/Log.h"
+#include "platform/plugin/L3MounterBase.h"
+#include "platform/local/EntityManager.h"
+#include "platform/plugin/Loader.h"
+#include "platform/stateway/Document.h"
+#include "platform/stateway/EntityManager.h"
+#include "platform/vane/HwTunnel.h"
+#include "platform/vane/VaneTunnel.h"
+
+namespace Host {
+
+class TunnelProducer;
+class TunnelSmGate;
+
+/// The plug-in of this installation: found from where the running program lies.
+std::filesystem::path defaultPlugin();
+
+/// An agent process in one object: chip, stores, the feature's plug-in, the forwarding abstraction above it, and the loop.
+///
+/// In: state documents and faults of the chip. Out: rows of the chip, status, operator messages. Everything happens inside
+/// the calls: a document is written, or the loop turns, and when the call is over nothing is left to do.
+///
+///   made → started (the plug-in's mounter is there and the feature runs) → stopped; `start` may follow a `stopFeature`.
+///
+/// Main thread only, one agent with a virtual clock or with messages captured at a time. Owns all of it; when it stops,
+/// the feature goes first, then what it was given.
+class Agent {
+ public:
+  /// When the forwarding abstraction says that it is ready: both orders of the feature's two gates occur.
+  enum class Ready {
+    fromLoop,  ///< With the loop's next turn: after the feature's tables are up.
+    atOnce,    ///< As soon as the status objects stand: before the feature's tables are up.
+  };
+  struct Options {
+    std::string profile = "cascaded";  ///< The name of a profile that is built in, or a file.
+    Asic::Completion completion = Asic::Completion::direct;
+    std::filesystem::path plugin = defaultPlugin();
+    std::string mounterType = "TesselVxlan::TesselVxlanMounter";
+    Ready ready = Ready::fromLoop;
+    bool virtualClock = false;  ///< Time stands unless `clock()` is told to advance.
+  };
+
+  /// Started and settled. Throws `Asic::ProfileError` and `Plugin::LoadError`.
+  explicit Agent(Options options);
+  Agent() : Agent(Options()) {}
+  ~Agent();
+  Agent(Agent const&) = delete;
+  Agent& operator=(Agent const&) = delete;
+
+  /// Throws `InputError` if the document can't be applied; `source` names it there.
+  void check(Stateway::StateDocument const& document, std::string const& source) const;
+  /// Makes the state what `document` says and settles. What an earlier document named and this one doesn't goes back to
+  /// what it was. Throws as `check`; then nothing has changed. Gives what `settle` gives.
+  bool apply(Stateway::StateDocument document, std::string const& source);
+  /// The same for a text. Throws `InputError` for one that is no JSON, too.
+  bool apply(std::string_view json, std::string const& source = "document");
+
+  /// Turns the loop until nothing is left to do: one review of the forwarding abstraction, one round of the chip's answers
+  /// or one round of due work at a time. False if answers are held back, or if it doesn't come to an end (`turnLimit`).
+  bool settle();
+  /// One turn of the loop. False if there was nothing to do.
+  bool turn();
+  static constexpr std::size_t turnLimit = 100'000;
+  /// What the last `settle` gave.
+  bool settled() const { return settled_; }
+
+  /// Ends what ends with the agent's process: the feature, the forwarding abstraction, the local store, and responses that
+  /// the chip still owes. The state database and the chip's rows stay. Not to be called from inside the loop.
+  void stopFeature();
+  /// Loads the plug-in, runs the feature's start and settles, as a new process would. Throws `Plugin::LoadError`.
+  /// REQUIRES: no feature runs.
+  void startFeature();
+  /// Stops the feature and drops the rest. Gives how many objects are alive that were not before the agent was made: 0.
+  std::size_t stop();
+
+  // To look at, and for tests to act on. REQUIRES: not stopped.
+  Asic::Chip& chip() const { return *world_->chip; }
+  Asic::ChipProfile const& profile() const { return *world_->chip->profile(); }
+  /// Takes faults: what the chip refuses.
+  Asic::SimulatedChip& driver() const { return *world_->driver; }
+  Stateway::AgentStores const& stores() const { return world_->stores; }
+  World const& world() const { return *world_; }
+  /// The entity at a path of the state database; null if it isn't mounted or of another type.
+  template <class T>
+  Dovel::Ptr<T> state(std::string_view path) const {
+    return world_->stores.stateway->getEntity<T>(path);
+  }
+  /// The same of the local store.
+  template <class T>
+  Dovel::Ptr<T> local(std::string_view path) const {
+    return world_->stores.local->getEntity<T>(path);
+  }
+  /// Wanted tunnels as the document states them; null for a type that has none.
+  Dovel::Ptr<Vane::VaneTunnelConfig> wantedTunnels(Vane::TunnelType type) const;
+  /// The ids that came of them.
+  Dovel::Ptr<Vane::VaneTunnelStatus> publishedTunnels(Vane::TunnelType type) const;
+  Dovel::Ptr<Vane::HwTunnelConfig> hwTunnelConfig(Vane::TunnelType type) const;
+  Dovel::Ptr<Vane::HwTunnelStatus> hwTunnelStatus(Vane::TunnelType type) const;
+  Dovel::Ptr<TesselL3Unicast::L3MounterBase> const& mounter() const { return mounter_; }
+  Kiln::LogCapture& logs() { return logs_; }
+  Kiln::LogCapture const& logs() const { return logs_; }
+  /// Null unless the clock is virtual.
+  Kiln::VirtualClock* clock() { return clock_.get(); }
+
+ private:
+  void makeMounter();
+  void makeProducers();
+  void bindStatus();
+  bool review();
+
+  std::size_t aliveBefore_;
+  Options options_;
+  Kiln::LogCapture logs_;
+  std::unique_ptr<Kiln::VirtualClock> clock_;
+  std::optional<Kiln::ClockScope> clockScope_;
+  Plugin::Loader loader_;
+  std::unique_ptr<World> world_;
+  Dovel::Ptr<TesselL3Unicast::L3MounterBase> mounter_;
+  Dovel::Ptr<TunnelSmGate> gate_;
+  std::vector<Dovel::Ptr<TunnelProducer>> producers_;
+  Stateway::StateDocument document_;
+  bool settled_ = false;
+};
+
+}  // namespace Host

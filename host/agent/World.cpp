@@ -1,0 +1,57 @@
+#include "host/agent/World.h"
+
+#include "platform/kilnsharedmem/EntityManager.h"
+#include "platform/local/EntityManager.h"
+#include "platform/stateway/EntityManager.h"
+#include "platform/tessel/central/VxlanRecords.h"
+
+namespace Host {
+
+std::string wantedTunnelsPath(Vane::TunnelType type) {
+  for (auto const& [known, name] : kTunnelTypes) {
+    if (known == type) return "hardware/tessel/tunnel/configDir/" + std::string(name);
+  }
+  return {};
+}
+
+std::string publishedTunnelsPath(Vane::TunnelType type) {
+  for (auto const& [known, name] : kTunnelTypes) {
+    if (known == type) return "hardware/tessel/tunnel/statusDir/" + std::string(name);
+  }
+  return {};
+}
+
+World::World(std::string const& profile, Asic::Completion completion) {
+  auto const chipProfile = Asic::loadProfile(profile);
+  auto simulated = std::make_unique<Asic::SimulatedChip>(chipProfile, completion);
+  driver = simulated.get();
+  chip = Dovel::make<Asic::Chip>(chipProfile, std::move(simulated));
+  stores.stateway = Dovel::make<Stateway::EntityManager>();
+  stores.shmem = Dovel::make<KilnSharedMem::EntityManager>("shmem");
+  processIs();
+  vcsd = Dovel::make<Vane::VaneCommonSmData>("vcsd");
+  agentDir = Dovel::make<Kiln::Dir>("agent");
+  fcsd = Dovel::make<TesselCentral::FeatureAgentCommonSmData>("featureCommon");
+  fcsd->logicalFapIs(LogicalFap::LogicalFapId(0), Dovel::make<TesselCentral::LogicalModInfo>(Asic::ChipInfo(chip)));
+  fcsd->portConfigDirIs(Dovel::cast<TesselCentral::PortConfigDir>(stores.stateway->entityIs(
+      TesselCentral::PortConfigDir::mountPath, TesselCentral::PortConfigDir::kilnType().name())));
+  fcsd->logicalModInfosIs(true);
+  sharedEntities = Dovel::make<Kiln::Dir>("sharedEntities");
+  sharedEntities->childIs("featureCommon", fcsd);
+}
+
+World::~World() = default;
+
+void World::doMount(Stateway::MountGroup& group) const {
+  group.doMount({TesselCentral::PortConfigDir::mountPath, std::string(TesselCentral::PortConfigDir::kilnType().name())});
+}
+
+void World::processIs() {
+  stores.local = Dovel::make<Local::EntityManager>();
+  stores.local->doMount<TesselL3Common::TesselVxlanBootStatus>(std::string(kBootStatusPath));
+  stores.local->doMount<Vane::HwTunnelStatusDir>(std::string(kHwTunnelStatusPath));
+  auto const configs = stores.local->doMount<Vane::HwTunnelConfigDir>(std::string(kHwTunnelConfigPath));
+  for (auto const& [type, name] : kTunnelTypes) configs->hwTunnelConfigIs(type);
+}
+
+}  // namespace Host

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <array>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "platform/asic/SimulatedChip.h"
+#include "platform/kiln/Dir.h"
+#include "platform/stateway/Document.h"
+#include "platform/tessel/central/CommonData.h"
+#include "platform/vane/HwTunnel.h"
+#include "platform/vane/VaneTunnel.h"
+
+namespace Host {
+
+/// The tunnel types of which the agent keeps wanted tunnels, with the names that their paths end in.
+inline constexpr std::array<std::pair<Vane::TunnelType, std::string_view>, 3> kTunnelTypes{{
+    {Vane::vxlanTunnel_, "vxlanTunnel"},
+    {Vane::vxlanMemberTunnel_, "vxlanMemberTunnel"},
+    {Vane::vxlanHerTunnel_, "vxlanHwHerTunnel"},
+}};
+/// Where the wanted tunnels of a type stand in the state database. REQUIRES: one of `kTunnelTypes`.
+std::string wantedTunnelsPath(Vane::TunnelType type);
+
+/// The same for the ids that came of them.
+std::string publishedTunnelsPath(Vane::TunnelType type);
+
+inline constexpr std::string_view kHwTunnelConfigPath = "l3/hwTunnelConfigDir";
+inline constexpr std::string_view kHwTunnelStatusPath = "l3/hwTunnelStatusDir";
+inline constexpr std::string_view kBootStatusPath = "vxlanBootStatus";
+inline constexpr std::string_view kVxlanStatePath = "tesselVxlan/vxlanState";
+inline constexpr std::string_view kVxlanToL2StatePath = "hardware/tessel/tunnel/vxlan/vxlanToL2State";
+inline constexpr std::string_view kVtiStatusPath = "interface/status/eth/vxlan";
+
+/// What is there before a feature is: the chip, empty stores, and the entities that the agent itself owns.
+///
+/// Shares all of it with the feature, which goes first.
+struct World {
+  /// A chip of the named profile with one logical chip on it. Throws `Asic::ProfileError`.
+  World(std::string const& profile, Asic::Completion completion);
+  ~World();
+  World(World const&) = delete;
+  World& operator=(World const&) = delete;
+
+  /// Adds to a feature's mounts what the agent itself reads from documents.
+  void doMount(Stateway::MountGroup& group) const;
+  /// Fills what the chip and its software can do into the state database.
+  void capabilitiesIs() const;
+  /// Replaces what lives in the agent's process alone: the local store, with an empty configuration per tunnel type.
+  void processIs();
+
+  Asic::SimulatedChip* driver = nullptr;  ///< Of `chip`.
+  Dovel::Ptr<Asic::Chip> chip;
+  Stateway::AgentStores stores;
+  Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData> fcsd;
+  Dovel::Ptr<Vane::VaneCommonSmData> vcsd;
+  Dovel::Ptr<Kiln::Dir> sharedEntities;  ///< Holds `fcsd` as "featureCommon".
+  Dovel::Ptr<Kiln::Dir> agentDir;
+};
+
+}  // namespace Host

@@ -1,0 +1,36 @@
+#include "platform/tessel/features/ChipAttributes.h"
+#include "platform/tessel/features/EcnTunnelTableAttributes.h"
+#include "platform/tessel/features/EgrL3TunnelTableAttributes.h"
+#include "platform/tessel/features/L3NextHopAttributes.h"
+#include "platform/tessel/features/TesselChipAttributesVxlan.h"
+#include "platform/tessel/features/TesselSbrAttributes.h"
+
+namespace TesselVxlan {
+
+std::string TesselChipAttributesVxlan::fault() const {
+  if (vpClassCode() > 15) return "vpClassCode: " + Kiln::toText(vpClassCode()) + ": expected a number from 0 to 15";
+  if (!vxlanCascadedForwardingSupport() && !vxlanHerNextHopTableSupported()) {
+    return "vxlanCascadedForwardingSupport: false: a chip without cascaded forwarding needs the HER next-hop tables "
+           "(vxlanHerNextHopTableSupported)";
+  }
+  return {};
+}
+
+}  // namespace TesselVxlan
+
+namespace TesselCentral {
+
+Dovel::Ptr<ChipAttributes const> chipAttributes(Asic::ChipInfo const& chipInfo) {
+  if (auto found = TesselProfile::feature<ChipAttributes>(chipInfo)) return found;
+  return Dovel::make<ChipAttributes>();
+}
+
+}  // namespace TesselCentral
+
+namespace Tessel {
+
+bool isQosFeatureAgent(Asic::ChipInfo const& chipInfo) {
+  return TesselCentral::chipAttributes(chipInfo)->qosFeatureAgent();
+}
+
+}  // namespace Tessel
