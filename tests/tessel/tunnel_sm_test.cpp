@@ -2,6 +2,7 @@
 
 #include <functional>
 
+#include "platform/kiln/AttributeDefinitions.h"
 #include "platform/vane/VaneHelperTunnelSm.h"
 
 namespace {
