@@ -70,7 +70,7 @@ void OverlayNextHopTableProgrammer::rowDel(IpGenAddr const& vtep) { l3NextHop1Ta
 
 Vane::VaneNextHopId OverlayNextHopTableProgrammer::nextHopId(IpGenAddr const& vtep) const {
   auto const row = l3NextHop1Table()->hwIndexOnlyForCrossAgentCommunication(vtep);
-  return Vane::VaneNextHopId(l3NextHop1Table()->ingL3NextHop1()->hwIndexOnlyForCrossAgentCommunication(row));
+  return Vane::VaneNextHopId(l3NextHop1Table()->ingL3NextHop1()->hwIndexOnlyForCrossAgentCommunication(Asic::Index(row)));
 }
 
 void OverlayNextHopTableProgrammer::unexpectedState() const {

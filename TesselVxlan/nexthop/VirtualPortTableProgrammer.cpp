@@ -173,7 +173,8 @@ void VirtualPortProgrammer::respond(IpGenAddr const& addr, EntryState state) con
     return TRACE_IN("operator()", 1, " VP Programming, not found tnlIdMap,addr {} with entry state {}", addr, state);
   }
   TRACE_IN("operator()", 1, " entryState is  :  {}", state);
-  byState(state, {.inProgress =
+  auto const known = state == EntryState::none ? EntryState::inProgress : state;
+  byState(known, {.inProgress =
                       [&] {
                         TRACE_IN("operator()", 1, " VP Programming : INPROGRESS for vtep: {} tnlIdEntryStatus {}", addr,
                                  map->tnlIdEntryStatus());

@@ -2,6 +2,7 @@
 
 #include "platform/dovel/Publisher.h"
 #include "platform/kiln/Attribute.h"
+#include "platform/meshal/Bounded.h"
 #include "platform/stateway/EntityManager.h"
 #include "platform/tessel/central/CommonData.h"
 #include "platform/tessel/central/VxlanRecords.h"

@@ -14,12 +14,13 @@ struct WriteStateCases {
 };
 
 /// Runs the case of `state`.
-inline void byState(Asic::SwTableBase::EntryState state, WriteStateCases const& cases) {
-  switch (static_cast<unsigned>(state)) {
-    case 1: return cases.inProgress();
-    case 3: return cases.written();
-    case 4: return cases.failed(false);
-    case 5: return cases.failed(true);
+inline void byState(Asic::EntryState state, WriteStateCases const& cases) {
+  using Asic::EntryState;
+  switch (state) {
+    case EntryState::inProgress: return cases.inProgress();
+    case EntryState::written: return cases.written();
+    case EntryState::failed: return cases.failed(false);
+    case EntryState::full: return cases.failed(true);
     default: return cases.unexpected();
   }
 }

@@ -43,10 +43,9 @@ class TesselVxlanEgrL3TunnelTablesProgrammer final : public Dovel::Node {
   /// Makes and empties both tables and writes the default header. REQUIRES: once; `fcsd` knows its logical chips.
   void initTables(TesselCentral::ChipInfo const& chipInfo);
 
-  /// A use of the header from `tunnelKey` to `dip`, written with the settings of now. Never null; a header that found its
-  /// table full has a handle too. The destination alone decides on the family: IPv6, else IPv4.
-  /// Throws the range exception of `U7` for a trust map base beyond it; nothing is written then.
-  /// REQUIRES: the source has a family.
+  /// A use of the header from `tunnelKey` to `dip`, written with the settings of now. Never null; a header that found
+  /// its table full has a handle too. The destination alone decides on the family: IPv6, else IPv4. Throws the range
+  /// exception of `U7` for a trust map base beyond it; nothing is written then. REQUIRES: the source has a family.
   Handle insertEntry(TesselL3Common::VxlanTunnelKey const& tunnelKey, Meshal::IpGenAddr const& dip);
   Handle insertIpv4Entry(TesselL3Common::VxlanTunnelKey const& tunnelKey, Meshal::IpGenAddr const& dip);
   /// An IPv6 header has no fixed UDP source port, whatever `tunnelKey` says.

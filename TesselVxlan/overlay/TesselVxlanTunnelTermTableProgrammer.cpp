@@ -59,8 +59,8 @@ struct SipResponse {
   }
 };
 
-/// Calls `call(table, key)` for the table of the address's family, unless the chip doesn't have it. False for an address
-/// without family.
+/// Calls `call(table, key)` for the table of the address's family, unless the chip doesn't have it. False for an
+/// address without family.
 template <class V4, class V6, class Call>
 bool byFamily(IpGenAddr const& addr, Dovel::Ptr<V4> const& v4, Dovel::Ptr<V6> const& v6, Call&& call) {
   auto const callWith = [&](auto const& table, auto const& key) {
@@ -78,11 +78,6 @@ bool byFamily(IpGenAddr const& addr, Dovel::Ptr<V4> const& v4, Dovel::Ptr<V6> co
 
 template <class TablePtr>
 using EntryOf = typename TablePtr::element_type::Entry;
-
-/// The virtual port's number; all bits for a port that has no row yet.
-std::uint16_t svpNumber(Asic::EntryHandle const& port) {
-  return static_cast<std::uint16_t>(port.row().value_or(Asic::Index(Asic::Index::none)).value());
-}
 
 }  // namespace
 
@@ -104,7 +99,7 @@ void TesselVxlanTunnelTermTableProgrammer::initAllowedPortsProfileTable(TesselCe
   allowedPortBitmapProfileIs(broughtUp(allowedPortBitmapProfileFactory(), chipInfo));
   INVARIANT(allowedPortBitmapProfile()->entrys() == 0);
   AllowedPortBitmapProfile::Entry entry;
-  for (std::size_t word = 0; word < Anvil::PerUnitBitmap::kWords; ++word) entry.portBitmap.bitListIs(word, 0xFFFFFFFF);
+  for (std::size_t word = 0; word < Anvil::PerUnitBitmap::kWords; ++word) entry.ports.bitListIs(word, 0xFFFFFFFF);
   allowedPortBitmapProfile()->entryWriteAtIndex(Asic::Index(allPorts), entry);
 }
 
@@ -138,27 +133,30 @@ void TesselVxlanTunnelTermTableProgrammer::initSipV6Table(TesselCentral::ChipInf
 
 void TesselVxlanTunnelTermTableProgrammer::insertOrUpdateDipEntry(IpGenAddr const& addr) {
   TRACE(1, " dip: {}", addr);
-  bool const valid = byFamily(addr, l2TunnelIpv4DipTable(), l2TunnelIpv6DipTable(), [&](auto const& table, auto const& key) {
-    EntryOf<std::remove_cvref_t<decltype(table)>> entry;
-    entry.allowedPortsProfileIndex = allPorts;
-    entry.useOuterHeaderPhb = vxlanConfigDir()->outerHeaderPhb();
-    TRACE_IN("insertOrUpdateDipEntry", 1, " dip: {} useOuterHeaderPhb: {}", addr, vxlanConfigDir()->outerHeaderPhb());
-    entry.writeResponse = DipResponse{table, addr, wordsOf(*table)};
-    table->entryCommit(key, entry);
-  });
+  bool const valid =
+      byFamily(addr, l2TunnelIpv4DipTable(), l2TunnelIpv6DipTable(), [&](auto const& table, auto const& key) {
+        EntryOf<std::remove_cvref_t<decltype(table)>> entry;
+        entry.allowedPortsProfileIndex = allPorts;
+        entry.useOuterHeaderPhb = vxlanConfigDir()->outerHeaderPhb();
+        TRACE_IN("insertOrUpdateDipEntry", 1, " dip: {} useOuterHeaderPhb: {}", addr,
+                 vxlanConfigDir()->outerHeaderPhb());
+        entry.writeResponse = DipResponse{table, addr, wordsOf(*table)};
+        table->entryCommit(key, entry);
+      });
   if (!valid) INVARIANT(false && "DIP is not a valid ipv4/6 address");
 }
 
 void TesselVxlanTunnelTermTableProgrammer::deleteDipEntry(IpGenAddr const& addr) {
   TRACE(1, " dip: {}", addr);
-  bool const valid = byFamily(addr, l2TunnelIpv4DipTable(), l2TunnelIpv6DipTable(), [&](auto const& table, auto const& key) {
-    if constexpr (std::is_same_v<decltype(table), Dovel::Ptr<L2TunnelIpv4DipTable> const&>) {
-      INVARIANT_MSG(l2TunnelIpv4DipTable()->entryHas(key), " addr missing in l2_tunnel_ipv4_dip table: {}", addr);
-    } else {
-      INVARIANT_MSG(l2TunnelIpv6DipTable()->entryHas(key), " addr missing in l2_tunnel_ipv6_dip table: {}", addr);
-    }
-    table->entryRemove(key);
-  });
+  bool const valid =
+      byFamily(addr, l2TunnelIpv4DipTable(), l2TunnelIpv6DipTable(), [&](auto const& table, auto const& key) {
+        if constexpr (std::is_same_v<decltype(table), Dovel::Ptr<L2TunnelIpv4DipTable> const&>) {
+          INVARIANT_MSG(l2TunnelIpv4DipTable()->entryHas(key), " addr missing in l2_tunnel_ipv4_dip table: {}", addr);
+        } else {
+          INVARIANT_MSG(l2TunnelIpv6DipTable()->entryHas(key), " addr missing in l2_tunnel_ipv6_dip table: {}", addr);
+        }
+        table->entryRemove(key);
+      });
   if (!valid) INVARIANT(false && "DIP is not a valid ipv4/6 address");
 }
 
@@ -173,23 +171,25 @@ void TesselVxlanTunnelTermTableProgrammer::insertSipEntry(IpGenAddr const& addr,
   TRACE(1, " sip: {} svp : {}", addr, svpHandle);
   // A row without a port would take the VTEP's packets away from the default port, where they are learned from.
   if (!svpHandle || svpHandle->gone()) return TRACE(1, " virtual port has gone, sip: {} not written", addr);
-  bool const valid = byFamily(addr, l2TunnelIpv4SipTable(), l2TunnelIpv6SipTable(), [&](auto const& table, auto const& key) {
-    EntryOf<std::remove_cvref_t<decltype(table)>> entry;
-    entry.svpHandle = svpHandle;
-    entry.writeResponse = SipResponse{table, addr, svpNumber(*svpHandle)};
-    table->entryCommit(key, entry);
-  });
+  bool const valid =
+      byFamily(addr, l2TunnelIpv4SipTable(), l2TunnelIpv6SipTable(), [&](auto const& table, auto const& key) {
+        EntryOf<std::remove_cvref_t<decltype(table)>> entry;
+        entry.svpHandle = svpHandle;
+        entry.writeResponse = SipResponse{table, addr, Asic::rowNumber16(svpHandle)};
+        table->entryCommit(key, entry);
+      });
   if (!valid) INVARIANT(false && "SIP is not a valid ipv4/6 address");
 }
 
 void TesselVxlanTunnelTermTableProgrammer::deleteSipEntry(IpGenAddr const& addr) {
   TRACE(1, " sip: {}", addr);
-  bool const valid = byFamily(addr, l2TunnelIpv4SipTable(), l2TunnelIpv6SipTable(), [&](auto const& table, auto const& key) {
-    if (!table->entryHas(key)) {
-      return TRACE_IN("deleteSipEntry", 1, " Address missing in {} table", chipNameOf(*table));
-    }
-    table->entryRemove(key);
-  });
+  bool const valid =
+      byFamily(addr, l2TunnelIpv4SipTable(), l2TunnelIpv6SipTable(), [&](auto const& table, auto const& key) {
+        if (!table->entryHas(key)) {
+          return TRACE_IN("deleteSipEntry", 1, " Address missing in {} table", chipNameOf(*table));
+        }
+        table->entryRemove(key);
+      });
   if (!valid) INVARIANT(false && "SIP is not a valid ipv4/6 address");
 }
 

@@ -4,11 +4,7 @@
 #include "platform/kiln/Attribute.h"
 #include "platform/stateway/EntityManager.h"
 #include "platform/tessel/central/CommonData.h"
-#include "platform/tessel/tables/AllowedPortBitmapProfile.h"
-#include "platform/tessel/tables/L2TunnelIpv4DipTable.h"
-#include "platform/tessel/tables/L2TunnelIpv4SipTable.h"
-#include "platform/tessel/tables/L2TunnelIpv6DipTable.h"
-#include "platform/tessel/tables/L2TunnelIpv6SipTable.h"
+#include "platform/tessel/tables/L2TunnelTermTables.h"
 #include "platform/vxlan/VxlanConfig.h"
 
 namespace TesselVxlan {
@@ -57,8 +53,8 @@ class TesselVxlanTunnelTermTableProgrammer final : public Dovel::Node {
   /// Whether tunnels to `addr` end here; false for an address without family too.
   bool dipEntryHas(Meshal::IpGenAddr const& addr) const;
 
-  /// Packets from `addr` get the virtual port behind `svpHandle` from now on. A null handle, or one whose port has gone,
-  /// changes nothing.
+  /// Packets from `addr` get the virtual port behind `svpHandle` from now on. A null handle, or one whose port has
+  /// gone, changes nothing.
   void insertSipEntry(Meshal::IpGenAddr const& addr, Handle const& svpHandle);
   /// Nothing happens to an address that has no row.
   void deleteSipEntry(Meshal::IpGenAddr const& addr);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <span>
 
 #include "platform/kiln/Invariant.h"
 #include "platform/kiln/Trace.h"
@@ -233,8 +234,8 @@ void TesselVxlanVtiStatusSm::setupGroup(Group const& mcastGrp, bool present) {
 }
 
 void TesselVxlanVtiStatusSm::deleteDipUnlessHeld(IpGenAddr const& addr, unsigned ownRoles) {
-  auto const holders = std::count_if(roles.begin(), roles.end(),
-                                     [&](Role role) { return (*vxlanState().*role)() == addr; });
+  auto const holders =
+      std::count_if(roles.begin(), roles.end(), [&](Role role) { return (*vxlanState().*role)() == addr; });
   if (holders > ownRoles || groupHas(addr)) return TRACE(1, " Address: {} is held by others", addr);
   // A change that was undone before it came here has left no row.
   if (!tunnelTermTableProgrammer()->dipEntryHas(addr)) return TRACE(1, " Address: {} has no entry", addr);

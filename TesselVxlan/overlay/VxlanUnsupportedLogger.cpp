@@ -15,7 +15,8 @@ Kiln::LogHandle vxlanUnsupported(TesselLog::TESSEL_PROFILE_VXLAN_UNSUPPORTED, 0,
 
 VxlanUnsupportedLogger::VxlanUnsupportedLogger(bool profileSupportsVxlan,
                                                Dovel::Ptr<Vxlan::VtiStatusDir const> vtiStatusDir)
-    : profileSupportsVxlan_(profileSupportsVxlan), vtiStatusDir_(*this, std::move(vtiStatusDir), Kiln::SubscribeOnly{}) {
+    : profileSupportsVxlan_(profileSupportsVxlan),
+      vtiStatusDir_(*this, std::move(vtiStatusDir), Kiln::SubscribeOnly{}) {
   handleVtiStatus();
 }
 
@@ -24,7 +25,8 @@ void VxlanUnsupportedLogger::vtiStatusDirDispatch(Dovel::Change const& change) {
 }
 
 void VxlanUnsupportedLogger::handleVtiStatus() {
-  Kiln::forEachKey(vtiStatusDir()->vtiStatusColl(), [this](Meshal::IntfId intf, auto const&) { handleVtiStatus(intf); });
+  Kiln::forEachKey(vtiStatusDir()->vtiStatusColl(),
+                   [this](Meshal::IntfId intf, auto const&) { handleVtiStatus(intf); });
 }
 
 void VxlanUnsupportedLogger::handleVtiStatus(Meshal::IntfId intf) {

@@ -58,6 +58,8 @@ bool isEq(E const& a, E const& b) {
 
 /// The text of a handle: "table[key]", "#index" for one that does not matter, "null".
 void appendHandleText(std::string& out, EntryHandle::PtrConst const& handle);
+/// The same under the name by which traces look for it.
+inline void appendText(std::string& out, EntryHandle::PtrConst const& handle) { appendHandleText(out, handle); }
 
 /// The row of a handle's entry as a field of 16 bits; 0 while it has none.
 inline std::uint16_t rowNumber16(EntryHandle::PtrConst const& handle) {

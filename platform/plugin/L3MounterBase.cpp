@@ -1,28 +1,37 @@
 #include "platform/plugin/L3MounterBase.h"
 
 #include <array>
-#include <utility>
+#include <string>
 
+#include "platform/bridging/BridgingConfig.h"
 #include "platform/plugin/L3MounterSmWrapper.h"
+#include "platform/tessel/central/VxlanRecords.h"
+#include "platform/tessel/held/Records.h"
+#include "platform/tessel/l3/L3Intf.h"
 
 namespace TesselL3Unicast {
 
 namespace {
 
-constexpr std::array<std::pair<char const*, char const*>, 6> kBootMounts{{
-    {"interface/config/eth/vlan", "Interface::VlanIntfConfigDir"},
-    {"hardware/tessel/centralStatus/vfiCapabilityStatus", "TesselCentral::VfiCapabilityStatus"},
-    {"bridging/hwcapabilities", "Bridging::HwCapabilities"},
-    {"hardware/tessel/centralStatus/vxlanCapabilities", "TesselCentral::VxlanCapabilities"},
-    {"hardware/tessel/centralStatus/feature/l3/routingStatus", "TesselL3::RoutingStatus"},
-    {"vane/l3IntfTable", "VaneL3Intf::Table"},
+struct BootMount {
+  char const* path;
+  Kiln::Type& (*type)();
+};
+
+constexpr std::array<BootMount, 6> kBootMounts{{
+    {"interface/config/eth/vlan", &Interface::VlanIntfConfigDir::kilnType},
+    {"hardware/tessel/centralStatus/vfiCapabilityStatus", &TesselCentral::VfiCapabilityStatus::kilnType},
+    {"bridging/hwcapabilities", &Bridging::HwCapabilities::kilnType},
+    {"hardware/tessel/centralStatus/vxlanCapabilities", &TesselCentral::VxlanCapabilities::kilnType},
+    {"hardware/tessel/centralStatus/feature/l3/routingStatus", &TesselL3::RoutingStatus::kilnType},
+    {"vane/l3IntfTable", &VaneL3Intf::Table::kilnType},
 }};
 
 }  // namespace
 
 void L3MounterBase::doBootStageMount(Stateway::MountGroup& mountGroup) {
-  for (auto const& [path, typeName] : kBootMounts) {
-    Stateway::Mount mount(path, typeName);
+  for (auto const& [path, type] : kBootMounts) {
+    Stateway::Mount mount(path, std::string(type().name()));
     mount.flags().valIs(0);
     mount.handleFlags("r");
     mountGroup.doMount(mount);

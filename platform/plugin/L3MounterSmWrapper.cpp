@@ -9,12 +9,12 @@ L3MounterSmWrapper::L3MounterSmWrapper(Dovel::Ptr<TesselCentral::FeatureAgentCom
                                        Dovel::Ptr<Local::EntityStore> localEntityStore,
                                        Dovel::Ptr<KilnSharedMem::EntityManager> shmemEm, Dovel::Ptr<Kiln::Dir> agentDir)
     : Sm(Quiet{}),
+      fcsd_(*this, std::move(fcsd), Kiln::SubscribeOnly{}),
       statewayEm_(std::move(statewayEm)),
       agentSmId_(agentSmId),
       localEntityStore_(std::move(localEntityStore)),
       shmemEm_(std::move(shmemEm)),
       agentDir_(std::move(agentDir)),
-      fcsd_(*this, std::move(fcsd), Kiln::SubscribeOnly{}),
       runningState_(*this, Dovel::make<SmRunningState>(), Kiln::SubscribeOnly{}),
       shmemName_(shmemEm_ ? shmemEm_->name() : Dovel::String()) {}
 

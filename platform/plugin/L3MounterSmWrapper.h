@@ -18,7 +18,11 @@ namespace TesselL3Unicast {
 /// made (by the mounter) → common data set and `doStart` (by the host) → running.
 /// Watches the logical chips of the agent and the feature's running state. Main thread only. All that it holds is shared.
 class L3MounterSmWrapper : public Kiln::Sm {
-  KILN_TYPE(TesselL3Unicast::L3MounterSmWrapper, Kiln::Sm)
+  void fcsdDispatch(Dovel::Change const& change);
+  void runningStateDispatch(Dovel::Change const& change);
+
+  KILN_BASE_TYPE(TesselL3Unicast::L3MounterSmWrapper)
+  KILN_WATCHED(0x41, TesselCentral::FeatureAgentCommonSmData, fcsd, &KilnSelf::fcsdDispatch, nullptr)
   KILN_FIXED(0x42, Dovel::Ptr<Stateway::EntityManager>, statewayEm)
   KILN_FIXED(0x43, AgentSmId, agentSmId)
   KILN_FIXED(0x44, Dovel::Ptr<Local::EntityStore>, localEntityStore)
@@ -27,12 +31,9 @@ class L3MounterSmWrapper : public Kiln::Sm {
   KILN_ATTR(0x47, Dovel::Ptr<Local::EntityManager>, localEntityManager)
   KILN_ATTR(0x48, Dovel::Ptr<Vane::VaneCommonSmData>, vcsd)
   KILN_ATTR(0x49, bool, profileSupportsVxlan)
+  KILN_WATCHED(0x4a, SmRunningState, runningState, &KilnSelf::runningStateDispatch, nullptr)  // Never null.
 
  public:
-  /// Null in an agent without the common data.
-  Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData> const& fcsd() const { return fcsd_.get(); }
-  /// Never null.
-  Dovel::Ptr<SmRunningState> const& runningState() const { return runningState_.get(); }
   /// The chip that shared tables are brought up on.
   TesselCentral::ChipInfo const& chipInfo() const { return chipInfo_; }
   void chipInfoIs(TesselCentral::ChipInfo chipInfo) { chipInfo_ = std::move(chipInfo); }
@@ -65,12 +66,6 @@ class L3MounterSmWrapper : public Kiln::Sm {
                      Dovel::Ptr<Kiln::Dir> agentDir);
 
  private:
-  using Self = L3MounterSmWrapper;
-  void fcsdDispatch(Dovel::Change const& change);
-  void runningStateDispatch(Dovel::Change const& change);
-
-  Kiln::Watch<TesselCentral::FeatureAgentCommonSmData, &Self::fcsdDispatch> fcsd_;
-  Kiln::Watch<SmRunningState, &Self::runningStateDispatch> runningState_;
   TesselCentral::ChipInfo chipInfo_;
   Dovel::String shmemName_;
 };

@@ -37,6 +37,7 @@ struct ChipSpec {
   bool floods = false;  ///< Next hops without a port flood their VLAN.
   bool defaultSvp = true;
   bool capabilities = true;
+  std::uint16_t vpClassCode = 3;
   std::map<std::string, std::uint32_t> rows = {};  ///< Sizes that differ, by chip table.
 };
 
