@@ -8,7 +8,7 @@ if(NOT CMAKE_BUILD_TYPE)
   set(CMAKE_BUILD_TYPE Release CACHE STRING "Release or Debug" FORCE)
 endif()
 find_program(CCACHE ccache)
-if(CCACHE)
+if(CCACHE AND NOT TESSEL_PCH)
   set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
 endif()
 

@@ -5,6 +5,8 @@
 #include <random>
 #include <vector>
 
+#include "platform/anvil/IncrementalHBitmap.h"
+
 #include "platform/anvil/HBitmap.h"
 
 namespace {
