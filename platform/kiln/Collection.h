@@ -40,9 +40,9 @@ class SmallMap {
   const_iterator find(K const& key) const { return const_cast<SmallMap*>(this)->find(key); }
   void erase(iterator at) { array_.erase(at); }
   std::pair<iterator, bool> emplace(K const& key, V const& value) {
+    if (array_.empty()) array_.reserve(1);  // before `at`, which it would invalidate
     auto const at = lower(array_, key);
     if (at != end() && at->first == key) return {at, false};
-    if (array_.empty()) array_.reserve(1);
     return {array_.emplace(at, key, value), true};
   }
 

@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
 
 #include <string>
 #include <vector>
@@ -35,11 +37,11 @@ class Site final : public Kiln::NamedEntity {
   KILN_READONLY(0x107, std::uint32_t, writes, 7)
   KILN_INST(0x108, Host, gateway)
   KILN_RESERVED(0x109, "ObjectTest::Later", later)
-  KILN_METHOD(touch)
 
  public:
   using NamedEntity::NamedEntity;
   void touch() { writesSet(writes() + 1); }
+  KILN_METHOD(touch)
 };
 
 /// Watches a site and writes down what it is told.
@@ -250,7 +252,10 @@ std::string json(Kiln::Entity const& entity) {
   rapidjson::Document document;
   Kiln::JsonOut out(document, document.GetAllocator());
   Kiln::entityToJson(entity, out);
-  return Kiln::jsonText(document);
+  rapidjson::StringBuffer buffer;
+  rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+  document.Accept(writer);
+  return buffer.GetString();
 }
 
 /// Reads `text` into `entity`; "" or what is wrong with it and where.
