@@ -5,6 +5,8 @@
 #include "platform/kiln/Trace.h"
 #include "platform/tessel/tables/EcnTables.h"
 #include "platform/tessel/tables/HerNextHopTables.h"
+#include "platform/tessel/tables/IngL3EcmpMember0Table.h"
+#include "platform/tessel/tables/L3NextHop1Table.h"
 #include "platform/tessel/tables/VpLagTables.h"
 
 KILN_TRACE_FILE("TesselVxlanMounter");
