@@ -1,5 +1,7 @@
 #include "host/vane/TunnelProducer.h"
 
+#include "platform/kiln/AttributeDefinitions.h"
+
 namespace Host {
 
 using Vane::HwTunnelStatus;
