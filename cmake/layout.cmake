@@ -1,5 +1,5 @@
-# Where things lie, in the build tree as where they are installed: the program finds the plug-in and the profiles from
-# its own place, by the same two relative paths in both.
+# Where things lie, in the build tree as where they are installed: the program finds the plug-in from its own place, by
+# the same relative path in both.
 #
 #   bin/tessel-agent    lib/libtessel-platform.so    lib/tessel/libTesselVxlan.so    share/tessel/profiles/*.json
 set(TESSEL_PLUGIN_DIR lib/tessel)
@@ -9,9 +9,6 @@ set(TESSEL_PACKAGE_DIR lib/cmake/TesselVxlan)
 
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
-file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/share/tessel)
-file(CREATE_LINK ${CMAKE_SOURCE_DIR}/profiles ${CMAKE_BINARY_DIR}/${TESSEL_PROFILE_DIR} SYMBOLIC)
 
 # Relative to the directory of the running program.
-add_compile_definitions(TESSEL_PLUGIN_FILE="../${TESSEL_PLUGIN_DIR}/libTesselVxlan.so"
-                        TESSEL_PROFILE_DIR="../${TESSEL_PROFILE_DIR}")
+add_compile_definitions(TESSEL_PLUGIN_FILE="../${TESSEL_PLUGIN_DIR}/libTesselVxlan.so")

@@ -41,7 +41,7 @@ void NestedSm_TunnelIdMap::updateTunnelIdStatus() {
 void NestedSm_TunnelIdMap::updateCascadingNextHopIdInStatus() {
   if (!owner_) return;
   TRACE(1, " tunnelType: {} vtepIp: {}", owner_->tunnelType(), key());
-  if (owner_->tunnelType() == Vane::TunnelType::vxlanTunnel_) owner_->maybeUpdateHwTunnelStatus(key());
+  if (owner_->tunnelType() == Vane::vxlanTunnel_) owner_->maybeUpdateHwTunnelStatus(key());
 }
 
 HwTunnelProgrammerBase::HwTunnelProgrammerBase(TunnelProgrammerInputs const& inputs)
@@ -96,9 +96,9 @@ void HwTunnelProgrammerBase::handleLogicalFapId(LogicalFap::LogicalFapId fapId) 
     overlayTableProgrammer_ =
         overlayCascadedTableProgrammerFactory(statewayEm(), fcsd(), vxlanToL2State(), tnlNhUpdateConfig());
   } else {
-    overlayTableProgrammer_ =
-        overlayNextHopTableProgrammerFactory(statewayEm(), fcsd(), vxlanToL2State(), tnlNhUpdateConfig(),
-                                             l3Oif1TableProgrammer(), nextHopTableProgrammer(), underlayEcmpProgrammer());
+    overlayTableProgrammer_ = overlayNextHopTableProgrammerFactory(statewayEm(), fcsd(), vxlanToL2State(),
+                                                                   tnlNhUpdateConfig(), l3Oif1TableProgrammer(),
+                                                                   nextHopTableProgrammer(), underlayEcmpProgrammer());
   }
   overlayTableProgrammer()->initTables(chipInfo());
 }
@@ -173,7 +173,7 @@ Meshal::IpGenAddr HwTunnelProgrammerBase::getVtepIp(Meshal::AddressFamily af) co
 bool HwTunnelProgrammerBase::isHerEvpnTunnel(Meshal::IpGenAddr const& vtep) const {
   TRACE(1, " vtep : {}", vtep);
   auto const& map = vtepMap(vtep);
-  return map && map->tnlKeysHas(Vane::TunnelType::vxlanHerTunnel_) && evpnStatus()->evpnEnabled();
+  return map && map->tnlKeysHas(Vane::vxlanHerTunnel_) && evpnStatus()->evpnEnabled();
 }
 
 bool HwTunnelProgrammerBase::isNexthopIdProgrammed(Vane::HwTunnelConfigEntry const& entry) const {
@@ -200,7 +200,7 @@ HwTunnelProgrammerBase::Handle HwTunnelProgrammerBase::programOverlayTableEntry(
 
 HwTunnelProgrammerBase::Handle HwTunnelProgrammerBase::defaultNextHop() const {
   Handle const ulNhHandle = nextHopTableProgrammer()->l3NextHop2Table()->entryWeakRef(
-      TesselL3Common::L3NextHop2Key{NextHopTableProgrammer::dropMacAddr(), Meshal::IntfId()});
+      TesselL3Common::L3NextHop2Key{Meshal::EthAddr(0xffffffffffff), Meshal::IntfId()});
   INVARIANT(ulNhHandle != NULL);
   return ulNhHandle;
 }
@@ -208,7 +208,7 @@ HwTunnelProgrammerBase::Handle HwTunnelProgrammerBase::defaultNextHop() const {
 unsigned HwTunnelProgrammerBase::resolvedNextHops(Vane::NextHopEntryList const& list) {
   unsigned count = 0;
   for (auto const& nextHop : list.nextHopEntry()) {
-    if (nextHop.type() == Vane::NextHopEntryType::nextHopResolved) ++count;
+    if (nextHop.type() == Vane::nextHopResolved) ++count;
   }
   return count;
 }

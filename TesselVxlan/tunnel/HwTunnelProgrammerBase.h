@@ -55,8 +55,8 @@ struct TunnelProgrammerInputs {
   Dovel::Ptr<TesselL3Common::FloodUnderlayVlanToVtepListDir> floodUnderlayVlanToVtepListDir;
 };
 
-/// Watches the record of one remote VTEP for one tunnel programmer and has the tunnel's status brought up to date when the
-/// tunnel id or the next-hop id changes. The first look is the next change's: making the reactor runs no handler.
+/// Watches the record of one remote VTEP for one tunnel programmer and has the tunnel's status brought up to date when
+/// the tunnel id or the next-hop id changes. The first look is the next change's: making the reactor runs no handler.
 /// The owner is not counted; it clears itself here before it goes.
 class NestedSm_TunnelIdMap final : public Kiln::NotifieeConst {
   KILN_BASE_TYPE(TesselVxlan::NestedSm_TunnelIdMap)
@@ -85,16 +85,16 @@ class NestedSm_TunnelIdMap final : public Kiln::NotifieeConst {
 /// Turns the life of the tunnels of one type into table entries and status.
 ///
 /// In: configuration entries, through the helper state machine's calls; the ids that table programmers publish in the
-/// record of a VTEP; local VTEP, UDP ports, learning, DSCP and TOS settings. Out: outer header, virtual port, underlay and
-/// overlay entries, through the table programmers; one status entry per tunnel.
+/// record of a VTEP; local VTEP, UDP ports, learning, DSCP and TOS settings. Out: outer header, virtual port, underlay
+/// and overlay entries, through the table programmers; one status entry per tunnel.
 ///
 ///   no record ──create──▶ recorded ──virtual port──▶ tunnel id ──overlay──▶ programmed: status stands
 ///
 /// A status is written only from ids that have reached the VTEP's record, and a replaced generation's status goes only
 /// after the new one stands. Nothing is kept here about a tunnel but its watcher and the reverse of its next-hop id.
 /// Main thread only. Re-entrant at each write of shared state: a table programmer that publishes an id runs
-/// `maybeUpdateHwTunnelStatus` inside its own write, so each operation ends with the state it has found, not the state it
-/// began with. Table programmers are shared; the overlay programmer is this object's own, on a table that all share.
+/// `maybeUpdateHwTunnelStatus` inside its own write, so each operation ends with the state it has found, not the state
+/// it began with. Table programmers are shared; the overlay programmer is this object's own, on a table that all share.
 class HwTunnelProgrammerBase : public Kiln::Sm {
  public:
   using ConfigEntry = Dovel::Ptr<Vane::HwTunnelConfigEntry const>;
@@ -237,9 +237,11 @@ class HwTunnelProgrammerBase : public Kiln::Sm {
   /// One pass of `updateEgrL3TunnelTable`.
   struct HeaderPass {
     bool vxlanUdpPortChanged;
-    bool oneHeaderForAll;       ///< IPv4 headers are keyed by source alone.
+    bool oneHeaderForAll;        ///< IPv4 headers are keyed by source alone.
     bool sharedWritten = false;  ///< The one IPv4 header of the pass has been written.
   };
+  /// Whether the tunnel of this type has come as far as a status; null stands for a VTEP without a record.
+  bool isCreated(TesselCentral::VtepIpToTnlIdNhIdMap const* map) const;
   /// False ends the pass.
   bool updateHeader(HeaderPass& pass, ConfigEntry const& entry);
   Handle headerOf(HeaderPass& pass, Meshal::IpGenAddr const& local, Meshal::IpGenAddr const& vtep);

@@ -6,8 +6,6 @@ KILN_TRACE_FILE("HwTunnelProgrammerBase");
 
 namespace TesselVxlan {
 
-using Vane::TunnelType;
-
 void HwTunnelProgrammerBase::doTunnelDelete(ConfigEntry const& entry) {
   auto const key = entry->tunnelKey();
   auto const vtep = key.dst();
@@ -61,9 +59,9 @@ void HwTunnelProgrammerBase::deleteTunnelUnderlayTables(Vane::TunnelKey const& t
   TRACE(1, " tunnelType: {} key: {}", tunnelType(), tunnelKey);
   auto const tnlIdMap = vtepMap(tunnelKey.dst());
   INVARIANT(tnlIdMap);
-  if (tunnelType() != TunnelType::vxlanTunnel_ && tunnelType() != TunnelType::vxlanMemberTunnel_) return;
+  if (tunnelType() != Vane::vxlanTunnel_ && tunnelType() != Vane::vxlanMemberTunnel_) return;
   // Unicast and member tunnel of a VTEP share its overlay entry: the second to go takes it along.
-  if (tnlIdMap->tnlKeysHas(TunnelType::vxlanTunnel_) || tnlIdMap->tnlKeysHas(TunnelType::vxlanMemberTunnel_)) return;
+  if (tnlIdMap->tnlKeysHas(Vane::vxlanTunnel_) || tnlIdMap->tnlKeysHas(Vane::vxlanMemberTunnel_)) return;
   TRACE(1, "Deleting EcmpMember0 table for vtepIp: {}", tunnelKey.dst());
   deleteOverlayTableEntry(tunnelKey);
 }
@@ -72,7 +70,7 @@ void HwTunnelProgrammerBase::deleteOverlayTableEntry(Vane::TunnelKey const& tunn
   overlayTableProgrammer()->deleteEntry(tunnelKey);
   auto const tnlIdMap = vtepMap(tunnelKey.dst());
   INVARIANT(tnlIdMap);
-  INVARIANT((tunnelType() == TunnelType::vxlanTunnel_) || (tunnelType() == TunnelType::vxlanMemberTunnel_));
+  INVARIANT((tunnelType() == Vane::vxlanTunnel_) || (tunnelType() == Vane::vxlanMemberTunnel_));
   TRACE(1, " EcmpMember0Table, swKey: {} Invalidating tnlIdMap for vtepIp: {}", tunnelKey.dst(), tunnelKey.dst());
   // Before nhId: its watchers must find the record not ready, and write no status.
   tnlIdMap->nhIdEntryStatusIs(TesselCentral::EntryWriteStatus::entryWriteNone);

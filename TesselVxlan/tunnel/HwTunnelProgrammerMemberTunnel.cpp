@@ -37,7 +37,7 @@ HwTunnelProgrammerMemberTunnel::Underlay HwTunnelProgrammerMemberTunnel::program
   if (count > 1 || groupOfOne()) return {underlayEcmpProgrammer()->insertEntry(entry), true};
   auto const& nextHops = list->nextHopEntry();
   auto const nextHop = std::find_if(nextHops.begin(), nextHops.end(), [](Vane::NextHopEntry const& candidate) {
-    return candidate.type() == Vane::NextHopEntryType::nextHopResolved;
+    return candidate.type() == Vane::nextHopResolved;
   });
   TRACE_IN("programTunnelTables", 1, "Programming NextHopId for NextHop : {} tunnelKey: {}", *nextHop,
            entry->tunnelKey());

@@ -6,8 +6,8 @@ namespace TesselVxlan {
 
 /// Programs member tunnels: remote VTEPs that belong to a group of VTEPs.
 ///
-/// Unlike a unicast tunnel, a single next hop goes through the next-hop table, unless the chip wants a group of one; and
-/// the published next-hop id is the tunnel id, with an id beside it that changes with the adjacency.
+/// Unlike a unicast tunnel, a single next hop goes through the next-hop table, unless the chip wants a group of one;
+/// and the published next-hop id is the tunnel id, with an id beside it that changes with the adjacency.
 class HwTunnelProgrammerMemberTunnel final : public HwTunnelProgrammerBase {
   KILN_TYPE(TesselVxlan::HwTunnelProgrammerMemberTunnel, TesselVxlan::HwTunnelProgrammerBase)
 

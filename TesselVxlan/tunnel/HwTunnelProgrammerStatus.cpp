@@ -8,7 +8,6 @@ namespace TesselVxlan {
 
 using TesselCentral::EntryWriteStatus;
 using TesselCentral::VtepIpToTnlIdNhIdMap;
-using Vane::TunnelType;
 
 void HwTunnelProgrammerBase::maybeUpdateHwTunnelStatus(Meshal::IpGenAddr const& dstIpAddr) {
   TRACE(1, " tunnelType: {} vtepIp: {}", tunnelType(), dstIpAddr);
@@ -22,11 +21,11 @@ void HwTunnelProgrammerBase::maybeUpdateHwTunnelStatus(Meshal::IpGenAddr const& 
   if (tnlIdMap->tnlIdEntryStatus() == EntryWriteStatus::entryWriteNone) return;
   INVARIANT(tnlIdMap->tnlId() != Vane::VaneTunnelId::invalidTunnelId());
   switch (tunnelType()) {
-    case TunnelType::vxlanHerTunnel_:
-    case TunnelType::vxlanMemberTunnel_:
-    case TunnelType::vxlanMcastTunnel_:
+    case Vane::vxlanHerTunnel_:
+    case Vane::vxlanMemberTunnel_:
+    case Vane::vxlanMcastTunnel_:
       return maybeUpdateHwTunnelIdNhId(vtep);
-    case TunnelType::vxlanTunnel_: {
+    case Vane::vxlanTunnel_: {
       if (tnlIdMap->nhIdEntryStatus() == EntryWriteStatus::entryWriteNone) return;
       INVARIANT(tnlIdMap->nhId() != Vane::VaneNextHopId::invalidNextHopId());
       auto const nhId = tnlIdMap->nhId();
@@ -55,10 +54,10 @@ void HwTunnelProgrammerBase::writeNextHopStatus(VtepIpToTnlIdNhIdMap& map, Vane:
   Dovel::Ptr<Vane::NextHopEntryList> const list = config ? config->nextHopEntryList() : nullptr;
   auto nhId = Vane::VaneNextHopId(map.tnlId().value());
   switch (tunnelType()) {
-    case TunnelType::vxlanTunnel_:
+    case Vane::vxlanTunnel_:
       nhId = map.nhId();
       break;
-    case TunnelType::vxlanMemberTunnel_:
+    case Vane::vxlanMemberTunnel_:
       keepUniqueNhId(map);
       break;
     default:

@@ -6,8 +6,8 @@ namespace TesselVxlan {
 
 /// Programs unicast tunnels: traffic to one remote VTEP, through an overlay entry over the underlay.
 ///
-/// Every tunnel with a resolved next hop goes through an ECMP group, also with a single one; a tunnel without goes to the
-/// default next hop, and its overlay entry is rewritten when next hops come. Its ids are published in both cases.
+/// Every tunnel with a resolved next hop goes through an ECMP group, also with a single one; a tunnel without goes to
+/// the default next hop, and its overlay entry is rewritten when next hops come. Its ids are published in both cases.
 class HwTunnelProgrammerUnicast final : public HwTunnelProgrammerBase {
   KILN_TYPE(TesselVxlan::HwTunnelProgrammerUnicast, TesselVxlan::HwTunnelProgrammerBase)
 

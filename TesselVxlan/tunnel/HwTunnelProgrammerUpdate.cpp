@@ -11,7 +11,7 @@ void HwTunnelProgrammerBase::updateEgrL3TunnelTable(bool vxlanUdpPortChanged) {
   if (vxlanState()->udpPort() == 0) return;
   TRACE(0, " tunnelType: {}", tunnelType());
   HeaderPass pass{vxlanUdpPortChanged,
-                  tunnelType() == Vane::TunnelType::vxlanTunnel_ &&
+                  tunnelType() == Vane::vxlanTunnel_ &&
                       !egrL3TunnelTablesProgrammer()->egrL3TunnelTableAttributes()->ipv4DipInKey()};
   // A creation writes state that can change the list; what left it meanwhile has been deleted by its own event.
   for (auto const& key : Kiln::keysOf(hwTunnelConfig()->hwTunnelConfigListColl())) {
@@ -26,22 +26,21 @@ bool HwTunnelProgrammerBase::updateHeader(HeaderPass& pass, ConfigEntry const& e
   TRACE_IN("updateEgrL3TunnelTable", 1, " Programming Vxlan tunnel : tunnelType: {} vtepIp: {}", tunnelType(), vtep);
   auto const newLocal = getVtepIp(vtep.af());
   auto const map = vtepMap(vtep);
-  // A creation that stopped before the virtual port counts as none: the missing piece may just have arrived.
-  if (!map || !map->tnlKeysHas(tunnelType()) || map->tnlIdEntryStatus() == EntryWriteStatus::entryWriteNone) {
+  if (!isCreated(map.get())) {
     if (!newLocal.isUnspecified()) doTunnelCreate(entry);
     return true;
   }
   auto const oldLocal = map->getLocalVtep(vtep.af());
   if (oldLocal.isUnspecified()) {
     TRACE_IN("updateEgrL3TunnelTable", 1,
-             " Skipping since oldLoopbackAddr is Zero oldLocalAddr : {} newLocalAddr : {} vtepIp :{}", oldLocal, newLocal,
-             vtep);
+             " Skipping since oldLoopbackAddr is Zero oldLocalAddr : {} newLocalAddr : {} vtepIp :{}", oldLocal,
+             newLocal, vtep);
     return true;
   }
   if (newLocal.isUnspecified()) {
     TRACE_IN("updateEgrL3TunnelTable", 1,
-             " Skipping since newLoopbackAddr is Zero oldLocalAddr : {} newLocalAddr : {} vtepIp :{}", oldLocal, newLocal,
-             vtep);
+             " Skipping since newLoopbackAddr is Zero oldLocalAddr : {} newLocalAddr : {} vtepIp :{}", oldLocal,
+             newLocal, vtep);
     return false;
   }
   auto const egrL3Handle = headerOf(pass, newLocal, vtep);
@@ -50,12 +49,20 @@ bool HwTunnelProgrammerBase::updateHeader(HeaderPass& pass, ConfigEntry const& e
              tunnelType(), vtep);
     return true;
   }
-  TRACE_IN("updateEgrL3TunnelTable", 1,
-           " Updating VP tables in-place for oldLocalAddr : {} change to newLocalAddr : {} for vtepIp :{} vxlanUdpPort : {}",
-           oldLocal, newLocal, vtep, vxlanState()->udpPort());
+  TRACE_IN(
+      "updateEgrL3TunnelTable", 1,
+      " Updating VP tables in-place for oldLocalAddr : {} change to newLocalAddr : {} for vtepIp :{} vxlanUdpPort : {}",
+      oldLocal, newLocal, vtep, vxlanState()->udpPort());
   updateVpTableInPlace(key, egrL3Handle);
   map->setLocalVtep(newLocal);
   return true;
+}
+
+// A creation that stopped before the virtual port counts as none: the missing piece may just have arrived. The port may
+// be another type's, so that the tunnel's own status is what tells.
+bool HwTunnelProgrammerBase::isCreated(TesselCentral::VtepIpToTnlIdNhIdMap const* map) const {
+  return map && map->tnlKeysHas(tunnelType()) && map->tnlIdEntryStatus() != EntryWriteStatus::entryWriteNone &&
+         hwTunnelStatus()->tunnelStatusHas(map->tnlKeys(tunnelType()));
 }
 
 HwTunnelProgrammerBase::Handle HwTunnelProgrammerBase::headerOf(HeaderPass& pass, Meshal::IpGenAddr const& local,

@@ -10,16 +10,19 @@ namespace TesselVxlan {
 using TesselL3Common::TesselVxlanState;
 using ConfigEntry = Dovel::Ptr<Vane::HwTunnelConfigEntry const>;
 
-Dovel::Ptr<TunnelBaseHelperSm> tunnelBaseHelperSmFactory(
-    Dovel::Ptr<Vane::VaneCommonSmData const> const& vcsd, Vane::TunnelType tunnelType,
-    Dovel::Ptr<Vane::HwTunnelConfig const> const& hwTunnelConfig,
-    Dovel::Ptr<Vane::HwTunnelStatus> const& hwTunnelStatus, Dovel::Ptr<HwTunnelProgrammerBase> const& hwTunnelProgrammer,
-    Dovel::Ptr<TesselVxlanState> const& vxlanState, Dovel::Ptr<Vane::VXLAN::VaneVxlanInfo> const& vaneVxlanInfo) {
-  return Dovel::make<TunnelBaseHelperSm>(vcsd, tunnelType, hwTunnelConfig, hwTunnelStatus, hwTunnelProgrammer, vxlanState,
-                                         vaneVxlanInfo);
+Dovel::Ptr<TunnelBaseHelperSm> tunnelBaseHelperSmFactory(Dovel::Ptr<Vane::VaneCommonSmData const> const& vcsd,
+                                                         Vane::TunnelType tunnelType,
+                                                         Dovel::Ptr<Vane::HwTunnelConfig const> const& hwTunnelConfig,
+                                                         Dovel::Ptr<Vane::HwTunnelStatus> const& hwTunnelStatus,
+                                                         Dovel::Ptr<HwTunnelProgrammerBase> const& hwTunnelProgrammer,
+                                                         Dovel::Ptr<TesselVxlanState> const& vxlanState,
+                                                         Dovel::Ptr<Vane::VXLAN::VaneVxlanInfo> const& vaneVxlanInfo) {
+  return Dovel::make<TunnelBaseHelperSm>(vcsd, tunnelType, hwTunnelConfig, hwTunnelStatus, hwTunnelProgrammer,
+                                         vxlanState, vaneVxlanInfo);
 }
 
-TunnelBaseHelperSm::TunnelBaseHelperSm(Dovel::Ptr<Vane::VaneCommonSmData const> const& vcsd, Vane::TunnelType tunnelType,
+TunnelBaseHelperSm::TunnelBaseHelperSm(Dovel::Ptr<Vane::VaneCommonSmData const> const& vcsd,
+                                       Vane::TunnelType tunnelType,
                                        Dovel::Ptr<Vane::HwTunnelConfig const> const& hwTunnelConfig,
                                        Dovel::Ptr<Vane::HwTunnelStatus> const& hwTunnelStatus,
                                        Dovel::Ptr<HwTunnelProgrammerBase> const& hwTunnelProgrammer,
@@ -75,7 +78,7 @@ void TunnelBaseHelperSm::doHandleTunnelNextHopId(ConfigEntry const& entry) {
 
 void TunnelBaseHelperSm::handleActiveNextHopId(Vane::VaneNextHopId id) {
   TRACE(0, " tunnelType: {} id: {}", tunnelType(), id);
-  if (tunnelType() == Vane::TunnelType::vxlanTunnel_) hwTunnelProgrammer()->handleActiveNextHopId(id);
+  if (tunnelType() == Vane::vxlanTunnel_) hwTunnelProgrammer()->handleActiveNextHopId(id);
 }
 
 void TunnelBaseHelperSm::verifyTunnelsAndNextHops() { TRACE(0, " tunnelType: {}", tunnelType()); }

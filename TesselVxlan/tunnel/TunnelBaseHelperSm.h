@@ -8,11 +8,11 @@ namespace TesselVxlan {
 
 /// Hands the events of one tunnel type to its programmer.
 ///
-/// In: the tunnels, counters and active next hops of the type's configuration, through the base; local VTEP, UDP ports and
-/// data-path learning, which it watches itself. Out: calls of the programmer, and the status's counters, which echo the
-/// configuration's so that its producer sees them taken up.
-/// A next-hop change is passed on only for a tunnel that the programmer has taken up: creation reads the entry as it then
-/// stands. Main thread only; the programmer is shared with the wrapper.
+/// In: the tunnels, counters and active next hops of the type's configuration, through the base; local VTEP, UDP ports
+/// and data-path learning, which it watches itself. Out: calls of the programmer, and the status's counters, which echo
+/// the configuration's so that its producer sees them taken up. A next-hop change is passed on only for a tunnel that
+/// the programmer has taken up: creation reads the entry as it then stands. Main thread only; the programmer is shared
+/// with the wrapper.
 class TunnelBaseHelperSm : public VaneHelper::VaneHelperTunnelSm {
  public:
   void vxlanStateDispatch(Dovel::Change const& change);
@@ -63,11 +63,12 @@ class TunnelBaseHelperSm : public VaneHelper::VaneHelperTunnelSm {
       globalVtiStatus_{*this};
 };
 
-Dovel::Ptr<TunnelBaseHelperSm> tunnelBaseHelperSmFactory(
-    Dovel::Ptr<Vane::VaneCommonSmData const> const& vcsd, Vane::TunnelType tunnelType,
-    Dovel::Ptr<Vane::HwTunnelConfig const> const& hwTunnelConfig,
-    Dovel::Ptr<Vane::HwTunnelStatus> const& hwTunnelStatus, Dovel::Ptr<HwTunnelProgrammerBase> const& hwTunnelProgrammer,
-    Dovel::Ptr<TesselL3Common::TesselVxlanState> const& vxlanState,
-    Dovel::Ptr<Vane::VXLAN::VaneVxlanInfo> const& vaneVxlanInfo);
+Dovel::Ptr<TunnelBaseHelperSm> tunnelBaseHelperSmFactory(Dovel::Ptr<Vane::VaneCommonSmData const> const& vcsd,
+                                                         Vane::TunnelType tunnelType,
+                                                         Dovel::Ptr<Vane::HwTunnelConfig const> const& hwTunnelConfig,
+                                                         Dovel::Ptr<Vane::HwTunnelStatus> const& hwTunnelStatus,
+                                                         Dovel::Ptr<HwTunnelProgrammerBase> const& hwTunnelProgrammer,
+                                                         Dovel::Ptr<TesselL3Common::TesselVxlanState> const& vxlanState,
+                                                         Dovel::Ptr<Vane::VXLAN::VaneVxlanInfo> const& vaneVxlanInfo);
 
 }  // namespace TesselVxlan

@@ -1,9 +1,12 @@
 #include "host/agent/World.h"
 
+#include "platform/asic/ProfileLoader.h"
 #include "platform/kilnsharedmem/EntityManager.h"
 #include "platform/local/EntityManager.h"
 #include "platform/stateway/EntityManager.h"
 #include "platform/tessel/central/VxlanRecords.h"
+#include "platform/tessel/features/ChipAttributes.h"
+#include "platform/tessel/l3common/TesselVxlanState.h"
 
 namespace Host {
 
@@ -44,6 +47,18 @@ World::~World() = default;
 
 void World::doMount(Stateway::MountGroup& group) const {
   group.doMount({TesselCentral::PortConfigDir::mountPath, std::string(TesselCentral::PortConfigDir::kilnType().name())});
+}
+
+void World::capabilitiesIs() const {
+  auto const has = chip->profile()->feature<TesselCentral::VxlanCapabilityAttributes>();
+  auto const capabilities = stores.stateway->getEntity<TesselCentral::VxlanCapabilities>(
+      "hardware/tessel/centralStatus/vxlanCapabilities");
+  if (!has || !capabilities) return;
+  capabilities->mcastTunnelSupportedIs(has->mcastTunnelSupported());
+  capabilities->underlayMcastSupportedIs(has->underlayMcastSupported());
+  capabilities->bumFloodSupportedIs(has->bumFloodSupported());
+  capabilities->singleVnIdTableUserIs(has->singleVnIdTableUser());
+  capabilities->capabilityFlagIs(has->capabilityFlag());
 }
 
 void World::processIs() {

@@ -54,12 +54,12 @@ class NestedSm_Wanted final : public Kiln::NotifieeConst {
 
 /// The least of the forwarding abstraction that drives the feature, for the tunnels of one type.
 ///
-/// In: the wanted tunnels with their adjacencies, and the feature's status. Out: one configuration entry per tunnel with a
-/// generation id that grows with each new configuration of a VTEP, the shared next-hop list of each adjacency, the ids
-/// of the next hops that stand in a status as active ones, and the published ids by VTEP.
-/// Changes are only noted where they happen; `review`, called by the host's loop, acts on them. A next hop is made
-/// inactive before its tunnel is taken away: the feature finds a tunnel by its next-hop id only while both stand.
-/// Main thread only. Configuration and status are shared with the feature.
+/// In: the wanted tunnels with their adjacencies, and the feature's status. Out: one configuration entry per tunnel
+/// with a generation id that grows with each new configuration of a VTEP, the shared next-hop list of each adjacency,
+/// the ids of the next hops that stand in a status as active ones, and the published ids by VTEP. Changes are only
+/// noted where they happen; `review`, called by the host's loop, acts on them. A next hop is made inactive before its
+/// tunnel is taken away: the feature finds a tunnel by its next-hop id only while both stand. Main thread only.
+/// Configuration and status are shared with the feature.
 class TunnelProducer final : public Kiln::Sm {
  public:
   void wantedDispatch(Dovel::Change const& change);

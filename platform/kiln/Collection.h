@@ -40,9 +40,9 @@ class SmallMap {
   const_iterator find(K const& key) const { return const_cast<SmallMap*>(this)->find(key); }
   void erase(iterator at) { array_.erase(at); }
   std::pair<iterator, bool> emplace(K const& key, V const& value) {
+    if (array_.empty()) array_.reserve(1);  // before `at`, which it would invalidate
     auto const at = lower(array_, key);
     if (at != end() && at->first == key) return {at, false};
-    if (array_.empty()) array_.reserve(1);
     return {array_.emplace(at, key, value), true};
   }
 
@@ -125,8 +125,8 @@ std::vector<K> keysOf(EntityMap<K, V, Key> const& map) {
   return keys;
 }
 
-/// Calls `handle(key, object)` for each object that stands in `map` when its turn comes: handlers may add and remove. An
-/// object that goes before its turn is passed over, one that comes during the walk is not visited.
+/// Calls `handle(key, object)` for each object that stands in `map` when its turn comes: handlers may add and remove.
+/// An object that goes before its turn is passed over, one that comes during the walk is not visited.
 template <class K, class V, auto Key, class F>
 void forEachKey(EntityMap<K, V, Key> const& map, F&& handle) {
   for (auto const& key : keysOf(map)) {

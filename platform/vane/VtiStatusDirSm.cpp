@@ -54,9 +54,7 @@ struct VtiStatusDirSm::Step {
 std::span<VtiStatusDirSm::Step const> VtiStatusDirSm::Step::all() {
   static constexpr Step steps[] = {
       {[](Self& sm, Vti const& v) { sm.doSetupVxlanDestUdpPort(v.intfId(), v.udpPort()); }, Vti::udpPortId},
-      {[](Self& sm, Vti const& v) {
-         sm.doSetupVxlanSrcUdpPortRange(v.intfId(), v.udpSrcPort(), v.udpSrcPortLength());
-       },
+      {[](Self& sm, Vti const& v) { sm.doSetupVxlanSrcUdpPortRange(v.intfId(), v.udpSrcPort(), v.udpSrcPortLength()); },
        Vti::udpSrcPortId, Vti::udpSrcPortLengthId},
       {[](Self& sm, Vti const& v) { sm.doSetupVxlanDestSecUdpPort(v.intfId()); }},
       {[](Self& sm, Vti const& v) { sm.doHandleVxlanVtepToSecProfile(v.intfId()); }},

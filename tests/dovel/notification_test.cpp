@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/kiln/AttributeDefinitions.h"
 #include "platform/kiln/Sm.h"
 
 namespace NotificationTest {

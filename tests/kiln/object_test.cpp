@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/kiln/AttributeDefinitions.h"
 #include "platform/kiln/Dir.h"
 #include "platform/kiln/Entity.h"
 #include "platform/kiln/Json.h"

@@ -4,10 +4,14 @@
 
 #include <string>
 
+#include "platform/asic/Chip.h"
+#include "platform/asic/ProfileLoader.h"
+#include "platform/asic/SimulatedChip.h"
 #include "platform/kiln/Dir.h"
 #include "platform/kiln/Json.h"
 #include "platform/tessel/central/CommonData.h"
 #include "platform/tessel/central/VxlanToL2State.h"
+#include "platform/tessel/l3/EgrL3OifHelper.h"
 #include "platform/tessel/l3/L3Intf.h"
 #include "platform/tessel/l3common/DstPort.h"
 #include "platform/tessel/l3common/VxlanDirs.h"
@@ -117,27 +121,27 @@ TEST(Records, nextHopSetsAreEqualWhateverTheOrder) {
 }
 
 TEST(Records, theStatusOfANextHopIsOneUnit) {
-  Vane::HwTunnelStatusEntry status{Vane::TunnelKey{}};
+  auto const status = Dovel::make<Vane::HwTunnelStatusEntry>(Vane::TunnelKey{});
   auto const one = Dovel::make<Vane::NextHopEntryList>(1, Vane::NextHopEntrySet{nextHop(1)});
   auto const same = Dovel::make<Vane::NextHopEntryList>(1, Vane::NextHopEntrySet{nextHop(1)});
-  Counter changes(status);
-  status.hwNextHopStatusEntryIs({Vane::VaneNextHopId(5), one});
-  status.hwNextHopStatusEntryIs({Vane::VaneNextHopId(5), one});
+  Counter changes(*status);
+  status->hwNextHopStatusEntryIs({Vane::VaneNextHopId(5), one});
+  status->hwNextHopStatusEntryIs({Vane::VaneNextHopId(5), one});
   EXPECT_EQ(changes.count, 1);
   // Another list is another status even if it reads the same: the id stands for the list itself.
-  status.hwNextHopStatusEntryIs({Vane::VaneNextHopId(5), same});
+  status->hwNextHopStatusEntryIs({Vane::VaneNextHopId(5), same});
   EXPECT_EQ(changes.count, 2);
-  EXPECT_EQ(Kiln::toText(status.hwNextHopStatusEntry()), "{hwNextHopId=5,adjId=1}");
+  EXPECT_EQ(Kiln::toText(status->hwNextHopStatusEntry()), "{hwNextHopId=5,adjId=1}");
 }
 
 TEST(Records, aVtepKeepsOneLocalAddressPerFamily) {
-  TesselCentral::VtepIpToTnlIdNhIdMap map(IpGenAddr("10.255.0.2"));
-  map.setLocalVtep(IpGenAddr("10.255.0.1"));
-  map.setLocalVtep(IpGenAddr("2001:db8::1"));
-  EXPECT_EQ(map.getLocalVtep(Meshal::AddressFamily::ipv4), IpGenAddr("10.255.0.1"));
-  EXPECT_EQ(map.getLocalVtep(Meshal::AddressFamily::ipv6), IpGenAddr("2001:db8::1"));
-  EXPECT_DEATH(map.setLocalVtep(IpGenAddr()), "Invalid AddressFamily type");
-  EXPECT_DEATH(map.getLocalVtep(Meshal::AddressFamily::unknown), "Invalid AddressFamily type");
+  auto const map = Dovel::make<TesselCentral::VtepIpToTnlIdNhIdMap>(IpGenAddr("10.255.0.2"));
+  map->setLocalVtep(IpGenAddr("10.255.0.1"));
+  map->setLocalVtep(IpGenAddr("2001:db8::1"));
+  EXPECT_EQ(map->getLocalVtep(Meshal::AddressFamily::ipv4), IpGenAddr("10.255.0.1"));
+  EXPECT_EQ(map->getLocalVtep(Meshal::AddressFamily::ipv6), IpGenAddr("2001:db8::1"));
+  EXPECT_DEATH(map->setLocalVtep(IpGenAddr()), "Invalid AddressFamily type");
+  EXPECT_DEATH(map->getLocalVtep(Meshal::AddressFamily::unknown), "Invalid AddressFamily type");
 }
 
 TEST(Records, whatIsThereOncePerTunnelIsSmall) {
@@ -148,9 +152,9 @@ TEST(Records, whatIsThereOncePerTunnelIsSmall) {
 }
 
 TEST(Records, floodVtepsArePublishedWhole) {
-  TesselL3Common::TesselVxlanBumVtepConfigDir dir;
-  auto const config = dir.bumVtepConfigIs(IpGenAddr("10.255.0.2"), TesselL3Common::EncapId(4097));
-  EXPECT_EQ(dir.bumVtepConfigIs(IpGenAddr("10.255.0.2"), TesselL3Common::EncapId(4098)), config);
+  auto const dir = Dovel::make<TesselL3Common::TesselVxlanBumVtepConfigDir>();
+  auto const config = dir->bumVtepConfigIs(IpGenAddr("10.255.0.2"), TesselL3Common::EncapId(4097));
+  EXPECT_EQ(dir->bumVtepConfigIs(IpGenAddr("10.255.0.2"), TesselL3Common::EncapId(4098)), config);
   EXPECT_EQ(config->encapId(), TesselL3Common::EncapId(4097));
 
   Counter changes(*config);
@@ -166,8 +170,8 @@ TEST(Records, portsOfTheChip) {
   auto const fcsd = Dovel::make<TesselCentral::FeatureAgentCommonSmData>();
   auto const text = [&](char const* intf) {
     auto const port = TesselL3Common::getDstPort(fcsd, IntfId(intf), Vane::nextHopResolved, true);
-    return (port.isInvalid() ? "invalid " : "") + std::to_string(port.kind()) + ":" + std::to_string(port.first()) + "/" +
-           std::to_string(port.second()) + "/" + std::to_string(port.third());
+    return (port.isInvalid() ? "invalid " : "") + std::to_string(port.kind()) + ":" + std::to_string(port.first()) +
+           "/" + std::to_string(port.second()) + "/" + std::to_string(port.third());
   };
   EXPECT_EQ(text("Ethernet1"), "invalid 0:0/0/0");
   fcsd->portConfigDirIs(ports);
@@ -181,12 +185,25 @@ TEST(Records, portsOfTheChip) {
 }
 
 TEST(Records, layer3IdsAreVlanNumbers) {
-  VaneL3Intf::Table table;
-  table.l3IntfIs(IntfId("Vlan10"), Bridging::VlanIdOrNone(10));
-  EXPECT_EQ(L3Id::l3IdToVlanId(table.intfIdToL3Id(IntfId("Vlan10"))), Bridging::VlanIdOrNone(10));
-  EXPECT_EQ(table.intfIdToL3Id(IntfId("Vlan11")), 0U);
+  auto const table = Dovel::make<VaneL3Intf::Table>();
+  table->l3IntfIs(IntfId("Vlan10"), Bridging::VlanIdOrNone(10));
+  EXPECT_EQ(L3Id::l3IdToVlanId(table->intfIdToL3Id(IntfId("Vlan10"))), Bridging::VlanIdOrNone(10));
+  EXPECT_EQ(table->intfIdToL3Id(IntfId("Vlan11")), 0U);
   EXPECT_THROW(L3Id::l3IdToVlanId(4095), Kiln::RangeException);
   EXPECT_THROW(L3Id::l3IdToVlanId(65537), Kiln::RangeException);
+}
+
+TEST(Records, oneOutgoingInterfacePerVlan) {
+  auto const chip = Asic::makeSimulatedChip(Asic::loadProfile("flat"));
+  auto const modInfo = Dovel::make<TesselCentral::LogicalModInfo>(Asic::ChipInfo(chip));
+  auto const helper = Dovel::make<TesselL3Tunnel::L3TunnelEgrL3OifHelper>(nullptr);
+  EXPECT_FALSE(helper->initialized());
+  helper->initTables(TesselCentral::ChipInfo(*modInfo));
+  auto const vlan10 = helper->getEgrL3OifHandle(Bridging::VlanIdOrNone(10));
+  helper->initTables(TesselCentral::ChipInfo(*modInfo));
+  EXPECT_TRUE(Asic::sameEntry(helper->getEgrL3OifHandle(Bridging::VlanIdOrNone(10)), vlan10));
+  EXPECT_FALSE(Asic::sameEntry(helper->getEgrL3OifHandle(Bridging::VlanIdOrNone()), vlan10));
+  EXPECT_EQ(chip->writes(), 2U);
 }
 
 TEST(Records, theLocalTrustStatusFollowsTheFirstOfTheDirectory) {

@@ -1,0 +1,2 @@
+#include "TesselVxlan/frame/TesselVxlanTypes.h"
+#include "platform/kiln/AttributeDefinitions.h"

@@ -1,0 +1,13 @@
+# Makes the chip profiles part of a library, so that the program works from anywhere; the files stay the source.
+function(tessel_embed_profiles target)
+  file(GLOB profiles CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/profiles/*.json)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${profiles})
+  set(embedded "")
+  foreach(profile ${profiles})
+    get_filename_component(name ${profile} NAME_WE)
+    file(READ ${profile} json)
+    string(APPEND embedded "{\"${name}\", R\"json(${json})json\"},\n")
+  endforeach()
+  file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/generated/EmbeddedProfiles.inc CONTENT "${embedded}" @ONLY)
+  target_include_directories(${target} PRIVATE ${CMAKE_BINARY_DIR}/generated)
+endfunction()

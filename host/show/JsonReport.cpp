@@ -1,0 +1,129 @@
+#include "host/show/JsonReport.h"
+
+#include "host/show/Sections.h"
+#include "platform/asic/Store.h"
+
+namespace Host {
+
+namespace {
+
+class FieldJson final : public Asic::FieldVisitor {
+ public:
+  explicit FieldJson(JsonWriter& json) : json_(json) {}
+  void number(std::string_view name, std::uint64_t value) override { json_.key(name).number(value); }
+  void text(std::string_view name, std::string value) override { json_.key(name).text(std::string_view(value)); }
+  void handle(std::string_view name, Asic::EntryHandle::PtrConst const& target) override {
+    writeHandle(json_.key(name), target);
+  }
+  void groupBegin(std::string_view name) override { json_.key(name).object(); }
+  void groupEnd() override { json_.objectEnd(); }
+
+ private:
+  JsonWriter& json_;
+};
+
+void writeRow(JsonWriter& json, std::optional<Asic::Index> const& row) {
+  json.key("row").number(row ? std::optional<std::uint32_t>(row->value()) : std::nullopt);
+}
+
+void writeEntry(JsonWriter& json, Asic::EntryView const& entry) {
+  json.object();
+  json.key("key").text(std::string_view(entry.key()));
+  writeRow(json, entry.row());
+  json.key("state").number(static_cast<std::uint64_t>(entry.state()));
+  json.key("fields").object();
+  FieldJson fields(json);
+  entry.fields(fields);
+  json.objectEnd();
+  json.objectEnd();
+}
+
+void writeTables(JsonWriter& json, Asic::Chip const& chip) {
+  json.key("tables").object();
+  for (auto const* store : sortedStores(chip)) {
+    json.key(store->name()).object();
+    json.key("rows").number(std::uint64_t{store->capacity()});
+    json.key("used").number(std::uint64_t{store->used()});
+    json.key("entries").array();
+    store->forEachEntry([&](Asic::EntryView const& entry) { writeEntry(json, entry); });
+    json.arrayEnd();
+    json.objectEnd();
+  }
+  json.objectEnd();
+}
+
+void writeChip(JsonWriter& json, Asic::Chip const& chip) {
+  json.key("chip").object();
+  json.key("tables").object();
+  for (auto const& table : sortedChipTables(chip)) {
+    json.key(table.name).object();
+    json.key("rows").number(std::uint64_t{table.rows});
+    json.key("used").number(std::uint64_t{table.used});
+    json.key("writes").number(table.writes);
+    json.key("refused").number(table.refused);
+    json.objectEnd();
+  }
+  json.objectEnd();
+  json.key("writes").number(chip.writes());
+  json.objectEnd();
+}
+
+void writeLogs(JsonWriter& json, Kiln::LogCapture const& logs) {
+  json.key("logs").array();
+  for (auto const& record : logs.records()) {
+    json.object();
+    json.key("name").text(std::string_view(record.name));
+    json.key("severity").number(std::uint64_t{record.severity});
+    json.key("text").text(std::string_view(record.text));
+    json.objectEnd();
+  }
+  json.arrayEnd();
+}
+
+}  // namespace
+
+void writeHandle(JsonWriter& json, Asic::EntryHandle::PtrConst const& handle) {
+  if (!handle) return json.null();
+  json.object();
+  if (handle->record()) {
+    json.key("table").text(handle->tableName());
+    json.key("key").text(std::string_view(handle->keyText()));
+  } else {
+    json.key("table").null();
+    json.key("key").null();
+  }
+  writeRow(json, handle->row());
+  json.objectEnd();
+}
+
+void writeTunnel(JsonWriter& json, TunnelReport const& tunnel) {
+  auto const address = [&](std::string_view name, Meshal::IpGenAddr const& value) {
+    value.af() == Meshal::AddressFamily::unknown ? json.key(name).null()
+                                                 : json.key(name).text(std::string_view(Kiln::toText(value)));
+  };
+  json.object();
+  json.key("type").text(tunnelTypeText(tunnel.type));
+  address("vtep", tunnel.vtep);
+  json.key("genId").number(tunnel.genId);
+  address("localVtep", tunnel.localVtep);
+  json.key("adjId").number(tunnel.adjId ? std::optional(tunnel.adjId.value()) : std::nullopt);
+  json.key("tunnelId").number(tunnel.tunnelId);
+  json.key("nextHopId").number(tunnel.nextHopId);
+  json.key("programmed").boolean(tunnel.programmed());
+  json.key("reason").text(tunnel.reason);
+  json.objectEnd();
+}
+
+void writeReport(JsonWriter& json, Agent const& agent, std::vector<TunnelReport> const& tunnels, bool withState) {
+  json.key("profile").text(std::string_view(agent.profile().name()));
+  json.key("settled").boolean(agent.settled());
+  json.key("tunnels").array();
+  for (auto const& tunnel : tunnels) writeTunnel(json, tunnel);
+  json.arrayEnd();
+  writeTables(json, agent.chip());
+  writeChip(json, agent.chip());
+  writeLogs(json, agent.logs());
+  if (withState) json.key("state").value(stateDocument(agent.stores()));
+}
+
+}  // namespace Host

@@ -1,0 +1,156 @@
+#include "host/show/TextReport.h"
+
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
+#include <algorithm>
+#include <ostream>
+
+#include "host/show/Columns.h"
+#include "host/show/FieldText.h"
+#include "host/show/Sections.h"
+#include "platform/asic/Store.h"
+#include "platform/tessel/l3common/TesselVxlanState.h"
+
+namespace Host {
+
+namespace {
+
+using Align = Columns::Align;
+
+std::string numberOrDash(std::optional<std::uint32_t> const& number) { return number ? Kiln::toText(*number) : "-"; }
+
+std::string addressOrNone(Meshal::IpGenAddr const& address) {
+  return address.isUnspecified() ? "none" : Kiln::toText(address);
+}
+
+void addNextHop(std::vector<std::string>& cells, Vane::NextHopEntry const& hop) {
+  cells.push_back(Kiln::toText(hop.addr()));
+  cells.push_back(hop.type() == Vane::nextHopResolved ? Kiln::toText(hop.ethAddr()) : "unresolved");
+  cells.push_back((hop.l2Intf().empty() ? hop.l3Intf() : hop.l2Intf()).name());
+}
+
+void printHeader(std::ostream& out, Agent const& agent) {
+  auto const state = agent.local<TesselL3Common::TesselVxlanState>(kVxlanStatePath);
+  if (!state) return;
+  out << "Profile " << agent.profile().name() << ", local VTEP " << addressOrNone(state->localVtep());
+  if (!state->localVtep6().isUnspecified()) out << " and " << Kiln::toText(state->localVtep6());
+  out << ", UDP port " << (state->udpPort() == 0 ? "none" : Kiln::toText(state->udpPort())) << "\n\n";
+}
+
+void addTunnel(Columns& columns, TunnelReport const& tunnel) {
+  std::vector<std::string> cells{Kiln::toText(tunnel.vtep), numberOrDash(tunnel.tunnelId),
+                                 numberOrDash(tunnel.nextHopId),
+                                 tunnel.adjId ? Kiln::toText(tunnel.adjId.value()) : "-"};
+  for (auto const& hop : tunnel.nextHops) {
+    addNextHop(cells, hop);
+    columns.row(std::move(cells));
+    cells = std::vector<std::string>(4);
+  }
+  if (tunnel.nextHops.empty()) columns.row(std::move(cells));
+  auto const member = tunnel.type == Vane::vxlanMemberTunnel_ ? "  member tunnel" : "";
+  if (tunnel.reason) {
+    columns.line(std::string(member) + "  not programmed: " + *tunnel.reason);
+  } else if (*member) {
+    columns.line(member);
+  }
+}
+
+void printLogs(std::ostream& out, Agent const& agent) {
+  for (auto const& record : agent.logs().records()) {
+    out << "%TESSEL-" << record.severity << '-' << record.name << ": " << record.text << '\n';
+  }
+}
+
+void printSummary(std::ostream& out, Agent const& agent, std::vector<TunnelReport> const& tunnels) {
+  printHeader(out, agent);
+  Columns columns({Align::left, Align::right, Align::right, Align::right, Align::left, Align::left, Align::left});
+  columns.row({"VTEP", "TUNNEL", "NEXT HOP", "ADJACENCY", "UNDERLAY", "MAC", "INTERFACE"});
+  for (auto const& tunnel : tunnels) addTunnel(columns, tunnel);
+  if (!tunnels.empty()) columns.print(out), out << '\n';
+  auto const programmed = std::count_if(tunnels.begin(), tunnels.end(), [](auto const& t) { return t.programmed(); });
+  out << tunnels.size() << (tunnels.size() == 1 ? " tunnel, " : " tunnels, ") << programmed << " programmed\n";
+  if (!agent.settled()) out << "Not settled: the chip holds back answers, or the agent finds no end\n";
+  printLogs(out, agent);
+}
+
+void printTunnels(std::ostream& out, std::vector<TunnelReport> const& tunnels) {
+  Columns columns({Align::left, Align::left, Align::right, Align::left, Align::right, Align::right, Align::right,
+                   Align::left});
+  columns.row({"TYPE", "VTEP", "GENERATION", "LOCAL VTEP", "ADJACENCY", "TUNNEL", "NEXT HOP", "STATE"});
+  for (auto const& tunnel : tunnels) {
+    columns.row({std::string(tunnelTypeText(tunnel.type)), Kiln::toText(tunnel.vtep), Kiln::toText(tunnel.genId),
+                 addressOrNone(tunnel.localVtep), tunnel.adjId ? Kiln::toText(tunnel.adjId.value()) : "-",
+                 numberOrDash(tunnel.tunnelId), numberOrDash(tunnel.nextHopId),
+                 tunnel.reason ? *tunnel.reason : "programmed"});
+  }
+  columns.print(out);
+}
+
+void printEntry(std::ostream& out, Asic::EntryView const& entry) {
+  FieldText fields(FieldText::Handles::shown);
+  entry.fields(fields);
+  auto const text = fields.take();
+  out << "  " << entry.key() << ": " << rowText(entry.row());
+  if (entry.state() != Asic::EntryState::written) out << ", " << stateText(entry.state());
+  out << (text.empty() ? "" : ", ") << text << '\n';
+}
+
+void printTables(std::ostream& out, Asic::Chip const& chip) {
+  for (auto const* store : sortedStores(chip)) {
+    out << store->name() << ": " << store->used() << " of " << store->capacity() << " rows used";
+    if (store->waiting() != 0) out << ", " << store->waiting() << " waiting";
+    out << '\n';
+    store->forEachEntry([&](Asic::EntryView const& entry) { printEntry(out, entry); });
+  }
+}
+
+void printChip(std::ostream& out, Asic::Chip const& chip) {
+  Columns columns({Align::left, Align::right, Align::right, Align::right, Align::right});
+  columns.row({"CHIP TABLE", "ROWS", "USED", "WRITES", "REFUSED"});
+  for (auto const& table : sortedChipTables(chip)) {
+    columns.row({table.name, Kiln::toText(table.rows), Kiln::toText(table.used), Kiln::toText(table.writes),
+                 Kiln::toText(table.refused)});
+  }
+  columns.print(out);
+  out << chip.writes() << " writes\n";
+}
+
+std::string compact(rapidjson::Value const& value) {
+  rapidjson::StringBuffer buffer;
+  rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+  value.Accept(writer);
+  return {buffer.GetString(), buffer.GetSize()};
+}
+
+bool isEmpty(rapidjson::Value const& value) {
+  return value.IsNull() || (value.IsObject() && value.MemberCount() == 0) || (value.IsArray() && value.Empty()) ||
+         (value.IsString() && value.GetStringLength() == 0);
+}
+
+void printState(std::ostream& out, Stateway::AgentStores const& stores) {
+  auto const document = stateDocument(stores);
+  for (auto const& store : document.GetObject()) {
+    for (auto const& entity : store.value.GetObject()) {
+      out << store.name.GetString() << ' ' << entity.name.GetString() << '\n';
+      for (auto const& attribute : entity.value.GetObject()) {
+        if (isEmpty(attribute.value)) continue;
+        out << "  " << attribute.name.GetString() << '=' << compact(attribute.value) << '\n';
+      }
+    }
+  }
+}
+
+}  // namespace
+
+void printSection(std::ostream& out, std::string_view section, Agent const& agent,
+                  std::vector<TunnelReport> const& tunnels) {
+  if (section == "summary") return printSummary(out, agent, tunnels);
+  if (section == "tunnels") return printTunnels(out, tunnels);
+  if (section == "tables") return printTables(out, agent.chip());
+  if (section == "chip") return printChip(out, agent.chip());
+  if (section == "logs") return printLogs(out, agent);
+  printState(out, agent.stores());
+}
+
+}  // namespace Host

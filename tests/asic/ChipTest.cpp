@@ -1,0 +1,140 @@
+// Outcomes on their way from the chip to who wrote, and what the simulated chip can be told.
+
+#include <gtest/gtest.h>
+
+#include "tests/asic/TestTables.h"
+
+namespace AsicTest {
+namespace {
+
+class Outcomes : public testing::TestWithParam<Completion> {
+ protected:
+  Handle user(std::uint32_t key, std::string const& name, std::uint32_t number = 0) {
+    UserEntry entry;
+    entry.number = number;
+    entry.writeResponse = world.note(name);
+    return world.user->entryCommit(key, entry);
+  }
+  Handle leaf(std::uint32_t key, std::string const& name) {
+    auto entry = World::leafEntry(key);
+    entry.writeResponse = world.note(name);
+    return world.leaf->entryCommit(key, entry);
+  }
+
+  World world{GetParam()};
+};
+INSTANTIATE_TEST_SUITE_P(Modes, Outcomes, testing::Values(Completion::direct, Completion::deferred),
+                         [](auto const& p) { return p.param == Completion::direct ? "direct" : "deferred"; });
+
+TEST_P(Outcomes, ComeInTheOrderOfTheWrites) {
+  user(1, "a");
+  leaf(1, "b");
+  user(2, "c");
+  user(1, "d", 7);
+  ASSERT_TRUE(world.chip->deliverOne());
+  EXPECT_EQ(world.log, "a:3 ");
+  EXPECT_EQ(world.user->entryWeakRef(1)->state(),
+            GetParam() == Completion::direct ? EntryState::written : EntryState::inProgress)
+      << "a newer write is under way";
+  EXPECT_EQ(world.take(), "a:3 b:3 c:3 d:3 ");
+  EXPECT_FALSE(world.chip->deliverOne());
+}
+
+TEST_P(Outcomes, HeldTableIsPassedByTheOthers) {
+  world.chip->hold("UserTable");
+  user(1, "a");
+  leaf(1, "b");
+  user(2, "c");
+  EXPECT_EQ(world.take(), "b:3 ");
+  EXPECT_EQ(world.chip->pending(), 2U);
+  leaf(2, "d");
+  world.chip->release();
+  EXPECT_EQ(world.take(), "a:3 c:3 d:3 ");
+}
+
+TEST_P(Outcomes, ResponseMayWriteAndRemove) {
+  UserEntry entry;
+  entry.writeResponse = [this](EntryState) {
+    world.user->entryRemove(2);
+    user(3, "c");
+  };
+  world.user->entryCommit(1, entry);
+  user(2, "b");
+  EXPECT_EQ(world.chip->deliver(), 2U) << "what a response writes is left for the next turn";
+  EXPECT_EQ(world.log, "");
+  EXPECT_EQ(world.take(), "c:3 ");
+}
+
+TEST_P(Outcomes, RefusalsByTableKeyAndCount) {
+  world.sim->refuseTable("LeafTable", EntryState::failed);
+  leaf(1, "a");
+  user(1, "b");
+  EXPECT_EQ(world.take(), "a:4 b:3 ");
+  world.sim->refuseNone();
+  world.sim->refuseKey("2", EntryState::failed);
+  leaf(2, "c");
+  user(2, "d");
+  user(3, "e");
+  EXPECT_EQ(world.take(), "c:4 d:4 e:3 ");
+  world.sim->refuseNone();
+  world.sim->refuseEvery(2, EntryState::failed);
+  user(4, "f");
+  user(5, "g");
+  user(6, "h");
+  user(7, "i");
+  EXPECT_EQ(world.take(), "f:3 g:4 h:3 i:4 ");
+  for (auto const& report : world.chip->tables()) {
+    auto const expected = report.name == "LeafTable" ? 2U : report.name == "UserTable" ? 3U : 0U;
+    EXPECT_EQ(report.refused, expected) << report.name;
+  }
+}
+
+TEST_P(Outcomes, ChipShowsNumbersByFieldName) {
+  auto entry = World::leafEntry(5);
+  entry.addr = Meshal::IpGenAddr("10.0.0.1");
+  auto const handle = world.leaf->entryRef(1, entry);
+  SlotEntry slot;
+  slot.ports.bitListIs(10, 3);
+  world.slot->entryWriteAtIndex(Index(1), slot);
+  world.userOf(9, nullptr);
+  EXPECT_EQ(world.sim->dump(),
+            "LeafTable\n  1 number=0x5 addr.0=0x1 addr.1=0xa00000100000000\n"
+            "UserTable\n  2 target=0xffffffff other=0xffffffff\n"
+            "SlotTable\n  1 ports.5=0x3\n");
+}
+
+struct Lines final : Asic::FieldVisitor {
+  void number(std::string_view name, std::uint64_t value) override { put(name, std::to_string(value)); }
+  void text(std::string_view name, std::string value) override { put(name, value); }
+  void handle(std::string_view name, Handle const& target) override {
+    put(name, target ? std::string(target->tableName()) + "[" + target->keyText() + "]" : "null");
+  }
+  void groupBegin(std::string_view name) override { out += std::string(name) + "{ "; }
+  void groupEnd() override { out += "} "; }
+  void put(std::string_view name, std::string const& value) { out += std::string(name) + "=" + value + " "; }
+  std::string out;
+};
+
+TEST_P(Outcomes, EntriesAreShownByKey) {
+  auto const leaf = world.leafRef(3);
+  auto const block = world.block({leaf});
+  PairEntry entry;
+  entry.in.target = leaf;
+  world.pair->entryCommit(20, {});
+  world.pair->entryCommit(10, entry);
+  world.take();
+  Lines lines;
+  for (auto const* name : {"PairTable", "MemberTable"}) {
+    world.chip->store(name)->forEachEntry([&](Asic::EntryView const& view) {
+      lines.put("key", view.key());
+      view.fields(lines);
+    });
+  }
+  EXPECT_EQ(lines.out,
+            "key=10 in{ target=LeafTable[3] targetRow=1 } out{ number=0 } "
+            "key=20 in{ target=null targetRow=0 } out{ number=0 } "
+            "key=[3] 0{ target=LeafTable[3] weight=0 } ");
+}
+
+}  // namespace
+}  // namespace AsicTest

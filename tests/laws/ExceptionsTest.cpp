@@ -1,0 +1,108 @@
+#include <gmock/gmock.h>
+
+#include "tests/support/AgentWorld.h"
+
+// Where an agent's chip is not that of a fresh start with its last configuration, and what makes it so again.
+//
+//   1. Without a local VTEP, and with UDP port 0, the tables stay as they were: until both are there again.
+//   2. A member tunnel whose VTEP loses its unicast tunnel keeps the overlay entry as that one wrote it: until the next
+//      change of the member tunnel.
+//   3. Ports and layer 3 interfaces are read when a next hop is written: until the next change of its adjacency.
+//   4. The MLAG address, and whether there is a range of UDP source ports, are read when outer headers are written: until
+//      the next pass over them.
+//   5. Next hops that change while the overlay entry of their tunnel waits for a row are not taken up: until the next
+//      change after the row has come.
+
+namespace AgentTest {
+
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+class Exceptions : public OnChips {
+ protected:
+  void SetUp() override {
+    agent.together([](AgentWorld& a) { a.localVtep(vtep(1)).udpPort(4789); });
+  }
+  std::string fresh() const {
+    AgentWorld other(GetParam());
+    other.want(agent.wish());
+    return other.chip();
+  }
+};
+INSTANTIATE_TEST_SUITE_P(Chips, Exceptions, testing::ValuesIn(chipKinds({"cascaded", "flat"})), kindName);
+
+TEST_P(Exceptions, withoutLocalVtepOrUdpPortTablesStay) {
+  agent.tunnel(unicast, vtep(2)).via(uplink(1));
+  auto const overlay = agent.table(agent.overlayTable());
+  auto const headers = agent.table("EgrL3Ipv4TunnelTable");
+  for (auto const take : {+[](AgentWorld& a) { a.localVtep(""); }, +[](AgentWorld& a) { a.udpPort(0); },
+                          +[](AgentWorld& a) { a.vti(false); }}) {
+    auto const before = agent.wish();
+    take(agent);
+    EXPECT_EQ(agent.table(agent.overlayTable()), overlay);
+    EXPECT_EQ(agent.table("EgrL3Ipv4TunnelTable"), headers);
+    EXPECT_NE(agent.chip(), fresh());
+    agent.want(before);
+    EXPECT_EQ(agent.chip(), fresh());
+  }
+}
+
+TEST_P(Exceptions, aMemberTunnelKeepsTheRowOfTheUnicastOneThatWent) {
+  agent.tunnel(member, vtep(2)).via(uplink(1));
+  agent.tunnel(unicast, vtep(2)).via(uplink(2), uplink(3));
+  auto const row = agent.row(agent.overlayTable(), vtep(2));
+  agent.tunnel(unicast, vtep(2)).gone();
+  EXPECT_EQ(agent.row(agent.overlayTable(), vtep(2)), row);
+  EXPECT_NE(agent.chip(), fresh());
+  agent.tunnel(member, vtep(2)).via(uplink(4)).via(uplink(1));
+  EXPECT_EQ(agent.chip(), fresh());
+}
+
+TEST_P(Exceptions, portsAreReadWithTheNextHop) {
+  agent.tunnel(unicast, vtep(2)).via(uplink(1));
+  auto const ports = agent.agent().state<TesselCentral::PortConfigDir>(TesselCentral::PortConfigDir::mountPath);
+  auto const nextHops = agent.table("L3NextHop2Table");
+  auto moved = ports->port(Meshal::IntfId("Ethernet1"));
+  moved.numberIs(77);
+  ports->portIs(Meshal::IntfId("Ethernet1"), moved);
+  agent.settle();
+  EXPECT_EQ(agent.table("L3NextHop2Table"), nextHops);
+  agent.adjacency(101, {uplink(1), uplink(2)}).adjacency(101, {uplink(1)});
+  EXPECT_THAT(agent.table("L3NextHop2Table"), HasSubstr("destination=77"));
+}
+
+TEST_P(Exceptions, theMlagAddressAndTheSourcePortsComeWithTheNextHeaders) {
+  agent.tunnel(unicast, vtep(2)).via(uplink(1));
+  auto wish = agent.wish();
+  wish.mlagVtep = vtep(9);
+  wish.udpSrcPort = 49152;
+  wish.udpSrcPorts = 1024;
+  agent.want(wish);
+  EXPECT_THAT(agent.table("EgrL3Ipv4TunnelTable"), Not(HasSubstr("sip=10.255.0.9")));
+  EXPECT_THAT(agent.table("EgrL3Ipv4TunnelTable"), Not(HasSubstr("udpSrcPortValid=1")));
+  agent.tos(1);
+  EXPECT_THAT(agent.table("EgrL3Ipv4TunnelTable"), HasSubstr("sip=10.255.0.9"));
+  EXPECT_THAT(agent.table("EgrL3Ipv4TunnelTable"), HasSubstr("udpSrcPortValid=1"));
+  EXPECT_EQ(agent.chip(), fresh());
+}
+
+TEST(ExceptionsOfAFullChip, nextHopsAreNotTakenUpWhileTheRowIsMissing) {
+  AgentWorld agent({.profile = "tiny"});
+  agent.together([](AgentWorld& a) { a.localVtep(vtep(1)).udpPort(4789); });
+  for (unsigned n = 2; n <= 6; ++n) agent.tunnel(unicast, vtep(n)).via(uplink(1));
+  EXPECT_THAT(agent.messages(), HasSubstr("TESSEL_VXLAN_CASCADED_NEXTHOP_RESOURCE_FULL"));
+  agent.tunnel(unicast, vtep(6)).via(uplink(2));
+  agent.tunnel(unicast, vtep(2)).gone();
+  EXPECT_EQ(agent.row("IngL3EcmpMember0Table", vtep(6)), agent.row("IngL3EcmpMember0Table", vtep(3)))
+      << "over the first adjacency, as last written";
+  agent.tunnel(unicast, vtep(6)).via(uplink(3)).via(uplink(2));
+  AgentWorld fresh({.profile = "tiny"});
+  fresh.want(agent.wish());
+  EXPECT_EQ(agent.chip(), fresh.chip());
+}
+
+}  // namespace
+
+}  // namespace AgentTest

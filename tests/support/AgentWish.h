@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <utility>
+
+#include "platform/vane/TunnelType.h"
+
+/// A whole agent with its feature on a simulated chip, told about as a story.
+namespace AgentTest {
+
+inline constexpr auto unicast = Vane::vxlanTunnel_;
+inline constexpr auto member = Vane::vxlanMemberTunnel_;
+
+// One small number yields every name of the test world.
+inline std::string vtep(unsigned n) { return "10.255.0." + std::to_string(n); }
+inline std::string vtep6(unsigned n) { return "fd00::" + std::to_string(n); }
+
+/// A next hop through uplink `n`: gateway 10.1.n.1, MAC 02:00:00:00:00:0n, port "Ethernet<n>", interface "Vlan<100+n>".
+/// Uplinks 1 to 8 are ports of the switch, 9 is an aggregation of ports, and those from 10 on have no port.
+struct Hop {
+  unsigned uplink;
+  bool resolved = true;
+  friend auto operator<=>(Hop const&, Hop const&) = default;
+};
+using Hops = std::set<Hop>;
+inline Hop uplink(unsigned n) { return {n}; }
+inline Hop unresolved(unsigned n) { return {n, false}; }
+
+struct TunnelWish {
+  std::optional<std::uint32_t> adjId;
+  std::uint64_t genId = 0;  ///< 0: left to the agent.
+  friend bool operator==(TunnelWish const&, TunnelWish const&) = default;
+};
+
+/// All that a test wants of the switch: the naive model of its configuration.
+struct Wish {
+  bool vti = true;
+  std::string localVtep, localVtep6, mlagVtep;  ///< Empty: none.
+  std::uint16_t udpPort = 0;
+  std::uint16_t udpSrcPort = 0, udpSrcPorts = 0;
+  bool learning = false;
+  bool dscp = false;
+  std::uint8_t tos = 0;
+  std::map<std::uint32_t, Hops> adjacencies;
+  std::map<std::pair<Vane::TunnelType, std::string>, TunnelWish> tunnels;
+
+  /// All but `tos`, for which there is no document.
+  std::string document() const;
+};
+
+}  // namespace AgentTest

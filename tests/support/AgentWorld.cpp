@@ -1,0 +1,260 @@
+#include "tests/support/AgentWorld.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "platform/asic/Store.h"
+#include "platform/tessel/qos/TrustStatus.h"
+#include "tests/support/AgentShow.h"
+
+namespace AgentTest {
+
+namespace {
+
+constexpr std::uint32_t firstAdjacency = 101;
+constexpr char const* trustPath = "qos/hardware/tessel/trust/status/slice";
+
+std::unique_ptr<Host::Agent> makeAgent(ChipKind const& kind) {
+  Host::Agent::Options options;
+  options.profile = kind.profile;
+  options.completion = kind.completion;
+  return std::make_unique<Host::Agent>(options);
+}
+
+/// The key of the entry that has the row.
+std::string ownerOf(Asic::Chip const& chip, std::string_view table, std::uint32_t row) {
+  std::string owner = fmt::format("{}", row);
+  if (row == Vane::VaneTunnelId::unprogrammed().value()) return "unprogrammed";
+  chip.store(table)->forEachEntry([&](Asic::EntryView const& entry) {
+    if (entry.row() && entry.row()->value() == row) owner = entry.key();
+  });
+  return owner;
+}
+
+std::vector<Dovel::Ptr<Vane::HwTunnelStatusEntry>> sorted(Vane::HwTunnelStatus const& status) {
+  std::vector<Dovel::Ptr<Vane::HwTunnelStatusEntry>> entries;
+  for (auto const& entry : status.tunnelStatusColl()) entries.push_back(entry);
+  std::sort(entries.begin(), entries.end(), [](auto const& a, auto const& b) {
+    return std::pair(a->tunnelKey().dst(), a->tunnelKey()) < std::pair(b->tunnelKey().dst(), b->tunnelKey());
+  });
+  return entries;
+}
+
+std::string adjText(Vane::HwTunnelStatusEntry const& entry) {
+  auto const& list = entry.hwNextHopStatusEntry().nextHopEntryList();
+  return list ? fmt::format(" adj={}", list->adjId()) : "";
+}
+
+}  // namespace
+
+std::string kindName(testing::TestParamInfo<ChipKind> const& info) {
+  return info.param.profile + (info.param.completion == Asic::Completion::direct ? "Direct" : "Deferred");
+}
+
+std::vector<ChipKind> chipKinds(std::vector<std::string> const& profiles) {
+  std::vector<ChipKind> kinds;
+  for (auto const& profile : profiles) {
+    kinds.push_back({profile, Asic::Completion::direct});
+    kinds.push_back({profile, Asic::Completion::deferred});
+  }
+  return kinds;
+}
+
+AgentWorld::AgentWorld(ChipKind const& kind) : agent_(makeAgent(kind)) {
+  agent_->state<Kiln::Dir>(trustPath)->createEntity<TesselCommon::Qos::TrustStatus>("1");
+  changed();
+  writes();
+}
+
+AgentWorld::~AgentWorld() {
+  auto const unexpected = messages();
+  EXPECT_EQ(unexpected, "") << "operator messages that the test did not expect";
+  EXPECT_EQ(agent_->stop(), 0) << "objects alive after the stop";
+}
+
+AgentWorld& AgentWorld::localVtep(std::string const& addr) {
+  bool const v6 = addr.find(':') != std::string::npos;
+  if (v6 || addr.empty()) wish_.localVtep6 = addr;
+  if (!v6) wish_.localVtep = addr;
+  return changed();
+}
+
+AgentWorld& AgentWorld::udpPort(std::uint16_t port) {
+  wish_.udpPort = port;
+  return changed();
+}
+
+AgentWorld& AgentWorld::learning(bool on) {
+  wish_.learning = on;
+  return changed();
+}
+
+AgentWorld& AgentWorld::dscp(bool propagated) {
+  wish_.dscp = propagated;
+  return changed();
+}
+
+AgentWorld& AgentWorld::tos(std::uint8_t base) {
+  wish_.tos = base;
+  return changed();
+}
+
+AgentWorld& AgentWorld::vti(bool there) {
+  wish_.vti = there;
+  return changed();
+}
+
+AgentWorld& AgentWorld::adjacency(std::uint32_t id, Hops const& hops) {
+  wish_.adjacencies[id] = hops;
+  return changed();
+}
+
+AgentWorld& AgentWorld::noAdjacency(std::uint32_t id) {
+  wish_.adjacencies.erase(id);
+  return changed();
+}
+
+TunnelStory AgentWorld::tunnel(Vane::TunnelType type, std::string const& vtep) { return {*this, type, vtep}; }
+
+AgentWorld& AgentWorld::want(Wish const& wish) {
+  wish_ = wish;
+  return changed();
+}
+
+std::uint32_t AgentWorld::adjacencyOf(Hops const& hops) {
+  auto const id = firstAdjacency + static_cast<std::uint32_t>(adjacencies_.size());
+  auto const found = adjacencies_.emplace(hops, id).first->second;
+  wish_.adjacencies[found] = hops;
+  return found;
+}
+
+AgentWorld& AgentWorld::changed() {
+  if (depth_ > 0) return *this;
+  agent_->state<Kiln::Dir>(trustPath)->child<TesselCommon::Qos::TrustStatus>("1")->tosBasePtrIs(wish_.tos);
+  agent_->apply(wish_.document());
+  return *this;
+}
+
+AgentWorld& AgentWorld::hold(std::string_view table) {
+  agent_->chip().hold(table);
+  return *this;
+}
+
+AgentWorld& AgentWorld::release() {
+  agent_->chip().release();
+  return settle();
+}
+
+AgentWorld& AgentWorld::restart() {
+  agent_->stopFeature();
+  agent_->startFeature();
+  return *this;
+}
+
+AgentWorld& AgentWorld::settle() {
+  agent_->settle();
+  return *this;
+}
+
+std::string AgentWorld::status(Vane::TunnelType type) {
+  std::string text;
+  for (auto const& entry : sorted(*agent_->hwTunnelStatus(type))) {
+    text += fmt::format("{} gen={} tnl={} nh={}{}\n", Kiln::toText(entry->tunnelKey().dst()), entry->tunnelKey().genId(),
+                        idText('t', entry->hwTunnelId().value()),
+                        idText(type == unicast ? 'n' : 't', entry->hwNextHopStatusEntry().hwNextHopId().value()),
+                        adjText(*entry));
+  }
+  return text;
+}
+
+std::string AgentWorld::statusByKey() const {
+  std::string text;
+  for (auto const type : {unicast, member}) {
+    auto const nhTable = type == unicast ? overlayTable() : "VirtualPortTableMerged";
+    for (auto const& entry : sorted(*agent_->hwTunnelStatus(type))) {
+      auto const nhId = entry->hwNextHopStatusEntry().hwNextHopId().value();
+      text += fmt::format("{} {} tnl=[{}] nh=[{}]{}\n", type == unicast ? "unicast" : "member",
+                          Kiln::toText(entry->tunnelKey().dst()),
+                          ownerOf(agent_->chip(), "VirtualPortTableMerged", entry->hwTunnelId().value()),
+                          ownerOf(agent_->chip(), nhTable, nhId), adjText(*entry));
+    }
+  }
+  return text;
+}
+
+std::string AgentWorld::chip() const { return chipText(agent_->chip(), agent_->driver()); }
+
+std::string AgentWorld::table(std::string_view table) const { return tableOf(chip(), table); }
+
+std::string AgentWorld::row(std::string_view table, std::string_view key) const {
+  auto const lines = '\n' + this->table(table);
+  auto const start = '\n' + std::string(key) + ':';
+  auto const at = lines.find(start);
+  if (at == std::string::npos) return "absent";
+  auto const from = std::min(at + start.size() + 1, lines.find('\n', at + 1));
+  return lines.substr(from, lines.find('\n', from) - from);
+}
+
+std::string_view AgentWorld::overlayTable() const {
+  return agent_->chip().store("IngL3EcmpMember0Table") ? "IngL3EcmpMember0Table" : "L3NextHop1Table";
+}
+
+std::string AgentWorld::writes() {
+  std::string text;
+  for (auto const& report : agent_->chip().tables()) {
+    auto& seen = writesSeen_[report.name];
+    if (report.writes != seen) {
+      text += fmt::format("{}{} {}", text.empty() ? "" : ", ", report.name, report.writes - seen);
+    }
+    seen = report.writes;
+  }
+  return text;
+}
+
+std::string AgentWorld::messages() {
+  std::string text;
+  for (auto const& record : agent_->logs().records()) text += record.name + ' ' + record.text + '\n';
+  agent_->logs().clear();
+  return text;
+}
+
+std::map<std::string, unsigned> AgentWorld::messageCounts() {
+  std::map<std::string, unsigned> counts;
+  for (auto const& record : agent_->logs().records()) ++counts[record.name];
+  agent_->logs().clear();
+  return counts;
+}
+
+std::string AgentWorld::idText(char kind, std::uint32_t id) {
+  if (id == Vane::VaneTunnelId::unprogrammed().value()) return "unprogrammed";
+  auto const next = static_cast<unsigned>(std::count_if(ids_.begin(), ids_.end(), [&](auto const& known) {
+                      return known.first.first == kind;
+                    })) + 1;
+  return fmt::format("#{}", ids_.emplace(std::pair(kind, id), next).first->second);
+}
+
+TunnelStory& TunnelStory::over(std::uint32_t adjId) {
+  wish().adjId = adjId;
+  world_.changed();
+  return *this;
+}
+
+TunnelStory& TunnelStory::withoutRoute() {
+  wish().adjId.reset();
+  world_.changed();
+  return *this;
+}
+
+TunnelStory& TunnelStory::generation(std::uint64_t genId) {
+  wish().genId = genId;
+  world_.changed();
+  return *this;
+}
+
+void TunnelStory::gone() {
+  world_.wish_.tunnels.erase(key_);
+  world_.changed();
+}
+
+}  // namespace AgentTest
