@@ -79,8 +79,8 @@ TEST_F(Notification, RunsInOrderOfSubscription) {
   EXPECT_TRUE(bell->silent());
 }
 
-// Each of four subscribers in turn removes each set of the others, or itself: who is behind it isn't called any more, who
-// is before it was called already, and the list is whole afterwards.
+// Each of four subscribers in turn removes each set of the others, or itself: who is behind it isn't called any more,
+// who is before it was called already, and the list is whole afterwards.
 TEST_F(Notification, OneRemovedDuringTheWalkIsNotCalled) {
   for (unsigned remover = 0; remover < 4; ++remover) {
     for (unsigned removed = 0; removed < 16; ++removed) {

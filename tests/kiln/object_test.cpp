@@ -323,7 +323,8 @@ TEST_F(Objects, WhatCannotBeReadChangesNothing) {
   };
   for (auto const& [text, starts] : std::vector<Case>{
            {R"([1])", " [1]: expected an object"},
-           {R"({"port":1,"nothing":1})", "/nothing 1: unknown attribute of ObjectTest::Site, expected one of address port"},
+           {R"({"port":1,"nothing":1})",
+            "/nothing 1: unknown attribute of ObjectTest::Site, expected one of address port"},
            {R"({"port":1,"writes":1})", "/writes 1: attribute that can't be written of ObjectTest::Site"},
            {R"({"port":1,"later":null})", "/later null: attribute that can't be written"},
            {R"({"port":65536})", "/port 65536: expected a whole number from 0 to 65535"},
