@@ -14,7 +14,6 @@
 #include "platform/meshal/IpGenAddr.h"
 
 namespace ObjectTest {
-namespace {
 
 using testing::ElementsAre;
 
@@ -353,5 +352,4 @@ TEST_F(Objects, ADirectoryMakesItsChildrenByType) {
   EXPECT_EQ(json(*dir).substr(0, 17), R"({"entity":{"d":{")");
 }
 
-}  // namespace
 }  // namespace ObjectTest

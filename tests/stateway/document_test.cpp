@@ -16,7 +16,6 @@
 #include "platform/stateway/Mounter.h"
 
 namespace DocumentTest {
-namespace {
 
 using testing::StartsWith;
 
@@ -136,5 +135,4 @@ TEST_F(Documents, ABadDocumentChangesNothing) {
   EXPECT_EQ(a->heat(), 20U);
 }
 
-}  // namespace
 }  // namespace DocumentTest

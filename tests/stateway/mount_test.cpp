@@ -12,7 +12,6 @@
 #include "platform/stateway/Mounter.h"
 
 namespace MountTest {
-namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -205,5 +204,4 @@ TEST(SharedMemory, MountsAreCompleteWhenTheGroupIsClosed) {
   EXPECT_NE(mountError([&] { em->doMount("a", "Kiln::Dir", KilnPelican::MountInfo()); }), "");
 }
 
-}  // namespace
 }  // namespace MountTest
