@@ -41,7 +41,9 @@ class FieldText final : public Asic::FieldVisitor {
   void text(std::string_view name, std::string value) override {
     if (!value.empty()) add(name, value);
   }
-  void handle(std::string_view name, Handle const& target) override { add(name, Kiln::toText(target->keyText())); }
+  void handle(std::string_view name, Handle const& target) override {
+    if (target) add(name, target->keyText());
+  }
   void groupBegin(std::string_view) override {}
   void groupEnd() override {}
 

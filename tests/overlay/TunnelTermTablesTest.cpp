@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <bit>
+
 #include "OverlayWorld.h"
 #include "platform/kiln/Trace.h"
 

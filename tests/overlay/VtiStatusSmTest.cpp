@@ -14,7 +14,7 @@ Ip6Addr v6(std::string_view text) { return ip(text).v6Addr(); }
 
 /// Notes what the tunnels would see at each change of the shared state.
 class Watcher final : public Kiln::Sm {
-  KILN_BASE_TYPE(OverlayTest::Watcher)
+  KILN_BASE_TYPE(Watcher)
 
  public:
   explicit Watcher(OverlayWorld& world) : world_(world), state_(*this, world.state, Kiln::SubscribeOnly{}) {}
@@ -32,7 +32,7 @@ class Watcher final : public Kiln::Sm {
 
 /// Takes a group away again as soon as it comes.
 class Contrarian final : public Kiln::Sm {
-  KILN_BASE_TYPE(OverlayTest::Contrarian)
+  KILN_BASE_TYPE(Contrarian)
 
  public:
   explicit Contrarian(Dovel::Ptr<Vxlan::VtiStatus> vti) : vti_(*this, std::move(vti), Kiln::SubscribeOnly{}) {}
@@ -76,10 +76,10 @@ class Vtis : public testing::TestWithParam<Asic::Completion> {
 INSTANTIATE_TEST_SUITE_P(Chips, Vtis, testing::Values(Asic::Completion::direct, Asic::Completion::deferred));
 
 TEST_P(Vtis, giveTheAgentTheirAddressesWhetherTheyComeBeforeOrAfterTheStart) {
+  configure(world.vti());
   OverlayWorld early({.completion = GetParam()});
   configure(early.vti());
   auto const earlySm = early.vtiSmIs();
-  configure(world.vti());
   for (auto const* of : {&world, &early}) {
     EXPECT_EQ(of->ends(), "10.0.0.1 10.0.0.2 10.0.0.3 239.1.1.1 2001:db8::1 2001:db8::3 ff0e::1");
     EXPECT_EQ(published(*of),
@@ -179,7 +179,7 @@ TEST_P(Vtis, surviveAGroupThatGoesBeforeItsComingIsHeard) {
 TEST_P(Vtis, knowWhichRangesOfSourcePortsAreGood) {
   auto& vti = world.vti();
   vti.udpSrcPortIs(5000);
-  for (auto const [length, valid] : {std::pair(1, true), {0, false}, {16383, true}, {16384, false}, {65535, false}}) {
+  for (auto const& [length, valid] : {std::pair(1, true), {0, false}, {16383, true}, {16384, false}, {65535, false}}) {
     vti.udpSrcPortLengthIs(static_cast<std::uint16_t>(length));
     EXPECT_EQ(world.state->udpSrcPortValid(), valid) << length;
     EXPECT_EQ(world.state->udpSrcPort(), 5000);
