@@ -95,7 +95,10 @@ void HwTunnelProgrammerBase::updateVxlanDataPathLearning(bool dataPathLearning) 
 void HwTunnelProgrammerBase::handleVxlanDataPathLearning(Vane::TunnelKey const& key) {
   TRACE(1, " tunnelType: {}", tunnelType());
   auto const map = vtepMap(key.dst());
-  if (!map || !map->tnlKeysHas(tunnelType())) return TRACE(1, " Tunnel not yet created: {}", key);
+  // A tunnel that waits for its outer header has no port yet; one written here would have none either.
+  if (!map || !map->tnlKeysHas(tunnelType()) || !virtualPortTableProgrammer()->getEntry(key.dst())) {
+    return TRACE(1, " Tunnel not yet created: {}", key);
+  }
   auto const egrL3Handle = egrL3TunnelTablesProgrammer()->entryWeakRef(map->getLocalVtep(key.dst().af()), key.dst());
   TRACE(1, " Updating VP tables in-place with dataPathLearning: {} for vtepIp :{}",
         vxlanToL2State()->dataPathLearning(), key.dst());

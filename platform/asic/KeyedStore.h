@@ -180,6 +180,8 @@ class KeyedStore final : public StoreBase {
 
   EntryState sendAll(RecordBase& base) override {
     auto& record = typed(base);
+    // A target may have got its row while this entry had none.
+    fill(record.entry);
     auto outcome = EntryState::written;
     forEachPart([&](std::size_t part, auto const& of) {
       using PartEntry = std::remove_cvref_t<decltype(of(record.entry))>;

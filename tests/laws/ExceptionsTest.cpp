@@ -62,12 +62,10 @@ TEST_P(Exceptions, aMemberTunnelKeepsTheRowOfTheUnicastOneThatWent) {
 
 TEST_P(Exceptions, portsAreReadWithTheNextHop) {
   agent.tunnel(unicast, vtep(2)).via(uplink(1));
-  auto const ports = agent.agent().state<TesselCentral::PortConfigDir>(TesselCentral::PortConfigDir::mountPath);
   auto const nextHops = agent.table("L3NextHop2Table");
-  auto moved = ports->port(Meshal::IntfId("Ethernet1"));
-  moved.numberIs(77);
-  ports->portIs(Meshal::IntfId("Ethernet1"), moved);
-  agent.settle();
+  auto wish = agent.wish();
+  wish.firstPort = 77;
+  agent.want(wish);
   EXPECT_EQ(agent.table("L3NextHop2Table"), nextHops);
   agent.adjacency(101, {uplink(1), uplink(2)}).adjacency(101, {uplink(1)});
   EXPECT_THAT(agent.table("L3NextHop2Table"), HasSubstr("destination=77"));

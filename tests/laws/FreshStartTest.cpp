@@ -1,3 +1,7 @@
+#include <algorithm>
+#include <functional>
+
+#include "platform/asic/Store.h"
 #include "tests/laws/RandomStory.h"
 
 namespace AgentTest {
@@ -10,6 +14,11 @@ void expectAsFresh(AgentWorld const& agent, ChipKind const& kind) {
   fresh.want(agent.wish());
   EXPECT_EQ(agent.chip(), fresh.chip());
   EXPECT_EQ(agent.statusByKey(), fresh.statusByKey());
+}
+
+/// An outgoing interface of the underlay stays once it was used: two handles in one record.
+std::size_t aliveApartFromInterfaces(AgentWorld const& agent) {
+  return Dovel::Node::aliveCount() - 2 * agent.agent().chip().store("EgrL3Oif2")->entrys();
 }
 
 class Laws : public testing::TestWithParam<ChipKind> {};
@@ -48,21 +57,22 @@ TEST_P(Laws, takingEverythingAwayLeavesNothing) {
   for (auto const seed : seeds(3)) {
     AgentWorld agent(GetParam());
     auto const start = agent.chip();
-    auto const alive = Dovel::Node::aliveCount();
+    auto const alive = aliveApartFromInterfaces(agent);
     RandomStory story(agent, seed);
     story.run(80);
     SCOPED_TRACE("TESSEL_SEED=" + std::to_string(seed) + '\n' + story.told());
     agent.release().want({});
     EXPECT_EQ(agent.chip(), start);
     EXPECT_EQ(agent.statusByKey(), "");
-    EXPECT_EQ(Dovel::Node::aliveCount(), alive);
+    EXPECT_EQ(aliveApartFromInterfaces(agent), alive);
   }
 }
 
+// But for the next hops of a group that can't be: they are written before its last member shows that it has no port.
 TEST_P(Laws, theSameAgainWritesNothing) {
   for (auto const seed : seeds(3)) {
     AgentWorld agent(GetParam());
-    RandomStory story(agent, seed);
+    RandomStory story(agent, seed, {.portless = false});
     story.run(60);
     story.close();
     SCOPED_TRACE("TESSEL_SEED=" + std::to_string(seed) + '\n' + story.told());

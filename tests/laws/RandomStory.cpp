@@ -78,7 +78,7 @@ Hops RandomStory::someHops() {
   for (unsigned n = 1; n <= setting_.uplinks; ++n) {
     if (oneIn(2)) hops.insert(Hop{n, !oneIn(5)});
   }
-  if (oneIn(15)) hops.insert(uplink(10));
+  if (setting_.portless && oneIn(15)) hops.insert(uplink(10));
   return hops;
 }
 
@@ -143,7 +143,6 @@ void RandomStory::changeSetting(Wish& wish) {
 void RandomStory::changeChip() {
   if (setting_.restarts && oneIn(4)) {
     tell("restart");
-    hadUnicast_.clear();
     agent_.release().restart();
     return;
   }

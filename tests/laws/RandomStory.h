@@ -26,6 +26,7 @@ class RandomStory {
     bool bothTypes = true;
     bool late = true;  ///< Tables are held now and then.
     bool restarts = true;
+    bool portless = true;  ///< Some next hops have no port.
   };
 
   RandomStory(AgentWorld& agent, std::uint64_t seed, Setting const& setting);

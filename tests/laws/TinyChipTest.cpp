@@ -114,7 +114,8 @@ TEST_P(TinyChip, isWholeAgainAfterAnyStoryOnceAllFits) {
     // What changed while an overlay entry waited for its row is taken up by the next change.
     auto moved = agent.wish();
     auto const last = moved;
-    for (auto& [key, tunnel] : moved.tunnels) tunnel.adjId.reset();
+    moved.adjacencies[98] = {uplink(1)};
+    for (auto& [key, tunnel] : moved.tunnels) tunnel.adjId = 98;
     agent.want(moved).want(last);
     agent.messages();
     expectAsFresh(agent);

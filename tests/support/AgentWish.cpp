@@ -58,10 +58,11 @@ std::string tunnelsText(Wish const& wish, Vane::TunnelType type) {
   return fmt::format(R"({{"adjacency":{{{}}},"tunnel":{{{}}}}})", adjacencies.text(), tunnels.text());
 }
 
-std::string switchText() {
+std::string switchText(Wish const& wish) {
   List port, l3Intf;
   for (unsigned n = 1; n <= ports; ++n) {
-    port.add(fmt::format(R"("Ethernet{}":{{"kind":"{}","number":{}}})", n, n == lag ? "lag" : "port", n));
+    port.add(fmt::format(R"("Ethernet{}":{{"kind":"{}","number":{}}})", n, n == lag ? "lag" : "port",
+                         n == 1 ? wish.firstPort : n));
   }
   for (unsigned n = 1; n <= uplinks; ++n) l3Intf.add(fmt::format(R"("Vlan{}":{})", 100 + n, 100 + n));
   return fmt::format(R"("hardware/tessel/port/config":{{"port":{{{}}}}},"vane/l3IntfTable":{{"l3Intf":{{{}}}}})",
@@ -72,7 +73,7 @@ std::string switchText() {
 
 std::string Wish::document() const {
   List paths;
-  paths.add(switchText());
+  paths.add(switchText(*this));
   paths.add(fmt::format(R"("interface/status/eth/vxlan":{{"vtiStatus":{{{}}}}})", vtiText(*this)));
   paths.add(fmt::format(R"("vxlan/config":{{"dscpPropagation":{}}})", dscp));
   paths.add(fmt::format(

@@ -45,6 +45,7 @@ struct Wish {
   bool learning = false;
   bool dscp = false;
   std::uint8_t tos = 0;
+  unsigned firstPort = 1;  ///< The chip's number for Ethernet1.
   std::map<std::uint32_t, Hops> adjacencies;
   std::map<std::pair<Vane::TunnelType, std::string>, TunnelWish> tunnels;
 

@@ -48,9 +48,11 @@ std::string adjText(Vane::HwTunnelStatusEntry const& entry) {
 
 }  // namespace
 
-std::string kindName(testing::TestParamInfo<ChipKind> const& info) {
-  return info.param.profile + (info.param.completion == Asic::Completion::direct ? "Direct" : "Deferred");
+std::string kindText(ChipKind const& kind) {
+  return kind.profile + (kind.completion == Asic::Completion::direct ? "Direct" : "Deferred");
 }
+
+std::string kindName(testing::TestParamInfo<ChipKind> const& info) { return kindText(info.param); }
 
 std::vector<ChipKind> chipKinds(std::vector<std::string> const& profiles) {
   std::vector<ChipKind> kinds;

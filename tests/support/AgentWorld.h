@@ -16,6 +16,8 @@ struct ChipKind {
   Asic::Completion completion = Asic::Completion::direct;
 };
 /// "cascadedDeferred".
+std::string kindText(ChipKind const& kind);
+inline void PrintTo(ChipKind const& kind, std::ostream* out) { *out << kindText(kind); }
 std::string kindName(testing::TestParamInfo<ChipKind> const& info);
 /// Each profile with both ways of completion.
 std::vector<ChipKind> chipKinds(std::vector<std::string> const& profiles);

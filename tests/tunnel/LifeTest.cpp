@@ -124,9 +124,9 @@ TEST_P(TunnelLife, aUnicastTunnelTakesTheEntryOverFromAMemberTunnel) {
   auto const members = overlay(vtep(2));
   agent.tunnel(unicast, vtep(2)).via(uplink(1), uplink(2));
   EXPECT_NE(overlay(vtep(2)), members);
-  EXPECT_THAT(overlay(vtep(2)), HasSubstr("ulEntryHandle=EcmpGroup1Table[l3Underlay:102] ecmp=1"));
+  EXPECT_THAT(overlay(vtep(2)), HasSubstr("ulEntryHandle=EcmpGroup1Table[adj:102] ecmp=1"));
   agent.tunnel(member, vtep(2)).gone();
-  EXPECT_THAT(overlay(vtep(2)), HasSubstr("EcmpGroup1Table[l3Underlay:102]"));
+  EXPECT_THAT(overlay(vtep(2)), HasSubstr("EcmpGroup1Table[adj:102]"));
 }
 
 TEST_P(TunnelLife, aMemberTunnelsUniqueIdFollowsItsAdjacencyAlone) {
