@@ -68,11 +68,12 @@ TEST_P(Laws, takingEverythingAwayLeavesNothing) {
   }
 }
 
-// But for the next hops of a group that can't be: they are written before its last member shows that it has no port.
+// But for groups that come to nothing: one of which a member has no port, and that of a member tunnel whose VTEP has a
+// unicast tunnel too. Their rows are written and go again when nobody takes them.
 TEST_P(Laws, theSameAgainWritesNothing) {
   for (auto const seed : seeds(3)) {
     AgentWorld agent(GetParam());
-    RandomStory story(agent, seed, {.portless = false});
+    RandomStory story(agent, seed, {.bothTypes = false, .portless = false});
     story.run(60);
     story.close();
     SCOPED_TRACE("TESSEL_SEED=" + std::to_string(seed) + '\n' + story.told());
@@ -123,7 +124,6 @@ std::vector<std::function<void(AgentWorld&)>> independentSteps() {
       [](AgentWorld& agent) { agent.tunnel(unicast, vtep(3)).over(1); },
       [](AgentWorld& agent) { agent.tunnel(unicast, vtep(4)).over(3); },
       [](AgentWorld& agent) { agent.tunnel(unicast, vtep(5)).withoutRoute(); },
-      [](AgentWorld& agent) { agent.tunnel(unicast, vtep6(2)).over(2); },
       [](AgentWorld& agent) { agent.tunnel(member, vtep(6)).over(1); },
       [](AgentWorld& agent) { agent.tunnel(member, vtep(7)).over(2); },
       [](AgentWorld& agent) { agent.tunnel(member, vtep(8)).over(3); },
@@ -132,6 +132,9 @@ std::vector<std::function<void(AgentWorld&)>> independentSteps() {
 
 TEST_P(Laws, theOrderOfIndependentEventsDoesNotMatter) {
   auto steps = independentSteps();
+  if (GetParam().profile != "compact") {
+    steps.push_back([](AgentWorld& agent) { agent.tunnel(unicast, vtep6(2)).over(2); });
+  }
   std::string first;
   for (auto const seed : seeds(8)) {
     std::mt19937_64 random(seed);

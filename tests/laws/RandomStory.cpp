@@ -28,6 +28,8 @@ std::vector<std::uint64_t> seeds(unsigned count) {
 
 RandomStory::RandomStory(AgentWorld& agent, std::uint64_t seed, Setting const& setting)
     : agent_(agent), setting_(setting), random_(seed) {
+  // A chip without headers of IPv6 refuses each of them.
+  if (agent_.agent().profile().table("EgrL3Ipv6TunnelTable").rows == 0) setting_.ipv6 = false;
   Wish wish;
   wish.localVtep = vtep(1);
   wish.localVtep6 = vtep6(1);

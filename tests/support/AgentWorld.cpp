@@ -26,8 +26,11 @@ std::unique_ptr<Host::Agent> makeAgent(ChipKind const& kind) {
 std::string ownerOf(Asic::Chip const& chip, std::string_view table, std::uint32_t row) {
   std::string owner = fmt::format("{}", row);
   if (row == Vane::VaneTunnelId::unprogrammed().value()) return "unprogrammed";
-  chip.store(table)->forEachEntry([&](Asic::EntryView const& entry) {
-    if (entry.row() && entry.row()->value() == row) owner = entry.key();
+  auto const& store = *chip.store(table);
+  // The id of an overlay next hop is the row of its first part.
+  auto const base = table == "L3NextHop1Table" ? store.base(0) : 0;
+  store.forEachEntry([&](Asic::EntryView const& entry) {
+    if (entry.row() && entry.row()->value() + base == row) owner = entry.key();
   });
   return owner;
 }
