@@ -109,7 +109,10 @@ void TunnelProducer::placeTunnel(Vane::VaneTunnelConfigEntry const& wanted) {
   auto& standing = standing_[wanted.vtep()];
   auto const former = std::exchange(standing.key, key);
   config()->hwTunnelConfigListIs(entry);
-  if (former != Vane::TunnelKey{}) config()->hwTunnelConfigListDel(former);
+  if (former == Vane::TunnelKey{}) return;
+  // Not taken up yet: the former's end takes the tunnel along, and its next hop is no longer known then.
+  if (status() && status()->tunnelStatusHas(former)) activeIs(standing, Vane::VaneNextHopId());
+  config()->hwTunnelConfigListDel(former);
 }
 
 Vane::TunnelKey TunnelProducer::newKey(Vane::VaneTunnelConfigEntry const& wanted) {

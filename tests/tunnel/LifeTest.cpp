@@ -102,6 +102,17 @@ TEST_P(TunnelLife, theOldStatusStandsUntilTheNewOneDoes) {
   EXPECT_THAT(agent.status(unicast), HasSubstr("10.255.0.2 gen=2 "));
 }
 
+TEST_P(TunnelLife, aGenerationThatWaitsKeepsNothingOfTheFormer) {
+  agent.tunnel(unicast, vtep(2)).via(uplink(1));
+  agent.localVtep("");
+  agent.tunnel(unicast, vtep(2)).generation(9);
+  EXPECT_EQ(agent.table("L2TunnelIpv4SipTable"), "");
+  agent.localVtep(vtep(1));
+  EXPECT_EQ(agent.table("L2TunnelIpv4SipTable"), "10.255.0.2: svpHandle=VirtualPortTableMerged[10.255.0.2]\n");
+  agent.tunnel(unicast, vtep(2)).gone();
+  EXPECT_EQ(agent.chip(), start);
+}
+
 TEST_P(TunnelLife, typesShareTheVtep) {
   agent.tunnel(unicast, vtep(2)).via(uplink(1), uplink(2));
   auto const alone = agent.chip();
