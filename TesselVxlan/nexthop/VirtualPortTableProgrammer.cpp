@@ -219,4 +219,15 @@ bool VirtualPortProgrammer::capabilityFlag() const {
   return vxlanCapabilities() && vxlanCapabilities()->capabilityFlag();
 }
 
+Dovel::Ptr<VirtualPortProgrammer> virtualPortProgrammerFactory(
+    Dovel::Ptr<Stateway::EntityManager> const& statewayEm,
+    Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> const& fcsd,
+    Dovel::Ptr<TesselCentral::VxlanToL2State> const& vxlanToL2State,
+    Dovel::Ptr<TesselCentral::VxlanCapabilities const> const& vxlanCapabilities,
+    Dovel::Ptr<TesselL3Common::VxlanDvpToVtepMap> const& dvpToVtepMapping,
+    Dovel::Ptr<TesselL3Common::VxlanTunnelIndexToVtepMap> const& tunnelIndexToVtepMapping) {
+  return Dovel::make<VirtualPortProgrammer>(statewayEm, fcsd, vxlanToL2State, vxlanCapabilities, dvpToVtepMapping,
+                                            tunnelIndexToVtepMapping);
+}
+
 }  // namespace TesselVxlan

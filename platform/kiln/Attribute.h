@@ -184,7 +184,7 @@
 
 #define KILN_METHOD(name_)                           \
   inline static ::Kiln::TypeLink const name_##Link_{ \
-      kilnType(), ::Kiln::Method{#name_, [](::Dovel::Node& object) { static_cast<KilnSelf&>(object).name_(); }}};
+      kilnType(), ::Kiln::Impl::method<KilnSelf, void (KilnSelf::*)(), &KilnSelf::name_>(#name_)};
 
 #define KILN_RESERVED(id_, typeName_, name_)         \
   inline static ::Kiln::TypeLink const name_##Link_{ \

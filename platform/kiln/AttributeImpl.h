@@ -63,6 +63,10 @@ template <class C, class K, class V, auto Coll, auto Is, auto Del>
 Attribute collection(AttributeId id, std::string_view name);
 template <class C, class K, class V, class Map, auto Coll, auto Del, auto Make>
 Attribute entityCollection(AttributeId id, std::string_view name);
+template <class C, class Member, Member Run>
+Method method(std::string_view name) {
+  return {name, [](Dovel::Node& object) { (static_cast<C&>(object).*Run)(); }};
+}
 
 inline Attribute reservedAttribute(AttributeId id, std::string_view name, std::string_view (*typeName)()) {
   return {id,

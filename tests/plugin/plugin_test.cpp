@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/kiln/AttributeDefinitions.h"
 #include "platform/plugin/L3MounterBase.h"
 #include "platform/plugin/L3MounterSmWrapper.h"
 #include "platform/plugin/Loader.h"
@@ -93,7 +94,8 @@ TEST(Loader, SaysWhichFileOrTypeIsMissing) {
   EXPECT_TRUE(loader.files().empty());
   EXPECT_THAT(loadError([&] { loader.makeMounter("PluginTest::Nobody", "x"); }),
               HasSubstr("type PluginTest::Nobody is not registered"));
-  EXPECT_THAT(loadError([&] { loader.makeMounter("Kiln::Dir", "x"); }), HasSubstr("type Kiln::Dir is none of a mounter"));
+  EXPECT_THAT(loadError([&] { loader.makeMounter("Kiln::Dir", "x"); }),
+              HasSubstr("type Kiln::Dir is none of a mounter"));
   EXPECT_EQ(loader.makeMounter("PluginTest::Mounter", "x")->typeData().name(), "PluginTest::Mounter");
 }
 
@@ -131,8 +133,8 @@ TEST_F(L3Feature, MountsWithTheBasePathsAndListsItsTables) {
   EXPECT_THAT(paths,
               ElementsAre("bridging/hwcapabilities r", "hardware/tessel/centralStatus/feature/l3/routingStatus r",
                           "hardware/tessel/centralStatus/vfiCapabilityStatus r",
-                          "hardware/tessel/centralStatus/vxlanCapabilities r", "interface/config/eth/vlan r", "table/3 r",
-                          "table/7 r", "table/7 r", "vane/l3IntfTable r"));
+                          "hardware/tessel/centralStatus/vxlanCapabilities r", "interface/config/eth/vlan r",
+                          "table/3 r", "table/7 r", "table/7 r", "vane/l3IntfTable r"));
   std::string tables;
   for (auto const& table : mounter->swTablesForRecovery()) {
     tables += table.type == &FakeTable<7>::kilnType() ? "7:" : "3:";

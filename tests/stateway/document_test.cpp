@@ -1,20 +1,21 @@
+#include "platform/stateway/Document.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
+#include "platform/kiln/AttributeDefinitions.h"
 #include "platform/kiln/Entity.h"
 #include "platform/kiln/Exceptions.h"
 #include "platform/kiln/Sm.h"
 #include "platform/kilnsharedmem/EntityManager.h"
 #include "platform/local/EntityManager.h"
-#include "platform/stateway/Document.h"
 #include "platform/stateway/EntityManager.h"
 #include "platform/stateway/Mounter.h"
 
 namespace DocumentTest {
-namespace {
 
 using testing::StartsWith;
 
@@ -115,11 +116,13 @@ TEST_F(Documents, WhatNoDocumentNamedIsLeftAlone) {
 
 TEST_F(Documents, ABadDocumentChangesNothing) {
   for (auto const& [text, what] : std::vector<std::pair<char const*, char const*>>{
-           {R"({"stateway": {"a": {"heat": 1}}, "remote": {}})", "/remote {}: unknown member, expected one of stateway"},
+           {R"({"stateway": {"a": {"heat": 1}}, "remote": {}})",
+            "/remote {}: unknown member, expected one of stateway"},
            {R"({"stateway": {"a": {"heat": 1}, "x/y": {}}})", "/stateway/x~1y {}: unknown path"},
            {R"({"stateway": {"a": {"heat": 1}, "unmounted": {}}})", "/stateway/unmounted {}: unknown path"},
            {R"({"stateway": {"a": {"heat": 1}}, "local": {"a": {}}})", "/local/a {}: unknown path"},
-           {R"({"stateway": {"a": {"heat": 1, "cold": 1}}})", "/stateway/a/cold 1: unknown attribute of DocumentTest::Room"},
+           {R"({"stateway": {"a": {"heat": 1, "cold": 1}}})",
+            "/stateway/a/cold 1: unknown attribute of DocumentTest::Room"},
            {R"({"stateway": {"a": {"heat": 1}, "b": {"heat": -1}}})", "/stateway/b/heat -1: expected a whole number"},
            {R"({"stateway": {"a": {"heat": 1}, "b": 3}})", "/stateway/b 3: expected an object"},
            {R"({"stateway": [], "local": {"c": {"heat": 1}}})", "/stateway []: expected an object"},
@@ -132,5 +135,4 @@ TEST_F(Documents, ABadDocumentChangesNothing) {
   EXPECT_EQ(a->heat(), 20U);
 }
 
-}  // namespace
 }  // namespace DocumentTest

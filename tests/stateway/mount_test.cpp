@@ -4,6 +4,7 @@
 #include <functional>
 #include <string>
 
+#include "platform/kiln/AttributeDefinitions.h"
 #include "platform/kiln/Dir.h"
 #include "platform/kilnsharedmem/EntityManager.h"
 #include "platform/local/EntityManager.h"
@@ -11,7 +12,6 @@
 #include "platform/stateway/Mounter.h"
 
 namespace MountTest {
-namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -134,13 +134,17 @@ TEST_F(Mounts, ModesAreShown) {
 TEST_F(Mounts, AWrongTypeSaysPathAndTypes) {
   em->entityIs("room/lamp", "MountTest::Lamp");
   auto const group = em->getMountGroup(*mounter);
-  for (auto const& [type, why] : std::vector<std::pair<char const*, char const*>>{
+  struct Case {
+    char const* type;
+    char const* why;
+  };
+  for (auto const& wrong : std::vector<Case>{
            {"MountTest::Nobody", "room/lamp: the type MountTest::Nobody is not loaded"},
            {"MountTest::Nameless", "room/lamp: the type MountTest::Nameless can't be made by its name"},
            {"Kiln::Dir", "room/lamp is a MountTest::Lamp, wanted is a Kiln::Dir"},
            {"Kiln::NamedEntity", ""},  // Which it is as well.
        }) {
-    EXPECT_EQ(mountError([&] { group->doMount(mount("room/lamp", type, "r")); }), why);
+    EXPECT_EQ(mountError([&] { group->doMount(mount("room/lamp", wrong.type, "r")); }), wrong.why);
   }
   EXPECT_EQ(group->mounts().size(), 1U);
 }
@@ -200,5 +204,4 @@ TEST(SharedMemory, MountsAreCompleteWhenTheGroupIsClosed) {
   EXPECT_NE(mountError([&] { em->doMount("a", "Kiln::Dir", KilnPelican::MountInfo()); }), "");
 }
 
-}  // namespace
 }  // namespace MountTest

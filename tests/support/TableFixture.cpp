@@ -43,7 +43,9 @@ Dovel::Ptr<ChipProfile const> makeProfile(ChipSpec const& spec) {
   nextHop->l2IfSupportedIs(true);
   nextHop->ownReservedRowIs(spec.ownReservedRow);
   auto const sbr = Dovel::make<TesselTile::TesselSbrAttributes>();
-  for (std::uint8_t const n : {0, 1, 18, 19}) sbr->sbrCodeIs(n, static_cast<std::uint8_t>(100 + n));
+  for (std::uint8_t const n : std::initializer_list<std::uint8_t>{0, 1, 18, 19}) {
+    sbr->sbrCodeIs(n, static_cast<std::uint8_t>(100 + n));
+  }
   profile->featureIs(vxlan);
   profile->featureIs(nextHop);
   profile->featureIs(sbr);
