@@ -251,7 +251,7 @@ bool TesselVxlanVtiStatusSm::groupHas(IpGenAddr const& addr) const {
   });
 }
 
-// What an interface leaves beyond these is its producer's to take back first.
+// The virtual VARP addresses stay until an interface sets others.
 void TesselVxlanVtiStatusSm::doCleanup(IntfId intf) {
   doSetupVxlanSrcAddr(intf, IpAddr());
   doSetupVxlanSrcAddrV6(intf, Ip6Addr());

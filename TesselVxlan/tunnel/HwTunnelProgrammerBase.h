@@ -240,6 +240,8 @@ class HwTunnelProgrammerBase : public Kiln::Sm {
     bool oneHeaderForAll;        ///< IPv4 headers are keyed by source alone.
     bool sharedWritten = false;  ///< The one IPv4 header of the pass has been written.
   };
+  /// Whether the tunnel of this type has come as far as a status; null stands for a VTEP without a record.
+  bool isCreated(TesselCentral::VtepIpToTnlIdNhIdMap const* map) const;
   /// False ends the pass.
   bool updateHeader(HeaderPass& pass, ConfigEntry const& entry);
   Handle headerOf(HeaderPass& pass, Meshal::IpGenAddr const& local, Meshal::IpGenAddr const& vtep);

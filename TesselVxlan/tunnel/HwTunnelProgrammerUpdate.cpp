@@ -26,8 +26,7 @@ bool HwTunnelProgrammerBase::updateHeader(HeaderPass& pass, ConfigEntry const& e
   TRACE_IN("updateEgrL3TunnelTable", 1, " Programming Vxlan tunnel : tunnelType: {} vtepIp: {}", tunnelType(), vtep);
   auto const newLocal = getVtepIp(vtep.af());
   auto const map = vtepMap(vtep);
-  // A creation that stopped before the virtual port counts as none: the missing piece may just have arrived.
-  if (!map || !map->tnlKeysHas(tunnelType()) || map->tnlIdEntryStatus() == EntryWriteStatus::entryWriteNone) {
+  if (!isCreated(map.get())) {
     if (!newLocal.isUnspecified()) doTunnelCreate(entry);
     return true;
   }
@@ -57,6 +56,13 @@ bool HwTunnelProgrammerBase::updateHeader(HeaderPass& pass, ConfigEntry const& e
   updateVpTableInPlace(key, egrL3Handle);
   map->setLocalVtep(newLocal);
   return true;
+}
+
+// A creation that stopped before the virtual port counts as none: the missing piece may just have arrived. The port may
+// be another type's, so that the tunnel's own status is what tells.
+bool HwTunnelProgrammerBase::isCreated(TesselCentral::VtepIpToTnlIdNhIdMap const* map) const {
+  return map && map->tnlKeysHas(tunnelType()) && map->tnlIdEntryStatus() != EntryWriteStatus::entryWriteNone &&
+         hwTunnelStatus()->tunnelStatusHas(map->tnlKeys(tunnelType()));
 }
 
 HwTunnelProgrammerBase::Handle HwTunnelProgrammerBase::headerOf(HeaderPass& pass, Meshal::IpGenAddr const& local,

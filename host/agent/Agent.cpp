@@ -2,10 +2,13 @@
 
 #include "host/agent/TunnelSmGate.h"
 #include "host/vane/TunnelProducer.h"
+#include "platform/kiln/Json.h"
 #include "platform/kilnsharedmem/EntityManager.h"
 #include "platform/local/EntityManager.h"
 #include "platform/plugin/L3MounterSmWrapper.h"
 #include "platform/stateway/EntityManager.h"
+#include "platform/tessel/l3common/TesselVxlanState.h"
+#include "platform/tessel/values/VxlanTunnelKey.h"
 
 namespace Host {
 
@@ -14,6 +17,20 @@ std::filesystem::path defaultPlugin() {
   auto const program = std::filesystem::read_symlink("/proc/self/exe", error);
   return (program.parent_path() / TESSEL_PLUGIN_FILE).lexically_normal();
 }
+
+namespace {
+
+/// What the type of an attribute lets pass and its readers don't.
+void checkRanges(Stateway::StateDocument const& document) {
+  Kiln::JsonIn const root(document.json());
+  auto const local = root.find("local");
+  auto const state = local ? local->find(kVxlanStatePath) : std::nullopt;
+  if (auto const ttl = state ? state->find("ttl") : std::nullopt) {
+    ttl->unsignedNumber(1, TesselL3Common::VxlanTunnelKey::maxTtl);
+  }
+}
+
+}  // namespace
 
 Agent::Agent(Options options) : aliveBefore_(Dovel::Node::aliveCount()), options_(std::move(options)) {
   if (options_.virtualClock) {
@@ -101,6 +118,7 @@ std::size_t Agent::stop() {
 void Agent::check(Stateway::StateDocument const& document, std::string const& source) const {
   try {
     Stateway::check(document, stores());
+    checkRanges(document);
   } catch (Kiln::ValueError const& error) {
     throw InputError::ofValue(source, error);
   }

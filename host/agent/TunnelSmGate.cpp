@@ -1,5 +1,7 @@
 #include "host/agent/TunnelSmGate.h"
 
+#include "platform/kiln/AttributeDefinitions.h"
+
 #include <algorithm>
 
 #include "host/agent/World.h"

@@ -8,6 +8,7 @@
 #include "platform/asic/SimulatedChip.h"
 #include "platform/kiln/Dir.h"
 #include "platform/stateway/Document.h"
+#include "platform/stateway/MountGroup.h"
 #include "platform/tessel/central/CommonData.h"
 #include "platform/vane/HwTunnel.h"
 #include "platform/vane/VaneTunnel.h"

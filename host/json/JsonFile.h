@@ -27,6 +27,8 @@ class JsonFile {
 
   std::string name() const { return path_.string(); }
   JsonAt top() const;
+  /// The document itself; the file is empty afterwards.
+  rapidjson::Document documentTake() && { return std::move(document_); }
 
   /// The JSON pointer of a value of this file. It is searched for, because it is only wanted in errors.
   std::string pointer(rapidjson::Value const& value) const;

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <rapidjson/document.h>
 #include <rapidjson/ostreamwrapper.h>
 #include <rapidjson/prettywriter.h>
 
 #include <cstdint>
-#include <iosfwd>
 #include <optional>
+#include <ostream>
+#include <string>
 #include <string_view>
 
 namespace Host {

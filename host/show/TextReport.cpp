@@ -24,10 +24,10 @@ std::string addressOrNone(Meshal::IpGenAddr const& address) {
   return address.isUnspecified() ? "none" : Kiln::toText(address);
 }
 
-std::string nextHopText(Vane::NextHopEntry const& hop) {
-  auto const intf = hop.l2Intf().empty() ? hop.l3Intf() : hop.l2Intf();
-  auto const mac = hop.type() == Vane::nextHopResolved ? Kiln::toText(hop.ethAddr()) : std::string("unresolved");
-  return Kiln::toText(hop.addr()) + "  " + mac + "  " + intf.name();
+void addNextHop(std::vector<std::string>& cells, Vane::NextHopEntry const& hop) {
+  cells.push_back(Kiln::toText(hop.addr()));
+  cells.push_back(hop.type() == Vane::nextHopResolved ? Kiln::toText(hop.ethAddr()) : "unresolved");
+  cells.push_back((hop.l2Intf().empty() ? hop.l3Intf() : hop.l2Intf()).name());
 }
 
 void printHeader(std::ostream& out, Agent const& agent) {
@@ -43,7 +43,7 @@ void addTunnel(Columns& columns, TunnelReport const& tunnel) {
                                  numberOrDash(tunnel.nextHopId),
                                  tunnel.adjId ? Kiln::toText(tunnel.adjId.value()) : "-"};
   for (auto const& hop : tunnel.nextHops) {
-    cells.push_back(nextHopText(hop));
+    addNextHop(cells, hop);
     columns.row(std::move(cells));
     cells = std::vector<std::string>(4);
   }
@@ -64,8 +64,8 @@ void printLogs(std::ostream& out, Agent const& agent) {
 
 void printSummary(std::ostream& out, Agent const& agent, std::vector<TunnelReport> const& tunnels) {
   printHeader(out, agent);
-  Columns columns({Align::left, Align::right, Align::right, Align::right, Align::left});
-  columns.row({"VTEP", "TUNNEL", "NEXT HOP", "ADJACENCY", "UNDERLAY"});
+  Columns columns({Align::left, Align::right, Align::right, Align::right, Align::left, Align::left, Align::left});
+  columns.row({"VTEP", "TUNNEL", "NEXT HOP", "ADJACENCY", "UNDERLAY", "MAC", "INTERFACE"});
   for (auto const& tunnel : tunnels) addTunnel(columns, tunnel);
   if (!tunnels.empty()) columns.print(out), out << '\n';
   auto const programmed = std::count_if(tunnels.begin(), tunnels.end(), [](auto const& t) { return t.programmed(); });

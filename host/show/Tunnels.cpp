@@ -40,7 +40,10 @@ class Collector {
   Vane::VaneTunnelConfig const& wanted() const { return *wanted_; }
 
   TunnelReport of(Vane::VaneTunnelConfigEntry const& tunnel) const {
-    TunnelReport report{.type = type_, .vtep = tunnel.vtep(), .adjId = tunnel.adjId()};
+    TunnelReport report;
+    report.type = type_;
+    report.vtep = tunnel.vtep();
+    report.adjId = tunnel.adjId();
     if (auto const found = genIds_.find(tunnel.vtep()); found != genIds_.end()) report.genId = found->second;
     auto const& map = maps_->vtepIpToTnlIdNhIdMap(tunnel.vtep());
     if (map && map->tnlKeysHas(type_)) report.localVtep = map->getLocalVtep(tunnel.vtep().af());

@@ -47,9 +47,8 @@ bool Chip::deliverFront() {
     held_.push_back(outcome);
     return false;
   }
-  auto& record = *outcome.entry->record();
-  if (record.lastWrite == outcome.number && !record.goneBy) record.state = outcome.state;
-  if (record.keyed) outcome.response(outcome.state);
+  settle(outcome);
+  if (outcome.entry->record()->keyed) outcome.response(outcome.state);
   return true;
 }
 
@@ -78,8 +77,7 @@ void Chip::stop() {
   // Destroying a response may destroy an object that drops entries, which may not find the queue half gone.
   auto const queue = std::exchange(queue_, {});
   auto const held = std::exchange(held_, {});
-  head_ = 0;
-  for (auto const& outcome : queue) settle(outcome);
+  for (auto at = std::exchange(head_, 0); at < queue.size(); ++at) settle(queue[at]);
   for (auto const& outcome : held) settle(outcome);
   for (auto& [key, store] : stores_) store->responsesDrop();
 }

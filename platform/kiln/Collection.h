@@ -125,8 +125,8 @@ std::vector<K> keysOf(EntityMap<K, V, Key> const& map) {
   return keys;
 }
 
-/// Calls `handle(key, object)` for each object that stands in `map` when its turn comes: handlers may add and remove. An
-/// object that goes before its turn is passed over, one that comes during the walk is not visited.
+/// Calls `handle(key, object)` for each object that stands in `map` when its turn comes: handlers may add and remove.
+/// An object that goes before its turn is passed over, one that comes during the walk is not visited.
 template <class K, class V, auto Key, class F>
 void forEachKey(EntityMap<K, V, Key> const& map, F&& handle) {
   for (auto const& key : keysOf(map)) {

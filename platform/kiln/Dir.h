@@ -18,8 +18,8 @@ class TypeException : public std::logic_error {
 
 /// An entity whose content are its named children.
 ///
-/// A child is any object that is known by its type's name; it belongs to the directory and to who else holds it. Publishes
-/// `entityId` with the child's name, a `std::string`, when one comes, goes or is replaced. Main thread only.
+/// A child is any object that is known by its type's name; it belongs to the directory and to who else holds it.
+/// Publishes `entityId` with the child's name, a `std::string`, when one comes, goes or is replaced. Main thread only.
 class Dir : public NamedEntity {
   KILN_TYPE(Kiln::Dir, Kiln::NamedEntity)
 

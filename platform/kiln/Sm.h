@@ -1,21 +1,21 @@
 #pragma once
 
-#include "platform/dovel/Publisher.h"
 #include "platform/dovel/Ptr.h"
+#include "platform/dovel/Publisher.h"
 #include "platform/kiln/Attribute.h"
 
-/// A pointer attribute whose object is watched: x(), and xIs(ptr), which moves the subscription and runs `CatchUp_` once for
-/// the new object. `OnChange_` and `CatchUp_` (or nullptr) are members of the class, declared above; the member x_ is a
-/// `Kiln::Watch` and takes the constructor's initialiser.
-#define KILN_WATCHED(id_, Type_, name_, OnChange_, CatchUp_)                                    \
- public:                                                                                        \
-  static constexpr ::Kiln::AttributeId name_##Id = id_;                                         \
-  ::Dovel::Ptr<Type_> const& name_() const { return name_##_.get(); }                           \
-  void name_##Is(::Dovel::Ptr<Type_> const& object) { name_##_.notifierIs(object); }            \
-                                                                                                \
- private:                                                                                       \
-  ::Kiln::Watch<Type_, OnChange_, CatchUp_> name_##_{*this};                                    \
-  inline static ::Kiln::TypeLink const name_##Link_{                                            \
+/// A pointer attribute whose object is watched: x(), and xIs(ptr), which moves the subscription and runs `CatchUp_`
+/// once for the new object. `OnChange_` and `CatchUp_` (or nullptr) are members of the class, declared above; the
+/// member x_ is a `Kiln::Watch` and takes the constructor's initialiser.
+#define KILN_WATCHED(id_, Type_, name_, OnChange_, CatchUp_)                         \
+ public:                                                                             \
+  static constexpr ::Kiln::AttributeId name_##Id = id_;                              \
+  ::Dovel::Ptr<Type_> const& name_() const { return name_##_.get(); }                \
+  void name_##Is(::Dovel::Ptr<Type_> const& object) { name_##_.notifierIs(object); } \
+                                                                                     \
+ private:                                                                            \
+  ::Kiln::Watch<Type_, OnChange_, CatchUp_> name_##_{*this};                         \
+  inline static ::Kiln::TypeLink const name_##Link_{                                 \
       kilnType(), ::Kiln::Impl::fixedAttribute<KilnSelf, ::Dovel::Ptr<Type_>, &KilnSelf::name_>(id_, #name_)};
 
 namespace Kiln {
@@ -45,10 +45,10 @@ class SmPart {
 /// Base of state machines: an object whose behaviour is a set of handlers that run when other objects change.
 ///
 /// It listens from its construction on, while its members are made; a class whose owner switches it on later says
-/// `Sm(Quiet{})`. Its parts (`Watch`, `NestedSms`) put themselves into its list, so that switching notification, becoming a
-/// zombie and the order of its end are written here once: when the last user goes, notification off, zombie, then the
-/// parts let go of the owner; the members go after that.
-/// Main thread only. A handler runs to completion; it may write state that runs further handlers on its stack.
+/// `Sm(Quiet{})`. Its parts (`Watch`, `NestedSms`) put themselves into its list, so that switching notification,
+/// becoming a zombie and the order of its end are written here once: when the last user goes, notification off, zombie,
+/// then the parts let go of the owner; the members go after that. Main thread only. A handler runs to completion; it
+/// may write state that runs further handlers on its stack.
 class Sm : public Dovel::PublishingNode {
  public:
   void hasNotificationActiveIs(bool active) override;

@@ -29,8 +29,8 @@ struct Attribute {
   void (*toJson)(Dovel::Node const& owner, JsonOut& out);
   /// Throws `ValueError` for what `in` can't be; changes nothing.
   void (*check)(JsonIn const& in);
-  /// Makes the attribute what `in` says, through the owner's setters: only differences are written. A collection ends with
-  /// exactly the members of `in`. REQUIRES: `writable`, and `in` passes `check`.
+  /// Makes the attribute what `in` says, through the owner's setters: only differences are written. A collection ends
+  /// with exactly the members of `in`. REQUIRES: `writable`, and `in` passes `check`.
   void (*fromJson)(Dovel::Node& owner, JsonIn const& in);
   /// Makes the attribute what it is in a new object. REQUIRES: `writable`.
   void (*reset)(Dovel::Node& owner);
@@ -41,7 +41,8 @@ struct Method {
   void (*call)(Dovel::Node& object);
 };
 
-/// The description of a class: its name, base, attributes in order of declaration and methods that may be called by name.
+/// The description of a class: its name, base, attributes in order of declaration and methods that may be called by
+/// name.
 class Type {
  public:
   using Construct = Dovel::Ptr<Dovel::Node> (*)(std::string const& name);

@@ -22,7 +22,8 @@ EntityManager::~EntityManager() { std::erase(living(), this); }
 
 Dovel::Ptr<EntityManager> EntityManager::getEntityManager(std::string_view name, bool required) {
   auto const& all = living();
-  auto const found = std::find_if(all.rbegin(), all.rend(), [&](auto const* manager) { return manager->name_ == name; });
+  auto const found =
+      std::find_if(all.rbegin(), all.rend(), [&](auto const* manager) { return manager->name_ == name; });
   if (found != all.rend()) return *found;
   if (!required) return nullptr;
   throw Stateway::MountError("", "", std::string("no shared-memory entity manager of the name ").append(name));

@@ -34,8 +34,8 @@ class EntityManager final : public EntityStore {
   KILN_TYPE(Local::EntityManager, Local::EntityStore)
 
  public:
-  /// The entity at `path`, made if there is none. Never null. Throws `Stateway::MountError` for a type that isn't loaded,
-  /// and for a path at which another type stands.
+  /// The entity at `path`, made if there is none. Never null. Throws `Stateway::MountError` for a type that isn't
+  /// loaded, and for a path at which another type stands.
   Dovel::Ptr<Dovel::Node> doMount(std::string const& path, std::string_view typeName) {
     return store_.entityIs(path, typeName);
   }

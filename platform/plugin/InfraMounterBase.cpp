@@ -15,8 +15,8 @@ bool ProgrammingTypeSet::has(std::uint32_t type) const {
 void MounterBase::doAsicMountsComplete(std::uint32_t, bool, Dovel::Ptr<Stateway::EntityManager> const&) {}
 
 MounterBase::RecoveredTable& MounterBase::tableIs(Kiln::Type const& type) {
-  auto const found =
-      std::find_if(swTables_.begin(), swTables_.end(), [&](RecoveredTable const& table) { return table.type == &type; });
+  auto const found = std::find_if(swTables_.begin(), swTables_.end(),
+                                  [&](RecoveredTable const& table) { return table.type == &type; });
   return found != swTables_.end() ? *found : swTables_.emplace_back(RecoveredTable{&type, {}});
 }
 

@@ -16,7 +16,8 @@ namespace TesselL3Unicast {
 /// Root object of a running layer-3 feature: holds the agent's common data and runs the feature's start.
 ///
 /// made (by the mounter) → common data set and `doStart` (by the host) → running.
-/// Watches the logical chips of the agent and the feature's running state. Main thread only. All that it holds is shared.
+/// Watches the logical chips of the agent and the feature's running state. Main thread only. All that it holds is
+/// shared.
 class L3MounterSmWrapper : public Kiln::Sm {
   void fcsdDispatch(Dovel::Change const& change);
   void runningStateDispatch(Dovel::Change const& change);
@@ -44,9 +45,9 @@ class L3MounterSmWrapper : public Kiln::Sm {
   void shmemNameIs(Dovel::String name) { shmemName_ = std::move(name); }
   bool shmemRequired() const { return true; }
 
-  /// Starts the feature: `handleLogicalFapId()`, `initStatewayState`, `handleRunningState`, `handleInitialized`, in this
-  /// order. REQUIRES: once; the mounts are complete; `localEntityManager`, `vcsd`, `chipInfo` and `profileSupportsVxlan`
-  /// are set.
+  /// Starts the feature: `handleLogicalFapId()`, `initStatewayState`, `handleRunningState`, `handleInitialized`, in
+  /// this order. REQUIRES: once; the mounts are complete; `localEntityManager`, `vcsd`, `chipInfo` and
+  /// `profileSupportsVxlan` are set.
   void doStart();
 
   /// A logical chip has come, gone or changed; without an argument, the agent's chips as they are. Nothing here.

@@ -8,7 +8,8 @@ namespace Stateway {
 
 Dovel::Ptr<Dovel::Node> MemoryBackend::find(std::string_view path) const {
   if (auto const found = entities_.find(path); found != entities_.end()) return found->second;
-  for (auto slash = path.rfind('/'); slash != std::string_view::npos && slash != 0; slash = path.rfind('/', slash - 1)) {
+  for (auto slash = path.rfind('/'); slash != std::string_view::npos && slash != 0;
+       slash = path.rfind('/', slash - 1)) {
     auto const found = entities_.find(path.substr(0, slash));
     if (found == entities_.end()) continue;
     auto const dir = Dovel::cast<Kiln::Dir>(found->second);
@@ -21,7 +22,8 @@ Dovel::Ptr<Dovel::Node> MemoryBackend::create(std::string const& path, Kiln::Typ
   auto const slash = path.rfind('/');
   auto const name = path.substr(slash == std::string::npos ? 0 : slash + 1);
   if (slash != std::string::npos) {
-    if (auto const dir = Dovel::cast<Kiln::Dir>(find(path.substr(0, slash)))) return dir->createEntity(type.name(), name);
+    if (auto const dir = Dovel::cast<Kiln::Dir>(find(path.substr(0, slash))))
+      return dir->createEntity(type.name(), name);
   }
   auto const made = type.make(name);
   entities_.emplace(path, made);
@@ -53,8 +55,9 @@ Dovel::Ptr<Dovel::Node> Store::entityIs(std::string const& path, std::string_vie
   auto const present = backend_->find(path);
   if (!present) return backend_->create(path, *type);
   if (present->typeData().isA(*type)) return present;
-  throw MountError(path, std::string(typeName),
-                   path + " is a " + std::string(present->typeData().name()) + ", wanted is a " + std::string(typeName));
+  throw MountError(
+      path, std::string(typeName),
+      path + " is a " + std::string(present->typeData().name()) + ", wanted is a " + std::string(typeName));
 }
 
 }  // namespace Stateway

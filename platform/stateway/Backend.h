@@ -32,13 +32,15 @@ class Backend {
   virtual ~Backend() = default;
   /// Null if nothing stands at `path`.
   virtual Dovel::Ptr<Dovel::Node> find(std::string_view path) const = 0;
-  /// A new object at `path`, named by the last part of the path. REQUIRES: nothing stands there, `type` is constructible.
+  /// A new object at `path`, named by the last part of the path. REQUIRES: nothing stands there, `type` is
+  /// constructible.
   virtual Dovel::Ptr<Dovel::Node> create(std::string const& path, Kiln::Type const& type) = 0;
   /// All paths at which something was created, sorted.
   virtual std::vector<std::string> paths() const = 0;
 };
 
-/// Keeps the entities in this process. What stands in a `Kiln::Dir` is found, and created, under the path of the directory.
+/// Keeps the entities in this process. What stands in a `Kiln::Dir` is found, and created, under the path of the
+/// directory.
 class MemoryBackend final : public Backend {
  public:
   Dovel::Ptr<Dovel::Node> find(std::string_view path) const override;
@@ -57,8 +59,8 @@ class Store {
 
   /// Null if nothing stands at `path`.
   Dovel::Ptr<Dovel::Node> entity(std::string_view path) const { return backend_->find(path); }
-  /// The entity at `path`, made if there is none. Never null. Throws `MountError` for a type that no loaded class has or
-  /// that can't be made from a name, and if an entity of another type stands there.
+  /// The entity at `path`, made if there is none. Never null. Throws `MountError` for a type that no loaded class has
+  /// or that can't be made from a name, and if an entity of another type stands there.
   Dovel::Ptr<Dovel::Node> entityIs(std::string const& path, std::string_view typeName);
   std::vector<std::string> paths() const { return backend_->paths(); }
 

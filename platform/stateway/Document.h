@@ -51,16 +51,16 @@ class StateDocument {
   rapidjson::Document json_;
 };
 
-/// Throws `Kiln::ValueError`, with place and value, for the first thing in `document` that `stores` can't take: an unknown
-/// member, a path that isn't mounted, an unknown attribute or one without a setter, a value of a wrong type or out of its
-/// range. Changes nothing.
+/// Throws `Kiln::ValueError`, with place and value, for the first thing in `document` that `stores` can't take: an
+/// unknown member, a path that isn't mounted, an unknown attribute or one without a setter, a value of a wrong type or
+/// out of its range. Changes nothing.
 void check(StateDocument const& document, AgentStores const& stores);
 
 /// Makes the state what `next` says, where `previous` is the document that held before.
 ///
-/// First what only `previous` named is put back to what it is in a new object. Then the attributes of `next` are written
-/// through the setters of their entities, in the order of the document's paths and of the attributes' declaration; what
-/// is equal is not written. REQUIRES: both pass `check`.
+/// First what only `previous` named is put back to what it is in a new object. Then the attributes of `next` are
+/// written through the setters of their entities, in the order of the document's paths and of the attributes'
+/// declaration; what is equal is not written. REQUIRES: both pass `check`.
 void apply(StateDocument const& previous, StateDocument const& next, AgentStores const& stores);
 
 }  // namespace Stateway

@@ -18,7 +18,8 @@ Dovel::Ptr<Dovel::Node> EntityManager::getEntity(std::string_view path) const {
 
 bool EntityManager::mounted(std::string_view path) const {
   if (mounts_.contains(path)) return true;
-  for (auto slash = path.rfind('/'); slash != std::string_view::npos && slash != 0; slash = path.rfind('/', slash - 1)) {
+  for (auto slash = path.rfind('/'); slash != std::string_view::npos && slash != 0;
+       slash = path.rfind('/', slash - 1)) {
     if (mounts_.contains(path.substr(0, slash))) return true;
   }
   return false;

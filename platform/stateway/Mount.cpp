@@ -19,10 +19,17 @@ void Mount::handleFlags(std::string_view mode) {
   auto flags = flags_.val();
   for (char const letter : mode) {
     switch (letter) {
-      case 'r': flags |= AllMountFlags::read; break;
-      case 'w': flags |= AllMountFlags::read | AllMountFlags::write; break;
-      case 'i': flags |= AllMountFlags::immediate; break;
-      default: throw MountError(path_, typeName_, path_ + ": unknown mount mode " + std::string(mode));
+      case 'r':
+        flags |= AllMountFlags::read;
+        break;
+      case 'w':
+        flags |= AllMountFlags::read | AllMountFlags::write;
+        break;
+      case 'i':
+        flags |= AllMountFlags::immediate;
+        break;
+      default:
+        throw MountError(path_, typeName_, path_ + ": unknown mount mode " + std::string(mode));
     }
   }
   flags_.valIs(flags);

@@ -25,8 +25,9 @@ class MountGroup final : public Dovel::Node {
   MountGroup(Dovel::Ptr<EntityManager> entityManager, Mounter& mounter);
   ~MountGroup() override;
 
-  /// Adds a mount; the entity exists when this returns, and can be had from the entity manager once the group is complete.
-  /// Throws `MountError` for a type that isn't loaded, and for a path at which another type stands. REQUIRES: open.
+  /// Adds a mount; the entity exists when this returns, and can be had from the entity manager once the group is
+  /// complete. Throws `MountError` for a type that isn't loaded, and for a path at which another type stands. REQUIRES:
+  /// open.
   void doMount(Mount const& mount);
   /// Ends the group. The mounter's `doMountsComplete` runs later, from the host's loop. The arguments are for entity
   /// managers whose entities come from elsewhere: whether to wait, for whom, how long.

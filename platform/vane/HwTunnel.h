@@ -15,8 +15,8 @@ namespace Vane {
 
 /// The next hops of one underlay adjacency.
 ///
-/// Shared by all tunnels over the adjacency. Never changes: other next hops are another list, which replaces this one in
-/// the tunnels' entries.
+/// Shared by all tunnels over the adjacency. Never changes: other next hops are another list, which replaces this one
+/// in the tunnels' entries.
 class NextHopEntryList final : public Kiln::Entity {
   KILN_TYPE(Vane::NextHopEntryList, Kiln::Entity)
   KILN_FIXED(0x102, std::uint32_t, adjId)
@@ -87,8 +87,8 @@ class HwTunnelStatusEntry final : public Kiln::Entity {
   Dovel::String name() const override { return Kiln::toText(tunnelKey_); }
 };
 
-/// The statuses of the tunnels of one type, and the counters of its `HwTunnelConfig` as they were acted on. Written by the
-/// feature.
+/// The statuses of the tunnels of one type, and the counters of its `HwTunnelConfig` as they were acted on. Written by
+/// the feature.
 class HwTunnelStatus final : public Kiln::Entity {
   KILN_TYPE(Vane::HwTunnelStatus, Kiln::Entity)
   KILN_FIXED(0x82, TunnelType, tunnelType)

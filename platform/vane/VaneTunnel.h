@@ -10,8 +10,8 @@
 #include "platform/vane/NextHopEntrySet.h"
 #include "platform/vane/TunnelType.h"
 
-// The wanted tunnels as people and documents state them, and the ids that came of them. The forwarding abstraction turns
-// the one into `HwTunnelConfig` and fills the other from `HwTunnelStatus`.
+// The wanted tunnels as people and documents state them, and the ids that came of them. The forwarding abstraction
+// turns the one into `HwTunnelConfig` and fills the other from `HwTunnelStatus`.
 
 namespace Vane {
 

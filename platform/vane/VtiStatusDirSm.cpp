@@ -22,11 +22,18 @@ void VtiStatusDirSm::initializedIs(bool initialized) {
 void VtiStatusDirSm::handleVti(Meshal::IntfId intf) {
   Dovel::Ptr<Vxlan::VtiStatus const> const vti = vtiStatusDir()->vtiStatus(intf);
   if (!vti) return;
-  auto const& known = vtis_.at(intf);
-  if (known && &known->vti() != vti.get()) vtis_.del(intf);
+  auto const known = vtis_.at(intf);
+  bool const replaced = known && &known->vti() != vti.get();
+  if (replaced) vtis_.del(intf);
   // Before the operations, so that changes that they cause are not missed.
   if (!vtis_.at(intf)) vtis_.add(Dovel::make<NestedSm_VtiStatus>(*this, vti));
   setup(*vti);
+  if (replaced) groupsLeft(known->vti());
+}
+
+void VtiStatusDirSm::groupsLeft(Vxlan::VtiStatus const& gone) {
+  for (auto const& group : Kiln::keysOf(gone.mcastGrpDecapColl())) doSetupMcastGrpDecap(gone.intfId(), group);
+  for (auto const& group : Kiln::keysOf(gone.mcastGrpDecap6Coll())) doSetupMcastGrpDecap6(gone.intfId(), group);
 }
 
 void VtiStatusDirSm::vtiStatusDirDispatch(Dovel::Change const& change) {
@@ -36,7 +43,8 @@ void VtiStatusDirSm::vtiStatusDirDispatch(Dovel::Change const& change) {
   if (!known && !initialized_) return;
   if (vtiStatusDir()->vtiStatusHas(intf)) return handleVti(intf);
   if (!known) return;
-  vtis_.del(intf);
+  auto const gone = vtis_.del(intf);
+  groupsLeft(gone->vti());
   doCleanup(intf);
 }
 
@@ -54,9 +62,7 @@ struct VtiStatusDirSm::Step {
 std::span<VtiStatusDirSm::Step const> VtiStatusDirSm::Step::all() {
   static constexpr Step steps[] = {
       {[](Self& sm, Vti const& v) { sm.doSetupVxlanDestUdpPort(v.intfId(), v.udpPort()); }, Vti::udpPortId},
-      {[](Self& sm, Vti const& v) {
-         sm.doSetupVxlanSrcUdpPortRange(v.intfId(), v.udpSrcPort(), v.udpSrcPortLength());
-       },
+      {[](Self& sm, Vti const& v) { sm.doSetupVxlanSrcUdpPortRange(v.intfId(), v.udpSrcPort(), v.udpSrcPortLength()); },
        Vti::udpSrcPortId, Vti::udpSrcPortLengthId},
       {[](Self& sm, Vti const& v) { sm.doSetupVxlanDestSecUdpPort(v.intfId()); }},
       {[](Self& sm, Vti const& v) { sm.doHandleVxlanVtepToSecProfile(v.intfId()); }},

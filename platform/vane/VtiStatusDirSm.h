@@ -10,8 +10,9 @@ namespace Vane::VXLAN {
 /// into calls of its virtual operations, all of which do nothing here.
 ///
 /// Reads `vtiStatusDir`. An interface is set up by `handleVti`: all operations once, in their order below, whatever the
-/// values. From then on a changed field gives one call; an interface that goes gives `doCleanup`. Before
-/// `initializedIs(true)` arrivals wait: the subclass calls `handleVti` for those that it wants set up earlier.
+/// values. From then on a changed field gives one call; an interface that goes, or that another object
+/// replaces, gives a call for each of its groups; one that goes then gives `doCleanup`. Before `initializedIs(true)`
+/// arrivals wait: the subclass calls `handleVti` for those that it wants set up earlier.
 /// Main thread only. Operations may change interfaces: that is handled on the stack. They may not end this object; all of
 /// it may run inside the subclass's constructor.
 class VtiStatusDirSm : public Kiln::Sm {
@@ -84,6 +85,7 @@ class VtiStatusDirSm : public Kiln::Sm {
   };
 
   void vtiStatusDirDispatch(Dovel::Change const& change);
+  void groupsLeft(Vxlan::VtiStatus const& gone);
   void handleVtiChange(Vxlan::VtiStatus const& vti, Dovel::Change const& change);
   void setup(Vxlan::VtiStatus const& vti);
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/kiln/AttributeDefinitions.h"
 #include "platform/kiln/Sm.h"
 
 namespace NotificationTest {
@@ -22,13 +23,22 @@ class Bell final : public Dovel::PublishingNode {
 };
 
 /// Writes down its name and what it hears, and then does what the test wants.
-class Ear : public Dovel::Subscriber {
+class Ear final : public Dovel::Subscriber {
  public:
   Ear(std::string name, std::string& heard, std::function<void(std::uint16_t)> action = nullptr)
       : Dovel::Subscriber([](Dovel::Subscriber& self, Change const& change) { static_cast<Ear&>(self).hear(change); }),
         name_(std::move(name)),
         heard_(heard),
         action_(std::move(action)) {}
+  ~Ear() { leave(); }
+
+  void listen(Bell& bell) {
+    bell_ = &bell;
+    bell.publisher()->subscriberAdd(*this);
+  }
+  void leave() {
+    if (subscribed()) bell_->publisher()->subscriberRemove(*this);
+  }
 
  private:
   void hear(Change const& change) {
@@ -41,14 +51,12 @@ class Ear : public Dovel::Subscriber {
   std::string name_;
   std::string& heard_;
   std::function<void(std::uint16_t)> action_;
+  Bell* bell_ = nullptr;
 };
 
 class Notification : public testing::Test {
  protected:
-  void listen(Ear& ear) { bell->publisher()->subscriberAdd(ear); }
-  void leave(Ear& ear) {
-    if (ear.subscribed()) bell->publisher()->subscriberRemove(ear);
-  }
+  void listen(Ear& ear) { ear.listen(*bell); }
   std::string ring(std::uint16_t id = 1) {
     heard.clear();
     bell->ring(id);
@@ -63,16 +71,16 @@ TEST_F(Notification, RunsInOrderOfSubscription) {
   Ear a("a", heard), b("b", heard), c("c", heard);
   for (auto* ear : {&b, &a, &c}) listen(*ear);
   EXPECT_EQ(ring(), "b1 a1 c1 ");
-  leave(a);
+  a.leave();
   listen(a);
   EXPECT_EQ(ring(), "b1 c1 a1 ");
-  for (auto* ear : {&b, &a, &c}) leave(*ear);
+  for (auto* ear : {&b, &a, &c}) ear->leave();
   EXPECT_EQ(ring(), "");
   EXPECT_TRUE(bell->silent());
 }
 
-// Each of four subscribers in turn removes each set of the others, or itself: who is behind it isn't called any more, who
-// is before it was called already, and the list is whole afterwards.
+// Each of four subscribers in turn removes each set of the others, or itself: who is behind it isn't called any more,
+// who is before it was called already, and the list is whole afterwards.
 TEST_F(Notification, OneRemovedDuringTheWalkIsNotCalled) {
   for (unsigned remover = 0; remover < 4; ++remover) {
     for (unsigned removed = 0; removed < 16; ++removed) {
@@ -83,7 +91,7 @@ TEST_F(Notification, OneRemovedDuringTheWalkIsNotCalled) {
         ears.push_back(std::make_unique<Ear>(name, heard, [&, i](std::uint16_t) {
           if (i != remover) return;
           for (unsigned other = 0; other < 4; ++other) {
-            if (removed & (1U << other)) leave(*ears[other]);
+            if (removed & (1U << other)) ears[other]->leave();
           }
         }));
         listen(*ears[i]);
@@ -94,7 +102,7 @@ TEST_F(Notification, OneRemovedDuringTheWalkIsNotCalled) {
       EXPECT_EQ(ring(), expected) << "remover " << remover << " removed " << removed;
       // The remover has nothing more to remove, so that this is the plain list.
       EXPECT_EQ(ring(), left) << "remover " << remover << " removed " << removed;
-      for (auto& ear : ears) leave(*ear);
+      for (auto& ear : ears) ear->leave();
     }
   }
 }
@@ -112,7 +120,7 @@ TEST_F(Notification, OneThatComesDuringTheWalkHearsTheNextChange) {
 TEST_F(Notification, OneThatGoesAndComesBackDuringTheWalkIsNew) {
   Ear* mover = nullptr;
   Ear first("first", heard, [&](std::uint16_t) {
-    leave(*mover);
+    mover->leave();
     listen(*mover);
   });
   Ear second("second", heard);
@@ -143,8 +151,8 @@ TEST_F(Notification, RemovalInAnInnerWalkHoldsForTheOuterOne) {
   auto last = std::make_unique<Ear>("last", heard);
   Ear a("a", heard, [&](std::uint16_t id) {
     if (id == 1) return bell->ring(2);
-    leave(*gone);
-    leave(*last);
+    gone->leave();
+    last->leave();
     // The memory is reused, so that a walk that still holds it would show.
     gone = std::make_unique<Ear>("new", heard);
     last.reset();
@@ -156,7 +164,7 @@ TEST_F(Notification, RemovalInAnInnerWalkHoldsForTheOuterOne) {
   listen(b);
   listen(*last);
   EXPECT_EQ(ring(), "a1 a2 b2 b1 ");
-  leave(*gone);
+  gone->leave();
 }
 
 TEST_F(Notification, ThePublisherLivesUntilItsPublishReturns) {
@@ -180,12 +188,12 @@ TEST_F(Notification, WalksOfSeveralPublishersDontMeet) {
   Ear b("b", heard);
   Ear a("a", heard, [&](std::uint16_t) {
     other->ring(7);
-    other->publisher()->subscriberRemove(far);
+    far.leave();
     listen(far);
   });
   listen(a);
   listen(b);
-  other->publisher()->subscriberAdd(far);
+  far.listen(*other);
   EXPECT_EQ(ring(), "a1 far7 b1 ");
   EXPECT_TRUE(other->silent());
 }
@@ -195,7 +203,7 @@ TEST(NotificationDeathTest, AnExceptionThatLeavesASubscriberEndsTheProcess) {
   std::string heard;
   auto const bell = Dovel::make<Bell>();
   Ear thrower("a", heard, [](std::uint16_t) { throw 1; });
-  bell->publisher()->subscriberAdd(thrower);
+  thrower.listen(*bell);
   EXPECT_DEATH(
       {
         try {

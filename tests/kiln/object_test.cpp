@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/kiln/AttributeDefinitions.h"
 #include "platform/kiln/Dir.h"
 #include "platform/kiln/Entity.h"
 #include "platform/kiln/Json.h"
@@ -13,7 +14,6 @@
 #include "platform/meshal/IpGenAddr.h"
 
 namespace ObjectTest {
-namespace {
 
 using testing::ElementsAre;
 
@@ -322,7 +322,8 @@ TEST_F(Objects, WhatCannotBeReadChangesNothing) {
   };
   for (auto const& [text, starts] : std::vector<Case>{
            {R"([1])", " [1]: expected an object"},
-           {R"({"port":1,"nothing":1})", "/nothing 1: unknown attribute of ObjectTest::Site, expected one of address port"},
+           {R"({"port":1,"nothing":1})",
+            "/nothing 1: unknown attribute of ObjectTest::Site, expected one of address port"},
            {R"({"port":1,"writes":1})", "/writes 1: attribute that can't be written of ObjectTest::Site"},
            {R"({"port":1,"later":null})", "/later null: attribute that can't be written"},
            {R"({"port":65536})", "/port 65536: expected a whole number from 0 to 65535"},
@@ -351,5 +352,4 @@ TEST_F(Objects, ADirectoryMakesItsChildrenByType) {
   EXPECT_EQ(json(*dir).substr(0, 17), R"({"entity":{"d":{")");
 }
 
-}  // namespace
 }  // namespace ObjectTest

@@ -44,7 +44,7 @@ class EntryText final : public Asic::FieldVisitor {
     text_ = entry.removed() ? '(' + entry.key() + "):" : entry.key() + ':';
     if (!row_) text_ += " NO ROW";
     if (entry.state() != Asic::EntryState::written) {
-      text_ += fmt::format(" STATE {}", static_cast<unsigned>(entry.state()));
+      text_ += " STATE " + Kiln::toText(entry.state());
     }
     rowIs(0, 0);
     entry.fields(*this);

@@ -170,8 +170,8 @@ TEST(Records, portsOfTheChip) {
   auto const fcsd = Dovel::make<TesselCentral::FeatureAgentCommonSmData>();
   auto const text = [&](char const* intf) {
     auto const port = TesselL3Common::getDstPort(fcsd, IntfId(intf), Vane::nextHopResolved, true);
-    return (port.isInvalid() ? "invalid " : "") + std::to_string(port.kind()) + ":" + std::to_string(port.first()) + "/" +
-           std::to_string(port.second()) + "/" + std::to_string(port.third());
+    return (port.isInvalid() ? "invalid " : "") + std::to_string(port.kind()) + ":" + std::to_string(port.first()) +
+           "/" + std::to_string(port.second()) + "/" + std::to_string(port.third());
   };
   EXPECT_EQ(text("Ethernet1"), "invalid 0:0/0/0");
   fcsd->portConfigDirIs(ports);

@@ -2,6 +2,7 @@
 
 #include <functional>
 
+#include "platform/kiln/AttributeDefinitions.h"
 #include "platform/vane/VaneHelperTunnelSm.h"
 
 namespace {
@@ -11,7 +12,8 @@ using Vane::VaneNextHopId;
 using EntryPtr = Dovel::Ptr<Vane::HwTunnelConfigEntry const>;
 
 TunnelKey key(std::uint64_t n) {
-  return {Meshal::IpGenAddr(), Meshal::IpGenAddr(Meshal::IpAddr(0x0aff0000U + static_cast<std::uint32_t>(n))), 0, 1, {}};
+  return {
+      Meshal::IpGenAddr(), Meshal::IpGenAddr(Meshal::IpAddr(0x0aff0000U + static_cast<std::uint32_t>(n))), 0, 1, {}};
 }
 std::string number(TunnelKey const& k) { return std::to_string(k.dst().v4Addr().value() & 0xff); }
 

@@ -3,6 +3,7 @@
 #include <functional>
 #include <utility>
 
+#include "platform/kiln/AttributeDefinitions.h"
 #include "platform/vane/VtiStatusDirSm.h"
 
 namespace {

@@ -14,10 +14,10 @@ namespace TesselCentral {
 
 /// What the hardware knows of one remote VTEP: the record between the wanted tunnels and their status.
 ///
-/// The table programmers write the ids of their rows here, each status before its id, since watchers run inside the write
-/// of the id and look at the status. The tunnel programmers keep what they last programmed beside them. One VTEP can carry
-/// tunnels of several types at once; the ids are common to them.
-/// There are as many of these as there are VTEPs: small, no name of its own, no tables.
+/// The table programmers write the ids of their rows here, each status before its id, since watchers run inside the
+/// write of the id and look at the status. The tunnel programmers keep what they last programmed beside them. One VTEP
+/// can carry tunnels of several types at once; the ids are common to them. There are as many of these as there are
+/// VTEPs: small, no name of its own, no tables.
 class VtepIpToTnlIdNhIdMap final : public Kiln::Entity {
   KILN_TYPE(TesselCentral::VtepIpToTnlIdNhIdMap, Kiln::Entity)
   KILN_FIXED(0x102, Meshal::IpGenAddr, vtepIp)

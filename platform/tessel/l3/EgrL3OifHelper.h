@@ -10,8 +10,8 @@ namespace TesselL3Tunnel {
 
 /// Keeps the outgoing interfaces of the underlay: one entry of `EgrL3Oif2` for each VLAN that was asked for.
 ///
-/// Writes `EgrL3Oif2` and nothing else. Main thread only. An entry is written on first use and stays; the next hops that
-/// store its handle share it.
+/// Writes `EgrL3Oif2` and nothing else. Main thread only. An entry is written on first use and stays; the next hops
+/// that store its handle share it.
 class L3TunnelEgrL3OifHelper final : public Dovel::Node {
   KILN_BASE_TYPE(TesselL3Tunnel::L3TunnelEgrL3OifHelper)
   KILN_FIXED(0x102, Dovel::Ptr<Local::EntityManager>, localEntityManager)

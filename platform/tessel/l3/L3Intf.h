@@ -8,8 +8,8 @@
 
 namespace VaneL3Intf {
 
-/// The layer 3 interfaces of the switch. Their ids are VLAN numbers here, and 0 is none; the range keeps anything else out
-/// where documents come in.
+/// The layer 3 interfaces of the switch. Their ids are VLAN numbers here, and 0 is none; the range keeps anything else
+/// out where documents come in.
 class Table final : public Kiln::NamedEntity {
   KILN_TYPE(VaneL3Intf::Table, Kiln::NamedEntity)
   KILN_COLL(0x102, Meshal::IntfId, Bridging::VlanIdOrNone, l3Intf)

@@ -20,7 +20,7 @@ Dovel::Ptr<TesselVxlanVtepNextHop> TesselVxlanBumVtepConfig::nextHopsIs(Meshal::
 }
 
 Dovel::Ptr<TesselVxlanBumVtepConfig> TesselVxlanBumVtepConfigDir::bumVtepConfigIs(Meshal::IpGenAddr const& vtepIp,
-                                                                                 EncapId encapId) {
+                                                                                  EncapId encapId) {
   if (auto const& found = bumVtepConfig(vtepIp)) return found;
   auto const config = Dovel::make<TesselVxlanBumVtepConfig>(vtepIp);
   config->encapIdIs(encapId);
@@ -38,9 +38,7 @@ void FloodUnderlayVlanToVtepList::vtepIpListDel(Meshal::IpGenAddr const& vtep) {
   if (at != vtepIpList_.end() && *at == vtep) vtepIpList_.erase(at);
 }
 
-void appendText(std::string& out, FloodUnderlayVlanToVtepList const& list) {
-  Kiln::writeText(out, list.vtepIpList());
-}
+void appendText(std::string& out, FloodUnderlayVlanToVtepList const& list) { Kiln::writeText(out, list.vtepIpList()); }
 
 Dovel::Ptr<TesselVxlanConfig> tesselVxlanConfigFactory(Dovel::String name) {
   return Dovel::make<TesselVxlanConfig>(std::move(name));

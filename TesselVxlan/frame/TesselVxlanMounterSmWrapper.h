@@ -1,0 +1,255 @@
+#pragma once
+
+#include <cstdint>
+
+#include "TesselVxlan/frame/TesselVxlanTypes.h"
+#include "TesselVxlan/nexthop/NextHopTableProgrammer.h"
+#include "TesselVxlan/nexthop/UnderlayEcmpProgrammer.h"
+#include "TesselVxlan/nexthop/VirtualPortTableProgrammer.h"
+#include "TesselVxlan/nexthop/VxlanL3Oif1TableProgrammer.h"
+#include "TesselVxlan/overlay/TesselVxlanEgrL3TunnelTablesProgrammer.h"
+#include "TesselVxlan/overlay/TesselVxlanTunnelTermTableProgrammer.h"
+#include "TesselVxlan/overlay/TesselVxlanVtiStatusSm.h"
+#include "TesselVxlan/tunnel/HwTunnelProgrammerBase.h"
+#include "TesselVxlan/tunnel/TunnelBaseHelperSm.h"
+#include "platform/bridging/BridgingConfig.h"
+#include "platform/bridging/VlanStatusDir.h"
+#include "platform/evpn/EvpnStatus.h"
+#include "platform/plugin/L3MounterSmWrapper.h"
+#include "platform/tessel/central/VxlanRecords.h"
+#include "platform/tessel/central/VxlanToL2State.h"
+#include "platform/tessel/features/L3NextHopAttributes.h"
+#include "platform/tessel/held/Records.h"
+#include "platform/tessel/held/StateMachines.h"
+#include "platform/tessel/l3/EgrL3OifHelper.h"
+#include "platform/tessel/l3/L3Intf.h"
+#include "platform/tessel/l3common/TesselVxlanState.h"
+#include "platform/tessel/l3common/VxlanDirs.h"
+#include "platform/tessel/qos/TrustStatus.h"
+#include "platform/tessel/tables/EcmpIndirectionTableConfigReg.h"
+#include "platform/tessel/tables/EpreTables.h"
+#include "platform/tessel/tables/IpmcTable.h"
+#include "platform/tessel/tables/VniTables.h"
+#include "platform/vane/HerVtep.h"
+#include "platform/vane/VtepGroup.h"
+#include "platform/vane/VxlanInfo.h"
+#include "platform/vxlan/VxlanConfig.h"
+
+namespace TesselVxlan {
+
+/// Root object of the running feature: owns every programmer and state machine, and decides when each comes to exist.
+///
+/// In: the mounted and local entities, the chip's profile, and the boot status. Out: tables in their initial state,
+/// then the state machines, which do all further work.
+///
+///   made ──initStatewayState──▶ tables up ──both gates open──▶ state machines up
+///
+/// Gate 1 is the boot status's word that the forwarding abstraction has seen the status objects, gate 2 that the tables
+/// are up; whichever opens last starts the state machines, once. Main thread only. Programmers are shared with the
+/// state machines that use them; all go with this object, the tunnel programmers last.
+class TesselVxlanMounterSmWrapper final : public TesselL3Unicast::L3MounterSmWrapper {
+ public:
+  /// Makes the tunnel and VTI state machines if both gates are open and they don't stand yet.
+  void doStartVxlanSms();
+  /// Makes the tunnel programmers and their helper state machines.
+  void createVxlanTunnelHelperSm();
+  /// Fetches the entities that the state machines read and write, and clears HER status, which outlives no start.
+  void doBindEntities();
+  /// Writes the default virtual ports once the default outer header stands.
+  void programDefaultSvpEntry();
+  /// Drops the state of an earlier run that this one can't stand on.
+  void cleanupHitfulRestart();
+
+  void vxlanBootStatusDispatch(Dovel::Change const& change);
+  void vxlanStateDispatch(Dovel::Change const& change);
+
+  KILN_TYPE(TesselVxlan::TesselVxlanMounterSmWrapper, TesselL3Unicast::L3MounterSmWrapper)
+  KILN_ATTR(0x102, Dovel::Ptr<TesselCentral::VxlanToL2State>, vxlanToL2State)
+  KILN_WATCHED(0x103, TesselL3Common::TesselVxlanBootStatus, vxlanBootStatus, &KilnSelf::vxlanBootStatusDispatch,
+               &KilnSelf::doStartVxlanSms)
+  KILN_ATTR(0x104, Dovel::Ptr<TesselCentral::VxlanState>, tesselCentralVxlanState)
+  KILN_ATTR(0x105, Dovel::Ptr<Bridging::VlanStatusDir const>, vlanStatusDir)
+  KILN_WATCHED(0x106, TesselL3Common::TesselVxlanState, vxlanState, &KilnSelf::vxlanStateDispatch,
+               &KilnSelf::programDefaultSvpEntry)
+  KILN_ATTR(0x107, Dovel::Ptr<Vane::HwTunnelConfigDir>, hwTunnelConfigDir)
+  KILN_ATTR(0x108, Dovel::Ptr<Vane::HwTunnelStatusDir>, hwTunnelStatusDir)
+  KILN_ATTR(0x109, Dovel::Ptr<Kiln::Dir>, routeDestinationTableDir)
+  KILN_ATTR(0x10a, Dovel::Ptr<Kiln::Dir>, ecmpNhTableDir)
+  KILN_ATTR(0x10b, Dovel::Ptr<TesselL3Common::TesselVxlanBumVtepConfigDir>, bumVtepConfigDir)
+  KILN_ATTR(0x10c, Dovel::Ptr<TesselL3Common::EncapIdToBumVtepIpConfigDir>, encapIdToBumVtepIpConfigDir)
+  KILN_ATTR(0x10d, Dovel::Ptr<Vane::HwTunnelConfig>, hwMcastTunnelConfig)
+  KILN_ATTR(0x10e, Dovel::Ptr<Vane::HwTunnelStatus>, hwMcastTunnelStatus)
+  KILN_ATTR(0x10f, Dovel::Ptr<TesselL3Common::TesselVxlanConfig>, vxlanConfig)
+  KILN_ATTR(0x110, Dovel::Ptr<TesselL3Common::TesselVxlanStatus>, vxlanStatus)
+  KILN_ATTR(0x111, Dovel::Ptr<Vane::VXLAN::VaneVxlanHwHerVtepConfigDir>, vaneVxlanHwHerVtepConfigDir)
+  KILN_ATTR(0x112, Dovel::Ptr<Vane::VXLAN::VaneVxlanHwHerVtepStatusDir>, vaneVxlanHwHerVtepStatusDir)
+  KILN_ATTR(0x113, Dovel::Ptr<Vxlan::VtiStatusDir>, vtiStatusDir)
+  KILN_ATTR(0x114, Dovel::Ptr<Vane::VaneTunnelConfigDir>, tunnelConfigDir)
+  KILN_ATTR(0x115, Dovel::Ptr<Vane::VaneTunnelStatusDir>, tunnelStatusDir)
+  KILN_ATTR(0x116, Dovel::Ptr<Interface::VlanIntfConfigDir const>, vlanIntfConfigDir)
+  KILN_ATTR(0x117, Dovel::Ptr<TesselCentral::VfiCapabilityStatus const>, vfiCapabilityStatus)
+  KILN_ATTR(0x118, Dovel::Ptr<Bridging::HwCapabilities const>, bridgingHwCapabilities)
+  KILN_ATTR(0x119, Dovel::Ptr<TesselL3Unicast::L3NextHopAttributes const>, nhAttributes)
+  KILN_ATTR(0x11a, bool, vxlanUnderlayFloodingHw)
+  KILN_ATTR(0x11b, Dovel::Ptr<TesselCentral::VlanVfiDir>, vlanVfiDir)
+  KILN_RESERVED(0x11c, "TesselVxlan::TesselVxlanHelperVni", helperVni)
+  KILN_ATTR(0x11d, Dovel::Ptr<VaneHelper::VaneHelperVniConfig const>, helperVniConfig)
+  KILN_ATTR(0x11e, Dovel::Ptr<VaneHelper::VaneHelperVniStatus>, helperVniStatus)
+  KILN_INST(0x11f, Vane::VXLAN::VaneVxlanInfo, vxlanInfo)
+  KILN_ATTR(0x120, Dovel::Ptr<Vxlan::RemoteVniToVlanStatus const>, irbRemoteVniToVlanStatus)
+  KILN_ATTR(0x121, Dovel::Ptr<Vxlan::RemoteVniToVlanStatus const>, staticRemoteVniToVlanStatus)
+  KILN_ATTR(0x122, Dovel::Ptr<Vxlan::RemoteVniToVlanStatus>, remoteVniToVlanStatus)
+  KILN_INST(0x123, Vxlan::RemoteVniToSBDVlanMergeSm, remoteVniToSBDVlanMergeSm)
+  KILN_ATTR(0x124, Dovel::Ptr<Vxlan::VxlanHwStatusDir>, vxlanHwStatusDir)
+  KILN_ATTR(0x125, Dovel::Ptr<Bridging::Config const>, bridgingConfig)
+  KILN_ATTR(0x126, Dovel::Ptr<Vxlan::VxlanConfigDir const>, vxlanConfigDir)
+  KILN_INST(0x127, TesselVxlanCommon::L3McastEvpnStatusSmCommon, l3McastEvpnStatusSm)
+  KILN_ATTR(0x128, Dovel::Ptr<Vane::VaneTunnelConfig>, vxlanTunnelConfig)
+  KILN_ATTR(0x129, Dovel::Ptr<Vane::VaneTunnelStatus>, vxlanTunnelStatus)
+  KILN_ATTR(0x12a, Dovel::Ptr<Vane::VaneTunnelConfig>, vxlanMemberTunnelConfig)
+  KILN_ATTR(0x12b, Dovel::Ptr<Vane::VaneTunnelStatus>, vxlanMemberTunnelStatus)
+  KILN_INST(0x12c, Vane::VXLAN::VtepGroupConfigDir, vtepGroupConfigDir)
+  KILN_INST(0x12d, Vane::VXLAN::VtepGroupStatusDir, vtepGroupStatusDir)
+  KILN_ATTR(0x12e, Dovel::Ptr<Vane::VXLAN::VaneVtepGroupConfigDir const>, vaneVtepGroupConfigDir)
+  KILN_ATTR(0x12f, Dovel::Ptr<Vane::VXLAN::VaneVtepGroupStatusDir>, vaneVtepGroupStatusDir)
+  KILN_ATTR(0x130, Dovel::Ptr<TesselVxlanVtiStatusSm>, vxlanVtiStatusSm)
+  KILN_ATTR(0x131, Dovel::Ptr<TesselCentral::VxlanSliceConfig>, vxlanSliceConfig)
+  KILN_SMALL_COLL(0x132, Vane::TunnelType, Dovel::Ptr<HwTunnelProgrammerBase>, hwTunnelProgrammer)
+  KILN_ATTR(0x133, Dovel::Ptr<TunnelBaseHelperSm>, vxlanMcastTunnelHelperSm)
+  KILN_ATTR(0x134, Dovel::Ptr<TunnelBaseHelperSm>, vxlanTunnelHelperSm)
+  KILN_ATTR(0x135, Dovel::Ptr<TunnelBaseHelperSm>, vxlanMemberTunnelHelperSm)
+  KILN_RESERVED(0x136, "TesselVxlan::HerTunnelHelperSm", herTunnelHelperSm)
+  KILN_RESERVED(0x137, "TesselVxlan::TesselVxlanHelperPortGroupSm", tesselVxlanHelperPortGroupSm)
+  KILN_RESERVED(0x138, "TesselVxlan::TesselVxlanHelperVniSm", tesselVxlanHelperVniSm)
+  KILN_RESERVED(0x139, "TesselVxlan::TesselVxlanECNSm", tesselVxlanECNSm)
+  KILN_RESERVED(0x13a, "Vane::VXLAN::VaneVxlanHwHerSm", vaneVxlanHwHerSm)
+  KILN_ATTR(0x13b, Dovel::Ptr<L2Rib::FloodSetOutput const>, l2RibFloodSet)
+  KILN_ATTR(0x13c, Dovel::Ptr<VxlanController::VtepStatusDirV2 const>, vxlanVtepStatusDir)
+  KILN_RESERVED(0x13d, "TesselVxlan::VxlanVtepGroupDirSm", vxlanVtepGroupDirSm)
+  KILN_FIXED(0x13e, bool, tablesInitialized)
+  KILN_RESERVED(0x13f, "Multicast::Tunnel::ConfigDirColl", mcastTunnelConfigDirColl)
+  KILN_RESERVED(0x140, "Multicast::Tunnel::StatusDirColl", mcastTunnelStatusDirColl)
+  KILN_RESERVED(0x141, "Vane::VXLAN::VaneVxlanMcastSm", vaneVxlanMcastSm)
+  KILN_RESERVED(0x142, "TesselVxlan::BumVtepSm", bumVtepSm)
+  KILN_RESERVED(0x143, "TesselVxlan::BumVtepSm", mcastHerVtepSm)
+  KILN_RESERVED(0x144, "TesselVxlan::BumVtepSm", mcastVtepSm)
+  KILN_INST(0x145, TesselL3Common::FloodUnderlayVlanToVtepListDir, floodUnderlayVlanToVtepListDir)
+  KILN_ATTR(0x146, Dovel::Ptr<TesselCommon::Qos::TrustStatus>, qosTrustStatusAllLocal)
+  KILN_ATTR(0x147, Dovel::Ptr<Kiln::Dir const>, qosTrustStatusDir)
+  KILN_INST(0x148, TesselCommon::Qos::TrustStatusSm, qosTrustStatusSm)
+  KILN_ATTR(0x149, Dovel::Ptr<TesselCentral::VxlanCapabilities const>, vxlanCapabilities)
+  KILN_ATTR(0x14a, Dovel::Ptr<TesselL3::RoutingStatus const>, routingStatus)
+  KILN_ATTR(0x14b, Dovel::Ptr<Vxlan::EcnConfig const>, ecnConfig)
+  KILN_RESERVED(0x14c, "TesselVxlan::EpreEdevConfigCcbeSm", epreSm)
+  KILN_ATTR(0x14d, Dovel::Ptr<VaneL3Intf::Table const>, vaneL3IntfTable)
+  KILN_ATTR(0x14e, Dovel::Ptr<VxlanVtepGroupTunnelIdMapDir>, vtepGrpTnlIdMapDir)
+  KILN_ATTR(0x14f, Dovel::Ptr<Evpn::EvpnStatus const>, evpnStatus)
+  KILN_ATTR(0x150, Dovel::Ptr<MrouteLib::MrouteVxlanDecapTable>, mrouteVxlanDecapTable)
+  KILN_ATTR(0x151, Dovel::Ptr<L2TunnelVnIdTable>, l2TunnelVnIdTable)
+  KILN_ATTR(0x152, Dovel::Ptr<TesselEpre::EpreCcbeNextHopRemapTable>, epreNextHopRemapTable)
+  KILN_ATTR(0x153, Dovel::Ptr<TesselL3Common::VxlanDvpToVtepMap>, dvpToVtepMapping)
+  KILN_ATTR(0x154, Dovel::Ptr<VxlanV4UnderlayMcastTable>, vxlanV4UnderlayMcastTable)
+  KILN_RESERVED(0x155, "TesselVxlan::TesselVxlanUnderlayMulticastSm", underlayMulticastSm)
+  KILN_ATTR(0x156, Dovel::Ptr<TesselL3Common::VxlanTunnelIndexToVtepMap>, tunnelIndexToVtepMapping)
+  KILN_INST(0x157, TesselVxlanTunnelTermTableProgrammer, tunnelTermTableProgrammer)
+  KILN_INST(0x158, VirtualPortProgrammer, virtualPortTableProgrammer)
+  KILN_INST(0x159, TesselL3Tunnel::L3TunnelEgrL3OifHelper, l3Oif2TableHelper)
+  KILN_INST(0x15a, NextHopTableProgrammer, nextHopTableProgrammer)
+  KILN_INST(0x15b, VxlanL3Oif1TableProgrammer, l3Oif1TableProgrammer)
+  KILN_RESERVED(0x15c, "TesselVxlan::HerNextHopTableProgrammer", herNextHopTableProgrammer)
+  KILN_INST(0x15d, UnderlayEcmpProgrammer, underlayEcmpProgrammer)
+  KILN_RESERVED(0x15e, "TesselVxlan::VpLagEcmpProgrammer", vpLagEcmpProgrammer)
+  KILN_INST(0x15f, TesselVxlanEgrL3TunnelTablesProgrammer, egrL3TunnelTablesProgrammer)
+  KILN_ATTR(0x160, Dovel::Ptr<EcmpIndirectionTableConfigReg>, ecmpIndirectionTableConfigReg)
+  KILN_ATTR(0x161, std::uint16_t, indirectionBasePtr)
+  KILN_METHOD(doStartVxlanSms)
+  KILN_METHOD(createVxlanTunnelHelperSm)
+  KILN_METHOD(doBindEntities)
+  KILN_METHOD(programDefaultSvpEntry)
+  KILN_METHOD(cleanupHitfulRestart)
+
+ public:
+  TesselVxlanMounterSmWrapper(Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData> fcsd,
+                              Dovel::Ptr<Stateway::EntityManager> statewayEm, TesselL3Unicast::AgentSmId agentSmId,
+                              Dovel::Ptr<Local::EntityStore> localEntityStore,
+                              Dovel::Ptr<KilnSharedMem::EntityManager> shmemEm, Dovel::Ptr<Kiln::Dir> agentDir);
+
+  /// Binds, clears stale state, makes the table programmers, brings every table to its initial state in a fixed order,
+  /// and opens gate 2. Waits for nothing. REQUIRES: once.
+  void initStatewayState() override;
+  /// Opens gate 2.
+  void tablesInitializedIs(bool tablesInitialized);
+  void hasNotificationActiveIs(bool active) override;
+
+ private:
+  /// What decides whether the feature says that it runs.
+  struct TablesDone {
+    bool egrL3 = false;
+    bool uecmp = false;
+    bool dvp = false;
+  };
+
+  // Binding, in the order of the calls.
+  void bindLocalEntities();
+  void bindTableDirs();
+  void bindQos();
+  void makeMcastTunnelPair();
+  void bindMountedEntities();
+  void bindChipAttributes();
+  void bindHerAndL3Status();
+  void bindVaneTunnels();
+  void bindVxlanInfo();
+  void makeTunnelStatuses();
+  void bindFloodSet();
+  void bindRemoteVniStatus();
+  void bindMrouteDecap();
+
+  // Tables, in the order of the calls.
+  void makeProgrammers();
+  void initTermAndPortTables();
+  void initNextHopTables(TablesDone& done);
+  void initHeaderTables(TablesDone& done);
+  void initVniAndRemapTables();
+  void runningStateIfDone(TablesDone const& done);
+  void initIndirection();
+
+  TunnelProgrammerInputs tunnelProgrammerInputs(Vane::TunnelType type,
+                                                Dovel::Ptr<Anvil::IncrementalHBitmap> const& encapIdBitmap) const;
+  Dovel::Ptr<TunnelBaseHelperSm> tunnelHelper(Vane::TunnelType type) const;
+
+  template <class Table>
+  bool chipHas() const;
+  template <class T>
+  Dovel::Ptr<T> mounted(std::string_view path) const;
+  template <class T>
+  Dovel::Ptr<T> local(std::string const& path) const;
+
+  Dovel::Ptr<Kiln::Dir> nextHop2Dir_;
+  Dovel::Ptr<Kiln::Dir> virtualPortDir_;
+  Dovel::Ptr<TesselMcast::IpmcTable> ipmcTable_;
+};
+
+Dovel::Ptr<TesselVxlanMounterSmWrapper> tesselVxlanMounterSmWrapperFactory(
+    Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData> const& fcsd,
+    Dovel::Ptr<Stateway::EntityManager> const& statewayEm, TesselL3Unicast::AgentSmId agentSmId,
+    Dovel::Ptr<Local::EntityStore> const& localEntityStore, Dovel::Ptr<KilnSharedMem::EntityManager> const& shmemEm,
+    Dovel::Ptr<Kiln::Dir> const& agentDir);
+
+// Of the source files of this class.
+
+template <class Table>
+bool TesselVxlanMounterSmWrapper::chipHas() const {
+  return TesselProfile::feature<typename Table::Util>(chipInfo()) != nullptr;
+}
+
+template <class T>
+Dovel::Ptr<T> TesselVxlanMounterSmWrapper::mounted(std::string_view path) const {
+  return statewayEm()->getEntity<T>(path);
+}
+
+template <class T>
+Dovel::Ptr<T> TesselVxlanMounterSmWrapper::local(std::string const& path) const {
+  return localEntityManager()->doMount<T>(path);
+}
+
+}  // namespace TesselVxlan

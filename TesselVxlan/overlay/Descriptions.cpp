@@ -1,0 +1,5 @@
+#include "TesselVxlan/overlay/TesselVxlanEgrL3TunnelTablesProgrammer.h"
+#include "TesselVxlan/overlay/TesselVxlanTunnelTermTableProgrammer.h"
+#include "TesselVxlan/overlay/TesselVxlanVtiStatusSm.h"
+#include "TesselVxlan/overlay/VxlanUnsupportedLogger.h"
+#include "platform/kiln/AttributeDefinitions.h"

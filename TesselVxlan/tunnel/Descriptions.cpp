@@ -1,0 +1,5 @@
+#include "TesselVxlan/tunnel/HwTunnelProgrammerBase.h"
+#include "TesselVxlan/tunnel/HwTunnelProgrammerMemberTunnel.h"
+#include "TesselVxlan/tunnel/HwTunnelProgrammerUnicast.h"
+#include "TesselVxlan/tunnel/TunnelBaseHelperSm.h"
+#include "platform/kiln/AttributeDefinitions.h"

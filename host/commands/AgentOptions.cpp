@@ -1,0 +1,56 @@
+#include "host/commands/AgentOptions.h"
+
+#include <CLI/Validators.hpp>
+#include <cstdlib>
+
+#include "platform/kiln/Trace.h"
+
+namespace Host {
+
+void AgentOptions::addTo(CLI::App& command) {
+  command.add_option("--profile", profile, "Chip profile: the name of one that is built in, or a file")
+      ->capture_default_str();
+  command.add_option("--completion", completion, "When the chip's answers show")
+      ->check(CLI::IsMember({"direct", "deferred"}))
+      ->capture_default_str();
+  command.add_option("--format", format, "How to print")->check(CLI::IsMember({"text", "json"}))->capture_default_str();
+  command.add_option("--trace", trace,
+                     "Traces to standard error: NAME=MASK,…, NAME a source file or a beginning with *, MASK a bit per "
+                     "level; after those of TESSEL_TRACE");
+  command.add_option("--plugin", plugin, "Plug-in to load in place of the installed one");
+}
+
+std::unique_ptr<Agent> AgentOptions::makeAgent() const {
+  Agent::Options options;
+  options.profile = profile;
+  options.completion = completion == "direct" ? Asic::Completion::direct : Asic::Completion::deferred;
+  if (!plugin.empty()) options.plugin = plugin;
+  return std::make_unique<Agent>(options);
+}
+
+std::vector<Input> readAndCheck(Agent const& agent, std::vector<std::string> const& paths) {
+  auto inputs = readInputs(paths);
+  for (auto const& input : inputs) agent.check(input.document, input.name);
+  return inputs;
+}
+
+AgentOptions::Traces::Traces(AgentOptions const& options) {
+  char const* const environment = std::getenv("TESSEL_TRACE");
+  std::string masks = environment ? environment : "";
+  if (!masks.empty() && !options.trace.empty()) masks += ',';
+  masks += options.trace;
+  if (masks.empty()) return;
+  // The names are those of loaded files.
+  Plugin::Loader().load(options.plugin.empty() ? defaultPlugin() : std::filesystem::path(options.plugin));
+  if (auto const wrong = Kiln::traceMasksIs(masks); !wrong.empty()) throw CLI::ValidationError("--trace", wrong);
+  Kiln::traceTextSinkIs(stderr);
+  on_ = true;
+}
+
+AgentOptions::Traces::~Traces() {
+  if (!on_) return;
+  Kiln::traceTextSinkIs(nullptr);
+  Kiln::traceMasksIs("");
+}
+
+}  // namespace Host

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <CLI/App.hpp>
+#include <string>
+#include <vector>
+
+#include "host/agent/Agent.h"
+#include "host/agent/Inputs.h"
+
+namespace Host {
+
+/// The options of commands that start an agent.
+struct AgentOptions {
+  std::string profile = "cascaded";
+  std::string completion = "direct";
+  std::string format = "text";
+  std::string trace;
+  std::string plugin;
+  std::vector<std::string> inputs;
+
+  void addTo(CLI::App& command);
+  bool json() const { return format == "json"; }
+  /// Switches traces on, for as long as the object lives: from `trace`, behind those of the environment (TESSEL_TRACE).
+  /// Throws `Plugin::LoadError`, or `CLI::ValidationError` for a list that can't be used.
+  class Traces;
+  /// An agent in its start state.
+  std::unique_ptr<Agent> makeAgent() const;
+};
+
+class AgentOptions::Traces {
+ public:
+  explicit Traces(AgentOptions const& options);
+  ~Traces();
+  Traces(Traces const&) = delete;
+  Traces& operator=(Traces const&) = delete;
+
+ private:
+  bool on_ = false;
+};
+
+/// Reads all inputs and checks them against the agent. Throws `InputError` for the first that can't be used; then nothing
+/// has been applied.
+std::vector<Input> readAndCheck(Agent const& agent, std::vector<std::string> const& paths);
+
+}  // namespace Host

@@ -1,0 +1,129 @@
+#include "host/commands/CommandLine.h"
+
+#include <CLI/App.hpp>
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+#include <algorithm>
+#include <functional>
+#include <ostream>
+
+#include "host/commands/Commands.h"
+#include "host/show/TextReport.h"
+#include "platform/asic/ProfileLoader.h"
+#include "platform/stateway/Backend.h"
+
+namespace Host {
+
+namespace {
+
+constexpr char const* kInputs =
+    "State documents (.json) and directories of captures (what ip -j and bridge -j print), in order; a later directory "
+    "may hold only the files that changed. Default: a captured leaf that is built in";
+
+/// The commands with the places that their arguments go to; parsing sets what is to be run.
+class CommandLine {
+ public:
+  explicit CommandLine(std::ostream& out) : out_(out) {
+    app_.name("tessel-agent");
+    app_.description("Runs the VXLAN feature of a switch's chip agent on a simulated chip.");
+    app_.set_version_flag("--version", std::string("tessel-agent ") + TESSEL_VERSION);
+    app_.require_subcommand(1);
+    addRun();
+    addExplain();
+    addImport();
+    addTypes();
+    addProfiles();
+  }
+
+  int run(std::vector<std::string> arguments, std::ostream& err) {
+    try {
+      std::reverse(arguments.begin(), arguments.end());
+      app_.parse(arguments);
+      return command_();
+    } catch (CLI::ParseError const& error) {
+      return app_.exit(error, out_, err) == 0 ? kGood : kUnusable;
+    }
+  }
+
+ private:
+  CLI::App& add(char const* name, char const* description, std::function<int()> command) {
+    auto* const sub = app_.add_subcommand(name, description);
+    sub->callback([this, command = std::move(command)] { command_ = command; });
+    return *sub;
+  }
+
+  void addRun() {
+    auto& run = add("run", "Applies inputs to an agent, one after the other, and shows what it makes of them",
+                    [this] { return runCommand(run_, out_); });
+    run.add_option("INPUT", run_.inputs, kInputs);
+    run_.addTo(run);
+    run.add_option("--show", run_.show, "What to show, comma-separated; json shows all and adds the state on demand")
+        ->delimiter(',')
+        ->check(CLI::IsMember(std::vector<std::string>(kSections.begin(), kSections.end())))
+        ->capture_default_str();
+    run.add_flag("--show-each", run_.showEach, "Show after each input, not only after the last");
+  }
+
+  void addExplain() {
+    auto& explain = add("explain", "Shows the chain of rows to one VTEP, or what is missing and why",
+                        [this] { return explainCommand(explain_, out_); });
+    explain.add_option("VTEP", explain_.vtep, "Address of the remote VTEP")->required();
+    explain.add_option("INPUT", explain_.inputs, kInputs);
+    explain_.addTo(explain);
+  }
+
+  void addImport() {
+    auto* const import = app_.add_subcommand("import", "Turns what other programs print into a state document");
+    import->require_subcommand(1);
+    auto* const iproute2 = import->add_subcommand("iproute2", "From captures of ip -j and bridge -j");
+    iproute2->add_option("DIR", directories_, "Directories of captures, later ones over earlier ones")->required();
+    iproute2->callback([this] { command_ = [this] { return importCommand(directories_, out_); }; });
+  }
+
+  void addTypes() {
+    auto& types = add("types", "Lists the registered classes, or describes one",
+                      [this] { return typesCommand(name_, plugin_, out_); });
+    types.add_option("NAME", name_, "A class, such as Vane::HwTunnelConfig");
+    types.add_option("--plugin", plugin_, "Plug-in to load in place of the installed one");
+  }
+
+  void addProfiles() {
+    auto& profiles = add("profiles", "Lists the chip profiles, or describes one",
+                         [this] { return profilesCommand(name_, out_); });
+    profiles.add_option("NAME", name_, "A profile's name, or a file");
+  }
+
+  std::ostream& out_;
+  CLI::App app_;
+  std::function<int()> command_;
+  RunOptions run_;
+  ExplainOptions explain_;
+  std::vector<std::string> directories_;
+  std::string name_;
+  std::string plugin_;
+};
+
+/// Runs `command` and turns what it throws about input into a message.
+template <class Command>
+int guarded(std::ostream& err, Command command) {
+  try {
+    return command();
+  } catch (InputError const& error) {
+    err << error.what() << '\n';
+  } catch (Asic::ProfileError const& error) {
+    err << error.what() << '\n';
+  } catch (Plugin::LoadError const& error) {
+    err << error.what() << '\n';
+  } catch (Stateway::MountError const& error) {
+    err << error.what() << '\n';
+  }
+  return kUnusable;
+}
+
+}  // namespace
+
+int runCommandLine(std::vector<std::string> const& arguments, std::ostream& out, std::ostream& err) {
+  return guarded(err, [&] { return CommandLine(out).run(arguments, err); });
+}
+
+}  // namespace Host

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+#include "host/commands/AgentOptions.h"
+
+// What each command does, once its arguments are read. All give an exit code and throw what can't be used.
+
+namespace Host {
+
+struct RunOptions : AgentOptions {
+  std::vector<std::string> show{"summary"};
+  bool showEach = false;
+};
+/// Applies the inputs in turn and shows what the agent has made of the last, or of each.
+int runCommand(RunOptions const& options, std::ostream& out);
+
+struct ExplainOptions : AgentOptions {
+  std::string vtep;
+};
+int explainCommand(ExplainOptions const& options, std::ostream& out);
+
+/// Prints the state document that capture directories give.
+int importCommand(std::vector<std::string> const& directories, std::ostream& out);
+/// Lists the registered classes, or describes the named one.
+int typesCommand(std::string const& name, std::string const& plugin, std::ostream& out);
+/// Lists the built-in profiles, or describes the named one.
+int profilesCommand(std::string const& nameOrFile, std::ostream& out);
+
+}  // namespace Host

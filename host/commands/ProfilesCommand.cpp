@@ -1,0 +1,73 @@
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
+#include <ostream>
+
+#include "host/commands/CommandLine.h"
+#include "host/commands/Commands.h"
+#include "host/show/Columns.h"
+#include "platform/asic/ProfileLoader.h"
+#include "platform/kiln/Json.h"
+
+namespace Host {
+
+namespace {
+
+using Align = Columns::Align;
+
+std::string jsonText(rapidjson::Value const& value) {
+  rapidjson::StringBuffer buffer;
+  rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+  value.Accept(writer);
+  return {buffer.GetString(), buffer.GetSize()};
+}
+
+void printTables(std::ostream& out, Asic::ChipProfile const& profile) {
+  Columns columns({Align::left, Align::right, Align::right});
+  columns.row({"TABLE", "ROWS", "FROM"});
+  for (auto const& [name, size] : profile.tables()) {
+    if (size.rows != 0) columns.row({name, Kiln::toText(size.rows), Kiln::toText(size.base)});
+  }
+  columns.print(out);
+}
+
+/// Those that say more than that a table is there.
+void printFeatures(std::ostream& out, Asic::ChipProfile const& profile) {
+  for (auto const& [name, feature] : profile.features()) {
+    if (name.ends_with("::Util")) continue;
+    rapidjson::Document document;
+    Kiln::JsonOut place(document, document.GetAllocator());
+    Kiln::entityToJson(*feature, place);
+    out << name << '\n';
+    for (auto const& attribute : document.GetObject()) {
+      out << "  " << attribute.name.GetString() << '=' << jsonText(attribute.value) << '\n';
+    }
+  }
+}
+
+void printProfile(std::ostream& out, Asic::ChipProfile const& profile) {
+  out << profile.name() << ": " << profile.description() << '\n';
+  if (!profile.profileSupportsVxlan()) out << "has no room for VXLAN\n";
+  out << '\n';
+  printTables(out, profile);
+  out << '\n';
+  printFeatures(out, profile);
+}
+
+}  // namespace
+
+int profilesCommand(std::string const& nameOrFile, std::ostream& out) {
+  if (!nameOrFile.empty()) {
+    printProfile(out, *Asic::loadProfile(nameOrFile));
+    return kGood;
+  }
+  Columns columns({Align::left, Align::left});
+  columns.row({"PROFILE", "DESCRIPTION"});
+  for (auto const name : Asic::profileNames()) {
+    columns.row({std::string(name), Asic::loadProfile(std::string(name))->description()});
+  }
+  columns.print(out);
+  return kGood;
+}
+
+}  // namespace Host

@@ -1,0 +1,8 @@
+#include "platform/asic/Chip.h"
+#include "platform/asic/ChipProfile.h"
+#include "platform/asic/EntryHandle.h"
+#include "platform/asic/Feature.h"
+#include "platform/asic/Store.h"
+#include "platform/asic/SwTable.h"
+#include "platform/asic/TableRegistry.h"
+#include "platform/kiln/AttributeDefinitions.h"

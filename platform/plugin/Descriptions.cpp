@@ -1,0 +1,7 @@
+#include "platform/kiln/AttributeDefinitions.h"
+#include "platform/plugin/InfraMounterBase.h"
+#include "platform/plugin/L3MounterBase.h"
+#include "platform/plugin/L3MounterSmWrapper.h"
+#include "platform/plugin/LibMounterBase.h"
+#include "platform/plugin/Mounter.h"
+#include "platform/plugin/SmRunningState.h"

@@ -1,0 +1,91 @@
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <rapidjson/document.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "host/commands/CommandLine.h"
+#include "tests/support/AgentWish.h"
+
+namespace Host::Test {
+
+/// What a command printed and how it ended.
+struct Ran {
+  int code;
+  std::string out;
+  std::string err;
+
+  /// The JSON object that was printed.
+  rapidjson::Document json() const {
+    rapidjson::Document document;
+    document.Parse(out.c_str());
+    EXPECT_FALSE(document.HasParseError()) << out;
+    return document;
+  }
+};
+
+inline Ran run(std::vector<std::string> const& arguments) {
+  std::ostringstream out;
+  std::ostringstream err;
+  int const code = runCommandLine(arguments, out, err);
+  return {code, out.str(), err.str()};
+}
+
+inline std::string capture(std::string const& name) {
+  return (std::filesystem::path(TESSEL_SOURCE_DIR) / "tests/data/captures" / name).string();
+}
+
+/// Files of a test's own, gone at its end.
+class Files : public testing::Test {
+ protected:
+  ~Files() override { std::filesystem::remove_all(base_); }
+
+  std::string file(std::string const& name, std::string const& text) const {
+    std::filesystem::create_directories(base_);
+    std::ofstream(base_ / name) << text;
+    return (base_ / name).string();
+  }
+  std::filesystem::path const& base() const { return base_; }
+
+ private:
+  std::filesystem::path base_ = std::filesystem::temp_directory_path() /
+                                ("tessel-" + std::to_string(getpid()) +
+                                 testing::UnitTest::GetInstance()->current_test_info()->name());
+};
+
+/// A wish with the local VTEP 10.255.0.1, UDP port 4789, adjacency 7 over uplinks 1 and 2, and VTEPs 2 to `last` over it.
+inline AgentTest::Wish wishTo(unsigned last) {
+  AgentTest::Wish wish{.localVtep = AgentTest::vtep(1), .udpPort = 4789};
+  wish.adjacencies[7] = {AgentTest::uplink(1), AgentTest::uplink(2)};
+  for (unsigned n = 2; n <= last; ++n) wish.tunnels[{AgentTest::unicast, AgentTest::vtep(n)}].adjId = 7;
+  return wish;
+}
+
+/// "VTEP adjacency", a `!` and the reason behind those that are not programmed, in the order of the output.
+inline std::vector<std::string> tunnelsOf(rapidjson::Value const& report) {
+  std::vector<std::string> lines;
+  for (auto const& tunnel : report["tunnels"].GetArray()) {
+    auto line = std::string(tunnel["vtep"].GetString());
+    if (tunnel["adjId"].IsUint()) line += " " + std::to_string(tunnel["adjId"].GetUint());
+    EXPECT_NE(tunnel["programmed"].GetBool(), tunnel["reason"].IsString());
+    if (!tunnel["programmed"].GetBool()) line += std::string(" !") + tunnel["reason"].GetString();
+    lines.push_back(line);
+  }
+  return lines;
+}
+
+/// The keys of a table, in the order of the output.
+inline std::vector<std::string> keysOf(rapidjson::Value const& report, char const* table) {
+  std::vector<std::string> keys;
+  for (auto const& entry : report["tables"][table]["entries"].GetArray()) keys.emplace_back(entry["key"].GetString());
+  return keys;
+}
+
+}  // namespace Host::Test

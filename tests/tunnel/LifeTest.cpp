@@ -1,0 +1,158 @@
+#include "tests/tunnel/TunnelFixture.h"
+
+namespace AgentTest {
+
+namespace {
+
+using testing::HasSubstr;
+
+class TunnelLife : public Tunnels {};
+INSTANTIATE_TEST_SUITE_P(Chips, TunnelLife, testing::ValuesIn(chipKinds({"cascaded", "flat"})), kindName);
+
+TEST_P(TunnelLife, aStatusTellsIdsOnlyWhenTheChipHasThem) {
+  agent.hold(agent.overlayTable());
+  agent.tunnel(unicast, vtep(2)).via(uplink(1));
+  agent.tunnel(member, vtep(3)).via(uplink(1));
+  EXPECT_EQ(agent.status(unicast), "") << "the next-hop id is missing";
+  EXPECT_EQ(agent.status(member), "10.255.0.3 gen=1 tnl=#1 nh=#1 adj=101\n") << "a member tunnel has no other than the port's";
+  agent.release();
+  EXPECT_EQ(agent.status(unicast), "10.255.0.2 gen=1 tnl=#2 nh=#1 adj=101\n");
+
+  agent.hold("VirtualPortTableMerged");
+  agent.tunnel(unicast, vtep(4)).via(uplink(1));
+  bool const direct = GetParam().completion == Asic::Completion::direct;
+  EXPECT_EQ(agent.status(unicast).find("10.255.0.4") != std::string::npos, direct);
+  agent.release();
+  EXPECT_THAT(agent.status(unicast), HasSubstr("10.255.0.4 gen=1 tnl=#3 nh=#2 adj=101\n"));
+}
+
+TEST_P(TunnelLife, aTunnelThatGoesLeavesNothingBehind) {
+  agent.tunnel(unicast, vtep(2)).via(uplink(1), uplink(2));
+  agent.tunnel(unicast, vtep(3)).via(uplink(1), uplink(2));
+  auto const one = agent.chip();
+  agent.tunnel(unicast, vtep(4)).via(uplink(2), uplink(3));
+  agent.tunnel(unicast, vtep(4)).gone();
+  EXPECT_EQ(agent.chip(), one);
+  agent.tunnel(unicast, vtep(3)).gone();
+  agent.tunnel(unicast, vtep(2)).gone();
+  EXPECT_EQ(agent.chip(), start);
+  EXPECT_EQ(agent.status(unicast), "");
+}
+
+TEST_P(TunnelLife, aTunnelThatGoesBeforeTheChipAnswersLeavesNothingBehind) {
+  agent.hold("VirtualPortTableMerged").hold(agent.overlayTable());
+  agent.tunnel(unicast, vtep(2)).via(uplink(1));
+  agent.tunnel(unicast, vtep(2)).gone();
+  agent.tunnel(unicast, vtep(2)).via(uplink(2));
+  agent.tunnel(unicast, vtep(2)).gone();
+  agent.release();
+  EXPECT_EQ(agent.status(unicast), "");
+  EXPECT_EQ(agent.chip(), start);
+}
+
+TEST_P(TunnelLife, aNewerGenerationTakesOver) {
+  agent.tunnel(unicast, vtep(2)).via(uplink(1)).generation(5);
+  agent.tunnel(member, vtep(3)).via(uplink(1)).generation(5);
+  auto const before = agent.chip();
+  EXPECT_EQ(agent.status(unicast), "10.255.0.2 gen=5 tnl=#1 nh=#1 adj=101\n");
+  agent.tunnel(unicast, vtep(2)).generation(7);
+  agent.tunnel(member, vtep(3)).generation(7);
+  EXPECT_EQ(agent.status(unicast), "10.255.0.2 gen=7 tnl=#1 nh=#1 adj=101\n");
+  EXPECT_EQ(agent.status(member), "10.255.0.3 gen=7 tnl=#2 nh=#2 adj=101\n");
+  EXPECT_FALSE(map(vtep(2))->oldTnlKeyHas(unicast));
+  EXPECT_EQ(agent.chip(), before);
+}
+
+TEST_P(TunnelLife, anEarlierGenerationStillEndsProgrammed) {
+  agent.tunnel(unicast, vtep(2)).via(uplink(1)).generation(7);
+  auto const before = agent.chip();
+  agent.tunnel(unicast, vtep(2)).generation(3);
+  EXPECT_THAT(agent.status(unicast), HasSubstr("gen=3"));
+  EXPECT_EQ(agent.chip(), before);
+}
+
+TEST_P(TunnelLife, lateEventsOfAnOldGenerationChangeNothing) {
+  configure(unicast, key(vtep(2), 5));
+  configure(unicast, key(vtep(2), 6));
+  auto const before = agent.chip();
+  EXPECT_EQ(agent.status(unicast), "10.255.0.2 gen=6 tnl=#1 nh=#1\n") << "one status, of the newer";
+  Kiln::TraceCapture trace("HwTunnelProgrammerBase");
+  dismiss(unicast, key(vtep(2), 5));
+  EXPECT_TRUE(trace.contains(" Skipping due to rcvdGenId : 5 < tnlIdMapGenId : 6"));
+  configure(unicast, key(vtep(2), 4));
+  EXPECT_TRUE(trace.contains("Bailing out with doTunnelCreateCommon"));
+  EXPECT_EQ(agent.status(unicast), "10.255.0.2 gen=6 tnl=#1 nh=#1\n");
+  EXPECT_EQ(agent.chip(), before);
+  dismiss(unicast, key(vtep(2), 4));
+  dismiss(unicast, key(vtep(2), 6));
+  EXPECT_EQ(agent.status(unicast), "");
+  EXPECT_EQ(agent.chip(), start);
+}
+
+TEST_P(TunnelLife, theOldStatusStandsUntilTheNewOneDoes) {
+  configure(unicast, key(vtep(2), 1));
+  auto const status = agent.status(unicast);
+  agent.localVtep("");
+  configure(unicast, key(vtep(2), 2));
+  EXPECT_EQ(agent.status(unicast), status) << "without a local VTEP the generation is not taken up";
+  // The deletion of the generation in force takes the tunnel; the one that waits comes with the address.
+  dismiss(unicast, key(vtep(2), 1));
+  EXPECT_EQ(agent.status(unicast), "");
+  agent.localVtep(vtep(1));
+  EXPECT_THAT(agent.status(unicast), HasSubstr("10.255.0.2 gen=2 "));
+}
+
+TEST_P(TunnelLife, typesShareTheVtep) {
+  agent.tunnel(unicast, vtep(2)).via(uplink(1), uplink(2));
+  auto const alone = agent.chip();
+  Kiln::TraceCapture trace("HwTunnelProgrammerBase");
+  agent.tunnel(member, vtep(2)).via(uplink(3));
+  EXPECT_TRUE(trace.contains(" Updated New TunnelKey into tnlIdMap "));
+  EXPECT_EQ(agent.status(unicast), "10.255.0.2 gen=1 tnl=#1 nh=#1 adj=101\n");
+  EXPECT_EQ(agent.status(member), "10.255.0.2 gen=1 tnl=#1 nh=#1 adj=102\n");
+  EXPECT_EQ(agent.chip(), alone) << "the unicast tunnel's entry is not the member tunnel's to write";
+  agent.tunnel(unicast, vtep(2)).gone();
+  EXPECT_EQ(agent.status(unicast), "");
+  EXPECT_EQ(agent.status(member), "10.255.0.2 gen=1 tnl=#1 nh=#1 adj=102\n");
+  EXPECT_EQ(agent.row("L2TunnelIpv4SipTable", vtep(2)), "absent");
+  agent.tunnel(member, vtep(2)).gone();
+  EXPECT_EQ(agent.chip(), start);
+}
+
+TEST_P(TunnelLife, aUnicastTunnelTakesTheEntryOverFromAMemberTunnel) {
+  agent.tunnel(member, vtep(2)).via(uplink(3));
+  auto const members = overlay(vtep(2));
+  agent.tunnel(unicast, vtep(2)).via(uplink(1), uplink(2));
+  EXPECT_NE(overlay(vtep(2)), members);
+  EXPECT_THAT(overlay(vtep(2)), HasSubstr("ulEntryHandle=EcmpGroup1Table[l3Underlay:102] ecmp=1"));
+  agent.tunnel(member, vtep(2)).gone();
+  EXPECT_THAT(overlay(vtep(2)), HasSubstr("EcmpGroup1Table[l3Underlay:102]"));
+}
+
+TEST_P(TunnelLife, aMemberTunnelsUniqueIdFollowsItsAdjacencyAlone) {
+  auto const unique = [this] { return map(vtep(2))->mbrTnlUniqueNhId().uniqueNhId(); };
+  agent.tunnel(member, vtep(2)).via(uplink(1));
+  EXPECT_EQ(unique(), 1);
+  agent.tunnel(member, vtep(3)).via(uplink(1));
+  agent.adjacency(101, {uplink(1), uplink(2)}).learning(true);
+  EXPECT_EQ(unique(), 1);
+  agent.tunnel(member, vtep(2)).via(uplink(3));
+  EXPECT_EQ(unique(), 3) << "2 is the other tunnel's";
+  agent.tunnel(member, vtep(2)).over(101);
+  EXPECT_EQ(unique(), 4) << "never given out twice";
+}
+
+TEST_P(TunnelLife, theHandshakeEchoesCounters) {
+  auto const config = agent.agent().hwTunnelConfig(unicast);
+  auto const status = agent.agent().hwTunnelStatus(unicast);
+  EXPECT_EQ(status->hwInit(), 1);
+  config->hwInitIs(5);
+  config->hwCleanupIs(3);
+  EXPECT_EQ(status->hwInit(), 5);
+  EXPECT_EQ(status->hwCleanup(), 3);
+  EXPECT_EQ(agent.agent().hwTunnelStatus(member)->hwInit(), 1);
+}
+
+}  // namespace
+
+}  // namespace AgentTest

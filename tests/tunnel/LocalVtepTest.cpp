@@ -1,0 +1,133 @@
+#include "tests/tunnel/TunnelFixture.h"
+
+namespace AgentTest {
+
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+class LocalVtep : public OnChips {
+ protected:
+  void tunnelsOfBothTypes() {
+    agent.tunnel(unicast, vtep(2)).via(uplink(1));
+    agent.tunnel(unicast, vtep(3)).via(uplink(1));
+    agent.tunnel(member, vtep(3)).via(uplink(1));
+    agent.tunnel(member, vtep(4)).via(uplink(1));
+  }
+  std::string status() { return agent.status(unicast) + agent.status(member); }
+  static constexpr char const* allStatus =
+      "10.255.0.2 gen=1 tnl=#1 nh=#1 adj=101\n10.255.0.3 gen=1 tnl=#2 nh=#2 adj=101\n"
+      "10.255.0.3 gen=1 tnl=#2 nh=#2 adj=101\n10.255.0.4 gen=1 tnl=#3 nh=#3 adj=101\n";
+};
+INSTANTIATE_TEST_SUITE_P(Chips, LocalVtep, testing::ValuesIn(chipKinds({"cascaded", "flat", "compact"})), kindName);
+
+TEST_P(LocalVtep, thatArrivesMakesTheTunnelsThatWait) {
+  auto const start = agent.chip();
+  tunnelsOfBothTypes();
+  EXPECT_EQ(status(), "");
+  EXPECT_EQ(agent.chip(), start);
+  agent.localVtep(vtep(1));
+  EXPECT_EQ(status(), "") << "no UDP port yet";
+  agent.udpPort(4789);
+  EXPECT_EQ(status(), allStatus);
+}
+
+TEST_P(LocalVtep, orPortMayComeLast) {
+  agent.udpPort(4789);
+  tunnelsOfBothTypes();
+  EXPECT_EQ(status(), "");
+  agent.localVtep(vtep(1));
+  EXPECT_EQ(status(), allStatus);
+}
+
+TEST_P(LocalVtep, withoutAPortASecondTypeWaitsToo) {
+  agent.localVtep(vtep(1)).udpPort(4789);
+  agent.tunnel(unicast, vtep(2)).via(uplink(1));
+  agent.tunnel(member, vtep(3)).via(uplink(1));
+  agent.udpPort(0);
+  agent.tunnel(member, vtep(2)).via(uplink(2));
+  agent.tunnel(unicast, vtep(3)).via(uplink(2));
+  agent.udpPort(4789);
+  EXPECT_EQ(agent.status(unicast),
+            "10.255.0.2 gen=1 tnl=#1 nh=#1 adj=101\n10.255.0.3 gen=1 tnl=#2 nh=#2 adj=102\n");
+  EXPECT_EQ(agent.status(member), "10.255.0.2 gen=1 tnl=#1 nh=#1 adj=102\n10.255.0.3 gen=1 tnl=#2 nh=#2 adj=101\n");
+}
+
+TEST_P(LocalVtep, changesInPlace) {
+  agent.localVtep(vtep(1)).udpPort(4789);
+  tunnelsOfBothTypes();
+  auto const before = status();
+  agent.writes();
+  agent.localVtep(vtep(9));
+  EXPECT_EQ(status(), before) << "ids stay";
+  EXPECT_THAT(agent.table("EgrL3Ipv4TunnelTable"), Not(HasSubstr("sip=10.255.0.1")));
+  EXPECT_THAT(agent.table("EgrL3Ipv4TunnelTable"), HasSubstr("sip=10.255.0.9"));
+  EXPECT_EQ(agent.table("L2TunnelIpv4DipTable"), "10.255.0.9: allowedPortsProfileIndex=1\n");
+  EXPECT_EQ(agent.writes(), GetParam().profile == "compact"
+                                ? "VirtualPort2Table 3, EgrL3Ipv4TunnelTable 1, VirtualPort1Table 3"
+                                : "")
+      << "one rewrite a VTEP, whatever types it has";
+  agent.udpPort(8472);
+  EXPECT_EQ(status(), before);
+  EXPECT_THAT(agent.table("EgrL3Ipv4TunnelTable"), HasSubstr("udpDestPort=8472"));
+}
+
+TEST_P(LocalVtep, thatGoesLeavesTheTunnels) {
+  agent.localVtep(vtep(1)).udpPort(4789);
+  tunnelsOfBothTypes();
+  auto const before = agent.chip();
+  auto const statusBefore = status();
+  Kiln::TraceCapture trace("HwTunnelProgrammerBase");
+  agent.localVtep("");
+  EXPECT_TRUE(trace.contains(" Skipping since newLoopbackAddr is Zero "));
+  EXPECT_EQ(status(), statusBefore);
+  agent.tunnel(unicast, vtep(5)).via(uplink(1));
+  EXPECT_TRUE(trace.contains("Bailing out since localVtep not present"));
+  agent.tunnel(unicast, vtep(5)).gone();
+  trace.clear();
+  agent.localVtep(vtep(1));
+  EXPECT_TRUE(trace.contains(" Bailing out for same vteps but different tunnelType : "));
+  EXPECT_EQ(agent.chip(), before);
+}
+
+TEST_P(LocalVtep, hasAFamily) {
+  agent.udpPort(4789).localVtep(vtep6(1));
+  agent.tunnel(unicast, vtep(2)).via(uplink(1));
+  agent.tunnel(unicast, vtep6(2)).via(uplink(1));
+  if (GetParam().profile == "compact") {
+    agent.messages();  // has no table of IPv6 headers
+    EXPECT_EQ(agent.status(unicast).find("10.255.0.2"), std::string::npos);
+  } else {
+    EXPECT_EQ(agent.status(unicast), "fd00::2 gen=1 tnl=#1 nh=#1 adj=101\n");
+  }
+  agent.localVtep(vtep(1));
+  EXPECT_THAT(agent.status(unicast), HasSubstr("10.255.0.2 gen=1"));
+  agent.messages();
+}
+
+class Settings : public Tunnels {};
+INSTANTIATE_TEST_SUITE_P(Chips, Settings, testing::ValuesIn(chipKinds({"cascaded", "flat", "compact"})), kindName);
+
+TEST_P(Settings, rewriteWhatTheyAreInAndNoMore) {
+  agent.tunnel(unicast, vtep(2)).via(uplink(1));
+  agent.tunnel(unicast, vtep(3)).via(uplink(1));
+  auto const status = agent.status(unicast);
+  auto const headers = GetParam().profile == "compact" ? "EgrL3Ipv4TunnelTable 1" : "EgrL3Ipv4TunnelTable 2";
+  agent.writes();
+  agent.dscp(true);
+  EXPECT_EQ(agent.writes(), headers);
+  agent.tos(7);
+  EXPECT_EQ(agent.writes(), headers);
+  EXPECT_THAT(agent.table("EgrL3Ipv4TunnelTable"), HasSubstr("tosBasePtr=7 outerDscpFromInner=3"));
+  agent.tos(7).dscp(true);
+  EXPECT_EQ(agent.writes(), "");
+  agent.learning(true);
+  EXPECT_EQ(agent.writes().find("Egr"), std::string::npos);
+  EXPECT_THAT(agent.row("VirtualPortTableMerged", vtep(2)), HasSubstr("learnEnableA=1 learnEnableB=1"));
+  EXPECT_EQ(agent.status(unicast), status);
+}
+
+}  // namespace
+
+}  // namespace AgentTest
