@@ -8,7 +8,8 @@
 //   2. A member tunnel whose VTEP loses its unicast tunnel keeps the overlay entry as that one wrote it: until the next
 //      change of the member tunnel.
 //   3. Ports and layer 3 interfaces are read when a next hop is written: until the next change of its adjacency.
-//   4. The MLAG address, and whether there is a range of UDP source ports, are read when outer headers are written: until
+//   4. The MLAG address, and whether there is a range of UDP source ports, are read when outer headers are written:
+//   until
 //      the next pass over them.
 //   5. Next hops that change while the overlay entry of their tunnel waits for a row are not taken up: until the next
 //      change after the row has come.

@@ -117,8 +117,12 @@ std::vector<std::function<void(AgentWorld&)>> independentSteps() {
       [](AgentWorld& agent) { agent.learning(true); },
       [](AgentWorld& agent) { agent.dscp(true); },
       [](AgentWorld& agent) { agent.tos(5); },
-      [](AgentWorld& agent) { agent.adjacency(1, {uplink(1), uplink(2)}); },
-      [](AgentWorld& agent) { agent.adjacency(2, {uplink(2), unresolved(3)}); },
+      [](AgentWorld& agent) {
+        agent.adjacency(1, {uplink(1), uplink(2)});
+      },
+      [](AgentWorld& agent) {
+        agent.adjacency(2, {uplink(2), unresolved(3)});
+      },
       [](AgentWorld& agent) { agent.adjacency(3, {unresolved(1)}); },
       [](AgentWorld& agent) { agent.tunnel(unicast, vtep(2)).over(1); },
       [](AgentWorld& agent) { agent.tunnel(unicast, vtep(3)).over(1); },

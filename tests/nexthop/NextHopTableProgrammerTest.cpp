@@ -10,7 +10,7 @@ using namespace TableTest;
 /// Underlay next hops on a chip of each way of completion.
 class UnderlayNextHops : public testing::TestWithParam<Asic::Completion> {
  protected:
-  ChipSpec spec(ChipSpec wanted = {}) const {
+  ChipSpec chipAsked(ChipSpec wanted = {}) const {
     wanted.completion = GetParam();
     return wanted;
   }
@@ -19,43 +19,50 @@ class UnderlayNextHops : public testing::TestWithParam<Asic::Completion> {
   }
 };
 
-INSTANTIATE_TEST_SUITE_P(Chips, UnderlayNextHops,
-                         testing::Values(Asic::Completion::direct, Asic::Completion::deferred));
+INSTANTIATE_TEST_SUITE_P(Chips, UnderlayNextHops, testing::Values(Asic::Completion::direct, Asic::Completion::deferred),
+                         completionName);
 
 constexpr char const* dropRow = "ff:ff:ff:ff:ff:ff row 1: destinationHandle=#0 l3Oif2Handle=#0\n";
 
 TEST_P(UnderlayNextHops, startWithTheFixedRowsAlone) {
-  TableWorld world(spec());
-  EXPECT_EQ(world.show("L3NextHop2Table"), std::string("00:00:00:00:00:00 row 0: destinationHandle=#0 ingressViewCode=7 "
-                                                       "l3Oif2Handle=#0 egressViewCode=9\n") +
-                                               dropRow);
+  TableWorld world(chipAsked());
+  EXPECT_EQ(world.show("L3NextHop2Table"),
+            std::string("00:00:00:00:00:00 row 0: destinationHandle=#0 ingressViewCode=7 "
+                        "l3Oif2Handle=#0 egressViewCode=9\n") +
+                dropRow);
 }
 
 TEST_P(UnderlayNextHops, leaveRowZeroToAChipThatReservesItItself) {
-  TableWorld world(spec({.ownReservedRow = true}));
+  TableWorld world(chipAsked({.ownReservedRow = true}));
   EXPECT_EQ(world.show("L3NextHop2Table"), dropRow);
 }
 
 TEST_P(UnderlayNextHops, holdPortOrGroupAndVlan) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   auto const port = insert(world, nextHop(3));
   auto const lag = insert(world, nextHop(9));
   world.settle();
   EXPECT_EQ(port->state(), Asic::EntryState::written);
-  EXPECT_EQ(world.show("L3NextHop2Table"),
-            "");
+  EXPECT_EQ(
+      world.show("L3NextHop2Table", "02:"),
+      "02:00:00:00:00:03 Vlan3 row 2: destinationHandle=#0 destinationKind=2 ingressViewCode=5 destination=3 vlanId=3 "
+      "l3Oif2Handle=EgrL3Oif2[3] macAddr=02:00:00:00:00:03 egressViewCode=9\n"
+      "02:00:00:00:00:09 Vlan9 row 3: destinationHandle=#0 destinationKind=2 ingressViewCode=5 destination=9 isLag=1 "
+      "vlanId=9 l3Oif2Handle=EgrL3Oif2[9] macAddr=02:00:00:00:00:09 egressViewCode=9\n");
 }
 
 TEST_P(UnderlayNextHops, ofAnInterfaceWithoutIdHaveVlanZero) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   auto entry = nextHop(3);
   entry.l3IntfIs(Meshal::IntfId("Loopback0"));
   auto const handle = insert(world, entry);
-  EXPECT_EQ(world.show("L3NextHop2Table"), "");
+  EXPECT_EQ(world.show("L3NextHop2Table", "02:"),
+            "02:00:00:00:00:03 Loopback0 row 2: destinationHandle=#0 destinationKind=2 ingressViewCode=5 destination=3 "
+            "l3Oif2Handle=EgrL3Oif2[0] macAddr=02:00:00:00:00:03 egressViewCode=9\n");
 }
 
 TEST_P(UnderlayNextHops, thatStandAsWantedCostNoWrite) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   auto kept = insert(world, nextHop(3));
   world.settle();
   world.writes();
@@ -67,7 +74,7 @@ TEST_P(UnderlayNextHops, thatStandAsWantedCostNoWrite) {
 }
 
 TEST_P(UnderlayNextHops, changeInPlaceWhenOnePartDiffers) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   auto const handle = insert(world, nextHop(3));
   auto const row = handle->row();
   auto other = nextHop(3);
@@ -77,11 +84,12 @@ TEST_P(UnderlayNextHops, changeInPlaceWhenOnePartDiffers) {
   EXPECT_GT(world.writes(), 0);
   EXPECT_TRUE(Asic::sameEntry(handle, changed));
   EXPECT_EQ(changed->row(), row);
-  EXPECT_EQ(world.nextHops->l3NextHop2Table()->ingL3NextHop2TableEntry({mac(3), Meshal::IntfId("Vlan3")}).destination, 4);
+  EXPECT_EQ(world.nextHops->l3NextHop2Table()->ingL3NextHop2TableEntry({mac(3), Meshal::IntfId("Vlan3")}).destination,
+            4);
 }
 
 TEST_P(UnderlayNextHops, withoutAPortAreNotProgrammed) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   auto entry = nextHop(3);
   entry.l2IntfIs(Meshal::IntfId("Ethernet77"));
   Kiln::TraceCapture const traces("NextHopTableProgrammer");
@@ -91,7 +99,7 @@ TEST_P(UnderlayNextHops, withoutAPortAreNotProgrammed) {
 }
 
 TEST_P(UnderlayNextHops, floodTheirVlanWhereTheyHaveNoPort) {
-  TableWorld world(spec({.floods = true}));
+  TableWorld world(chipAsked({.floods = true}));
   world.ipmc->entryCommit({1, 3}, {});
   auto flooding = nextHop(3);
   flooding.l2IntfIs({});
@@ -100,17 +108,25 @@ TEST_P(UnderlayNextHops, floodTheirVlanWhereTheyHaveNoPort) {
   auto unknownPort = nextHop(5);
   unknownPort.l2IntfIs(Meshal::IntfId("Ethernet77"));
   Handle const kept[] = {insert(world, flooding), insert(world, noGroup), insert(world, unknownPort)};
-  EXPECT_EQ(world.show("L3NextHop2Table"), "");
+  EXPECT_EQ(
+      world.show("L3NextHop2Table", "02:"),
+      "02:00:00:00:00:03 Vlan3 row 2: destinationHandle=IpmcTable[1, vlanId:3] destinationKind=1 ingressViewCode=5 "
+      "vlanId=3 l3Oif2Handle=EgrL3Oif2[3] macAddr=02:00:00:00:00:03 egressViewCode=9\n"
+      "02:00:00:00:00:04 Vlan4 row 3: destinationKind=1 ingressViewCode=5 "
+      "vlanId=4 l3Oif2Handle=EgrL3Oif2[4] macAddr=02:00:00:00:00:04 egressViewCode=9\n"
+      "02:00:00:00:00:05 Vlan5 row 4: destinationHandle=#0 destinationKind=2 ingressViewCode=5 "
+      "vlanId=5 l3Oif2Handle=EgrL3Oif2[5] macAddr=02:00:00:00:00:05 egressViewCode=9\n");
 }
 
 TEST_P(UnderlayNextHops, beyondTheTableAreToldOnceAndHeal) {
-  TableWorld world(spec({.rows = {{"IngL3NextHop2Table", 3}, {"EgrL3NextHop2", 3}}}));
+  TableWorld world(chipAsked({.rows = {{"IngL3NextHop2Table", 3}, {"EgrL3NextHop2", 3}}}));
   auto first = insert(world, nextHop(3));
   auto const second = insert(world, nextHop(4));
   world.settle();
   EXPECT_EQ(second->state(), Asic::EntryState::full);
-  EXPECT_EQ(world.messages(), "TESSEL_VXLAN_UL_NEXT_HOP_RESOURCES_FULL: Hardware resources are insufficient to program "
-                              "underlay for the nexthop IP 02:00:00:00:00:04.\n");
+  EXPECT_EQ(world.messages(),
+            "TESSEL_VXLAN_UL_NEXT_HOP_RESOURCES_FULL: Hardware resources are insufficient to program "
+            "underlay for the nexthop IP 02:00:00:00:00:04.\n");
   first = nullptr;
   world.settle();
   EXPECT_EQ(second->state(), Asic::EntryState::written);

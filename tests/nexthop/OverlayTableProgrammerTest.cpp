@@ -13,17 +13,13 @@ struct Kind {
   Asic::Completion completion;
 };
 
-void PrintTo(Kind const& kind, std::ostream* out) {
-  *out << (kind.cascaded ? "cascaded" : "next hops") << (kind.completion == Asic::Completion::direct ? "" : ", deferred");
-}
-
 /// The overlay row of a VTEP, on both kinds of chip and with both ways of completion.
 class OverlayRows : public testing::TestWithParam<Kind> {
  protected:
   std::string table() const { return GetParam().cascaded ? "IngL3EcmpMember0Table" : "L3NextHop1Table"; }
   /// What the first VTEP's id is called when it is published.
   std::string firstId() const { return GetParam().cascaded ? "done 0" : "done 1000"; }
-  ChipSpec spec(std::uint32_t rows = 64) const {
+  ChipSpec chipAsked(std::uint32_t rows = 64) const {
     return {.completion = GetParam().completion,
             .cascaded = GetParam().cascaded,
             .rows = {{GetParam().cascaded ? "IngL3EcmpMember0Table" : "IngL3NextHop1", rows}}};
@@ -42,23 +38,34 @@ class OverlayRows : public testing::TestWithParam<Kind> {
   }
 };
 
-INSTANTIATE_TEST_SUITE_P(Chips, OverlayRows,
-                         testing::Values(Kind{false, Asic::Completion::direct}, Kind{false, Asic::Completion::deferred},
-                                         Kind{true, Asic::Completion::direct}, Kind{true, Asic::Completion::deferred}));
+INSTANTIATE_TEST_SUITE_P(
+    Chips, OverlayRows,
+    testing::Values(Kind{false, Asic::Completion::direct}, Kind{false, Asic::Completion::deferred},
+                    Kind{true, Asic::Completion::direct}, Kind{true, Asic::Completion::deferred}),
+    [](auto const& chip) {
+      return (chip.param.cascaded ? "cascaded_" : "nextHops_") + completionName({chip.param.completion, chip.index});
+    });
 
 TEST_P(OverlayRows, arePublishedWhenTheChipHasAnswered) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   world.vtepIs(vtep(2));
   auto const handle = insert(world, 2, 1);
   EXPECT_EQ(nextHopOf(world, 2), "none");
   world.settle();
   EXPECT_EQ(nextHopOf(world, 2), firstId());
   EXPECT_FALSE(world.doorbell->tunnelNhUpdateHas(vtep(2))) << "a new id is notice enough";
-  EXPECT_EQ(world.show(table()), "");
+  std::string const port = "vpHandle=VirtualPortTableMerged[10.0.0.2]";
+  std::string const underlay = "ulEntryHandle=L3NextHop2Table[02:00:00:00:00:01 Vlan1]";
+  EXPECT_EQ(
+      world.show(table()),
+      "10.0.0.2 row 0: " +
+          (GetParam().cascaded ? port + " " + underlay
+                               : underlay + " " + port + " oif1Handle=VxlanEgrL3Oif1Table[overlay] nextHopValid=1") +
+          "\n");
 }
 
 TEST_P(OverlayRows, thatStandAsWantedCostNothing) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   world.vtepIs(vtep(2));
   auto const handle = insert(world, 2, 1);
   world.settle();
@@ -70,7 +77,7 @@ TEST_P(OverlayRows, thatStandAsWantedCostNothing) {
 }
 
 TEST_P(OverlayRows, ringTheDoorbellWhenTheyChangeUnderTheirId) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   world.vtepIs(vtep(2));
   insert(world, 2, 1);
   world.settle();
@@ -92,7 +99,7 @@ TEST_P(OverlayRows, ringTheDoorbellWhenTheyChangeUnderTheirId) {
 }
 
 TEST_P(OverlayRows, ofAUnicastTunnelAreNotTakenByAMemberTunnel) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   world.vtepIs(vtep(2));
   auto const unicast = insert(world, 2, 1);
   EXPECT_TRUE(Asic::sameEntry(insert(world, 2, 1, Vane::vxlanMemberTunnel_), unicast)) << "nothing to change";
@@ -105,7 +112,7 @@ TEST_P(OverlayRows, ofAUnicastTunnelAreNotTakenByAMemberTunnel) {
 }
 
 TEST_P(OverlayRows, areAnsweredInVainOnceTheVtepHasGone) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   world.vtepIs(vtep(2));
   insert(world, 2, 1);
   world.l2State->vtepIpToTnlIdNhIdMapDel(vtep(2));
@@ -116,7 +123,7 @@ TEST_P(OverlayRows, areAnsweredInVainOnceTheVtepHasGone) {
 }
 
 TEST_P(OverlayRows, beyondTheTableAreUnprogrammedUntilARowIsFree) {
-  TableWorld world(spec(1));
+  TableWorld world(chipAsked(1));
   world.vtepIs(vtep(2));
   world.vtepIs(vtep(3));
   insert(world, 2, 1);
@@ -124,9 +131,10 @@ TEST_P(OverlayRows, beyondTheTableAreUnprogrammedUntilARowIsFree) {
   world.settle();
   EXPECT_EQ(nextHopOf(world, 3), "failed unprogrammed");
   std::string const message =
-      GetParam().cascaded ? "TESSEL_VXLAN_CASCADED_NEXTHOP_RESOURCE_FULL: Hardware resources are insufficient to program a "
-                            "cascaded nexthop entry for remote VTEP 10.0.0.3.\n"
-                          : "";
+      GetParam().cascaded
+          ? "TESSEL_VXLAN_CASCADED_NEXTHOP_RESOURCE_FULL: Hardware resources are insufficient to program a "
+            "cascaded nexthop entry for remote VTEP 10.0.0.3.\n"
+          : "";
   EXPECT_EQ(world.messages(), message);
   insert(world, 3, 4);
   world.settle();
@@ -138,7 +146,7 @@ TEST_P(OverlayRows, beyondTheTableAreUnprogrammedUntilARowIsFree) {
 }
 
 TEST_P(OverlayRows, thatTheChipRefusesAreUnprogrammedWithoutAMessage) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   world.vtepIs(vtep(2));
   world.virtualPort(vtep(2));
   world.hardware().refuseTable(GetParam().cascaded ? table() : "EgrL3NextHop1", Asic::EntryState::failed);
@@ -154,7 +162,7 @@ TEST_P(OverlayRows, thatTheChipRefusesAreUnprogrammedWithoutAMessage) {
 TEST_P(OverlayRows, keepNobodyAliveAfterTheStop) {
   auto const before = Dovel::Node::aliveCount();
   {
-    TableWorld world(spec(1));
+    TableWorld world(chipAsked(1));
     for (unsigned n = 2; n <= 4; ++n) {
       world.vtepIs(vtep(n));
       insert(world, n, 1);

@@ -12,7 +12,7 @@ using namespace TableTest;
 /// Virtual ports on a chip of each way of completion.
 class VirtualPorts : public testing::TestWithParam<Asic::Completion> {
  protected:
-  ChipSpec spec(ChipSpec wanted = {}) const {
+  ChipSpec chipAsked(ChipSpec wanted = {}) const {
     wanted.completion = GetParam();
     return wanted;
   }
@@ -22,13 +22,18 @@ class VirtualPorts : public testing::TestWithParam<Asic::Completion> {
   static constexpr char const* table = "VirtualPortTableMerged";
 };
 
-INSTANTIATE_TEST_SUITE_P(Chips, VirtualPorts, testing::Values(Asic::Completion::direct, Asic::Completion::deferred));
+INSTANTIATE_TEST_SUITE_P(Chips, VirtualPorts, testing::Values(Asic::Completion::direct, Asic::Completion::deferred),
+                         completionName);
 
 TEST_P(VirtualPorts, haveTwoDefaultRowsBelowThem) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   world.virtualPorts->insertDefaultEntries(true, nullptr);
   world.settle();
-  EXPECT_EQ(world.show(table), "");
+  EXPECT_EQ(world.show(table),
+            " row 1: vp1FlagA=1 vp1FlagB=1 vp1FlagC=7 vp1FlagD=1 defaultLearnEnable=1 vpClassCode=3 capabilityFlag=1 "
+            "sbrCodeB=100 vp2FlagA=1\n"
+            "127.0.0.1 row 0: vp1FlagA=1 vp1FlagB=1 vp1FlagD=1 defaultLearnEnable=1 vpClassCode=1 "
+            "sbrCodeA=118 sbrCodeB=100 sbrCodeC=118\n");
   EXPECT_EQ(world.show("RL2TunnelDefaultNetworkSvp"), "0 row 0: svp=1\n1 row 1: svp=1\n");
   EXPECT_EQ(world.dvpMap->dvpToVtepMap(1), Meshal::IpGenAddr("0.0.0.0"));
 
@@ -39,7 +44,7 @@ TEST_P(VirtualPorts, haveTwoDefaultRowsBelowThem) {
 }
 
 TEST_P(VirtualPorts, doWithoutWhatTheirChipLacks) {
-  TableWorld world(spec({.defaultSvp = false, .capabilities = false}));
+  TableWorld world(chipAsked({.defaultSvp = false, .capabilities = false}));
   EXPECT_EQ(world.virtualPorts->rL2TunnelDefaultNetworkSvp(), nullptr);
   world.virtualPorts->insertDefaultEntries(true, nullptr);
   world.vtepIs(vtep(2));
@@ -50,7 +55,7 @@ TEST_P(VirtualPorts, doWithoutWhatTheirChipLacks) {
 }
 
 TEST_P(VirtualPorts, holdTheirVtepAndItsHeader) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   auto const headers = TesselVxlan::egrL3Ipv4TunnelTableFactory();
   headers->doInit(Asic::kSharedUnit, nullptr, world.chipInfo());
   auto const header = headers->entryRef({vtep(1), vtep(2)}, {});
@@ -58,12 +63,21 @@ TEST_P(VirtualPorts, holdTheirVtepAndItsHeader) {
   world.vtepIs(vtep6(2));
   insert(world, vtep(2), header);
   insert(world, vtep6(2));
-  EXPECT_EQ(world.show(table), "");
+  std::string const vp1 =
+      " vp1FlagA=1 vp1FlagB=1 learnEnableA=1 learnEnableB=1 vp1FlagC=1 vp1FlagD=1 vp1UpdateCount=1 vpClassCode=3 "
+      "capabilityFlag=1 vp1FlagF=1 sbrCodeA=119";
+  std::string const vp2 =
+      " sbrCodeB=101 vp2FlagA=1 vp2FlagC=1 vp2FlagD=1 vp2FlagE=1 vp2UpdateCount=1 vp2CodeA=16 vp2FlagF=1 "
+      "sbrCodeC=119\n";
+  EXPECT_EQ(world.show(table),
+            "10.0.0.2 row 2:" + vp1 +
+                " egrL3TunnelTableHandle=EgrL3Ipv4TunnelTable[10.0.0.1 > 10.0.0.2] tunnelIndex=1 vtepIpBits=167772162" +
+                vp2 + "2001:db8::2 row 3:" + vp1 + " vtepIpBits=2" + vp2);
   EXPECT_EQ(world.tunnelIndexMap->tunnelIndexToVtepMap(header->row()->value()), vtep(2));
 }
 
 TEST_P(VirtualPorts, areWrittenByEachInsert) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   world.vtepIs(vtep(2));
   auto const row = insert(world, vtep(2))->row();
   world.settle();
@@ -77,7 +91,8 @@ TEST_P(VirtualPorts, areWrittenByEachInsert) {
 
 /// Notes what a VTEP's map says at the moment when its tunnel id changes.
 struct IdWatch : Dovel::Subscriber {
-  IdWatch(TableWorld& watched, TesselCentral::VtepIpToTnlIdNhIdMap& map) : Subscriber(&onChange), world(watched), vtep(map.vtepIp()) {
+  IdWatch(TableWorld& watched, TesselCentral::VtepIpToTnlIdNhIdMap& map)
+      : Subscriber(&onChange), world(watched), vtep(map.vtepIp()) {
     map.publisher()->subscriberAdd(*this);
   }
   static void onChange(Dovel::Subscriber& subscriber, Dovel::Change const& change) {
@@ -90,7 +105,7 @@ struct IdWatch : Dovel::Subscriber {
 };
 
 TEST_P(VirtualPorts, arePublishedOnceWithTheStatusBeforeTheId) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   IdWatch const watch(world, world.vtepIs(vtep(2)));
   insert(world, vtep(2));
   EXPECT_EQ(watch.seen.empty(), GetParam() == Asic::Completion::deferred);
@@ -100,7 +115,7 @@ TEST_P(VirtualPorts, arePublishedOnceWithTheStatusBeforeTheId) {
 }
 
 TEST_P(VirtualPorts, takeTheirMappingWithThem) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   world.vtepIs(vtep(2));
   insert(world, vtep(2));
   world.virtualPorts->deleteEntry(tunnel(vtep(2)), vtep(2));
@@ -113,15 +128,16 @@ TEST_P(VirtualPorts, takeTheirMappingWithThem) {
 }
 
 TEST_P(VirtualPorts, beyondTheTableAreToldOnceAndHeal) {
-  TableWorld world(spec({.rows = {{"VirtualPort1Table", 3}}}));
+  TableWorld world(chipAsked({.rows = {{"VirtualPort1Table", 3}}}));
   world.vtepIs(vtep(2));
   world.vtepIs(vtep(3));
   insert(world, vtep(2));
   insert(world, vtep(3));
   world.settle();
   EXPECT_EQ(world.published(vtep(3)), "port failed unprogrammed, next hop none");
-  EXPECT_EQ(world.messages(), "TESSEL_VXLAN_VP_TABLE_RESOURCE_FULL: Hardware resources are insufficient to program the "
-                              "virtual port for remote VTEP 10.0.0.3.\n");
+  EXPECT_EQ(world.messages(),
+            "TESSEL_VXLAN_VP_TABLE_RESOURCE_FULL: Hardware resources are insufficient to program the "
+            "virtual port for remote VTEP 10.0.0.3.\n");
   EXPECT_EQ(world.dvpMap->dvpToVtepMapColl().size(), 1) << "no number, no mapping";
 
   world.virtualPorts->deleteEntry(tunnel(vtep(2)), vtep(2));
@@ -131,7 +147,7 @@ TEST_P(VirtualPorts, beyondTheTableAreToldOnceAndHeal) {
 }
 
 TEST_P(VirtualPorts, areAnsweredInVainOnceTheVtepHasGone) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   world.vtepIs(vtep(2));
   world.hardware().refuseTable("VirtualPort2Table", Asic::EntryState::failed);
   insert(world, vtep(2));

@@ -144,8 +144,7 @@ class ChipText {
 
  private:
   void add(StoreBase const& store, EntryView const& entry) {
-    lines_[std::string(store.name())].insert(
-        EntryText(hardware_, parts_[&store], entry, accounted_, keyless_).text());
+    lines_[std::string(store.name())].insert(EntryText(hardware_, parts_[&store], entry, accounted_, keyless_).text());
   }
   void addStrayRows(std::string const& table, std::size_t known) {
     auto const rows = hardware_.rows(table);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <map>
 #include <string>
 
@@ -27,6 +29,9 @@ Vane::NextHopEntry nextHop(unsigned n);
 Dovel::Ptr<Vane::HwTunnelConfigEntry const> config(Vane::TunnelKey const& key, std::uint32_t adjId,
                                                    Vane::NextHopEntrySet const& nextHops);
 
+/// For the names of tests over both ways.
+std::string completionName(testing::TestParamInfo<Asic::Completion> const& way);
+
 /// What a test wants of its chip.
 struct ChipSpec {
   Asic::Completion completion = Asic::Completion::direct;
@@ -44,7 +49,7 @@ struct ChipSpec {
 /// A chip with every table of the chain in service. An operator message that a test does not take away fails it.
 class TableWorld {
  public:
-  explicit TableWorld(ChipSpec const& spec);
+  explicit TableWorld(ChipSpec const& chipAsked);
   ~TableWorld();
   TableWorld(TableWorld const&) = delete;
   TableWorld& operator=(TableWorld const&) = delete;
@@ -61,12 +66,14 @@ class TableWorld {
   std::string messages();
 
   /// A VTEP with a tunnel of that type, as the tunnel programmers keep it.
-  TesselCentral::VtepIpToTnlIdNhIdMap& vtepIs(Meshal::IpGenAddr const& vtep, Vane::TunnelType type = Vane::vxlanTunnel_);
+  TesselCentral::VtepIpToTnlIdNhIdMap& vtepIs(Meshal::IpGenAddr const& vtep,
+                                              Vane::TunnelType type = Vane::vxlanTunnel_);
   /// "tnl done 2, nh done 3": what is published of a VTEP.
   std::string published(Meshal::IpGenAddr const& vtep) const;
 
-  /// The entries of a table, a line each: "key row N: name=value …". Fields that are 0 are left out.
-  std::string show(std::string_view table) const;
+  /// The entries of a table whose keys begin so, a line each: "key row N: name=value …". Fields that are 0 are left
+  /// out.
+  std::string show(std::string_view table, std::string_view keys = {}) const;
   /// The names of the keys alone.
   std::string keys(std::string_view table) const;
   /// A virtual port for `vtep`, as the tunnel programmers make it before the overlay row.
@@ -87,8 +94,8 @@ class TableWorld {
   Dovel::Ptr<TesselVxlan::OverlayTableProgrammer> overlay;
 
  private:
-  void recordsIs(ChipSpec const& spec);
-  void programmersIs(ChipSpec const& spec);
+  void recordsIs(ChipSpec const& chipAsked);
+  void programmersIs(ChipSpec const& chipAsked);
 
   Kiln::LogCapture log_;
   Dovel::Ptr<Asic::Chip> chip_;

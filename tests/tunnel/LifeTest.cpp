@@ -14,7 +14,8 @@ TEST_P(TunnelLife, aStatusTellsIdsOnlyWhenTheChipHasThem) {
   agent.tunnel(unicast, vtep(2)).via(uplink(1));
   agent.tunnel(member, vtep(3)).via(uplink(1));
   EXPECT_EQ(agent.status(unicast), "") << "the next-hop id is missing";
-  EXPECT_EQ(agent.status(member), "10.255.0.3 gen=1 tnl=#1 nh=#1 adj=101\n") << "a member tunnel has no other than the port's";
+  EXPECT_EQ(agent.status(member), "10.255.0.3 gen=1 tnl=#1 nh=#1 adj=101\n")
+      << "a member tunnel has no other than the port's";
   agent.release();
   EXPECT_EQ(agent.status(unicast), "10.255.0.2 gen=1 tnl=#2 nh=#1 adj=101\n");
 

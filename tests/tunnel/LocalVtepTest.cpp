@@ -66,8 +66,7 @@ TEST_P(LocalVtep, withoutAPortASecondTypeWaitsToo) {
   agent.tunnel(member, vtep(2)).via(uplink(2));
   agent.tunnel(unicast, vtep(3)).via(uplink(2));
   agent.udpPort(4789);
-  EXPECT_EQ(agent.status(unicast),
-            "10.255.0.2 gen=1 tnl=#1 nh=#1 adj=101\n10.255.0.3 gen=1 tnl=#2 nh=#2 adj=102\n");
+  EXPECT_EQ(agent.status(unicast), "10.255.0.2 gen=1 tnl=#1 nh=#1 adj=101\n10.255.0.3 gen=1 tnl=#2 nh=#2 adj=102\n");
   EXPECT_EQ(agent.status(member), "10.255.0.2 gen=1 tnl=#1 nh=#1 adj=102\n10.255.0.3 gen=1 tnl=#2 nh=#2 adj=101\n");
 }
 
@@ -83,7 +82,8 @@ TEST_P(LocalVtep, changesInPlace) {
   EXPECT_EQ(agent.table("L2TunnelIpv4DipTable"), "10.255.0.9: allowedPortsProfileIndex=1\n");
   auto const headers = GetParam().profile == "compact" ? "1" : "3";
   EXPECT_EQ(agent.writes(), std::string("VirtualPort1Table 3, VirtualPort2Table 3, L2TunnelIpv4DipTable 1, "
-                                        "EgrL3Ipv4TunnelTable ") + headers)
+                                        "EgrL3Ipv4TunnelTable ") +
+                                headers)
       << "one rewrite a VTEP, whatever types it has";
   agent.udpPort(8472);
   EXPECT_EQ(status(), before);

@@ -52,8 +52,7 @@ TEST_P(TunnelUnderlay, changesInPlaceForAllTunnelsOverAnAdjacency) {
   agent.adjacency(36, {uplink(2)});
   EXPECT_EQ(agent.writes(), "EcmpGroup1Table 1, EcmpMember1Table 1") << "once, whoever shares it";
   EXPECT_EQ(agent.status(unicast), status);
-  EXPECT_EQ(agent.row("EcmpGroup1Table", "adj:36"),
-            "memberBlockHandle=EcmpMember1Table[[02:00:00:00:00:02 Vlan102]]");
+  EXPECT_EQ(agent.row("EcmpGroup1Table", "adj:36"), "memberBlockHandle=EcmpMember1Table[[02:00:00:00:00:02 Vlan102]]");
   EXPECT_EQ(agent.table("L3NextHop2Table").find("02:00:00:00:00:01"), std::string::npos);
 }
 
