@@ -40,13 +40,18 @@ L3NextHop2Table::Entry fixedRow(std::uint8_t ingressViewCode, std::uint8_t egres
 
 void setNextHopDestination(TesselL3Common::DestPort const& dest, IngL3NextHop2Table::Entry& ingress) {
   switch (dest.kind()) {
-    case 0: ingress.destination = dest.first(); return;
-    case 1: ingress.destination = dest.second(); return;
+    case 0:
+      ingress.destination = dest.first();
+      return;
+    case 1:
+      ingress.destination = dest.second();
+      return;
     case 2:
       ingress.destination = dest.third();
       ingress.isLag = 1;
       return;
-    default: INVARIANT(false && "Invalid Destination");
+    default:
+      INVARIANT(false && "Invalid Destination");
   }
 }
 
@@ -133,8 +138,9 @@ bool NextHopTableProgrammer::destinationIs(L3NextHop2Key const& key, Vane::NextH
     return true;
   }
   auto const dest = TesselL3Common::getDstPort(fcsd(), nextHopEntry.l2Intf(), nextHopEntry.type(), l2IfSupported());
-  TRACE(1, " Program Egr/IngL3NextHop2 nextHop, Destination: {}:{}/{}/{}, macAddr: {}, l3Oif2: {}, swKey: {}", dest.kind(),
-        dest.first(), dest.second(), dest.third(), key.macAddr(), handleText(entry.egress.l3Oif2Handle), key);
+  TRACE(1, " Program Egr/IngL3NextHop2 nextHop, Destination: {}:{}/{}/{}, macAddr: {}, l3Oif2: {}, swKey: {}",
+        dest.kind(), dest.first(), dest.second(), dest.third(), key.macAddr(), handleText(entry.egress.l3Oif2Handle),
+        key);
   if (!vxlanUnderlayFloodingHw() && dest.isInvalid()) {
     TRACE(1, " Invalid Dst Port");
     return false;
@@ -149,9 +155,10 @@ void NextHopTableProgrammer::floodIs(L3NextHop2Key const& key, L3NextHop2Table::
   auto& ingress = entry.ingress;
   ingress.destinationHandle = ipmcTable()->entryWeakRef(TesselL3Common::L3IpmcKey{vlanMulticast, ingress.vlanId});
   ingress.destinationKind = multicastDestination;
-  TRACE(1,
-        " Program Egr/IngL3NextHop2 vxlanUnderlayFlood nextHop, ipmcDestination: {}, macAddr: {}, l3Oif2: {}, swKey: {}",
-        handleText(ingress.destinationHandle), key.macAddr(), handleText(entry.egress.l3Oif2Handle), key);
+  TRACE(
+      1,
+      " Program Egr/IngL3NextHop2 vxlanUnderlayFlood nextHop, ipmcDestination: {}, macAddr: {}, l3Oif2: {}, swKey: {}",
+      handleText(ingress.destinationHandle), key.macAddr(), handleText(entry.egress.l3Oif2Handle), key);
 }
 
 Dovel::Ptr<NextHopTableProgrammer> nextHopTableProgrammerFactory(

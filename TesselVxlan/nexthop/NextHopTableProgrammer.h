@@ -21,7 +21,7 @@ class NextHopTableProgrammer final : public NextHopTableProgrammerBase {
   KILN_TYPE(TesselVxlan::NextHopTableProgrammer, TesselVxlan::NextHopTableProgrammerBase)
   KILN_FIXED(0x104, Dovel::Ptr<VaneL3Intf::Table const>, vaneL3IntfTable)
   KILN_FIXED(0x105, Dovel::Ptr<TesselL3Tunnel::L3TunnelEgrL3OifHelper const>, l3Oif2TableHelper)
-  KILN_ATTR(0x106, bool, l2IfSupported)  ///< What the chip says, read in `initTables`.
+  KILN_ATTR(0x106, bool, l2IfSupported)             ///< What the chip says, read in `initTables`.
   KILN_FIXED(0x107, bool, vxlanUnderlayFloodingHw)  ///< A next hop without an egress interface floods its VLAN.
   KILN_ATTR(0x108, Dovel::Ptr<TesselL3Common::L3NextHop2Table>, l3NextHop2Table)
   KILN_FIXED(0x109, Dovel::Ptr<TesselL3::RoutingStatus const>, routingStatus)
@@ -39,10 +39,10 @@ class NextHopTableProgrammer final : public NextHopTableProgrammerBase {
   /// REQUIRES: `mountPath` is set.
   void initTables(TesselCentral::ChipInfo const& chipInfo) override;
 
-  /// The row of a next hop, written only where it differs from what stands: compared first, so that a repeated insert is
-  /// free. Null if its port is not known; the caller tries again when the next hop changes. Weak if the row stands as
-  /// wanted, else a use: keep it until it is stored in an entry.
-  /// Throws the range exception of `Bridging::VlanIdOrNone` for an interface with a VLAN beyond it.
+  /// The row of a next hop, written only where it differs from what stands: compared first, so that a repeated insert
+  /// is free. Null if its port is not known; the caller tries again when the next hop changes. Weak if the row stands
+  /// as wanted, else a use: keep it until it is stored in an entry. Throws the range exception of
+  /// `Bridging::VlanIdOrNone` for an interface with a VLAN beyond it.
   Handle insertEntry(Vane::TunnelKey const& tunnelKey, Vane::NextHopEntry const& nextHopEntry);
 
   /// Writes row 0, which a chip without a reserved row of its own keeps free. Called by `initTables`.

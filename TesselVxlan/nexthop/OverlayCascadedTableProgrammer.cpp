@@ -43,9 +43,9 @@ void OverlayCascadedTableProgrammer::initTables(TesselCentral::ChipInfo const& c
 }
 
 NextHopTableProgrammerBase::Handle OverlayCascadedTableProgrammer::insertEntry(Vane::TunnelKey const& tunnelKey,
-                                                                           Vane::TunnelType tunnelType, bool ecmp,
-                                                                           Handle const& vpHandle,
-                                                                           Handle const& ulEntryHandle) {
+                                                                               Vane::TunnelType tunnelType, bool ecmp,
+                                                                               Handle const& vpHandle,
+                                                                               Handle const& ulEntryHandle) {
   auto const& vtep = tunnelKey.dst();
   TRACE(1, "{}, tunnelKey: {}, nextHopEntryHandle: {}, isEcmp: {}", vtep, tunnelKey, handleText(ulEntryHandle), ecmp);
   IngL3EcmpMember0Table::Entry entry;

@@ -5,8 +5,8 @@
 
 namespace TesselVxlan {
 
-/// The overlay next hops of a chip with cascaded forwarding: rows of `IngL3EcmpMember0Table`, the overlay ECMP level that
-/// the lookup reaches before the underlay's.
+/// The overlay next hops of a chip with cascaded forwarding: rows of `IngL3EcmpMember0Table`, the overlay ECMP level
+/// that the lookup reaches before the underlay's.
 ///
 /// The next-hop id of a VTEP is its row. A full table is told to the operator each time it shows.
 /// Main thread only.

@@ -44,9 +44,9 @@ void OverlayNextHopTableProgrammer::initTables(TesselCentral::ChipInfo const& ch
 }
 
 NextHopTableProgrammerBase::Handle OverlayNextHopTableProgrammer::insertEntry(Vane::TunnelKey const& tunnelKey,
-                                                                          Vane::TunnelType tunnelType, bool ecmp,
-                                                                          Handle const& vpHandle,
-                                                                          Handle const& ulEntryHandle) {
+                                                                              Vane::TunnelType tunnelType, bool ecmp,
+                                                                              Handle const& vpHandle,
+                                                                              Handle const& ulEntryHandle) {
   auto const& vtep = tunnelKey.dst();
   TRACE(1, "{}, tunnelKey: {}, nextHopEntryHandle: {}, isEcmp: {}", vtep, tunnelKey, handleText(ulEntryHandle), ecmp);
   L3NextHop1Table::Entry entry;
@@ -70,7 +70,8 @@ void OverlayNextHopTableProgrammer::rowDel(IpGenAddr const& vtep) { l3NextHop1Ta
 
 Vane::VaneNextHopId OverlayNextHopTableProgrammer::nextHopId(IpGenAddr const& vtep) const {
   auto const row = l3NextHop1Table()->hwIndexOnlyForCrossAgentCommunication(vtep);
-  return Vane::VaneNextHopId(l3NextHop1Table()->ingL3NextHop1()->hwIndexOnlyForCrossAgentCommunication(Asic::Index(row)));
+  return Vane::VaneNextHopId(
+      l3NextHop1Table()->ingL3NextHop1()->hwIndexOnlyForCrossAgentCommunication(Asic::Index(row)));
 }
 
 void OverlayNextHopTableProgrammer::unexpectedState() const {

@@ -21,24 +21,23 @@ struct OverlayTableWords {
 
 /// Keeps one overlay next hop per remote VTEP: the row that ties the VTEP's underlay path to its virtual port.
 ///
-/// Reads its arguments and the VTEP's map. Writes the overlay table of the chip, one subclass for each kind of chip, and,
-/// when the chip answers, `nhIdEntryStatus` then `nhId` of the VTEP's map: the order is the contract, watchers run inside
-/// the second write. Where a rewrite leaves the id as it is, the VTEP's count in `tnlNhUpdateConfig` goes up instead, so
-/// that readers of the id learn that what stands behind it has changed.
-/// `nhIdEntryStatus` becomes done at each write that succeeds, failed at each that does not. Nothing is tried again here;
-/// a success that comes later publishes the id as usual.
-/// Main thread only. The write response runs after `insertEntry` has returned and may find its tunnel gone: it looks the
-/// VTEP's map up again by address.
-/// The rows stand until `deleteEntry`. The table holds a use of this object until it has written.
+/// Reads its arguments and the VTEP's map. Writes the overlay table of the chip, one subclass for each kind of chip,
+/// and, when the chip answers, `nhIdEntryStatus` then `nhId` of the VTEP's map: the order is the contract, watchers run
+/// inside the second write. Where a rewrite leaves the id as it is, the VTEP's count in `tnlNhUpdateConfig` goes up
+/// instead, so that readers of the id learn that what stands behind it has changed. `nhIdEntryStatus` becomes done at
+/// each write that succeeds, failed at each that does not. Nothing is tried again here; a success that comes later
+/// publishes the id as usual. Main thread only. The write response runs after `insertEntry` has returned and may find
+/// its tunnel gone: it looks the VTEP's map up again by address. The rows stand until `deleteEntry`. The table holds a
+/// use of this object until it has written.
 class OverlayTableProgrammer : public NextHopTableProgrammerBase {
   KILN_TYPE(TesselVxlan::OverlayTableProgrammer, TesselVxlan::NextHopTableProgrammerBase)
   KILN_FIXED(0x104, Dovel::Ptr<TesselCentral::VxlanToL2State>, vxlanToL2State)
   KILN_FIXED(0x105, Dovel::Ptr<TesselVxlan::TunnelNextHopUpdateConfig>, tnlNhUpdateConfig)
 
  public:
-  /// The row of the tunnel's VTEP, written only where it differs from what stands: a repeated insert is free and gives a
-  /// weak handle. `ulEntryHandle` is an ECMP group if `ecmp`, else a single next hop.
-  /// Null, and nothing written, where a member tunnel would change the row of a VTEP that has a unicast tunnel.
+  /// The row of the tunnel's VTEP, written only where it differs from what stands: a repeated insert is free and gives
+  /// a weak handle. `ulEntryHandle` is an ECMP group if `ecmp`, else a single next hop. Null, and nothing written,
+  /// where a member tunnel would change the row of a VTEP that has a unicast tunnel.
   virtual Handle insertEntry(Vane::TunnelKey const& tunnelKey, Vane::TunnelType tunnelType, bool ecmp,
                              Handle const& vpHandle, Handle const& ulEntryHandle) = 0;
   /// Removes the VTEP's row, which drops its uses of other rows, then the VTEP's count.

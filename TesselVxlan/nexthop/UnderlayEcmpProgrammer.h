@@ -13,8 +13,8 @@ namespace TesselVxlan {
 /// Reads the next hops of a tunnel's configuration. Writes their rows through `nextHopTableProgrammer`, then a block of
 /// `EcmpMember1Table`, then the group in `EcmpGroup1Table`. A full chip shows in the tables above, not here.
 /// Main thread only.
-/// An overlay row holds its group, the group its block, the block its next hops: all go with their last holder. On a chip
-/// without ECMP members the tables stay null.
+/// An overlay row holds its group, the group its block, the block its next hops: all go with their last holder. On a
+/// chip without ECMP members the tables stay null.
 class UnderlayEcmpProgrammer final : public NextHopTableProgrammerBase {
   KILN_TYPE(TesselVxlan::UnderlayEcmpProgrammer, TesselVxlan::NextHopTableProgrammerBase)
   KILN_FIXED(0x104, Dovel::Ptr<TesselVxlan::NextHopTableProgrammer>, nextHopTableProgrammer)
@@ -30,10 +30,10 @@ class UnderlayEcmpProgrammer final : public NextHopTableProgrammerBase {
   /// REQUIRES: `mountPath` is set, and the chip has ECMP members.
   void initTables(TesselCentral::ChipInfo const& chipInfo) override;
 
-  /// The group of a tunnel's next hops, under the adjacency of their list: a group that changes keeps its row. Weak if it
-  /// stands as wanted, else a use: keep it until it is stored in an entry.
-  /// Null, and no group written, if one of the next hops can't be programmed or the chip has no ECMP members.
-  /// REQUIRES: the list has a resolved next hop; entries of other types are passed over.
+  /// The group of a tunnel's next hops, under the adjacency of their list: a group that changes keeps its row. Weak if
+  /// it stands as wanted, else a use: keep it until it is stored in an entry. Null, and no group written, if one of the
+  /// next hops can't be programmed or the chip has no ECMP members. REQUIRES: the list has a resolved next hop; entries
+  /// of other types are passed over.
   Handle insertEntry(Dovel::Ptr<Vane::HwTunnelConfigEntry const> const& tunnelConfigEntry);
 
  private:

@@ -210,7 +210,8 @@ void VirtualPortProgrammer::reverseMapsIs(IpGenAddr const& addr) const {
   auto const dvp = virtualPortTable()->index(addr);
   if (dvp.value() == Asic::Index::none) return;
   dvpToVtepMapping()->dvpToVtepMapIs(dvp.value(), addr);
-  tunnelIndexToVtepMapping()->tunnelIndexToVtepMapIs(virtualPortTable()->virtualPort2TableEntry(addr).tunnelIndex, addr);
+  tunnelIndexToVtepMapping()->tunnelIndexToVtepMapIs(virtualPortTable()->virtualPort2TableEntry(addr).tunnelIndex,
+                                                     addr);
 }
 
 U4 VirtualPortProgrammer::vpClassCode() const { return U4(tesselVxlanChipAttr()->vpClassCode()); }

@@ -23,8 +23,9 @@ namespace TesselVxlan {
 /// when the chip answers, `tnlIdEntryStatus` then `tnlId` of the VTEP's map: the order is the contract, watchers run
 /// inside the second write. The tunnel id is the port's row, so a VTEP has a usable one only once its port is written.
 /// `tnlIdEntryStatus` becomes done at each write that succeeds, failed at each that does not; one can follow the other.
-/// Main thread only. A write response may arrive after its tunnel has gone; it looks the VTEP's map up again by address.
-/// The rows stand until they are deleted; the maps are shared. The table holds a use of this object until it has written.
+/// Main thread only. A write response may arrive after its tunnel has gone; it looks the VTEP's map up again by
+/// address. The rows stand until they are deleted; the maps are shared. The table holds a use of this object until it
+/// has written.
 class VirtualPortProgrammer final : public Dovel::PublishingNode {
   KILN_BASE_TYPE(TesselVxlan::VirtualPortProgrammer)
   KILN_FIXED(0x102, Dovel::Ptr<Stateway::EntityManager>, statewayEm)
@@ -35,7 +36,8 @@ class VirtualPortProgrammer final : public Dovel::PublishingNode {
   KILN_FIXED(0x107, Dovel::Ptr<TesselL3Common::VxlanDvpToVtepMap>, dvpToVtepMapping)
   KILN_FIXED(0x108, Dovel::Ptr<TesselL3Common::VxlanTunnelIndexToVtepMap>, tunnelIndexToVtepMapping)
   KILN_ATTR(0x109, Dovel::Ptr<TesselL3Common::VirtualPortTableMerged>, virtualPortTable)
-  KILN_ATTR(0x10a, Dovel::Ptr<TesselVxlan::RL2TunnelDefaultNetworkSvp>, rL2TunnelDefaultNetworkSvp)  ///< Null if the chip has none.
+  KILN_ATTR(0x10a, Dovel::Ptr<TesselVxlan::RL2TunnelDefaultNetworkSvp>,
+            rL2TunnelDefaultNetworkSvp)  ///< Null if the chip has none.
   KILN_ATTR(0x10b, Dovel::Ptr<TesselTile::TesselSbrAttributes const>, sbrAttributes)
 
  public:

@@ -8,8 +8,8 @@ KILN_TRACE_FILE("VxlanL3Oif1TableProgrammer");
 
 namespace TesselVxlan {
 
-VxlanL3Oif1TableProgrammer::VxlanL3Oif1TableProgrammer(
-    Dovel::Ptr<Stateway::EntityManager> statewayEm, Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> fcsd)
+VxlanL3Oif1TableProgrammer::VxlanL3Oif1TableProgrammer(Dovel::Ptr<Stateway::EntityManager> statewayEm,
+                                                       Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> fcsd)
     : statewayEm_(std::move(statewayEm)), fcsd_(std::move(fcsd)) {}
 
 void VxlanL3Oif1TableProgrammer::initTables(TesselCentral::ChipInfo const& chipInfo) {

@@ -17,11 +17,16 @@ struct WriteStateCases {
 inline void byState(Asic::EntryState state, WriteStateCases const& cases) {
   using Asic::EntryState;
   switch (state) {
-    case EntryState::inProgress: return cases.inProgress();
-    case EntryState::written: return cases.written();
-    case EntryState::failed: return cases.failed(false);
-    case EntryState::full: return cases.failed(true);
-    default: return cases.unexpected();
+    case EntryState::inProgress:
+      return cases.inProgress();
+    case EntryState::written:
+      return cases.written();
+    case EntryState::failed:
+      return cases.failed(false);
+    case EntryState::full:
+      return cases.failed(true);
+    default:
+      return cases.unexpected();
   }
 }
 

@@ -110,7 +110,7 @@ class HwTunnelProgrammerBase : public Kiln::Sm {
   KILN_TYPE_COMMON(TesselVxlan::HwTunnelProgrammerBase, nullptr)
   KILN_FIXED(0x102, Dovel::Ptr<Stateway::EntityManager>, statewayEm)
   KILN_WATCHED(0x103, TesselCentral::FeatureAgentCommonSmData const, fcsd, &KilnSelf::fcsdDispatch, nullptr)
-  KILN_FIXED(0x104, TesselCentral::ChipInfo, chipInfo)
+  KILN_RESERVED(0x104, "TesselCentral::ChipInfo", chipInfo)
   KILN_FIXED(0x105, Dovel::Ptr<TesselChipAttributesVxlan const>, vxlanAttr)
   KILN_WATCHED(0x106, TesselCentral::VxlanToL2State, vxlanToL2State, &KilnSelf::vxlanToL2StateDispatch, nullptr)
   KILN_FIXED(0x107, Dovel::Ptr<VirtualPortProgrammer>, virtualPortTableProgrammer)
@@ -142,6 +142,9 @@ class HwTunnelProgrammerBase : public Kiln::Sm {
   KILN_WATCHED(0x121, TunnelNextHopUpdateConfig, tnlNhUpdateConfig, &KilnSelf::tnlNhUpdateConfigDispatch, nullptr)
 
  public:
+  /// The chip of the logical FAP that came last.
+  TesselCentral::ChipInfo const& chipInfo() const { return chipInfo_; }
+
   // Operations of the helper state machine.
 
   /// Brings the tunnel as far as the state of the system allows; also takes up a newer generation of a known tunnel.
@@ -248,6 +251,7 @@ class HwTunnelProgrammerBase : public Kiln::Sm {
   void handleVxlanDataPathLearning(Vane::TunnelKey const& key);
   void updateVpTableInPlace(Vane::TunnelKey const& tunnelKey, Handle const& egrL3Handle);
 
+  TesselCentral::ChipInfo chipInfo_;
   TunnelIdMaps tunnelIdMap_{*this};
 };
 

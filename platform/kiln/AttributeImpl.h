@@ -3,8 +3,16 @@
 // What the macros of Attribute.h expand to.
 
 #include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
 
+#include "platform/dovel/Ptr.h"
+#include "platform/kiln/Codec.h"
+#include "platform/kiln/Collection.h"
+#include "platform/kiln/Exceptions.h"
 #include "platform/kiln/FunctionRef.h"
+#include "platform/kiln/Type.h"
 
 namespace Kiln {
 

@@ -19,16 +19,17 @@ class UnderlayNextHops : public testing::TestWithParam<Asic::Completion> {
   }
 };
 
-INSTANTIATE_TEST_SUITE_P(Chips, UnderlayNextHops,
-                         testing::Values(Asic::Completion::direct, Asic::Completion::deferred));
+INSTANTIATE_TEST_SUITE_P(Chips, UnderlayNextHops, testing::Values(Asic::Completion::direct, Asic::Completion::deferred),
+                         completionName);
 
 constexpr char const* dropRow = "ff:ff:ff:ff:ff:ff row 1: destinationHandle=#0 l3Oif2Handle=#0\n";
 
 TEST_P(UnderlayNextHops, startWithTheFixedRowsAlone) {
   TableWorld world(spec());
-  EXPECT_EQ(world.show("L3NextHop2Table"), std::string("00:00:00:00:00:00 row 0: destinationHandle=#0 ingressViewCode=7 "
-                                                       "l3Oif2Handle=#0 egressViewCode=9\n") +
-                                               dropRow);
+  EXPECT_EQ(world.show("L3NextHop2Table"),
+            std::string("00:00:00:00:00:00 row 0: destinationHandle=#0 ingressViewCode=7 "
+                        "l3Oif2Handle=#0 egressViewCode=9\n") +
+                dropRow);
 }
 
 TEST_P(UnderlayNextHops, leaveRowZeroToAChipThatReservesItItself) {
@@ -42,8 +43,12 @@ TEST_P(UnderlayNextHops, holdPortOrGroupAndVlan) {
   auto const lag = insert(world, nextHop(9));
   world.settle();
   EXPECT_EQ(port->state(), Asic::EntryState::written);
-  EXPECT_EQ(world.show("L3NextHop2Table"),
-            "");
+  EXPECT_EQ(
+      world.show("L3NextHop2Table", "02:"),
+      "02:00:00:00:00:03 Vlan3 row 2: destinationHandle=#0 destinationKind=2 ingressViewCode=5 destination=3 vlanId=3 "
+      "l3Oif2Handle=EgrL3Oif2[3] macAddr=02:00:00:00:00:03 egressViewCode=9\n"
+      "02:00:00:00:00:09 Vlan9 row 3: destinationHandle=#0 destinationKind=2 ingressViewCode=5 destination=9 isLag=1 "
+      "vlanId=9 l3Oif2Handle=EgrL3Oif2[9] macAddr=02:00:00:00:00:09 egressViewCode=9\n");
 }
 
 TEST_P(UnderlayNextHops, ofAnInterfaceWithoutIdHaveVlanZero) {
@@ -51,7 +56,9 @@ TEST_P(UnderlayNextHops, ofAnInterfaceWithoutIdHaveVlanZero) {
   auto entry = nextHop(3);
   entry.l3IntfIs(Meshal::IntfId("Loopback0"));
   auto const handle = insert(world, entry);
-  EXPECT_EQ(world.show("L3NextHop2Table"), "");
+  EXPECT_EQ(world.show("L3NextHop2Table", "02:"),
+            "02:00:00:00:00:03 Loopback0 row 2: destinationHandle=#0 destinationKind=2 ingressViewCode=5 destination=3 "
+            "l3Oif2Handle=EgrL3Oif2[0] macAddr=02:00:00:00:00:03 egressViewCode=9\n");
 }
 
 TEST_P(UnderlayNextHops, thatStandAsWantedCostNoWrite) {
@@ -77,7 +84,8 @@ TEST_P(UnderlayNextHops, changeInPlaceWhenOnePartDiffers) {
   EXPECT_GT(world.writes(), 0);
   EXPECT_TRUE(Asic::sameEntry(handle, changed));
   EXPECT_EQ(changed->row(), row);
-  EXPECT_EQ(world.nextHops->l3NextHop2Table()->ingL3NextHop2TableEntry({mac(3), Meshal::IntfId("Vlan3")}).destination, 4);
+  EXPECT_EQ(world.nextHops->l3NextHop2Table()->ingL3NextHop2TableEntry({mac(3), Meshal::IntfId("Vlan3")}).destination,
+            4);
 }
 
 TEST_P(UnderlayNextHops, withoutAPortAreNotProgrammed) {
@@ -100,7 +108,14 @@ TEST_P(UnderlayNextHops, floodTheirVlanWhereTheyHaveNoPort) {
   auto unknownPort = nextHop(5);
   unknownPort.l2IntfIs(Meshal::IntfId("Ethernet77"));
   Handle const kept[] = {insert(world, flooding), insert(world, noGroup), insert(world, unknownPort)};
-  EXPECT_EQ(world.show("L3NextHop2Table"), "");
+  EXPECT_EQ(
+      world.show("L3NextHop2Table", "02:"),
+      "02:00:00:00:00:03 Vlan3 row 2: destinationHandle=IpmcTable[1, vlanId:3] destinationKind=1 ingressViewCode=5 "
+      "vlanId=3 l3Oif2Handle=EgrL3Oif2[3] macAddr=02:00:00:00:00:03 egressViewCode=9\n"
+      "02:00:00:00:00:04 Vlan4 row 3: destinationKind=1 ingressViewCode=5 "
+      "vlanId=4 l3Oif2Handle=EgrL3Oif2[4] macAddr=02:00:00:00:00:04 egressViewCode=9\n"
+      "02:00:00:00:00:05 Vlan5 row 4: destinationHandle=#0 destinationKind=2 ingressViewCode=5 "
+      "vlanId=5 l3Oif2Handle=EgrL3Oif2[5] macAddr=02:00:00:00:00:05 egressViewCode=9\n");
 }
 
 TEST_P(UnderlayNextHops, beyondTheTableAreToldOnceAndHeal) {
@@ -109,8 +124,9 @@ TEST_P(UnderlayNextHops, beyondTheTableAreToldOnceAndHeal) {
   auto const second = insert(world, nextHop(4));
   world.settle();
   EXPECT_EQ(second->state(), Asic::EntryState::full);
-  EXPECT_EQ(world.messages(), "TESSEL_VXLAN_UL_NEXT_HOP_RESOURCES_FULL: Hardware resources are insufficient to program "
-                              "underlay for the nexthop IP 02:00:00:00:00:04.\n");
+  EXPECT_EQ(world.messages(),
+            "TESSEL_VXLAN_UL_NEXT_HOP_RESOURCES_FULL: Hardware resources are insufficient to program "
+            "underlay for the nexthop IP 02:00:00:00:00:04.\n");
   first = nullptr;
   world.settle();
   EXPECT_EQ(second->state(), Asic::EntryState::written);

@@ -13,10 +13,6 @@ struct Kind {
   Asic::Completion completion;
 };
 
-void PrintTo(Kind const& kind, std::ostream* out) {
-  *out << (kind.cascaded ? "cascaded" : "next hops") << (kind.completion == Asic::Completion::direct ? "" : ", deferred");
-}
-
 /// The overlay row of a VTEP, on both kinds of chip and with both ways of completion.
 class OverlayRows : public testing::TestWithParam<Kind> {
  protected:
@@ -42,9 +38,13 @@ class OverlayRows : public testing::TestWithParam<Kind> {
   }
 };
 
-INSTANTIATE_TEST_SUITE_P(Chips, OverlayRows,
-                         testing::Values(Kind{false, Asic::Completion::direct}, Kind{false, Asic::Completion::deferred},
-                                         Kind{true, Asic::Completion::direct}, Kind{true, Asic::Completion::deferred}));
+INSTANTIATE_TEST_SUITE_P(
+    Chips, OverlayRows,
+    testing::Values(Kind{false, Asic::Completion::direct}, Kind{false, Asic::Completion::deferred},
+                    Kind{true, Asic::Completion::direct}, Kind{true, Asic::Completion::deferred}),
+    [](auto const& chip) {
+      return (chip.param.cascaded ? "cascaded_" : "nextHops_") + completionName({chip.param.completion, chip.index});
+    });
 
 TEST_P(OverlayRows, arePublishedWhenTheChipHasAnswered) {
   TableWorld world(spec());
@@ -54,7 +54,14 @@ TEST_P(OverlayRows, arePublishedWhenTheChipHasAnswered) {
   world.settle();
   EXPECT_EQ(nextHopOf(world, 2), firstId());
   EXPECT_FALSE(world.doorbell->tunnelNhUpdateHas(vtep(2))) << "a new id is notice enough";
-  EXPECT_EQ(world.show(table()), "");
+  std::string const port = "vpHandle=VirtualPortTableMerged[10.0.0.2]";
+  std::string const underlay = "ulEntryHandle=L3NextHop2Table[02:00:00:00:00:01 Vlan1]";
+  EXPECT_EQ(
+      world.show(table()),
+      "10.0.0.2 row 0: " +
+          (GetParam().cascaded ? port + " " + underlay
+                               : underlay + " " + port + " oif1Handle=VxlanEgrL3Oif1Table[overlay] nextHopValid=1") +
+          "\n");
 }
 
 TEST_P(OverlayRows, thatStandAsWantedCostNothing) {
@@ -124,9 +131,10 @@ TEST_P(OverlayRows, beyondTheTableAreUnprogrammedUntilARowIsFree) {
   world.settle();
   EXPECT_EQ(nextHopOf(world, 3), "failed unprogrammed");
   std::string const message =
-      GetParam().cascaded ? "TESSEL_VXLAN_CASCADED_NEXTHOP_RESOURCE_FULL: Hardware resources are insufficient to program a "
-                            "cascaded nexthop entry for remote VTEP 10.0.0.3.\n"
-                          : "";
+      GetParam().cascaded
+          ? "TESSEL_VXLAN_CASCADED_NEXTHOP_RESOURCE_FULL: Hardware resources are insufficient to program a "
+            "cascaded nexthop entry for remote VTEP 10.0.0.3.\n"
+          : "";
   EXPECT_EQ(world.messages(), message);
   insert(world, 3, 4);
   world.settle();

@@ -17,14 +17,20 @@ class UnderlayGroups : public testing::TestWithParam<Asic::Completion> {
   TableWorld world{{.completion = GetParam()}};
 };
 
-INSTANTIATE_TEST_SUITE_P(Chips, UnderlayGroups, testing::Values(Asic::Completion::direct, Asic::Completion::deferred));
+INSTANTIATE_TEST_SUITE_P(Chips, UnderlayGroups, testing::Values(Asic::Completion::direct, Asic::Completion::deferred),
+                         completionName);
 
 TEST_P(UnderlayGroups, countTheirResolvedMembersAlone) {
   auto unresolved = nextHop(2);
   unresolved.typeIs(Vane::nextHopUnresolved);
   auto const group = insert(2, 36, {nextHop(1), unresolved, nextHop(3)});
   world.settle();
-  EXPECT_EQ(groups(), "");
+  EXPECT_EQ(groups(),
+            "adj:36 row 0: memberBlockHandle=EcmpMember1Table[[02:00:00:00:00:01 Vlan1, 02:00:00:00:00:03 Vlan3]] "
+            "lastMemberIndex=1\n"
+            "[02:00:00:00:00:01 Vlan1, 02:00:00:00:00:03 Vlan3] row 0: nextHopHandle=L3NextHop2Table[02:00:00:00:00:01 "
+            "Vlan1] "
+            "nextHopHandle=L3NextHop2Table[02:00:00:00:00:03 Vlan3]\n");
 }
 
 TEST_P(UnderlayGroups, areSharedByTheTunnelsOverAnAdjacency) {
@@ -59,7 +65,12 @@ TEST_P(UnderlayGroups, changeInPlace) {
   world.settle();
   EXPECT_TRUE(Asic::sameEntry(group, smaller));
   EXPECT_EQ(smaller->row(), row);
-  EXPECT_EQ(groups(), "");
+  EXPECT_EQ(groups(),
+            "adj:36 row 0: memberBlockHandle=EcmpMember1Table[[02:00:00:00:00:01 Vlan1, 02:00:00:00:00:03 Vlan3]] "
+            "lastMemberIndex=1\n"
+            "[02:00:00:00:00:01 Vlan1, 02:00:00:00:00:03 Vlan3] row 3: nextHopHandle=L3NextHop2Table[02:00:00:00:00:01 "
+            "Vlan1] "
+            "nextHopHandle=L3NextHop2Table[02:00:00:00:00:03 Vlan3]\n");
   EXPECT_EQ(world.keys("L3NextHop2Table").find("02:00:00:00:00:02"), std::string::npos);
 }
 

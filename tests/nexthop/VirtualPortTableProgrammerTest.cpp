@@ -22,13 +22,18 @@ class VirtualPorts : public testing::TestWithParam<Asic::Completion> {
   static constexpr char const* table = "VirtualPortTableMerged";
 };
 
-INSTANTIATE_TEST_SUITE_P(Chips, VirtualPorts, testing::Values(Asic::Completion::direct, Asic::Completion::deferred));
+INSTANTIATE_TEST_SUITE_P(Chips, VirtualPorts, testing::Values(Asic::Completion::direct, Asic::Completion::deferred),
+                         completionName);
 
 TEST_P(VirtualPorts, haveTwoDefaultRowsBelowThem) {
   TableWorld world(spec());
   world.virtualPorts->insertDefaultEntries(true, nullptr);
   world.settle();
-  EXPECT_EQ(world.show(table), "");
+  EXPECT_EQ(world.show(table),
+            " row 1: vp1FlagA=1 vp1FlagB=1 vp1FlagC=7 vp1FlagD=1 defaultLearnEnable=1 vpClassCode=3 capabilityFlag=1 "
+            "sbrCodeB=100 vp2FlagA=1\n"
+            "127.0.0.1 row 0: vp1FlagA=1 vp1FlagB=1 vp1FlagD=1 defaultLearnEnable=1 vpClassCode=1 "
+            "sbrCodeA=118 sbrCodeB=100 sbrCodeC=118\n");
   EXPECT_EQ(world.show("RL2TunnelDefaultNetworkSvp"), "0 row 0: svp=1\n1 row 1: svp=1\n");
   EXPECT_EQ(world.dvpMap->dvpToVtepMap(1), Meshal::IpGenAddr("0.0.0.0"));
 
@@ -58,7 +63,16 @@ TEST_P(VirtualPorts, holdTheirVtepAndItsHeader) {
   world.vtepIs(vtep6(2));
   insert(world, vtep(2), header);
   insert(world, vtep6(2));
-  EXPECT_EQ(world.show(table), "");
+  std::string const vp1 =
+      " vp1FlagA=1 vp1FlagB=1 learnEnableA=1 learnEnableB=1 vp1FlagC=1 vp1FlagD=1 vp1UpdateCount=1 vpClassCode=3 "
+      "capabilityFlag=1 vp1FlagF=1 sbrCodeA=119";
+  std::string const vp2 =
+      " sbrCodeB=101 vp2FlagA=1 vp2FlagC=1 vp2FlagD=1 vp2FlagE=1 vp2UpdateCount=1 vp2CodeA=16 vp2FlagF=1 "
+      "sbrCodeC=119\n";
+  EXPECT_EQ(world.show(table),
+            "10.0.0.2 row 2:" + vp1 +
+                " egrL3TunnelTableHandle=EgrL3Ipv4TunnelTable[10.0.0.1 > 10.0.0.2] tunnelIndex=1 vtepIpBits=167772162" +
+                vp2 + "2001:db8::2 row 3:" + vp1 + " vtepIpBits=2" + vp2);
   EXPECT_EQ(world.tunnelIndexMap->tunnelIndexToVtepMap(header->row()->value()), vtep(2));
 }
 
@@ -77,7 +91,8 @@ TEST_P(VirtualPorts, areWrittenByEachInsert) {
 
 /// Notes what a VTEP's map says at the moment when its tunnel id changes.
 struct IdWatch : Dovel::Subscriber {
-  IdWatch(TableWorld& watched, TesselCentral::VtepIpToTnlIdNhIdMap& map) : Subscriber(&onChange), world(watched), vtep(map.vtepIp()) {
+  IdWatch(TableWorld& watched, TesselCentral::VtepIpToTnlIdNhIdMap& map)
+      : Subscriber(&onChange), world(watched), vtep(map.vtepIp()) {
     map.publisher()->subscriberAdd(*this);
   }
   static void onChange(Dovel::Subscriber& subscriber, Dovel::Change const& change) {
@@ -120,8 +135,9 @@ TEST_P(VirtualPorts, beyondTheTableAreToldOnceAndHeal) {
   insert(world, vtep(3));
   world.settle();
   EXPECT_EQ(world.published(vtep(3)), "port failed unprogrammed, next hop none");
-  EXPECT_EQ(world.messages(), "TESSEL_VXLAN_VP_TABLE_RESOURCE_FULL: Hardware resources are insufficient to program the "
-                              "virtual port for remote VTEP 10.0.0.3.\n");
+  EXPECT_EQ(world.messages(),
+            "TESSEL_VXLAN_VP_TABLE_RESOURCE_FULL: Hardware resources are insufficient to program the "
+            "virtual port for remote VTEP 10.0.0.3.\n");
   EXPECT_EQ(world.dvpMap->dvpToVtepMapColl().size(), 1) << "no number, no mapping";
 
   world.virtualPorts->deleteEntry(tunnel(vtep(2)), vtep(2));

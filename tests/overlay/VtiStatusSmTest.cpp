@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "OverlayWorld.h"
+#include "platform/kiln/AttributeDefinitions.h"
 #include "platform/kiln/Trace.h"
 
 namespace {

@@ -65,8 +65,8 @@ class AgentWorld {
   AgentWorld& release();
   /// The feature stops and starts again over the same state and chip, as in a restart.
   AgentWorld& restart();
-  Host::Agent& agent() { return *agent_; }
-  Asic::SimulatedChip& hardware() { return agent_->driver(); }
+  Host::Agent& agent() const { return *agent_; }
+  Asic::SimulatedChip& hardware() const { return agent_->driver(); }
   AgentWorld& settle();
 
   // Observers.

@@ -1,7 +1,5 @@
 #include "tests/support/TableFixture.h"
 
-#include <gtest/gtest.h>
-
 #include "TesselVxlan/nexthop/OverlayCascadedTableProgrammer.h"
 #include "TesselVxlan/nexthop/OverlayNextHopTableProgrammer.h"
 #include "platform/asic/Store.h"
@@ -21,9 +19,8 @@ Meshal::IntfId vlanIntf(unsigned n) { return Meshal::IntfId("Vlan" + std::to_str
 Dovel::Ptr<ChipProfile const> makeProfile(ChipSpec const& spec) {
   auto const profile = Dovel::make<ChipProfile>("test");
   std::map<std::string, std::uint32_t> rows{
-      {"IngL3NextHop2Table", 64}, {"EgrL3NextHop2", 64},     {"EcmpGroup1Table", 16},
-      {"EgrL3Oif2", 64},          {"VirtualPort1Table", 64}, {"VirtualPort2Table", 64},
-      {"IpmcTable", 16},          {"EgrL3Ipv4TunnelTable", 16}};
+      {"IngL3NextHop2Table", 64}, {"EgrL3NextHop2", 64},     {"EcmpGroup1Table", 16}, {"EgrL3Oif2", 64},
+      {"VirtualPort1Table", 64},  {"VirtualPort2Table", 64}, {"IpmcTable", 16},       {"EgrL3Ipv4TunnelTable", 16}};
   if (spec.cascaded) rows.insert({"IngL3EcmpMember0Table", 64});
   if (!spec.cascaded) rows.insert({{"IngL3NextHop1", 64}, {"EgrL3NextHop1", 64}});
   if (spec.her) rows.insert({"VxlanEgrL3Oif1Table", 2});
@@ -60,7 +57,7 @@ class FieldText final : public Asic::FieldVisitor {
     if (value != 0) add(name, std::to_string(value));
   }
   void text(std::string_view name, std::string value) override {
-    if (!value.empty()) add(name, value);
+    if (!value.empty() && value != noMac) add(name, value);
   }
   void handle(std::string_view name, Handle const& target) override {
     if (!target) return;
@@ -72,6 +69,7 @@ class FieldText final : public Asic::FieldVisitor {
   void groupEnd() override {}
 
  private:
+  static constexpr char const* noMac = "00:00:00:00:00:00";
   void add(std::string_view name, std::string const& value) { out_.append(" ").append(name).append("=").append(value); }
   std::string& out_;
 };
@@ -105,6 +103,10 @@ Dovel::Ptr<Vane::HwTunnelConfigEntry const> config(Vane::TunnelKey const& key, s
   auto const entry = Dovel::make<Vane::HwTunnelConfigEntry>(key);
   entry->nextHopEntryListIs(Dovel::make<Vane::NextHopEntryList>(adjId, nextHops));
   return entry;
+}
+
+std::string completionName(testing::TestParamInfo<Asic::Completion> const& way) {
+  return way.param == Asic::Completion::direct ? "direct" : "deferred";
 }
 
 TableWorld::TableWorld(ChipSpec const& spec)
@@ -197,9 +199,10 @@ std::string TableWorld::published(Meshal::IpGenAddr const& vtep) const {
          idText(map->nhIdEntryStatus(), map->nhId());
 }
 
-std::string TableWorld::show(std::string_view table) const {
+std::string TableWorld::show(std::string_view table, std::string_view keys) const {
   std::string text;
   chip_->store(table)->forEachEntry([&](Asic::EntryView const& entry) {
+    if (!entry.key().starts_with(keys)) return;
     text += entry.key() + (entry.row() ? " row " + Kiln::toText(*entry.row()) : " no row") + ":";
     FieldText fields(text);
     entry.fields(fields);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <map>
 #include <string>
 
@@ -26,6 +28,9 @@ Vane::TunnelKey tunnel(Meshal::IpGenAddr const& vtep, std::uint64_t genId = 1);
 Vane::NextHopEntry nextHop(unsigned n);
 Dovel::Ptr<Vane::HwTunnelConfigEntry const> config(Vane::TunnelKey const& key, std::uint32_t adjId,
                                                    Vane::NextHopEntrySet const& nextHops);
+
+/// For the names of tests over both ways.
+std::string completionName(testing::TestParamInfo<Asic::Completion> const& way);
 
 /// What a test wants of its chip.
 struct ChipSpec {
@@ -61,12 +66,14 @@ class TableWorld {
   std::string messages();
 
   /// A VTEP with a tunnel of that type, as the tunnel programmers keep it.
-  TesselCentral::VtepIpToTnlIdNhIdMap& vtepIs(Meshal::IpGenAddr const& vtep, Vane::TunnelType type = Vane::vxlanTunnel_);
+  TesselCentral::VtepIpToTnlIdNhIdMap& vtepIs(Meshal::IpGenAddr const& vtep,
+                                              Vane::TunnelType type = Vane::vxlanTunnel_);
   /// "tnl done 2, nh done 3": what is published of a VTEP.
   std::string published(Meshal::IpGenAddr const& vtep) const;
 
-  /// The entries of a table, a line each: "key row N: name=value …". Fields that are 0 are left out.
-  std::string show(std::string_view table) const;
+  /// The entries of a table whose keys begin so, a line each: "key row N: name=value …". Fields that are 0 are left
+  /// out.
+  std::string show(std::string_view table, std::string_view keys = {}) const;
   /// The names of the keys alone.
   std::string keys(std::string_view table) const;
   /// A virtual port for `vtep`, as the tunnel programmers make it before the overlay row.
