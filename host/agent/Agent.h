@@ -11,8 +11,8 @@
 #include "platform/asic/SimulatedChip.h"
 #include "platform/kiln/Clock.h"
 #include "platform/kiln/Log.h"
-#include "platform/plugin/L3MounterBase.h"
 #include "platform/local/EntityManager.h"
+#include "platform/plugin/L3MounterBase.h"
 #include "platform/plugin/Loader.h"
 #include "platform/stateway/Document.h"
 #include "platform/stateway/EntityManager.h"
@@ -27,12 +27,14 @@ class TunnelSmGate;
 /// The plug-in of this installation: found from where the running program lies.
 std::filesystem::path defaultPlugin();
 
-/// An agent process in one object: chip, stores, the feature's plug-in, the forwarding abstraction above it, and the loop.
+/// An agent process in one object: chip, stores, the feature's plug-in, the forwarding abstraction above it, and the
+/// loop.
 ///
-/// In: state documents and faults of the chip. Out: rows of the chip, status, operator messages. Everything happens inside
-/// the calls: a document is written, or the loop turns, and when the call is over nothing is left to do.
+/// In: state documents and faults of the chip. Out: rows of the chip, status, operator messages. Everything happens
+/// inside the calls: a document is written, or the loop turns, and when the call is over nothing is left to do.
 ///
-///   made → started (the plug-in's mounter is there and the feature runs) → stopped; `start` may follow a `stopFeature`.
+///   made → started (the plug-in's mounter is there and the feature runs) → stopped; `start` may follow a
+///   `stopFeature`.
 ///
 /// Main thread only, one agent with a virtual clock or with messages captured at a time. Owns all of it; when it stops,
 /// the feature goes first, then what it was given.
@@ -67,8 +69,9 @@ class Agent {
   /// The same for a text. Throws `InputError` for one that is no JSON, too.
   bool apply(std::string_view json, std::string const& source = "document");
 
-  /// Turns the loop until nothing is left to do: one review of the forwarding abstraction, one round of the chip's answers
-  /// or one round of due work at a time. False if answers are held back, or if it doesn't come to an end (`turnLimit`).
+  /// Turns the loop until nothing is left to do: one review of the forwarding abstraction, one round of the chip's
+  /// answers or one round of due work at a time. False if answers are held back, or if it doesn't come to an end
+  /// (`turnLimit`).
   bool settle();
   /// One turn of the loop. False if there was nothing to do.
   bool turn();
@@ -76,8 +79,8 @@ class Agent {
   /// What the last `settle` gave.
   bool settled() const { return settled_; }
 
-  /// Ends what ends with the agent's process: the feature, the forwarding abstraction, the local store, and responses that
-  /// the chip still owes. The state database and the chip's rows stay. Not to be called from inside the loop.
+  /// Ends what ends with the agent's process: the feature, the forwarding abstraction, the local store, and responses
+  /// that the chip still owes. The state database and the chip's rows stay. Not to be called from inside the loop.
   void stopFeature();
   /// Loads the plug-in, runs the feature's start and settles, as a new process would. Throws `Plugin::LoadError`.
   /// REQUIRES: no feature runs.

@@ -14,8 +14,8 @@ struct Input {
   Stateway::StateDocument document;
 };
 
-/// Reads state documents and directories of captures, in order; a directory replaces the files of those before it that it
-/// holds, too. Without any, gives the leaf that is built in. Throws `InputError` for the first that can't be read.
+/// Reads state documents and directories of captures, in order; a directory replaces the files of those before it that
+/// it holds, too. Without any, gives the leaf that is built in. Throws `InputError` for the first that can't be read.
 std::vector<Input> readInputs(std::vector<std::string> const& paths);
 
 }  // namespace Host

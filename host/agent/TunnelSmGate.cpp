@@ -1,10 +1,9 @@
 #include "host/agent/TunnelSmGate.h"
 
-#include "platform/kiln/AttributeDefinitions.h"
-
 #include <algorithm>
 
 #include "host/agent/World.h"
+#include "platform/kiln/AttributeDefinitions.h"
 
 namespace Host {
 

@@ -8,8 +8,8 @@ namespace Host {
 
 /// Tells the feature that the forwarding abstraction is ready, once it has seen the status objects of all tunnel types.
 ///
-/// Reads `hwTunnelStatusInitialized`; writes `vaneTunnelSmReady`, once. Either from the review that the loop asks for, or
-/// at once, inside the write that completes what it waits for. Main thread only.
+/// Reads `hwTunnelStatusInitialized`; writes `vaneTunnelSmReady`, once. Either from the review that the loop asks for,
+/// or at once, inside the write that completes what it waits for. Main thread only.
 class TunnelSmGate final : public Kiln::Sm {
   KILN_BASE_TYPE(Host::TunnelSmGate)
 

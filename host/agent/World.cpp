@@ -46,13 +46,14 @@ World::World(std::string const& profile, Asic::Completion completion) {
 World::~World() = default;
 
 void World::doMount(Stateway::MountGroup& group) const {
-  group.doMount({TesselCentral::PortConfigDir::mountPath, std::string(TesselCentral::PortConfigDir::kilnType().name())});
+  group.doMount(
+      {TesselCentral::PortConfigDir::mountPath, std::string(TesselCentral::PortConfigDir::kilnType().name())});
 }
 
 void World::capabilitiesIs() const {
   auto const has = chip->profile()->feature<TesselCentral::VxlanCapabilityAttributes>();
-  auto const capabilities = stores.stateway->getEntity<TesselCentral::VxlanCapabilities>(
-      "hardware/tessel/centralStatus/vxlanCapabilities");
+  auto const capabilities =
+      stores.stateway->getEntity<TesselCentral::VxlanCapabilities>("hardware/tessel/centralStatus/vxlanCapabilities");
   if (!has || !capabilities) return;
   capabilities->mcastTunnelSupportedIs(has->mcastTunnelSupported());
   capabilities->underlayMcastSupportedIs(has->underlayMcastSupported());

@@ -38,8 +38,8 @@ class AgentOptions::Traces {
   bool on_ = false;
 };
 
-/// Reads all inputs and checks them against the agent. Throws `InputError` for the first that can't be used; then nothing
-/// has been applied.
+/// Reads all inputs and checks them against the agent. Throws `InputError` for the first that can't be used; then
+/// nothing has been applied.
 std::vector<Input> readAndCheck(Agent const& agent, std::vector<std::string> const& paths);
 
 }  // namespace Host

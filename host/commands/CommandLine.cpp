@@ -89,8 +89,8 @@ class CommandLine {
   }
 
   void addProfiles() {
-    auto& profiles = add("profiles", "Lists the chip profiles, or describes one",
-                         [this] { return profilesCommand(name_, out_); });
+    auto& profiles =
+        add("profiles", "Lists the chip profiles, or describes one", [this] { return profilesCommand(name_, out_); });
     profiles.add_option("NAME", name_, "A profile's name, or a file");
   }
 

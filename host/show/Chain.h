@@ -34,7 +34,8 @@ class Chain {
   Asic::EntryHandle::PtrConst const& virtualPort() const { return virtualPort_; }
   /// The overlay entry of the kind that the chip has; null if there is none.
   Asic::EntryHandle::PtrConst const& overlay() const { return overlay_; }
-  /// Both and every row below them, each once: virtual port, overlay entry, outer header, group, its members, next hops.
+  /// Both and every row below them, each once: virtual port, overlay entry, outer header, group, its members, next
+  /// hops.
   std::vector<Asic::EntryHandle::PtrConst> const& rows() const { return rows_; }
   /// The first of `rows` that the chip does not have; null if it has all.
   Asic::EntryHandle::PtrConst firstUnwritten() const;

@@ -6,9 +6,9 @@
 
 namespace Host {
 
-/// Writes what there is to see of an agent as the members of one JSON object: profile, settled, tunnels, tables, chip, logs,
-/// and with `withState` the state of the three stores. Other programs read this: names and nesting stay as they are.
-/// REQUIRES: inside an object.
+/// Writes what there is to see of an agent as the members of one JSON object: profile, settled, tunnels, tables, chip,
+/// logs, and with `withState` the state of the three stores. Other programs read this: names and nesting stay as they
+/// are. REQUIRES: inside an object.
 void writeReport(JsonWriter& json, Agent const& agent, std::vector<TunnelReport> const& tunnels, bool withState);
 
 void writeTunnel(JsonWriter& json, TunnelReport const& tunnel);

@@ -18,7 +18,8 @@ Text missingLocal(Agent const& agent, TunnelReport const& report) {
   auto const state = agent.local<TesselL3Common::TesselVxlanState>(kVxlanStatePath);
   auto local = state ? state->getLocalVtep(vtep.af()) : Meshal::IpGenAddr();
   // The common address of a pair of switches stands in for the one of its own, and serves unicast tunnels alone.
-  if (state && report.type == Vane::vxlanTunnel_ && !state->mlagVtepAddr().isUnspecified()) local = state->mlagVtepAddr();
+  if (state && report.type == Vane::vxlanTunnel_ && !state->mlagVtepAddr().isUnspecified())
+    local = state->mlagVtepAddr();
   if (local.isUnspecified()) return vtep.isIpv6() ? "no local VTEP for IPv6" : "no local VTEP";
   return state->udpPort() == 0 ? Text("no UDP port") : Text();
 }

@@ -75,8 +75,8 @@ void printSummary(std::ostream& out, Agent const& agent, std::vector<TunnelRepor
 }
 
 void printTunnels(std::ostream& out, std::vector<TunnelReport> const& tunnels) {
-  Columns columns({Align::left, Align::left, Align::right, Align::left, Align::right, Align::right, Align::right,
-                   Align::left});
+  Columns columns(
+      {Align::left, Align::left, Align::right, Align::left, Align::right, Align::right, Align::right, Align::left});
   columns.row({"TYPE", "VTEP", "GENERATION", "LOCAL VTEP", "ADJACENCY", "TUNNEL", "NEXT HOP", "STATE"});
   for (auto const& tunnel : tunnels) {
     columns.row({std::string(tunnelTypeText(tunnel.type)), Kiln::toText(tunnel.vtep), Kiln::toText(tunnel.genId),

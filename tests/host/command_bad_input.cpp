@@ -105,9 +105,13 @@ TEST_F(BadInput, aPlugInWithoutTheMounterOrWithAnotherType) {
 }
 
 TEST_F(BadInput, helpIsGood) {
-  for (auto const& command : std::vector<std::vector<std::string>>{
-           {"--help"}, {"run", "--help"}, {"explain", "--help"}, {"import", "--help"}, {"import", "iproute2", "--help"},
-           {"types", "--help"}, {"profiles", "--help"}}) {
+  for (auto const& command : std::vector<std::vector<std::string>>{{"--help"},
+                                                                   {"run", "--help"},
+                                                                   {"explain", "--help"},
+                                                                   {"import", "--help"},
+                                                                   {"import", "iproute2", "--help"},
+                                                                   {"types", "--help"},
+                                                                   {"profiles", "--help"}}) {
     auto const ran = run(command);
     EXPECT_EQ(ran.code, kGood);
     EXPECT_THAT(ran.out, HasSubstr("Usage: tessel-agent"));

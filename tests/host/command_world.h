@@ -55,12 +55,13 @@ class Files : public testing::Test {
   std::filesystem::path const& base() const { return base_; }
 
  private:
-  std::filesystem::path base_ = std::filesystem::temp_directory_path() /
-                                ("tessel-" + std::to_string(getpid()) +
-                                 testing::UnitTest::GetInstance()->current_test_info()->name());
+  std::filesystem::path base_ =
+      std::filesystem::temp_directory_path() /
+      ("tessel-" + std::to_string(getpid()) + testing::UnitTest::GetInstance()->current_test_info()->name());
 };
 
-/// A wish with the local VTEP 10.255.0.1, UDP port 4789, adjacency 7 over uplinks 1 and 2, and VTEPs 2 to `last` over it.
+/// A wish with the local VTEP 10.255.0.1, UDP port 4789, adjacency 7 over uplinks 1 and 2, and VTEPs 2 to `last` over
+/// it.
 inline AgentTest::Wish wishTo(unsigned last) {
   AgentTest::Wish wish{.localVtep = AgentTest::vtep(1), .udpPort = 4789};
   wish.adjacencies[7] = {AgentTest::uplink(1), AgentTest::uplink(2)};

@@ -101,8 +101,8 @@ TEST_P(FabricEvents, afterEachTheChipHasWhatTheCaptureSays) {
   auto const [name, both, one] = GetParam();
   auto const fabric = std::string(name);
   Strings arguments{"run", "--show-each", "--format", "json", capture(fabric + "/leaf1")};
-  for (auto const* event : {"01-base", "02-uplink-down", "03-uplink-up", "04-vtep-gone", "05-vtep-back",
-                            "06-mac-moved", "07-vni-removed", "08-vni-back"}) {
+  for (auto const* event : {"01-base", "02-uplink-down", "03-uplink-up", "04-vtep-gone", "05-vtep-back", "06-mac-moved",
+                            "07-vni-removed", "08-vni-back"}) {
     arguments.push_back(capture(fabric + "/events/" + event));
   }
   auto const ran = run(arguments);
@@ -211,12 +211,12 @@ TEST_F(RunCommand, reasonsOfTunnelsThatAreNotProgrammed) {
     EXPECT_EQ(ran.code, kNotProgrammed);
     return tunnelsOf(ran.json());
   };
-  EXPECT_THAT(shown(), ElementsAre("10.255.0.2 7", "10.255.0.3 7", "10.255.0.4 !no route",
-                                   "10.255.0.5 8 !next hop unresolved: 10.1.1.1",
-                                   "10.255.0.6 9 !no port for the next hop's interface Ethernet11",
-                                   "10.255.0.7 10 !adjacency 10 has no next hop",
-                                   "10.255.0.8 99 !adjacency 99 is not in the state",
-                                   "fd00::2 7 !no local VTEP for IPv6"));
+  EXPECT_THAT(
+      shown(),
+      ElementsAre("10.255.0.2 7", "10.255.0.3 7", "10.255.0.4 !no route", "10.255.0.5 8 !next hop unresolved: 10.1.1.1",
+                  "10.255.0.6 9 !no port for the next hop's interface Ethernet11",
+                  "10.255.0.7 10 !adjacency 10 has no next hop", "10.255.0.8 99 !adjacency 99 is not in the state",
+                  "fd00::2 7 !no local VTEP for IPv6"));
   wish.tunnels.clear();
   over(2, 7);
   wish.udpPort = 0;
@@ -242,9 +242,9 @@ TEST_F(RunCommand, sectionsAreShownInTheOrderThatWasAsked) {
     EXPECT_NE(found, std::string::npos) << part << " in\n" << ran.out;
     if (found != std::string::npos) at = found;
   }
-  EXPECT_THAT(run({"run", "--format", "json", "--show", "state", input}).json()["state"]["local"]["vxlanBootStatus"]
-                  ["vaneTunnelSmReady"]
-                      .GetBool(),
+  EXPECT_THAT(run({"run", "--format", "json", "--show", "state", input})
+                  .json()["state"]["local"]["vxlanBootStatus"]["vaneTunnelSmReady"]
+                  .GetBool(),
               true);
 }
 
