@@ -28,7 +28,7 @@ TEST_F(Explain, aProgrammedTunnelRowByRowDownToThePorts) {
   EXPECT_TRUE(inOrder(
       ran.out, {"10.255.0.2, vxlanTunnel generation 1: programmed\n", "  from 10.255.0.1, tunnel id 2", "adjacency 7",
                 "10.1.1.1, 02:00:00:00:00:01, Ethernet1", "overlay entry: IngL3EcmpMember0Table 10.255.0.2, row",
-                ", written", "\n  virtual port: VirtualPortTableMerged [10.255.0.2], row 2, written",
+                ", written", "\n  virtual port: VirtualPortTableMerged 10.255.0.2, row 2, written",
                 "\n    outer header: EgrL3Ipv4TunnelTable 10.255.0.1 > 10.255.0.2",
                 "\n  underlay: EcmpGroup1Table adj:7", "\n    members: EcmpMember1Table",
                 "\n      next hop: L3NextHop2Table 02:00:00:00:00:01 Vlan101", "\n        outgoing VLAN: EgrL3Oif2",
