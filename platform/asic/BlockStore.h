@@ -38,7 +38,7 @@ class BlockStore final : public StoreBase {
     Block key;
   };
 
-  BlockStore(Chip& chip, TableSpec const& spec) : StoreBase(chip, spec) {}
+  BlockStore(Chip& chip, TableSpec const& tableShape) : StoreBase(chip, tableShape) {}
   static Dovel::Ptr<StoreBase> makeStore(Chip& chip, UnitId);
 
   std::size_t entrys() const override { return records_.size(); }

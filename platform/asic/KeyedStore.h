@@ -46,7 +46,7 @@ class KeyedStore final : public StoreBase {
     E entry{};
   };
 
-  KeyedStore(Chip& chip, TableSpec const& spec) : StoreBase(chip, spec) { records_.reserve(capacity()); }
+  KeyedStore(Chip& chip, TableSpec const& tableShape) : StoreBase(chip, tableShape) { records_.reserve(capacity()); }
   static Dovel::Ptr<StoreBase> makeStore(Chip& chip, UnitId);
 
   std::size_t entrys() const override { return records_.size(); }

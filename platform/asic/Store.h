@@ -63,7 +63,7 @@ class StoreBase : public Dovel::Node {
   virtual void showFields(RecordBase const& record, FieldVisitor& visitor) const = 0;
 
  protected:
-  StoreBase(Chip& chip, TableSpec const& spec);
+  StoreBase(Chip& chip, TableSpec const& tableShape);
   ~StoreBase() override;
 
   /// Takes `length` rows for a new record, or leaves it without.

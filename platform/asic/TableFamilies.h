@@ -162,19 +162,21 @@ std::vector<std::string_view> partNames() {
 
 template <class Table, class K, class E>
 Dovel::Ptr<StoreBase> KeyedStore<Table, K, E>::makeStore(Chip& chip, UnitId) {
-  TableSpec spec{Table::kilnType(), Table::reservedRows, {}};
+  TableSpec tableShape{Table::kilnType(), Table::reservedRows, {}};
   auto const names = partNames<Table>();
   forEachPart([&](std::size_t part, auto const& of) {
     using PartEntry = std::remove_cvref_t<decltype(of(std::declval<E const&>()))>;
-    spec.parts.push_back(Row::layoutOf<PartEntry>(names.empty() ? shortName(Table::kilnType().name()) : names[part]));
+    tableShape.parts.push_back(
+        Row::layoutOf<PartEntry>(names.empty() ? shortName(Table::kilnType().name()) : names[part]));
   });
-  return Dovel::make<KeyedStore>(chip, spec);
+  return Dovel::make<KeyedStore>(chip, tableShape);
 }
 
 template <class Table, class E>
 Dovel::Ptr<StoreBase> BlockStore<Table, E>::makeStore(Chip& chip, UnitId) {
-  TableSpec const spec{Table::kilnType(), Table::reservedRows, {Row::layoutOf<E>(shortName(Table::kilnType().name()))}};
-  return Dovel::make<BlockStore>(chip, spec);
+  TableSpec const tableShape{
+      Table::kilnType(), Table::reservedRows, {Row::layoutOf<E>(shortName(Table::kilnType().name()))}};
+  return Dovel::make<BlockStore>(chip, tableShape);
 }
 
 }  // namespace Asic

@@ -18,13 +18,11 @@ class Ptr {
   Ptr(Ptr const& other) noexcept : object_(other.object_) { inc(); }
   Ptr(Ptr&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
   template <class U>
-    requires(std::convertible_to<U*, T*> && !std::same_as<U, T>)
-  Ptr(Ptr<U> const& other) noexcept : object_(other.get()) {
-    inc();
-  }
+  requires(std::convertible_to<U*, T*> && !std::same_as<U, T>) Ptr(Ptr<U> const& other)
+  noexcept : object_(other.get()) { inc(); }
   template <class U>
-    requires(std::convertible_to<U*, T*> && !std::same_as<U, T>)
-  Ptr(Ptr<U>&& other) noexcept : object_(other.release()) {}
+  requires(std::convertible_to<U*, T*> && !std::same_as<U, T>) Ptr(Ptr<U>&& other)
+  noexcept : object_(other.release()) {}
   ~Ptr() { dec(); }
 
   Ptr& operator=(Ptr const& other) noexcept {

@@ -37,8 +37,8 @@ void Publisher::subscriberRemove(Subscriber& subscriber) noexcept {
   subscriber.prev_ = nullptr;
 }
 
-// The one place that walks subscribers. `next` is taken before the call and mended by `subscriberRemove`; `last` is fixed
-// at the start, so that who comes during the walk is not told of this change.
+// The one place that walks subscribers. `next` is taken before the call and mended by `subscriberRemove`; `last` is
+// fixed at the start, so that who comes during the walk is not told of this change.
 void Publisher::walk(Node const& owner, Change const& change) const noexcept {
   Ptr<Node const> const alive(&owner);
   Walk walk{first_, first_->prev_, walks_};

@@ -4,8 +4,8 @@
 
 namespace Dovel {
 
-/// Tells how use counts are updated: plainly, or with locked arithmetic once the host shares objects with threads of its
-/// own. The host sets the byte before it starts the first such thread; nothing else looks at it.
+/// Tells how use counts are updated: plainly, or with locked arithmetic once the host shares objects with threads of
+/// its own. The host sets the byte before it starts the first such thread; nothing else looks at it.
 struct ThreadControl {
   inline static std::uint8_t tsp_ = 0;
 };

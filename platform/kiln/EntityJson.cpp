@@ -11,7 +11,9 @@ void eachMember(JsonIn const& in, FunctionRef<void(std::string_view, JsonIn cons
 
 bool isNull(JsonIn const& in) { return in.isNull(); }
 
-void failKey(JsonIn const& in, std::string_view keyType) { in.fail(std::string("its key is no ").append(keyType)); }
+void failKey(JsonIn const& in, std::string_view keyType) {
+  in.fail(std::string("expected a key that is a ").append(keyType));
+}
 
 void nullOut(JsonOut& out) { out.null(); }
 

@@ -65,7 +65,8 @@ void NotifieeConst::hasNotificationActiveIs(bool active) {
 }
 
 void NotifieeConst::subscribe() {
-  if (notifier_ && registered_ && hasNotificationActive() && !subscribed()) notifier_->publisher()->subscriberAdd(*this);
+  if (notifier_ && registered_ && hasNotificationActive() && !subscribed())
+    notifier_->publisher()->subscriberAdd(*this);
 }
 
 void NotifieeConst::unsubscribe() {

@@ -13,8 +13,8 @@ namespace Vane::VXLAN {
 /// values. From then on a changed field gives one call; an interface that goes, or that another object
 /// replaces, gives a call for each of its groups; one that goes then gives `doCleanup`. Before `initializedIs(true)`
 /// arrivals wait: the subclass calls `handleVti` for those that it wants set up earlier.
-/// Main thread only. Operations may change interfaces: that is handled on the stack. They may not end this object; all of
-/// it may run inside the subclass's constructor.
+/// Main thread only. Operations may change interfaces: that is handled on the stack. They may not end this object; all
+/// of it may run inside the subclass's constructor.
 class VtiStatusDirSm : public Kiln::Sm {
   KILN_BASE_TYPE(Vane::VXLAN::VtiStatusDirSm)
   KILN_FIXED(0x102, Dovel::String, name)

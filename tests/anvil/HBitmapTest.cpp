@@ -5,9 +5,8 @@
 #include <random>
 #include <vector>
 
-#include "platform/anvil/IncrementalHBitmap.h"
-
 #include "platform/anvil/HBitmap.h"
+#include "platform/anvil/IncrementalHBitmap.h"
 
 namespace {
 

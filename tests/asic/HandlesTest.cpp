@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/kiln/AttributeDefinitions.h"
 #include "tests/asic/TestTables.h"
 
 namespace AsicTest {

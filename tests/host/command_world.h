@@ -63,7 +63,9 @@ class Files : public testing::Test {
 /// A wish with the local VTEP 10.255.0.1, UDP port 4789, adjacency 7 over uplinks 1 and 2, and VTEPs 2 to `last` over
 /// it.
 inline AgentTest::Wish wishTo(unsigned last) {
-  AgentTest::Wish wish{.localVtep = AgentTest::vtep(1), .udpPort = 4789};
+  AgentTest::Wish wish;
+  wish.localVtep = AgentTest::vtep(1);
+  wish.udpPort = 4789;
   wish.adjacencies[7] = {AgentTest::uplink(1), AgentTest::uplink(2)};
   for (unsigned n = 2; n <= last; ++n) wish.tunnels[{AgentTest::unicast, AgentTest::vtep(n)}].adjId = 7;
   return wish;

@@ -153,7 +153,7 @@ void RandomStory::changeChip() {
     return;
   }
   static constexpr std::string_view tables[] = {"VirtualPortTableMerged", "IngL3EcmpMember0Table", "L3NextHop1Table",
-                                                "L3NextHop2Table", "EgrL3Ipv4TunnelTable", "EcmpGroup1Table"};
+                                                "L3NextHop2Table",        "EgrL3Ipv4TunnelTable",  "EcmpGroup1Table"};
   auto const table = tables[below(std::size(tables))];
   tell(fmt::format("{} answers late", table));
   agent_.hold(table);

@@ -11,11 +11,11 @@ namespace AgentTest {
 /// The seeds that the laws go by: one from the environment (TESSEL_SEED), else the first `count` numbers.
 std::vector<std::uint64_t> seeds(unsigned count);
 
-/// Happens to an agent at random: tunnels of both types come, move and go, adjacencies change in place, the local VTEP and
-/// other settings change, interfaces and whole features go and come back, answers of the chip are late.
+/// Happens to an agent at random: tunnels of both types come, move and go, adjacencies change in place, the local VTEP
+/// and other settings change, interfaces and whole features go and come back, answers of the chip are late.
 ///
-/// The agent's wish follows. `close` ends what the feature by its own rules leaves behind for the next event to take up:
-/// see the exceptions in the law's test. One seed is one story.
+/// The agent's wish follows. `close` ends what the feature by its own rules leaves behind for the next event to take
+/// up: see the exceptions in the law's test. One seed is one story.
 class RandomStory {
  public:
   struct Setting {

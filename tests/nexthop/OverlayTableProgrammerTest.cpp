@@ -19,7 +19,7 @@ class OverlayRows : public testing::TestWithParam<Kind> {
   std::string table() const { return GetParam().cascaded ? "IngL3EcmpMember0Table" : "L3NextHop1Table"; }
   /// What the first VTEP's id is called when it is published.
   std::string firstId() const { return GetParam().cascaded ? "done 0" : "done 1000"; }
-  ChipSpec spec(std::uint32_t rows = 64) const {
+  ChipSpec chipAsked(std::uint32_t rows = 64) const {
     return {.completion = GetParam().completion,
             .cascaded = GetParam().cascaded,
             .rows = {{GetParam().cascaded ? "IngL3EcmpMember0Table" : "IngL3NextHop1", rows}}};
@@ -47,7 +47,7 @@ INSTANTIATE_TEST_SUITE_P(
     });
 
 TEST_P(OverlayRows, arePublishedWhenTheChipHasAnswered) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   world.vtepIs(vtep(2));
   auto const handle = insert(world, 2, 1);
   EXPECT_EQ(nextHopOf(world, 2), "none");
@@ -65,7 +65,7 @@ TEST_P(OverlayRows, arePublishedWhenTheChipHasAnswered) {
 }
 
 TEST_P(OverlayRows, thatStandAsWantedCostNothing) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   world.vtepIs(vtep(2));
   auto const handle = insert(world, 2, 1);
   world.settle();
@@ -77,7 +77,7 @@ TEST_P(OverlayRows, thatStandAsWantedCostNothing) {
 }
 
 TEST_P(OverlayRows, ringTheDoorbellWhenTheyChangeUnderTheirId) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   world.vtepIs(vtep(2));
   insert(world, 2, 1);
   world.settle();
@@ -99,7 +99,7 @@ TEST_P(OverlayRows, ringTheDoorbellWhenTheyChangeUnderTheirId) {
 }
 
 TEST_P(OverlayRows, ofAUnicastTunnelAreNotTakenByAMemberTunnel) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   world.vtepIs(vtep(2));
   auto const unicast = insert(world, 2, 1);
   EXPECT_TRUE(Asic::sameEntry(insert(world, 2, 1, Vane::vxlanMemberTunnel_), unicast)) << "nothing to change";
@@ -112,7 +112,7 @@ TEST_P(OverlayRows, ofAUnicastTunnelAreNotTakenByAMemberTunnel) {
 }
 
 TEST_P(OverlayRows, areAnsweredInVainOnceTheVtepHasGone) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   world.vtepIs(vtep(2));
   insert(world, 2, 1);
   world.l2State->vtepIpToTnlIdNhIdMapDel(vtep(2));
@@ -123,7 +123,7 @@ TEST_P(OverlayRows, areAnsweredInVainOnceTheVtepHasGone) {
 }
 
 TEST_P(OverlayRows, beyondTheTableAreUnprogrammedUntilARowIsFree) {
-  TableWorld world(spec(1));
+  TableWorld world(chipAsked(1));
   world.vtepIs(vtep(2));
   world.vtepIs(vtep(3));
   insert(world, 2, 1);
@@ -146,7 +146,7 @@ TEST_P(OverlayRows, beyondTheTableAreUnprogrammedUntilARowIsFree) {
 }
 
 TEST_P(OverlayRows, thatTheChipRefusesAreUnprogrammedWithoutAMessage) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   world.vtepIs(vtep(2));
   world.virtualPort(vtep(2));
   world.hardware().refuseTable(GetParam().cascaded ? table() : "EgrL3NextHop1", Asic::EntryState::failed);
@@ -162,7 +162,7 @@ TEST_P(OverlayRows, thatTheChipRefusesAreUnprogrammedWithoutAMessage) {
 TEST_P(OverlayRows, keepNobodyAliveAfterTheStop) {
   auto const before = Dovel::Node::aliveCount();
   {
-    TableWorld world(spec(1));
+    TableWorld world(chipAsked(1));
     for (unsigned n = 2; n <= 4; ++n) {
       world.vtepIs(vtep(n));
       insert(world, n, 1);

@@ -12,7 +12,7 @@ using namespace TableTest;
 /// Virtual ports on a chip of each way of completion.
 class VirtualPorts : public testing::TestWithParam<Asic::Completion> {
  protected:
-  ChipSpec spec(ChipSpec wanted = {}) const {
+  ChipSpec chipAsked(ChipSpec wanted = {}) const {
     wanted.completion = GetParam();
     return wanted;
   }
@@ -26,7 +26,7 @@ INSTANTIATE_TEST_SUITE_P(Chips, VirtualPorts, testing::Values(Asic::Completion::
                          completionName);
 
 TEST_P(VirtualPorts, haveTwoDefaultRowsBelowThem) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   world.virtualPorts->insertDefaultEntries(true, nullptr);
   world.settle();
   EXPECT_EQ(world.show(table),
@@ -44,7 +44,7 @@ TEST_P(VirtualPorts, haveTwoDefaultRowsBelowThem) {
 }
 
 TEST_P(VirtualPorts, doWithoutWhatTheirChipLacks) {
-  TableWorld world(spec({.defaultSvp = false, .capabilities = false}));
+  TableWorld world(chipAsked({.defaultSvp = false, .capabilities = false}));
   EXPECT_EQ(world.virtualPorts->rL2TunnelDefaultNetworkSvp(), nullptr);
   world.virtualPorts->insertDefaultEntries(true, nullptr);
   world.vtepIs(vtep(2));
@@ -55,7 +55,7 @@ TEST_P(VirtualPorts, doWithoutWhatTheirChipLacks) {
 }
 
 TEST_P(VirtualPorts, holdTheirVtepAndItsHeader) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   auto const headers = TesselVxlan::egrL3Ipv4TunnelTableFactory();
   headers->doInit(Asic::kSharedUnit, nullptr, world.chipInfo());
   auto const header = headers->entryRef({vtep(1), vtep(2)}, {});
@@ -77,7 +77,7 @@ TEST_P(VirtualPorts, holdTheirVtepAndItsHeader) {
 }
 
 TEST_P(VirtualPorts, areWrittenByEachInsert) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   world.vtepIs(vtep(2));
   auto const row = insert(world, vtep(2))->row();
   world.settle();
@@ -105,7 +105,7 @@ struct IdWatch : Dovel::Subscriber {
 };
 
 TEST_P(VirtualPorts, arePublishedOnceWithTheStatusBeforeTheId) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   IdWatch const watch(world, world.vtepIs(vtep(2)));
   insert(world, vtep(2));
   EXPECT_EQ(watch.seen.empty(), GetParam() == Asic::Completion::deferred);
@@ -115,7 +115,7 @@ TEST_P(VirtualPorts, arePublishedOnceWithTheStatusBeforeTheId) {
 }
 
 TEST_P(VirtualPorts, takeTheirMappingWithThem) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   world.vtepIs(vtep(2));
   insert(world, vtep(2));
   world.virtualPorts->deleteEntry(tunnel(vtep(2)), vtep(2));
@@ -128,7 +128,7 @@ TEST_P(VirtualPorts, takeTheirMappingWithThem) {
 }
 
 TEST_P(VirtualPorts, beyondTheTableAreToldOnceAndHeal) {
-  TableWorld world(spec({.rows = {{"VirtualPort1Table", 3}}}));
+  TableWorld world(chipAsked({.rows = {{"VirtualPort1Table", 3}}}));
   world.vtepIs(vtep(2));
   world.vtepIs(vtep(3));
   insert(world, vtep(2));
@@ -147,7 +147,7 @@ TEST_P(VirtualPorts, beyondTheTableAreToldOnceAndHeal) {
 }
 
 TEST_P(VirtualPorts, areAnsweredInVainOnceTheVtepHasGone) {
-  TableWorld world(spec());
+  TableWorld world(chipAsked());
   world.vtepIs(vtep(2));
   world.hardware().refuseTable("VirtualPort2Table", Asic::EntryState::failed);
   insert(world, vtep(2));

@@ -130,7 +130,8 @@ class ChipText {
   std::string text() const {
     std::string text;
     for (auto const& [table, lines] : lines_) {
-      if (lines.empty()) continue;
+      // The outgoing interfaces are the routing feature's: one that was asked for stays.
+      if (lines.empty() || table == "EgrL3Oif2") continue;
       text += table + '\n';
       for (auto const& line : lines) text += "  " + line + '\n';
     }
@@ -139,8 +140,7 @@ class ChipText {
 
  private:
   void add(StoreBase const& store, EntryView const& entry) {
-    lines_[std::string(store.name())].insert(
-        EntryText(hardware_, parts_[&store], entry, accounted_, keyless_).text());
+    lines_[std::string(store.name())].insert(EntryText(hardware_, parts_[&store], entry, accounted_, keyless_).text());
   }
   void addStrayRows(std::string const& table, std::size_t known) {
     auto const rows = hardware_.rows(table);

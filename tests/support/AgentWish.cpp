@@ -21,11 +21,10 @@ class List {
 std::string quoted(std::string const& text) { return '"' + text + '"'; }
 
 std::string hopText(Hop const& hop) {
-  return fmt::format(
-      R"({{"type":"{}","addr":"10.1.{}.1","ethAddr":"{}","l2Intf":"Ethernet{}","l3Intf":"Vlan{}"}})",
-      hop.resolved ? "nextHopResolved" : "nextHopUnresolved", hop.uplink,
-      hop.resolved ? fmt::format("02:00:00:00:00:{:02x}", hop.uplink) : "00:00:00:00:00:00", hop.uplink,
-      100 + hop.uplink);
+  return fmt::format(R"({{"type":"{}","addr":"10.1.{}.1","ethAddr":"{}","l2Intf":"Ethernet{}","l3Intf":"Vlan{}"}})",
+                     hop.resolved ? "nextHopResolved" : "nextHopUnresolved", hop.uplink,
+                     hop.resolved ? fmt::format("02:00:00:00:00:{:02x}", hop.uplink) : "00:00:00:00:00:00", hop.uplink,
+                     100 + hop.uplink);
 }
 
 std::string vtiText(Wish const& wish) {
@@ -75,8 +74,8 @@ std::string Wish::document() const {
   paths.add(switchText());
   paths.add(fmt::format(R"("interface/status/eth/vxlan":{{"vtiStatus":{{{}}}}})", vtiText(*this)));
   paths.add(fmt::format(R"("vxlan/config":{{"dscpPropagation":{}}})", dscp));
-  paths.add(fmt::format(
-      R"("hardware/tessel/tunnel/vxlan/vxlanInfo/vaneGlobalVtiStatus":{{"dataPathLearning":{}}})", learning));
+  paths.add(fmt::format(R"("hardware/tessel/tunnel/vxlan/vxlanInfo/vaneGlobalVtiStatus":{{"dataPathLearning":{}}})",
+                        learning));
   paths.add(R"("hardware/tessel/tunnel/configDir/vxlanTunnel":)" + tunnelsText(*this, unicast));
   paths.add(R"("hardware/tessel/tunnel/configDir/vxlanMemberTunnel":)" + tunnelsText(*this, member));
   return R"({"stateway":{)" + paths.text() + "}}";

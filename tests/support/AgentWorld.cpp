@@ -160,8 +160,8 @@ AgentWorld& AgentWorld::settle() {
 std::string AgentWorld::status(Vane::TunnelType type) {
   std::string text;
   for (auto const& entry : sorted(*agent_->hwTunnelStatus(type))) {
-    text += fmt::format("{} gen={} tnl={} nh={}{}\n", Kiln::toText(entry->tunnelKey().dst()), entry->tunnelKey().genId(),
-                        idText('t', entry->hwTunnelId().value()),
+    text += fmt::format("{} gen={} tnl={} nh={}{}\n", Kiln::toText(entry->tunnelKey().dst()),
+                        entry->tunnelKey().genId(), idText('t', entry->hwTunnelId().value()),
                         idText(type == unicast ? 'n' : 't', entry->hwNextHopStatusEntry().hwNextHopId().value()),
                         adjText(*entry));
   }
@@ -228,9 +228,9 @@ std::map<std::string, unsigned> AgentWorld::messageCounts() {
 
 std::string AgentWorld::idText(char kind, std::uint32_t id) {
   if (id == Vane::VaneTunnelId::unprogrammed().value()) return "unprogrammed";
-  auto const next = static_cast<unsigned>(std::count_if(ids_.begin(), ids_.end(), [&](auto const& known) {
-                      return known.first.first == kind;
-                    })) + 1;
+  auto const next = static_cast<unsigned>(std::count_if(ids_.begin(), ids_.end(),
+                                                        [&](auto const& known) { return known.first.first == kind; })) +
+                    1;
   return fmt::format("#{}", ids_.emplace(std::pair(kind, id), next).first->second);
 }
 

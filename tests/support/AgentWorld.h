@@ -26,8 +26,8 @@ class TunnelStory;
 ///
 /// Whatever is told to it takes effect at once: it is written into the state and the agent's loop runs until nothing is
 /// left to do. `together` puts several changes into one. A message to the operator that the test doesn't take away by
-/// `messages` fails it, and so does an object that is alive when the agent has stopped. Of several worlds the last made is
-/// the first to go.
+/// `messages` fails it, and so does an object that is alive when the agent has stopped. Of several worlds the last made
+/// is the first to go.
 class AgentWorld {
  public:
   explicit AgentWorld(ChipKind const& kind = {});
@@ -70,7 +70,8 @@ class AgentWorld {
   AgentWorld& settle();
 
   // Observers.
-  /// A line a tunnel: "10.255.0.2 gen=1 tnl=#1 nh=#2 adj=7". Ids are numbered in the order in which they are first shown.
+  /// A line a tunnel: "10.255.0.2 gen=1 tnl=#1 nh=#2 adj=7". Ids are numbered in the order in which they are first
+  /// shown.
   std::string status(Vane::TunnelType type);
   /// The same of both types with generations left out and ids named by the keys of the entries that own them.
   std::string statusByKey() const;
@@ -103,8 +104,7 @@ class AgentWorld {
 /// One tunnel of an agent.
 class TunnelStory {
  public:
-  TunnelStory(AgentWorld& world, Vane::TunnelType type, std::string const& vtep)
-      : world_(world), key_(type, vtep) {}
+  TunnelStory(AgentWorld& world, Vane::TunnelType type, std::string const& vtep) : world_(world), key_(type, vtep) {}
 
   /// The tunnel is wanted over the adjacency of these next hops, or of none that is known.
   template <class... H>

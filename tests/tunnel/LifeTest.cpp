@@ -14,7 +14,8 @@ TEST_P(TunnelLife, aStatusTellsIdsOnlyWhenTheChipHasThem) {
   agent.tunnel(unicast, vtep(2)).via(uplink(1));
   agent.tunnel(member, vtep(3)).via(uplink(1));
   EXPECT_EQ(agent.status(unicast), "") << "the next-hop id is missing";
-  EXPECT_EQ(agent.status(member), "10.255.0.3 gen=1 tnl=#1 nh=#1 adj=101\n") << "a member tunnel has no other than the port's";
+  EXPECT_EQ(agent.status(member), "10.255.0.3 gen=1 tnl=#1 nh=#1 adj=101\n")
+      << "a member tunnel has no other than the port's";
   agent.release();
   EXPECT_EQ(agent.status(unicast), "10.255.0.2 gen=1 tnl=#2 nh=#1 adj=101\n");
 
@@ -124,9 +125,9 @@ TEST_P(TunnelLife, aUnicastTunnelTakesTheEntryOverFromAMemberTunnel) {
   auto const members = overlay(vtep(2));
   agent.tunnel(unicast, vtep(2)).via(uplink(1), uplink(2));
   EXPECT_NE(overlay(vtep(2)), members);
-  EXPECT_THAT(overlay(vtep(2)), HasSubstr("ulEntryHandle=EcmpGroup1Table[l3Underlay:102] ecmp=1"));
+  EXPECT_THAT(overlay(vtep(2)), HasSubstr("ulEntryHandle=EcmpGroup1Table[adj:102] ecmp=1"));
   agent.tunnel(member, vtep(2)).gone();
-  EXPECT_THAT(overlay(vtep(2)), HasSubstr("EcmpGroup1Table[l3Underlay:102]"));
+  EXPECT_THAT(overlay(vtep(2)), HasSubstr("EcmpGroup1Table[adj:102]"));
 }
 
 TEST_P(TunnelLife, aMemberTunnelsUniqueIdFollowsItsAdjacencyAlone) {

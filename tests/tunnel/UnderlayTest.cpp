@@ -24,7 +24,7 @@ TEST_P(TunnelUnderlay, withoutAResolvedNextHopIsTheDefaultOne) {
   EXPECT_THAT(agent.status(unicast), HasSubstr("10.255.0.3 gen=1 tnl=#2 nh=#2\n")) << "programmed all the same";
   auto const before = agent.status(unicast);
   agent.adjacency(101, {uplink(1)});
-  EXPECT_THAT(overlay(vtep(2)), HasSubstr("ulEntryHandle=EcmpGroup1Table[l3Underlay:101] ecmp=1"));
+  EXPECT_THAT(overlay(vtep(2)), HasSubstr("ulEntryHandle=EcmpGroup1Table[adj:101] ecmp=1"));
   agent.adjacency(101, {unresolved(1)});
   EXPECT_THAT(overlay(vtep(2)), HasSubstr(defaultNextHop));
   EXPECT_EQ(agent.table("EcmpGroup1Table"), "");
@@ -35,13 +35,13 @@ TEST_P(TunnelUnderlay, ofAMemberTunnelNeedsNoGroupForOneNextHop) {
   agent.tunnel(member, vtep(2)).via(uplink(1));
   auto const single = overlay(vtep(2));
   if (cascaded()) {
-    EXPECT_THAT(single, HasSubstr("ulEntryHandle=EcmpGroup1Table[l3Underlay:101] ecmp=1")) << "this chip wants one";
+    EXPECT_THAT(single, HasSubstr("ulEntryHandle=EcmpGroup1Table[adj:101] ecmp=1")) << "this chip wants one";
   } else {
     EXPECT_THAT(single, HasSubstr("ulEntryHandle=L3NextHop2Table[02:00:00:00:00:01 Vlan101]"));
     EXPECT_THAT(single, Not(HasSubstr("ecmp=1")));
   }
   agent.tunnel(member, vtep(2)).via(uplink(1), uplink(2));
-  EXPECT_THAT(overlay(vtep(2)), HasSubstr("ulEntryHandle=EcmpGroup1Table[l3Underlay:102] ecmp=1"));
+  EXPECT_THAT(overlay(vtep(2)), HasSubstr("ulEntryHandle=EcmpGroup1Table[adj:102] ecmp=1"));
 }
 
 TEST_P(TunnelUnderlay, changesInPlaceForAllTunnelsOverAnAdjacency) {
@@ -52,8 +52,7 @@ TEST_P(TunnelUnderlay, changesInPlaceForAllTunnelsOverAnAdjacency) {
   agent.adjacency(36, {uplink(2)});
   EXPECT_EQ(agent.writes(), "EcmpGroup1Table 1, EcmpMember1Table 1") << "once, whoever shares it";
   EXPECT_EQ(agent.status(unicast), status);
-  EXPECT_EQ(agent.row("EcmpGroup1Table", "l3Underlay:36"),
-            "memberBlockHandle=EcmpMember1Table[[02:00:00:00:00:02 Vlan102]]");
+  EXPECT_EQ(agent.row("EcmpGroup1Table", "adj:36"), "memberBlockHandle=EcmpMember1Table[[02:00:00:00:00:02 Vlan102]]");
   EXPECT_EQ(agent.table("L3NextHop2Table").find("02:00:00:00:00:01"), std::string::npos);
 }
 
@@ -61,9 +60,9 @@ TEST_P(TunnelUnderlay, thatTunnelsLeaveGoes) {
   agent.tunnel(unicast, vtep(2)).via(uplink(1), uplink(2));
   agent.tunnel(unicast, vtep(3)).via(uplink(1), uplink(2));
   agent.tunnel(unicast, vtep(2)).via(uplink(3));
-  EXPECT_THAT(agent.table("EcmpGroup1Table"), HasSubstr("l3Underlay:101"));
+  EXPECT_THAT(agent.table("EcmpGroup1Table"), HasSubstr("adj:101"));
   agent.tunnel(unicast, vtep(3)).via(uplink(3));
-  EXPECT_THAT(agent.table("EcmpGroup1Table"), Not(HasSubstr("l3Underlay:101")));
+  EXPECT_THAT(agent.table("EcmpGroup1Table"), Not(HasSubstr("adj:101")));
   EXPECT_THAT(agent.table("EcmpMember1Table"), Not(HasSubstr("02:00:00:00:00:01")));
 }
 
