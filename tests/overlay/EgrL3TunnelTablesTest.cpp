@@ -30,9 +30,9 @@ TEST_P(Headers, beginWithTheDefaultOne) {
 }
 
 TEST_P(Headers, areSharedByTheTunnelsOfASourceWhereTheChipKeysBySource) {
-  auto spec = chip();
-  spec.ipv4DipInKey = false;
-  OverlayWorld world(spec);
+  auto chipAsked = chip();
+  chipAsked.ipv4DipInKey = false;
+  OverlayWorld world(chipAsked);
   auto first = world.headers->insertEntry(header("10.0.0.1", true, 5000), ip("10.0.0.2"));
   auto const second = world.headers->insertEntry(header("10.0.0.1", true, 5000), ip("10.0.0.3"));
   auto const other = world.headers->insertEntry(header("10.0.0.9"), ip("10.0.0.2"));
@@ -67,9 +67,9 @@ TEST_P(Headers, standApartWhereTheChipKeysByDestinationToo) {
 
 TEST_P(Headers, ofIpv6HaveNoSourcePortAndMayShareHalfADestination) {
   for (bool const upperOnly : {false, true}) {
-    auto spec = chip();
-    spec.ipv6DipUpper64Only = upperOnly;
-    OverlayWorld world(spec);
+    auto chipAsked = chip();
+    chipAsked.ipv6DipUpper64Only = upperOnly;
+    OverlayWorld world(chipAsked);
     auto const key = header("2001:db8::1", true, 5000);
     auto const first = world.headers->insertEntry(key, ip("2001:db8:1::2"));
     auto const second = world.headers->insertEntry(key, ip("2001:db8:1::3"));
@@ -113,9 +113,9 @@ TEST_P(Headers, refuseATrustMapBeyondTheirField) {
 }
 
 TEST_P(Headers, thatFindNoRoomAreToldOncePerWriteAndHeal) {
-  auto spec = chip();
-  spec.rows = {{v4, 2}, {v6, 1}};
-  OverlayWorld world(spec);
+  auto chipAsked = chip();
+  chipAsked.rows = {{v4, 2}, {v6, 1}};
+  OverlayWorld world(chipAsked);
   for (auto const& [sip, dip, dip2] :
        {std::tuple("10.0.0.1", "10.0.0.2", "10.0.0.3"), std::tuple("2001:db8::1", "2001:db8::2", "2001:db8::3")}) {
     std::string const full = std::string(

@@ -9,19 +9,19 @@ namespace OverlayTest {
 
 namespace {
 
-Dovel::Ptr<Asic::ChipProfile const> makeProfile(ChipSpec const& spec) {
+Dovel::Ptr<Asic::ChipProfile const> makeProfile(ChipSpec const& chipAsked) {
   auto const profile = Dovel::make<Asic::ChipProfile>("test");
   std::map<std::string, std::uint32_t> rows{{"EgrL3Ipv4TunnelTable", 16},    {"EgrL3Ipv6TunnelTable", 16},
                                             {"L2TunnelIpv4DipTable", 16},    {"L2TunnelIpv4SipTable", 16},
                                             {"AllowedPortBitmapProfile", 4}, {"VirtualPort1Table", 64},
                                             {"VirtualPort2Table", 64}};
-  if (spec.ipv6Ends) rows.insert({{"L2TunnelIpv6DipTable", 16}, {"L2TunnelIpv6SipTable", 16}});
-  for (auto const& [table, count] : spec.rows) rows[table] = count;
+  if (chipAsked.ipv6Ends) rows.insert({{"L2TunnelIpv6DipTable", 16}, {"L2TunnelIpv6SipTable", 16}});
+  for (auto const& [table, count] : chipAsked.rows) rows[table] = count;
   for (auto const& [table, count] : rows) profile->tableIs(table, {count, 0});
 
   auto const attributes = Dovel::make<TesselVxlan::EgrL3TunnelTableAttributes>();
-  attributes->ipv4DipInKeyIs(spec.ipv4DipInKey);
-  attributes->ipv6DipUpper64OnlyIs(spec.ipv6DipUpper64Only);
+  attributes->ipv4DipInKeyIs(chipAsked.ipv4DipInKey);
+  attributes->ipv6DipUpper64OnlyIs(chipAsked.ipv6DipUpper64Only);
   attributes->defaultUdpDestPortIs(4000);
   attributes->defaultHdrSelectAIs(1);
   attributes->defaultHdrSelectBIs(2);
@@ -60,9 +60,9 @@ TesselL3Common::VxlanTunnelKey header(std::string_view source, bool srcPortValid
   return {Meshal::IntfId("Vxlan1"), ip(source), 4789, srcPortValid, srcPort, 64};
 }
 
-OverlayWorld::OverlayWorld(ChipSpec const& spec)
-    : spec_(spec),
-      chip_(Asic::makeSimulatedChip(makeProfile(spec), spec.completion)),
+OverlayWorld::OverlayWorld(ChipSpec const& chipAsked)
+    : chipAsked_(chipAsked),
+      chip_(Asic::makeSimulatedChip(makeProfile(chipAsked), chipAsked.completion)),
       chipInfo_(TesselCentral::LogicalModInfo(Asic::ChipInfo(chip_))),
       em_(Dovel::make<Stateway::EntityManager>()),
       fcsd(Dovel::make<TesselCentral::FeatureAgentCommonSmData>()),
@@ -105,7 +105,7 @@ void OverlayWorld::programmersIs() {
   term->initAllowedPortsProfileTable(chipInfo_);
   term->initSipTable(chipInfo_);
   term->initDipTable(chipInfo_);
-  if (spec_.ipv6Ends) {
+  if (chipAsked_.ipv6Ends) {
     term->initSipV6Table(chipInfo_);
     term->initDipV6Table(chipInfo_);
   }
@@ -118,7 +118,7 @@ void OverlayWorld::programmersIs() {
 Dovel::Ptr<TesselVxlan::TesselVxlanVtiStatusSm> OverlayWorld::vtiSmIs() {
   return TesselVxlan::tesselVxlanVtiStatusSmFactory("vxlanVtiStatusSm", vtis, nullptr, em_, fcsd, capabilities,
                                                     TesselL3Common::tesselVxlanConfigFactory("vxlanConfig"), term,
-                                                    headers, central, state, slice, config, spec_.supportsVxlan);
+                                                    headers, central, state, slice, config, chipAsked_.supportsVxlan);
 }
 
 Vxlan::VtiStatus& OverlayWorld::vti(std::string_view name) { return *vtis->vtiStatusIs(Meshal::IntfId(name)); }

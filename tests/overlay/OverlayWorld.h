@@ -29,7 +29,7 @@ TesselL3Common::VxlanTunnelKey header(std::string_view source, bool srcPortValid
 /// An operator message that a test does not take away fails it, and so does an object that stays alive.
 class OverlayWorld {
  public:
-  explicit OverlayWorld(ChipSpec const& spec);
+  explicit OverlayWorld(ChipSpec const& chipAsked);
   ~OverlayWorld();
   OverlayWorld(OverlayWorld const&) = delete;
   OverlayWorld& operator=(OverlayWorld const&) = delete;
@@ -60,7 +60,7 @@ class OverlayWorld {
  private:
   std::size_t const aliveBefore_ = Dovel::Node::aliveCount();
   Kiln::LogCapture log_;
-  ChipSpec spec_;
+  ChipSpec chipAsked_;
   Dovel::Ptr<Asic::Chip> chip_;
   TesselCentral::ChipInfo chipInfo_;
   Dovel::Ptr<Stateway::EntityManager> em_;

@@ -16,29 +16,29 @@ namespace {
 Meshal::IntfId port(unsigned n) { return Meshal::IntfId("Ethernet" + std::to_string(n)); }
 Meshal::IntfId vlanIntf(unsigned n) { return Meshal::IntfId("Vlan" + std::to_string(n)); }
 
-Dovel::Ptr<ChipProfile const> makeProfile(ChipSpec const& spec) {
+Dovel::Ptr<ChipProfile const> makeProfile(ChipSpec const& chipAsked) {
   auto const profile = Dovel::make<ChipProfile>("test");
   std::map<std::string, std::uint32_t> rows{
       {"IngL3NextHop2Table", 64}, {"EgrL3NextHop2", 64},     {"EcmpGroup1Table", 16}, {"EgrL3Oif2", 64},
       {"VirtualPort1Table", 64},  {"VirtualPort2Table", 64}, {"IpmcTable", 16},       {"EgrL3Ipv4TunnelTable", 16}};
-  if (spec.cascaded) rows.insert({"IngL3EcmpMember0Table", 64});
-  if (!spec.cascaded) rows.insert({{"IngL3NextHop1", 64}, {"EgrL3NextHop1", 64}});
-  if (spec.her) rows.insert({"VxlanEgrL3Oif1Table", 2});
-  if (spec.ecmp) rows.insert({"EcmpMember1Table", 64});
-  if (spec.defaultSvp) rows.insert({"RL2TunnelDefaultNetworkSvp", 2});
-  for (auto const& [table, count] : spec.rows) rows[table] = count;
+  if (chipAsked.cascaded) rows.insert({"IngL3EcmpMember0Table", 64});
+  if (!chipAsked.cascaded) rows.insert({{"IngL3NextHop1", 64}, {"EgrL3NextHop1", 64}});
+  if (chipAsked.her) rows.insert({"VxlanEgrL3Oif1Table", 2});
+  if (chipAsked.ecmp) rows.insert({"EcmpMember1Table", 64});
+  if (chipAsked.defaultSvp) rows.insert({"RL2TunnelDefaultNetworkSvp", 2});
+  for (auto const& [table, count] : chipAsked.rows) rows[table] = count;
   // Ids of the overlay rows are not the rows of the merged table.
   for (auto const& [table, count] : rows) profile->tableIs(table, {count, table == "IngL3NextHop1" ? 1000U : 0U});
 
   auto const vxlan = Dovel::make<TesselVxlan::TesselChipAttributesVxlan>();
-  vxlan->vxlanCascadedForwardingSupportIs(spec.cascaded);
-  vxlan->vxlanHerNextHopTableSupportedIs(spec.her);
-  vxlan->vpClassCodeIs(spec.vpClassCode);
+  vxlan->vxlanCascadedForwardingSupportIs(chipAsked.cascaded);
+  vxlan->vxlanHerNextHopTableSupportedIs(chipAsked.her);
+  vxlan->vpClassCodeIs(chipAsked.vpClassCode);
   vxlan->defaultVpFlagIs(7);
-  vxlan->defaultNetworkSvpSupportedIs(spec.defaultSvp);
+  vxlan->defaultNetworkSvpSupportedIs(chipAsked.defaultSvp);
   auto const nextHop = Dovel::make<TesselL3Unicast::L3NextHopAttributes>();
   nextHop->l2IfSupportedIs(true);
-  nextHop->ownReservedRowIs(spec.ownReservedRow);
+  nextHop->ownReservedRowIs(chipAsked.ownReservedRow);
   auto const sbr = Dovel::make<TesselTile::TesselSbrAttributes>();
   for (std::uint8_t const n : std::initializer_list<std::uint8_t>{0, 1, 18, 19}) {
     sbr->sbrCodeIs(n, static_cast<std::uint8_t>(100 + n));
@@ -109,13 +109,13 @@ std::string completionName(testing::TestParamInfo<Asic::Completion> const& way) 
   return way.param == Asic::Completion::direct ? "direct" : "deferred";
 }
 
-TableWorld::TableWorld(ChipSpec const& spec)
-    : chip_(Asic::makeSimulatedChip(makeProfile(spec), spec.completion)),
+TableWorld::TableWorld(ChipSpec const& chipAsked)
+    : chip_(Asic::makeSimulatedChip(makeProfile(chipAsked), chipAsked.completion)),
       chipInfo_(TesselCentral::LogicalModInfo(Asic::ChipInfo(chip_))),
       em_(Dovel::make<Stateway::EntityManager>()),
       dir_(Dovel::make<Kiln::Dir>()) {
-  recordsIs(spec);
-  programmersIs(spec);
+  recordsIs(chipAsked);
+  programmersIs(chipAsked);
   settle();
   writes();
 }
@@ -125,7 +125,7 @@ TableWorld::~TableWorld() {
   chip_->stop();
 }
 
-void TableWorld::recordsIs(ChipSpec const& spec) {
+void TableWorld::recordsIs(ChipSpec const& chipAsked) {
   fcsd = Dovel::make<TesselCentral::FeatureAgentCommonSmData>();
   fcsd->logicalModInfosIs(true);
   fcsd->portConfigDirIs(Dovel::make<TesselCentral::PortConfigDir>());
@@ -141,7 +141,7 @@ void TableWorld::recordsIs(ChipSpec const& spec) {
   doorbell = TesselVxlan::tunnelNextHopUpdateConfigFactory();
   dvpMap = Dovel::make<TesselL3Common::VxlanDvpToVtepMap>();
   tunnelIndexMap = Dovel::make<TesselL3Common::VxlanTunnelIndexToVtepMap>();
-  if (spec.capabilities) {
+  if (chipAsked.capabilities) {
     capabilities_ = Dovel::make<TesselCentral::VxlanCapabilities>();
     capabilities_->capabilityFlagIs(true);
   }
@@ -151,21 +151,21 @@ void TableWorld::recordsIs(ChipSpec const& spec) {
   oif2_->initTables(chipInfo_);
 }
 
-void TableWorld::programmersIs(ChipSpec const& spec) {
+void TableWorld::programmersIs(ChipSpec const& chipAsked) {
   using namespace TesselVxlan;
   oif1 = vxlanL3Oif1TableProgrammerFactory(em_, fcsd);
   oif1->initTables(chipInfo_);
-  nextHops = nextHopTableProgrammerFactory(em_, fcsd, nullptr, l3Intfs, oif2_, ipmc, spec.floods);
+  nextHops = nextHopTableProgrammerFactory(em_, fcsd, nullptr, l3Intfs, oif2_, ipmc, chipAsked.floods);
   nextHops->mountPathIs(dir_);
   nextHops->initTables(chipInfo_);
   ecmp = underlayEcmpProgrammerFactory(em_, fcsd, nextHops);
   ecmp->mountPathIs(dir_);
-  if (spec.ecmp) ecmp->initTables(chipInfo_);
+  if (chipAsked.ecmp) ecmp->initTables(chipInfo_);
   virtualPorts = virtualPortProgrammerFactory(em_, fcsd, l2State, capabilities_, dvpMap, tunnelIndexMap);
   virtualPorts->virtualPortTableIs(dir_->createEntity<TesselL3Common::VirtualPortTableMerged>("virtualPortTable"));
   Asic::bringUp(*virtualPorts->virtualPortTable(), em_, chipInfo_);
   virtualPorts->initTables(chipInfo_);
-  if (spec.cascaded) {
+  if (chipAsked.cascaded) {
     overlay = overlayCascadedTableProgrammerFactory(em_, fcsd, l2State, doorbell);
   } else {
     overlay = overlayNextHopTableProgrammerFactory(em_, fcsd, l2State, doorbell, oif1, nextHops, ecmp);

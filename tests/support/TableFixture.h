@@ -49,7 +49,7 @@ struct ChipSpec {
 /// A chip with every table of the chain in service. An operator message that a test does not take away fails it.
 class TableWorld {
  public:
-  explicit TableWorld(ChipSpec const& spec);
+  explicit TableWorld(ChipSpec const& chipAsked);
   ~TableWorld();
   TableWorld(TableWorld const&) = delete;
   TableWorld& operator=(TableWorld const&) = delete;
@@ -94,8 +94,8 @@ class TableWorld {
   Dovel::Ptr<TesselVxlan::OverlayTableProgrammer> overlay;
 
  private:
-  void recordsIs(ChipSpec const& spec);
-  void programmersIs(ChipSpec const& spec);
+  void recordsIs(ChipSpec const& chipAsked);
+  void programmersIs(ChipSpec const& chipAsked);
 
   Kiln::LogCapture log_;
   Dovel::Ptr<Asic::Chip> chip_;
