@@ -327,7 +327,7 @@ TEST_F(Objects, WhatCannotBeReadChangesNothing) {
            {R"({"port":1,"writes":1})", "/writes 1: attribute that can't be written of ObjectTest::Site"},
            {R"({"port":1,"later":null})", "/later null: attribute that can't be written"},
            {R"({"port":65536})", "/port 65536: expected a whole number from 0 to 65535"},
-           {R"({"port":1,"vlanVni":{"1":1,"x":2}})", "/vlanVni/x 2: its key is no u16"},
+           {R"({"port":1,"vlanVni":{"1":1,"x":2}})", "/vlanVni/x 2: expected a key that is a u16"},
            {R"({"port":1,"host":{"1":{"label":3}}})", "/host/1/label 3: expected a string"},
            {R"({"port":1,"host":{"1":{"number":1}}})", "/host/1/number 1: attribute that can't be written"},
            {R"({"port":1,"address":"10.0.0.256"})", "/address \"10.0.0.256\": "},
