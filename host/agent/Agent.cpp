@@ -99,10 +99,6 @@ void Agent::bindStatus() {
 void Agent::stopFeature() {
   // While a response waits, the chip keeps alive who wrote.
   chip().stop();
-  if (mounter_) {
-    mounter_->hasNotificationActiveIs(false);
-    mounter_->kilnDoZombieReactors(true);
-  }
   producers_.clear();
   gate_ = nullptr;
   mounter_ = nullptr;

@@ -27,7 +27,6 @@ class CommandLine {
     app_.name("tessel-agent");
     app_.description("Runs the VXLAN feature of a switch's chip agent on a simulated chip.");
     app_.set_version_flag("--version", std::string("tessel-agent ") + TESSEL_VERSION);
-    app_.require_subcommand(1);
     addRun();
     addExplain();
     addImport();
@@ -39,6 +38,8 @@ class CommandLine {
     try {
       std::reverse(arguments.begin(), arguments.end());
       app_.parse(arguments);
+      // Not left to the parser: it would not name a word that is no command.
+      if (!command_) throw CLI::RequiredError::Subcommand(1);
       return command_();
     } catch (CLI::ParseError const& error) {
       return app_.exit(error, out_, err) == 0 ? kGood : kUnusable;
@@ -59,6 +60,7 @@ class CommandLine {
     run_.addTo(run);
     run.add_option("--show", run_.show, "What to show, comma-separated; json shows all and adds the state on demand")
         ->delimiter(',')
+        ->allow_extra_args(false)
         ->check(CLI::IsMember(std::vector<std::string>(kSections.begin(), kSections.end())))
         ->capture_default_str();
     run.add_flag("--show-each", run_.showEach, "Show after each input, not only after the last");
@@ -74,7 +76,6 @@ class CommandLine {
 
   void addImport() {
     auto* const import = app_.add_subcommand("import", "Turns what other programs print into a state document");
-    import->require_subcommand(1);
     auto* const iproute2 = import->add_subcommand("iproute2", "From captures of ip -j and bridge -j");
     iproute2->add_option("DIR", directories_, "Directories of captures, later ones over earlier ones")->required();
     iproute2->callback([this] { command_ = [this] { return importCommand(directories_, out_); }; });

@@ -2,6 +2,7 @@
 #include <rapidjson/writer.h>
 
 #include <ostream>
+#include <utility>
 
 #include "host/commands/CommandLine.h"
 #include "host/commands/Commands.h"
@@ -39,7 +40,7 @@ void printFeatures(std::ostream& out, Asic::ChipProfile const& profile) {
     Kiln::JsonOut place(document, document.GetAllocator());
     Kiln::entityToJson(*feature, place);
     out << name << '\n';
-    for (auto const& attribute : document.GetObject()) {
+    for (auto const& attribute : std::as_const(document).GetObject()) {
       out << "  " << attribute.name.GetString() << '=' << jsonText(attribute.value) << '\n';
     }
   }

@@ -42,7 +42,7 @@ std::string portText(Asic::EntryHandle const& row) {
 
 void printRow(std::ostream& out, std::size_t depth, std::string_view word, Asic::EntryHandle const& row) {
   std::string const indent(2 * depth, ' ');
-  out << indent << word << ": " << row.tableName() << " [" << row.keyText() << "], " << rowText(row.row()) << ", "
+  out << indent << word << ": " << row.tableName() << ' ' << row.keyText() << ", " << rowText(row.row()) << ", "
       << stateText(row.state()) << '\n';
   if (auto const values = valuesOf(row); !values.empty()) out << indent << "    " << values << '\n';
   for (auto const& link : linksOf(row)) printRow(out, depth + 1, wordOf(link.field), *link.target);

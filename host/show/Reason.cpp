@@ -46,6 +46,9 @@ Text missingRoute(Agent const& agent, Vane::VaneTunnelConfig const& wanted, Tunn
   return "no port for the next hop's interface " + intf.name();
 }
 
+/// On a chip without groups of underlay next hops unicast tunnels have no way to their own.
+bool hasGroups(Agent const& agent) { return agent.chip().store("EcmpGroup1Table") != nullptr; }
+
 Text missingRow(Chain const& chain) {
   if (auto const row = chain.firstUnwritten()) {
     auto const table = std::string(row->tableName());
@@ -71,6 +74,7 @@ Text whyNotProgrammed(Agent const& agent, Vane::VaneTunnelConfig const& wanted, 
   if (!row && report.tunnelId && report.nextHopId) return {};
   if (auto local = missingLocal(agent, report)) return local;
   if (auto route = missingRoute(agent, wanted, report)) return route;
+  if (row && chain.nextHops() == 0 && !hasGroups(agent)) return "no groups of underlay next hops on this chip";
   if (row) return row;
   return report.tunnelId ? "no next-hop id" : "no tunnel id";
 }

@@ -36,7 +36,7 @@ TEST_F(BadInput, documentsThatCannotBeUsedNamePlaceAndValue) {
            {stateway(vti, R"({"vtiStatus":{"Vxlan1":{"udpPort":70000}}})"), {"Vxlan1/udpPort", "70000", "65535"}},
            {stateway(vti, R"({"vtiStatus":{"Vxlan1":{"udpPort":-1}}})"), {"Vxlan1/udpPort", "-1", "65535"}},
            {stateway(vti, R"({"vtiStatus":{"Vxlan1":{"srcAddr":"10.0.0.256"}}})"), {"srcAddr", "\"10.0.0.256\""}},
-           {stateway(kVxlan, R"({"tunnel":{"10.0.0":{}}})"), {"/tunnel/10.0.0", "expected"}},
+           {stateway(kVxlan, R"({"tunnel":{"10.0.0":{}}})"), {"/tunnel/10.0.0", "a Meshal::IpGenAddr"}},
            {stateway(kVxlan, R"({"adjacency":{"7":{"nextHops":[{"type":"nextHopLost"}]}}})"),
             {"nextHops/0/type", "\"nextHopLost\"", "nextHopResolved"}},
            {stateway("vane/l3IntfTable", R"({"l3Intf":{"up1":4095}})"), {"l3Intf/up1", "4095", "4094"}},
@@ -70,6 +70,9 @@ TEST_F(BadInput, usageAndNames) {
   };
   for (auto const& [arguments, said] : std::vector<Case>{
            {{}, "subcommand"},
+           {{"fly"}, "fly"},
+           {{"import"}, "subcommand"},
+           {{"import", "frr", "x"}, "frr"},
            {{"run", "--completion", "late"}, "late"},
            {{"run", "--format", "xml"}, "xml"},
            {{"run", "--show", "summary,moon"}, "moon"},

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <map>
 
 #include "tests/host/command_world.h"
@@ -69,9 +70,11 @@ TEST_F(RunCommand, jsonKeepsItsShape) {
   EXPECT_TRUE(tunnel["reason"].IsNull());
 
   auto const& table = json["tables"]["VirtualPortTableMerged"];
-  auto const& entry = table["entries"][2];
+  auto const& entry = *std::find_if(table["entries"].Begin(), table["entries"].End(),
+                                    [](auto const& one) { return one["key"] == "10.255.0.3"; });
   EXPECT_EQ(table["used"].GetUint(), 4U);
-  EXPECT_EQ(entry["key"], "10.255.0.3");
+  auto const keys = keysOf(json, "VirtualPortTableMerged");
+  EXPECT_TRUE(std::is_sorted(keys.begin(), keys.end()));
   EXPECT_EQ(entry["state"].GetUint(), 3U);
   auto const& handle = entry["fields"]["vp2"]["egrL3TunnelTableHandle"];
   EXPECT_EQ(handle["table"], "EgrL3Ipv4TunnelTable");
