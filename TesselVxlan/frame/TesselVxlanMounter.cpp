@@ -83,7 +83,7 @@ void TesselVxlanMounter::lastUserGone() {
 
 void TesselVxlanMounter::doInit() {
   auto const mountGroup = statewayEm()->getMountGroup(*this);
-  TRACE(0, "doInit: Mounting...");
+  TRACE(0, ": Mounting...");
   for (auto const& row : mounts) {
     if (!row.helperVni || toggleVaneVniSmInTesselL2Enabled()) doMount(*mountGroup, row);
   }
@@ -102,7 +102,7 @@ void TesselVxlanMounter::doInit() {
 
 void TesselVxlanMounter::doMountsComplete(Stateway::MountStatus mountStatus,
                                           Dovel::Ptr<Stateway::EntityManager> const& em) {
-  TRACE(0, "doMountsComplete: Mounts complete...");
+  TRACE(0, ": Mounts complete...");
   INVARIANT(mountStatus == Stateway::mountSuccess());
   auto const fcsd = Dovel::cast<TesselCentral::FeatureAgentCommonSmData>(sharedEntity("featureCommon"));
   vxlanMounterSmWrapperIs(fcsd, em, agentSmId(), localEntityStore(), shmemEm(), agentDir());

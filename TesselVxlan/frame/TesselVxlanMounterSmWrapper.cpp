@@ -60,6 +60,11 @@ void TesselVxlanMounterSmWrapper::doStartVxlanSms() {
   if (!tablesInitialized()) return TRACE(0, "Table init not ready");
   // Neither gate falls back; a boot status that is bound or written again starts nothing twice.
   if (vxlanVtiStatusSm()) return;
+  vaneVxlanHwHerSmIs(Dovel::make<Vane::VXLAN::VaneVxlanHwHerSm>(
+      vcsd(), l2RibFloodSet(), tunnelConfigDir()->tunnelConfig(Vane::vxlanHerTunnel_),
+      tunnelStatusDir()->tunnelStatus(Vane::vxlanHerTunnel_), vaneVxlanHwHerVtepConfigDir(),
+      vaneVxlanHwHerVtepStatusDir(), vxlanVtepStatusDir(), vtiStatusDir(), bridgingHwCapabilities(), false));
+  vaneVxlanHwHerSm()->initializedIs(true);
   vxlanVtiStatusSmIs(tesselVxlanVtiStatusSmFactory(
       "vxlanVtiStatusSm", vtiStatusDir(), bridgingHwCapabilities(), statewayEm(), fcsd(), vxlanCapabilities(),
       vxlanConfig(), tunnelTermTableProgrammer(), egrL3TunnelTablesProgrammer(), tesselCentralVxlanState(),

@@ -46,7 +46,7 @@ namespace TesselVxlan {
 ///
 /// Gate 1 is the boot status's word that the forwarding abstraction has seen the status objects, gate 2 that the tables
 /// are up; whichever opens last starts the state machines, once. Main thread only. Programmers are shared with the
-/// state machines that use them; all go with this object, the tunnel programmers last.
+/// state machines that use them; all go with this object.
 class TesselVxlanMounterSmWrapper final : public TesselL3Unicast::L3MounterSmWrapper {
  public:
   /// Makes the tunnel and VTI state machines if both gates are open and they don't stand yet.
@@ -122,7 +122,7 @@ class TesselVxlanMounterSmWrapper final : public TesselL3Unicast::L3MounterSmWra
   KILN_RESERVED(0x137, "TesselVxlan::TesselVxlanHelperPortGroupSm", tesselVxlanHelperPortGroupSm)
   KILN_RESERVED(0x138, "TesselVxlan::TesselVxlanHelperVniSm", tesselVxlanHelperVniSm)
   KILN_RESERVED(0x139, "TesselVxlan::TesselVxlanECNSm", tesselVxlanECNSm)
-  KILN_RESERVED(0x13a, "Vane::VXLAN::VaneVxlanHwHerSm", vaneVxlanHwHerSm)
+  KILN_ATTR(0x13a, Dovel::Ptr<Vane::VXLAN::VaneVxlanHwHerSm>, vaneVxlanHwHerSm)
   KILN_ATTR(0x13b, Dovel::Ptr<L2Rib::FloodSetOutput const>, l2RibFloodSet)
   KILN_ATTR(0x13c, Dovel::Ptr<VxlanController::VtepStatusDirV2 const>, vxlanVtepStatusDir)
   KILN_RESERVED(0x13d, "TesselVxlan::VxlanVtepGroupDirSm", vxlanVtepGroupDirSm)

@@ -153,7 +153,10 @@ bool NextHopTableProgrammer::destinationIs(L3NextHop2Key const& key, Vane::NextH
 
 void NextHopTableProgrammer::floodIs(L3NextHop2Key const& key, L3NextHop2Table::Entry& entry) const {
   auto& ingress = entry.ingress;
-  ingress.destinationHandle = ipmcTable()->entryWeakRef(TesselL3Common::L3IpmcKey{vlanMulticast, ingress.vlanId});
+  // Another feature's table: until that has brought it up, there is no group to lead to.
+  if (ipmcTable()->initialized()) {
+    ingress.destinationHandle = ipmcTable()->entryWeakRef(TesselL3Common::L3IpmcKey{vlanMulticast, ingress.vlanId});
+  }
   ingress.destinationKind = multicastDestination;
   TRACE(
       1,

@@ -10,13 +10,11 @@ namespace TesselVxlan {
 using Meshal::IpGenAddr;
 using TesselCentral::VtepIpToTnlIdNhIdMap;
 
-/// The key's generation is carried for the trace alone.
 struct OverlayTableProgrammer::Response {
   Dovel::Ptr<OverlayTableProgrammer> programmer;
-  IpGenAddr vtep;
-  std::uint64_t genId;
+  Vane::TunnelKey tunnelKey;
 
-  void operator()(EntryState state) const { programmer->respond(vtep, genId, state); }
+  void operator()(EntryState state) const { programmer->respond(tunnelKey, state); }
 };
 
 OverlayTableProgrammer::OverlayTableProgrammer(Dovel::Ptr<Stateway::EntityManager> statewayEm,
@@ -43,14 +41,16 @@ bool OverlayTableProgrammer::mayWrite(IpGenAddr const& vtep, Vane::TunnelType tu
 }
 
 Asic::WriteResponseFn OverlayTableProgrammer::writeResponse(Vane::TunnelKey const& tunnelKey) {
-  return Response{Dovel::Ptr<OverlayTableProgrammer>(this), tunnelKey.dst(), tunnelKey.genId()};
+  return Response{Dovel::Ptr<OverlayTableProgrammer>(this), tunnelKey};
 }
 
-void OverlayTableProgrammer::respond(IpGenAddr const& vtep, std::uint64_t genId, EntryState state) {
+void OverlayTableProgrammer::respond(Vane::TunnelKey const& tunnelKey, EntryState state) {
+  auto const& vtep = tunnelKey.dst();
   // A use of the map: watchers may remove it while it is written.
   Dovel::Ptr<VtepIpToTnlIdNhIdMap> const map = vxlanToL2State()->vtepIpToTnlIdNhIdMap(vtep);
   if (!map) {
-    return TRACE_IN("insertEntry", 1, "{}{} ,tunnelKey  {} ,number {}", words_.missing, state, vtep, genId);
+    return TRACE_IN("insertEntry", 1, "{}{} ,tunnelKey  {} ,number {}", words_.missing, state, tunnelKey,
+                    tunnelKey.genId());
   }
   byState(state, {.inProgress =
                       [&] {

@@ -57,7 +57,7 @@ class OverlayTableProgrammer : public NextHopTableProgrammerBase {
  private:
   struct Response;
 
-  void respond(Meshal::IpGenAddr const& vtep, std::uint64_t genId, EntryState state);
+  void respond(Vane::TunnelKey const& tunnelKey, EntryState state);
   void written(TesselCentral::VtepIpToTnlIdNhIdMap& map);
   void failed(TesselCentral::VtepIpToTnlIdNhIdMap& map, EntryState state);
 

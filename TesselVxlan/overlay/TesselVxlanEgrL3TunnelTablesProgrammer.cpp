@@ -76,13 +76,13 @@ TesselVxlanEgrL3TunnelTablesProgrammer::Handle TesselVxlanEgrL3TunnelTablesProgr
     entry.udpSrcPortValid = true;
     entry.udpSrcPort = tunnelKey.udpSrcPort();
   }
-  return headerRef(egrL3Ipv4TunnelTable(), ipv4Key(tunnelKey.srcIp(), dip), entry, tunnelKey, __func__);
+  return headerRef(egrL3Ipv4TunnelTable(), ipv4Key(tunnelKey.srcIp(), dip), entry, tunnelKey, dip, __func__);
 }
 
 TesselVxlanEgrL3TunnelTablesProgrammer::Handle TesselVxlanEgrL3TunnelTablesProgrammer::insertIpv6Entry(
     VxlanTunnelKey const& tunnelKey, IpGenAddr const& dip) {
   EgrL3Ipv6TunnelTable::Entry entry;
-  return headerRef(egrL3Ipv6TunnelTable(), ipv6Key(tunnelKey.srcIp(), dip), entry, tunnelKey, __func__);
+  return headerRef(egrL3Ipv6TunnelTable(), ipv6Key(tunnelKey.srcIp(), dip), entry, tunnelKey, dip, __func__);
 }
 
 TesselVxlanEgrL3TunnelTablesProgrammer::Handle TesselVxlanEgrL3TunnelTablesProgrammer::entryWeakRef(
@@ -112,15 +112,15 @@ EgrL3Ipv6TunnelKey TesselVxlanEgrL3TunnelTablesProgrammer::ipv6Key(IpGenAddr con
 template <class Table>
 TesselVxlanEgrL3TunnelTablesProgrammer::Handle TesselVxlanEgrL3TunnelTablesProgrammer::headerRef(
     Dovel::Ptr<Table> const& table, typename Table::Key const& key, typename Table::Entry& entry,
-    VxlanTunnelKey const& tunnelKey, [[maybe_unused]] char const* caller) {
+    VxlanTunnelKey const& tunnelKey, IpGenAddr const& dip, [[maybe_unused]] char const* caller) {
   auto const& attributes = *egrL3TunnelTableAttributes();
   // The row says no more of the destination than its key: what the key leaves out is written elsewhere.
   entry.sip = key.sip();
   entry.dip = key.dip();
   entry.tosBasePtr = U7(qosTrustStatus()->tosBasePtr());
-  TRACE_IN(caller, 1, "tosBasePtr  {} for dip: {}", entry.tosBasePtr, key.dip());
+  TRACE_IN(caller, 1, "tosBasePtr  {} for dip: {}", entry.tosBasePtr, dip);
   entry.outerDscpFromInner = U2(vxlanConfigDir()->dscpPropagation() ? dscpCopied : dscpOfTrustMap);
-  TRACE_IN(caller, 1, "outerDscpFromInner  {} for dip: {}", entry.outerDscpFromInner, key.dip());
+  TRACE_IN(caller, 1, "outerDscpFromInner  {} for dip: {}", entry.outerDscpFromInner, dip);
   entry.ttl = tunnelKey.ttl();
   entry.udpDestPort = tunnelKey.udpDestPort();
   entry.hdrSelectA = attributes.tunnelHdrSelectA();

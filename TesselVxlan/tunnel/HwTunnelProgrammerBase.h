@@ -220,8 +220,10 @@ class HwTunnelProgrammerBase : public Kiln::Sm {
   bool doTunnelCreateCommon(ConfigEntry const& entry);
   /// The VTEP's record with `key` in force; null for a generation older than the one in force.
   VtepMap recordTunnelKey(Vane::TunnelKey const& key);
+  /// What brought a generation.
+  enum class Event : std::uint8_t { creation, nextHop };
   /// False if a newer generation than `key`'s is in force.
-  bool takeUpGeneration(TesselCentral::VtepIpToTnlIdNhIdMap& map, Vane::TunnelKey const& key);
+  bool takeUpGeneration(TesselCentral::VtepIpToTnlIdNhIdMap& map, Vane::TunnelKey const& key, Event event);
   /// The outer header's handle; null while it can't be built.
   Handle programEgrL3TunnelTable(Meshal::IpGenAddr const& srcIpAddr, Meshal::IpGenAddr const& dstIpAddr);
   /// False while the status shows that the tunnel's overlay entry failed under its present tunnel id.

@@ -20,7 +20,8 @@ bool HwTunnelProgrammerBase::doTunnelCreateCommon(ConfigEntry const& entry) {
   auto const& vtep = key.dst();
   auto const localVtep = getVtepIp(vtep.af());
   TRACE(1, " tunnelType: {} vtepIp: {} localVtep: {}", tunnelType(), vtep, localVtep);
-  if (localVtep.isUnspecified()) {
+  // For a VTEP without a family the address of another one may stand in: there is no header for it either.
+  if (localVtep.isUnspecified() || vtep.af() == Meshal::AddressFamily::unknown) {
     TRACE(1, "Bailing out since localVtep not present");
     return false;
   }
@@ -61,20 +62,26 @@ Dovel::Ptr<VtepIpToTnlIdNhIdMap> HwTunnelProgrammerBase::recordTunnelKey(Vane::T
     TRACE(1, " Updated New TunnelKey into tnlIdMap ");
     return map;
   }
-  return takeUpGeneration(*map, key) ? map : nullptr;
+  return takeUpGeneration(*map, key, Event::creation) ? map : nullptr;
 }
 
-bool HwTunnelProgrammerBase::takeUpGeneration(VtepIpToTnlIdNhIdMap& map, Vane::TunnelKey const& key) {
+bool HwTunnelProgrammerBase::takeUpGeneration(VtepIpToTnlIdNhIdMap& map, Vane::TunnelKey const& key,
+                                              Event event) {
   auto const storedKey = map.tnlKeys(tunnelType());
   if (storedKey.genId() > key.genId()) {
     TRACE(1, " Skipping due to rcvdGenId : {} < tnlIdMapGenId : {}", key.genId(), storedKey.genId());
     return false;
   }
   if (storedKey.genId() < key.genId()) {
-    TRACE(1, " Updating tnlKey with new genId: {}", key.genId());
+    if (event == Event::creation) {
+      TRACE(1, " Updating tnlKey with new genId: {}", key.genId());
+    } else {
+      TRACE(1, " Updating tnlKey with new genId : {}", key.genId());
+    }
     map.tnlKeysIs(tunnelType(), key);
-    map.oldTnlKeyIs(tunnelType(), storedKey);
-  } else {
+    // A generation that was replaced before it got a status has none to end; that of an earlier one still stands.
+    if (!hwTunnelStatus()->tunnelStatusHas(map.oldTnlKey(tunnelType()))) map.oldTnlKeyIs(tunnelType(), storedKey);
+  } else if (event == Event::creation) {
     TRACE(1, " rcvd same genId proceeding ");
   }
   return true;

@@ -92,7 +92,7 @@ void HwTunnelProgrammerBase::doUpdateNextHop(ConfigEntry const& entry) {
   auto const key = entry->tunnelKey();
   auto const map = vtepMap(key.dst());
   if (!map) return TRACE(1, " Skipping as tnlIdMap is not present ");
-  if (map->tnlKeysHas(tunnelType()) && !takeUpGeneration(*map, key)) return;
+  if (map->tnlKeysHas(tunnelType()) && !takeUpGeneration(*map, key, Event::nextHop)) return;
   if (nextHopEntryList) {
     TRACE(1, " updating AdjId tnlIdMap to : {}", nextHopEntryList->adjId());
     map->adjIdIs(nextHopEntryList->adjId());

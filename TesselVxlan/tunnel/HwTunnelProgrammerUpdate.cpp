@@ -100,6 +100,8 @@ void HwTunnelProgrammerBase::handleVxlanDataPathLearning(Vane::TunnelKey const& 
     return TRACE(1, " Tunnel not yet created: {}", key);
   }
   auto const egrL3Handle = egrL3TunnelTablesProgrammer()->entryWeakRef(map->getLocalVtep(key.dst().af()), key.dst());
+  // The header that the port has was written from another address: better the former flag than no header.
+  if (!egrL3Handle) return TRACE(1, " egrL3TunnelTableHandle is NULL");
   TRACE(1, " Updating VP tables in-place with dataPathLearning: {} for vtepIp :{}",
         vxlanToL2State()->dataPathLearning(), key.dst());
   updateVpTableInPlace(key, egrL3Handle);

@@ -113,16 +113,17 @@ void TunnelBaseHelperSm::handleUdpPortUpdate() {
 }
 
 void TunnelBaseHelperSm::vaneVxlanInfoDispatch(Dovel::Change const& change) {
-  if (change.id == Vane::VXLAN::VaneVxlanInfo::vaneGlobalVtiStatusId) {
-    globalVtiStatusIs(vaneVxlanInfo()->vaneGlobalVtiStatus());
-  }
+  if (change.id == Vane::VXLAN::VaneVxlanInfo::vaneGlobalVtiStatusId) handleVaneVxlanInfo();
 }
+
+void TunnelBaseHelperSm::handleVaneVxlanInfo() { globalVtiStatusIs(vaneVxlanInfo()->vaneGlobalVtiStatus()); }
 
 void TunnelBaseHelperSm::globalVtiStatusDispatch(Dovel::Change const& change) {
   if (change.id == Vane::VXLAN::VaneGlobalVtiStatus::dataPathLearningId) handleVxlanDataPathLearning();
 }
 
 void TunnelBaseHelperSm::handleVxlanDataPathLearning() {
+  if (!vaneVxlanInfo() || !vaneVxlanInfo()->vaneGlobalVtiStatus()) return;
   auto const dataPathLearning = vaneVxlanInfo()->vaneGlobalVtiStatus()->dataPathLearning();
   TRACE(1, " dataPathLearning: {}", dataPathLearning);
   hwTunnelProgrammer()->updateVxlanDataPathLearning(dataPathLearning);

@@ -18,6 +18,7 @@ class TunnelBaseHelperSm : public VaneHelper::VaneHelperTunnelSm {
   void vxlanStateDispatch(Dovel::Change const& change);
   void vaneVxlanInfoDispatch(Dovel::Change const& change);
   void globalVtiStatusDispatch(Dovel::Change const& change);
+  void handleVaneVxlanInfo();
   void handleUdpSrcPortUpdate();
   void handleUdpPortUpdate();
   void handleLocalVtepUpdate();
@@ -28,7 +29,8 @@ class TunnelBaseHelperSm : public VaneHelper::VaneHelperTunnelSm {
   KILN_FIXED(0x202, Dovel::Ptr<HwTunnelProgrammerBase>, hwTunnelProgrammer)
   KILN_WATCHED(0x203, TesselL3Common::TesselVxlanState, vxlanState, &KilnSelf::vxlanStateDispatch,
                &KilnSelf::handleLocalVtepUpdate)
-  KILN_WATCHED(0x204, Vane::VXLAN::VaneVxlanInfo, vaneVxlanInfo, &KilnSelf::vaneVxlanInfoDispatch, nullptr)
+  KILN_WATCHED(0x204, Vane::VXLAN::VaneVxlanInfo, vaneVxlanInfo, &KilnSelf::vaneVxlanInfoDispatch,
+               &KilnSelf::handleVaneVxlanInfo)
   KILN_METHOD(handleUdpSrcPortUpdate)
   KILN_METHOD(handleUdpPortUpdate)
   KILN_METHOD(handleLocalVtepUpdate)

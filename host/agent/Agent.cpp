@@ -55,7 +55,7 @@ void Agent::startFeature() {
                                     options_.ready == Ready::atOnce);
   stores.stateway->completeMounts();
   world_->capabilitiesIs();
-  makeProducers();
+  if (options_.producers) makeProducers();
   auto const wrapper = mounter_->mounterSmWrapper();
   wrapper->localEntityManagerIs(stores.local);
   wrapper->vcsdIs(world_->vcsd);

@@ -52,6 +52,7 @@ class Agent {
     std::string mounterType = "TesselVxlan::TesselVxlanMounter";
     Ready ready = Ready::fromLoop;
     bool virtualClock = false;  ///< Time stands unless `clock()` is told to advance.
+    bool producers = true;      ///< Without, who made the agent writes the tunnels' configuration entries itself.
   };
 
   /// Started and settled. Throws `Asic::ProfileError` and `Plugin::LoadError`.

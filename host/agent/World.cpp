@@ -1,5 +1,7 @@
 #include "host/agent/World.h"
 
+#include <fmt/format.h>
+
 #include "platform/asic/ProfileLoader.h"
 #include "platform/kilnsharedmem/EntityManager.h"
 #include "platform/local/EntityManager.h"
@@ -30,7 +32,8 @@ World::World(std::string const& profile, Asic::Completion completion) {
   driver = simulated.get();
   chip = Dovel::make<Asic::Chip>(chipProfile, std::move(simulated));
   stores.stateway = Dovel::make<Stateway::EntityManager>();
-  stores.shmem = Dovel::make<KilnSharedMem::EntityManager>("shmem");
+  // Found by its name in the whole process, which may have several agents.
+  stores.shmem = Dovel::make<KilnSharedMem::EntityManager>(fmt::format("shmem of {}", fmt::ptr(this)));
   processIs();
   vcsd = Dovel::make<Vane::VaneCommonSmData>("vcsd");
   agentDir = Dovel::make<Kiln::Dir>("agent");

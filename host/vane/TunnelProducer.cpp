@@ -13,6 +13,10 @@ TunnelProducer::TunnelProducer(Dovel::Ptr<VaneTunnelConfig> const& wanted,
     : wanted_(*this, wanted, Kiln::SubscribeOnly{}), published_(published), config_(config) {
   for (auto const& adjacency : wanted->adjacencyColl()) watchAdjacency(adjacency->adjId());
   for (auto const& tunnel : wanted->tunnelColl()) watchTunnel(tunnel->vtep());
+  // A former process may have left the ids of tunnels that nobody wants any more.
+  for (auto const& vtep : Kiln::keysOf(published->tunnelStatusEntryColl())) {
+    if (!wanted->tunnelHas(vtep)) published->tunnelStatusEntryDel(vtep);
+  }
   config_->hwInitIs(1);
 }
 

@@ -6,7 +6,8 @@
 
 /// The families of tables. One template does the work; a family opens the operations that fit its rule of life.
 ///
-/// A table class names itself, its key and its entry, and stands by `ASIC_TABLE` in the list of classes. It may declare
+/// A table class names itself, its key and its entry, and stands by `ASIC_TABLE` in the list of classes;
+/// TableDefinitions.h makes what stands behind it. It may declare
 /// - `reservedRows`: rows from 0 on that only `entryWriteAtIndex` writes;
 /// - `Parts`: the classes of the parts of a merged entry, whose first fields are the parts' entries in that order;
 /// - `static void fill(Entry&)`: works out what the table itself puts into an entry that is written.
@@ -149,34 +150,5 @@ class PartTable : public SwTable {
  private:
   std::uint32_t base_ = 0;
 };
-
-template <class Table>
-std::vector<std::string_view> partNames() {
-  std::vector<std::string_view> names;
-  if constexpr (requires { typename Table::Parts; }) {
-    boost::mp11::mp_for_each<boost::mp11::mp_transform<boost::mp11::mp_identity, typename Table::Parts>>(
-        [&](auto part) { names.push_back(shortName(decltype(part)::type::kilnType().name())); });
-  }
-  return names;
-}
-
-template <class Table, class K, class E>
-Dovel::Ptr<StoreBase> KeyedStore<Table, K, E>::makeStore(Chip& chip, UnitId) {
-  TableSpec tableShape{Table::kilnType(), Table::reservedRows, {}};
-  auto const names = partNames<Table>();
-  forEachPart([&](std::size_t part, auto const& of) {
-    using PartEntry = std::remove_cvref_t<decltype(of(std::declval<E const&>()))>;
-    tableShape.parts.push_back(
-        Row::layoutOf<PartEntry>(names.empty() ? shortName(Table::kilnType().name()) : names[part]));
-  });
-  return Dovel::make<KeyedStore>(chip, tableShape);
-}
-
-template <class Table, class E>
-Dovel::Ptr<StoreBase> BlockStore<Table, E>::makeStore(Chip& chip, UnitId) {
-  TableSpec const tableShape{
-      Table::kilnType(), Table::reservedRows, {Row::layoutOf<E>(shortName(Table::kilnType().name()))}};
-  return Dovel::make<BlockStore>(chip, tableShape);
-}
 
 }  // namespace Asic

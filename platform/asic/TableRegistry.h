@@ -25,18 +25,17 @@ std::vector<TableClass const*> tableClasses();
 /// Null if no class of that name is loaded.
 TableClass const* tableClass(std::string_view name);
 
+/// Built where TableDefinitions.h is included.
 template <class Table>
-std::vector<std::string_view> partNames();
+KILN_BUILT_ONCE TableLink tableLink();
 
 }  // namespace Asic
 
 /// First line of a table class: its description, and its place among the tables that a profile can name.
-#define ASIC_TABLE(Class_)                                    \
-  KILN_TYPE(Class_, Asic::SwTable)                            \
- public:                                                      \
-  using Util = ::Asic::TableUtil<Class_>;                     \
-                                                              \
- private:                                                     \
-  inline static ::Asic::TableLink const asicTableLink_{       \
-      kilnType(), [] { return ::Asic::partNames<Class_>(); }, \
-      []() -> ::Dovel::Ptr<::Asic::Feature const> { return ::Dovel::make<::Asic::TableUtil<Class_>>(); }};
+#define ASIC_TABLE(Class_)                \
+  KILN_TYPE(Class_, Asic::SwTable)        \
+ public:                                  \
+  using Util = ::Asic::TableUtil<Class_>; \
+                                          \
+ private:                                 \
+  inline static ::Asic::TableLink const asicTableLink_ = ::Asic::tableLink<Class_>();

@@ -9,7 +9,7 @@
 namespace Kiln::Impl {
 
 template <class C>
-[[gnu::noinline]] Type::Construct constructor() {
+Type::Construct constructor() {
   if constexpr (std::is_abstract_v<C>) {
     return nullptr;
   } else if constexpr (std::is_constructible_v<C, std::string const&>) {
@@ -65,7 +65,7 @@ constexpr bool readable() {
 }
 
 template <class C, class T, auto Read, auto Write, auto Default>
-[[gnu::noinline]] Attribute attribute(AttributeId id, std::string_view name) {
+Attribute attribute(AttributeId id, std::string_view name) {
   Attribute a{id,
               name,
               &typeNameOf<T>,
@@ -94,7 +94,7 @@ template <class C, class T, auto Read, auto Write, auto Default>
 }
 
 template <class C, class T, auto Read>
-[[gnu::noinline]] Attribute fixedAttribute(AttributeId id, std::string_view name) {
+Attribute fixedAttribute(AttributeId id, std::string_view name) {
   return {id,
           name,
           &typeNameOf<T>,
@@ -132,7 +132,7 @@ void dropOthers(Coll const& coll, JsonIn const& in, Del&& del) {
 }
 
 template <class C, class K, class V, auto Coll, auto Is, auto Del>
-[[gnu::noinline]] Attribute collection(AttributeId id, std::string_view name) {
+Attribute collection(AttributeId id, std::string_view name) {
   Attribute a{id,
               name,
               &typeNameOf<V>,
@@ -173,7 +173,7 @@ template <class C, class K, class V, auto Coll, auto Is, auto Del>
 }
 
 template <class C, class K, class V, class Map, auto Coll, auto Del, auto Make>
-[[gnu::noinline]] Attribute entityCollection(AttributeId id, std::string_view name) {
+Attribute entityCollection(AttributeId id, std::string_view name) {
   return {id,
           name,
           &typeNameOf<Dovel::Ptr<V>>,

@@ -58,19 +58,25 @@ std::string_view typeNameOf() {
 }
 
 // What a description is made of is declared here and built where AttributeDefinitions.h is included: once for each
-// class, not in every file that includes its header.
+// class, not in every file that includes its header. There the compiler has to keep the function under its name: not
+// inlined, not specialised, not found to be constant.
+#ifdef __clang__
+#define KILN_BUILT_ONCE [[gnu::noinline, gnu::used]]
+#else
+#define KILN_BUILT_ONCE [[gnu::noipa]]
+#endif
 
 /// Null where objects are not made from a name.
 template <class C>
-Type::Construct constructor();
+KILN_BUILT_ONCE Type::Construct constructor();
 template <class C, class T, auto Read, auto Write, auto Default>
-Attribute attribute(AttributeId id, std::string_view name);
+KILN_BUILT_ONCE Attribute attribute(AttributeId id, std::string_view name);
 template <class C, class T, auto Read>
-Attribute fixedAttribute(AttributeId id, std::string_view name);
+KILN_BUILT_ONCE Attribute fixedAttribute(AttributeId id, std::string_view name);
 template <class C, class K, class V, auto Coll, auto Is, auto Del>
-Attribute collection(AttributeId id, std::string_view name);
+KILN_BUILT_ONCE Attribute collection(AttributeId id, std::string_view name);
 template <class C, class K, class V, class Map, auto Coll, auto Del, auto Make>
-Attribute entityCollection(AttributeId id, std::string_view name);
+KILN_BUILT_ONCE Attribute entityCollection(AttributeId id, std::string_view name);
 template <class C, class Member, Member Run>
 Method method(std::string_view name) {
   return {name, [](Dovel::Node& object) { (static_cast<C&>(object).*Run)(); }};

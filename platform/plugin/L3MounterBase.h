@@ -17,8 +17,7 @@ class L3MounterBase : public TesselInfra::MounterBase {
   KILN_TYPE(TesselL3Unicast::L3MounterBase, TesselInfra::MounterBase)
   KILN_FIXED(0x31, Dovel::String, name)
   KILN_ATTR(0x32, AgentSmId, agentSmId)
-  KILN_ATTR(0x33, Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData>,
-            fcsd)  ///< Null: the shared "featureCommon" is used.
+  KILN_ATTR(0x33, Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData>, fcsd)
   KILN_ATTR(0x34, Dovel::Ptr<Local::EntityStore>, localEntityStore)
   KILN_ATTR(0x35, Dovel::Ptr<KilnSharedMem::EntityManager>, shmemEm)
   KILN_ATTR(0x36, Dovel::Ptr<Stateway::EntityManager>, statewayEm)

@@ -37,13 +37,20 @@ std::size_t EntityManager::completeMounts() {
   for (; !closedGroups_.empty(); ++count) {
     Dovel::Ptr<MountGroup> const group(closedGroups_.front());
     closedGroups_.pop_front();
-    for (auto const& mount : group->mounts()) mounts_.emplace(mount.path(), mount);
+    for (auto const& mount : group->mounts()) mountIs(mount);
     if (!group->mounter_) continue;
     Dovel::Ptr<Mounter> const mounter(group->mounter_);
     mounter->handleMountStatus(mountSuccess());
     mounter->doStatewayMountsComplete(mountSuccess(), self);
   }
   return count;
+}
+
+// A feature that starts again asks for the same once more.
+void EntityManager::mountIs(Mount const& mount) {
+  auto const [first, last] = mounts_.equal_range(mount.path());
+  bool const known = std::any_of(first, last, [&](auto const& present) { return present.second == mount; });
+  if (!known) mounts_.emplace(mount.path(), mount);
 }
 
 void EntityManager::groupClosed(MountGroup& group) { closedGroups_.push_back(&group); }

@@ -58,6 +58,7 @@ class EntityManager final : public Dovel::Node {
 
   void groupClosed(MountGroup& group);
   void groupGone(MountGroup& group);
+  void mountIs(Mount const& mount);
   bool mounted(std::string_view path) const;
 
   Store store_;

@@ -24,6 +24,8 @@ class AllMountFlags {
   std::uint32_t val() const { return val_; }
   void valIs(std::uint32_t val) { val_ = val; }
 
+  friend bool operator==(AllMountFlags const&, AllMountFlags const&) = default;
+
  private:
   std::uint32_t val_ = read;
 };
@@ -42,6 +44,8 @@ class Mount {
   void handleFlags(std::string_view mode);
   /// The letters of the flags: "r", "w", "ri", "wi".
   std::string mode() const;
+
+  friend bool operator==(Mount const&, Mount const&) = default;
 
  private:
   std::string path_;

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/kiln/AttributeDefinitions.h"
+#include "platform/asic/TableDefinitions.h"
 #include "tests/asic/TestTables.h"
 
 namespace AsicTest {

@@ -103,6 +103,39 @@ TEST_P(TunnelLife, theOldStatusStandsUntilTheNewOneDoes) {
   EXPECT_THAT(agent.status(unicast), HasSubstr("10.255.0.2 gen=2 "));
 }
 
+TEST_P(TunnelLife, theStatusOfAGenerationThatWasReplacedTwiceGoes) {
+  configure(unicast, key(vtep(2), 5));
+  agent.udpPort(0);
+  configure(unicast, key(vtep(2), 6));
+  configure(unicast, key(vtep(2), 7));
+  dismiss(unicast, key(vtep(2), 5));
+  dismiss(unicast, key(vtep(2), 6));
+  agent.udpPort(4789);
+  EXPECT_EQ(agent.status(unicast), "10.255.0.2 gen=7 tnl=#1 nh=#1\n");
+}
+
+TEST_P(TunnelLife, aVtepWithoutAFamilyGetsNothing) {
+  auto wish = agent.wish();
+  wish.mlagVtep = vtep(9);
+  agent.want(wish);
+  auto const before = agent.chip();
+  configure(unicast, key("", 1));
+  EXPECT_EQ(agent.status(unicast), "");
+  EXPECT_EQ(agent.chip(), before);
+  agent.localVtep(vtep(8)).learning(true);
+  dismiss(unicast, key("", 1));
+}
+
+TEST_P(TunnelLife, learningKeepsAHeaderOfAnotherFamilysAddress) {
+  auto wish = agent.wish();
+  wish.mlagVtep = vtep(9);
+  agent.want(wish);
+  agent.tunnel(unicast, vtep6(2)).via(uplink(1));
+  EXPECT_THAT(agent.row("VirtualPortTableMerged", vtep6(2)), HasSubstr("EgrL3Ipv6TunnelTable["));
+  agent.learning(true);
+  EXPECT_THAT(agent.row("VirtualPortTableMerged", vtep6(2)), HasSubstr("EgrL3Ipv6TunnelTable["));
+}
+
 TEST_P(TunnelLife, aGenerationThatWaitsKeepsNothingOfTheFormer) {
   agent.tunnel(unicast, vtep(2)).via(uplink(1));
   agent.localVtep("");

@@ -1,5 +1,5 @@
 // Every table class of the agent is loaded with this file, so that a profile can name it.
-#include "platform/kiln/AttributeDefinitions.h"
+#include "platform/asic/TableDefinitions.h"
 #include "platform/tessel/tables/EcmpGroup1Table.h"
 #include "platform/tessel/tables/EcmpIndirectionTableConfigReg.h"
 #include "platform/tessel/tables/EcmpMember1Table.h"

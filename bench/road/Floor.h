@@ -1,0 +1,108 @@
+#pragma once
+
+#include <boost/unordered/unordered_flat_map.hpp>
+#include <vector>
+
+#include "bench/road/Road.h"
+
+namespace RoadBench {
+
+/// The same rows, of the same sizes, in flat hash maps and vectors: no notification, no handle, no chip.
+///
+/// What the agent holds of a tunnel, once each: its configuration and status, the record of its VTEP, and the rows of
+/// header, virtual port, overlay and termination. Rows of next hops and groups are there once an adjacency.
+class Floor {
+ public:
+  /// `flat`: the overlay row is a merged next hop.
+  Floor(Road const& road, bool flat);
+
+  void create();
+  void moveLocalVtep();
+  void update(std::vector<Road::Update> const& updates);
+  void remove(std::vector<std::uint32_t> const& order);
+  void replace(std::uint32_t tunnel);
+
+ private:
+  using Addr = Meshal::IpGenAddr;
+  template <class Key, class Row>
+  using Map = boost::unordered_flat_map<Key, Row, Kiln::Hash<Key>>;
+
+  /// Rows by number; the lowest that was given back last is the next.
+  template <class Row>
+  struct Rows {
+    std::vector<Row> rows;
+    std::vector<std::uint32_t> free;
+
+    std::uint32_t take(Row const& row) {
+      if (free.empty()) {
+        rows.push_back(row);
+        return static_cast<std::uint32_t>(rows.size() - 1);
+      }
+      auto const number = free.back();
+      free.pop_back();
+      rows[number] = row;
+      return number;
+    }
+    void give(std::uint32_t number) {
+      rows[number] = {};
+      free.push_back(number);
+    }
+  };
+
+  struct Header {
+    Addr sip, dip;
+    std::uint16_t udpSrcPort, udpDestPort;
+    std::uint8_t bytes[7];
+  };
+  struct Port {
+    std::uint64_t vtepBits;
+    std::uint32_t header, count1, count2;
+    std::uint16_t tunnelIndex;
+    std::uint8_t bytes[22];
+  };
+  struct Overlay {
+    std::uint32_t port, underlay, reserved;
+    std::uint8_t ecmp;
+  };
+  struct MergedNextHop {
+    std::uint64_t macAddr;
+    std::uint32_t port, oif, underlay;
+    std::uint8_t bytes[20];
+  };
+  struct Sip {
+    std::uint32_t port;
+    std::uint16_t svp;
+  };
+  struct Status {
+    std::uint32_t tunnelId, nextHopId, adjacency;
+  };
+  struct Vtep {
+    Addr localVtep;
+    Vane::TunnelKey key;
+    std::uint32_t header, port, overlay, sip, adjId;
+  };
+  struct Group {
+    Vane::NextHopEntrySet nextHops;
+    std::uint32_t users = 0;
+  };
+
+  void add(std::uint32_t tunnel);
+  void remove(std::uint32_t tunnel);
+  std::uint32_t overlayTake(std::uint32_t port, std::uint32_t group);
+
+  Road const& road_;
+  bool flat_;
+  Addr local_;
+  Map<Vane::TunnelKey, std::uint32_t> config_;
+  Map<Vane::TunnelKey, Status> status_;
+  Map<Addr, Vtep> vteps_;
+  Map<Addr, std::uint32_t> headerOf_, portOf_, overlayOf_, sipOf_;
+  Rows<Header> headers_;
+  Rows<Port> ports_;
+  Rows<Overlay> overlays_;
+  Rows<MergedNextHop> nextHops_;
+  Rows<Sip> sips_;
+  std::vector<Group> groups_;
+};
+
+}  // namespace RoadBench

@@ -1,0 +1,43 @@
+#include "bench/road/Heap.h"
+
+#include <malloc.h>
+
+#include <cstdlib>
+
+// The allocator's own entry points; what stands below takes their names' places for all libraries of the program.
+extern "C" {
+void* __libc_malloc(std::size_t size);
+void* __libc_calloc(std::size_t count, std::size_t size);
+void* __libc_realloc(void* memory, std::size_t size);
+void __libc_free(void* memory);
+}
+
+namespace RoadBench {
+namespace {
+
+Heap heap;
+
+void* counted(void* memory) {
+  ++heap.calls;
+  heap.bytes += malloc_usable_size(memory);
+  return memory;
+}
+
+}  // namespace
+
+Heap Heap::now() { return heap; }
+
+}  // namespace RoadBench
+
+extern "C" {
+void* malloc(std::size_t size) { return RoadBench::counted(__libc_malloc(size)); }
+void* calloc(std::size_t count, std::size_t size) { return RoadBench::counted(__libc_calloc(count, size)); }
+void* realloc(void* memory, std::size_t size) {
+  RoadBench::heap.bytes -= malloc_usable_size(memory);
+  return RoadBench::counted(__libc_realloc(memory, size));
+}
+void free(void* memory) {
+  RoadBench::heap.bytes -= malloc_usable_size(memory);
+  __libc_free(memory);
+}
+}

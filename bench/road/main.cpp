@@ -1,0 +1,174 @@
+// What a tunnel costs on its whole road, beside the floor: the same rows in flat maps.
+//
+//   tessel-bench-road                                         all phases on all sizes, as a table
+//   tessel-bench-road --tunnels N --phase PHASE [--profile P] one phase alone, for bench/count-instructions
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <chrono>
+#include <functional>
+#include <optional>
+
+#include "bench/road/Floor.h"
+#include "bench/road/Heap.h"
+#include "bench/road/RoadAgent.h"
+#include "platform/stateway/Document.h"
+
+namespace RoadBench {
+namespace {
+
+constexpr std::uint32_t kUpdates = 100'000;
+constexpr std::uint32_t kSteadyRounds = 10'000;
+
+struct Setting {
+  std::string profile = "cascaded";
+  Asic::Completion completion = Asic::Completion::direct;
+};
+
+struct Cost {
+  double nanoseconds = 0;
+  std::int64_t bytes = 0;
+  std::uint64_t calls = 0;
+};
+
+/// A name of its own: what happens inside is what callgrind counts.
+[[gnu::noinline]] void measured(std::function<void()> const& work) { work(); }
+
+Cost costOf(std::function<void()> const& work) {
+  auto const heap = Heap::now();
+  auto const start = std::chrono::steady_clock::now();
+  measured(work);
+  auto const end = std::chrono::steady_clock::now();
+  auto const after = Heap::now();
+  return {std::chrono::duration<double, std::nano>(end - start).count(),
+          static_cast<std::int64_t>(after.bytes) - static_cast<std::int64_t>(heap.bytes), after.calls - heap.calls};
+}
+
+/// One tunnel after the other goes and comes back.
+template <class Subject>
+void addAndRemove(Subject& subject, Road const& road) {
+  auto const order = road.shuffled();
+  for (std::uint32_t n = 0; n < kSteadyRounds; ++n) subject.replace(order[n % order.size()]);
+}
+
+struct Phase {
+  std::string_view name;
+  /// By what the cost is divided.
+  std::uint32_t (*units)(Road const&);
+};
+std::uint32_t eachTunnel(Road const& road) { return road.tunnels; }
+std::uint32_t eachUpdate(Road const&) { return kUpdates; }
+std::uint32_t eachRound(Road const&) { return kSteadyRounds; }
+
+// In the order in which one subject goes through them.
+constexpr Phase kPhases[] = {{"create", eachTunnel}, {"move", eachTunnel},   {"update", eachUpdate},
+                             {"steady", eachRound},  {"remove", eachTunnel}};
+
+template <class Subject>
+std::function<void()> workOf(std::string_view phase, Subject& subject, Road const& road) {
+  if (phase == "create") return [&] { subject.create(); };
+  if (phase == "move") return [&] { subject.moveLocalVtep(); };
+  if (phase == "update") return [&, updates = road.updates(kUpdates)] { subject.update(updates); };
+  if (phase == "steady") return [&] { addAndRemove(subject, road); };
+  return [&, order = road.shuffled()] { subject.remove(order); };
+}
+
+std::string writesText(std::map<std::string, std::uint64_t> const& writes) {
+  std::string text;
+  for (auto const& [table, count] : writes) text += fmt::format("{}{} {}", text.empty() ? "" : ", ", table, count);
+  return text.empty() ? "none" : text;
+}
+
+void runOne(Road const& road, Setting const& setting, std::string_view phase) {
+  if (phase == "start") {
+    std::optional<RoadAgent> agent;
+    measured([&] { agent.emplace(road, setting.profile, setting.completion); });
+  } else if (phase == "restart") {
+    RoadAgent agent(road, setting.profile, setting.completion);
+    agent.create();
+    measured([&] { agent.restart(); });
+  } else if (phase == "read") {
+    auto const text = road.document(true);
+    measured([&] { Stateway::StateDocument::parse(text); });
+  } else if (phase.starts_with("floor-")) {
+    Floor floor(road, setting.profile == "flat");
+    auto const name = phase.substr(6);
+    if (name != "create") floor.create();
+    measured(workOf(name, floor, road));
+  } else {
+    RoadAgent agent(road, setting.profile, setting.completion);
+    if (phase != "create") agent.create();
+    measured(workOf(phase, agent, road));
+  }
+}
+
+void runAll(Road const& road, Setting const& setting) {
+  fmt::print("\n{} tunnels over {} adjacencies of {} next hops, {}, {}\n", road.tunnels, kAdjacencies, kNextHops,
+             setting.profile, setting.completion == Asic::Completion::direct ? "direct" : "deferred");
+  fmt::print("{:<8} {:>10} {:>10} {:>6} {:>10} {:>10} {:>6} {:>8} {:>8}\n", "phase", "ns", "floor", "ratio", "bytes",
+             "floor", "ratio", "calls", "floor");
+  std::optional<RoadAgent> agent;
+  auto const start = costOf([&] { agent.emplace(road, setting.profile, setting.completion); });
+  Floor floor(road, setting.profile == "flat");
+  std::string notes;
+  for (auto const& [phase, units] : kPhases) {
+    auto const ours = costOf(workOf(phase, *agent, road));
+    notes += fmt::format("  {:<8} {}\n", phase, writesText(agent->writes()));
+    auto const theirs = costOf(workOf(phase, floor, road));
+    auto const by = static_cast<double>(units(road));
+    auto const ratio = [](double a, double b) { return b == 0 ? std::string("-") : fmt::format("{:.2f}", a / b); };
+    auto const ourBytes = static_cast<double>(ours.bytes) / by;
+    auto const theirBytes = static_cast<double>(theirs.bytes) / by;
+    fmt::print("{:<8} {:>10.0f} {:>10.0f} {:>6} {:>10.1f} {:>10.1f} {:>6} {:>8.3f} {:>8.3f}\n", phase,
+               ours.nanoseconds / by, theirs.nanoseconds / by, ratio(ours.nanoseconds, theirs.nanoseconds), ourBytes,
+               theirBytes, ratio(ourBytes, theirBytes), static_cast<double>(ours.calls) / by,
+               static_cast<double>(theirs.calls) / by);
+    if (phase == std::string_view("create") && !agent->allProgrammed()) fmt::print("NOT all are programmed\n");
+  }
+  agent->create();
+  agent->writes();
+  auto const again = costOf([&] { agent->restart(); });
+  notes += fmt::format("  {:<8} {}\n", "restart", writesText(agent->writes()));
+  auto const text = road.document(true);
+  auto const read = costOf([&] { Stateway::StateDocument::parse(text); });
+  auto const tunnels = static_cast<double>(road.tunnels);
+  fmt::print("start to ready {:.2f} ms, {:.0f} KiB; second start {:.0f} ns a tunnel; document of {:.1f} MiB read in "
+             "{:.0f} ns a tunnel\n",
+             start.nanoseconds / 1e6, static_cast<double>(start.bytes) / 1024, again.nanoseconds / tunnels,
+             static_cast<double>(text.size()) / (1 << 20), read.nanoseconds / tunnels);
+  fmt::print("chip writes:\n{}", notes);
+}
+
+int run(int argc, char** argv) {
+  CLI::App app{"What a tunnel costs on its whole road"};
+  std::vector<std::uint32_t> sizes{1'000, 4'096, 24'576};
+  std::vector<std::string> profiles{"cascaded", "flat"};
+  std::string phase;
+  bool deferred = false;
+  app.add_option("--tunnels", sizes, "How many")->delimiter(',')->capture_default_str();
+  app.add_option("--profile", profiles, "Chip profiles")->delimiter(',')->capture_default_str();
+  app.add_option("--phase", phase,
+                 "One phase alone: create, move, update, steady, remove; the same after \"floor-\"; start, restart, "
+                 "read");
+  app.add_flag("--deferred", deferred, "The chip answers later");
+  CLI11_PARSE(app, argc, argv);
+  for (auto const& profile : profiles) {
+    Setting const setting{profile, deferred ? Asic::Completion::deferred : Asic::Completion::direct};
+    for (auto const tunnels : sizes) {
+      Road const road(tunnels);
+      if (phase.empty()) {
+        runAll(road, setting);
+      } else {
+        runOne(road, setting, phase);
+      }
+    }
+    if (!phase.empty()) break;
+  }
+  return 0;
+}
+
+}  // namespace
+}  // namespace RoadBench
+
+int main(int argc, char** argv) { return RoadBench::run(argc, argv); }

@@ -1,0 +1,153 @@
+#include <fmt/format.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+
+#include "platform/kiln/Toggle.h"
+#include "tests/frame/FrameWorld.h"
+#include "tests/support/AgentWorld.h"
+
+namespace FrameTest {
+
+namespace {
+
+using namespace AgentTest;
+using Meshal::IpGenAddr;
+
+TEST(StaleState, goesWithTheStartButForWhatAnUpgradeHandsOver) {
+  FrameWorld world;
+  world.mountsComplete();
+  IpGenAddr const gone(vtep(9));
+  auto const unicasts = world.state<Vane::VaneTunnelStatus>(Host::publishedTunnelsPath(unicast));
+  auto const her = world.state<Vane::VaneTunnelStatus>(Host::publishedTunnelsPath(Vane::vxlanHerTunnel_));
+  auto const members = world.state<Vane::VaneTunnelStatus>(Host::publishedTunnelsPath(member));
+  auto const flood =
+      world.state<Vane::VXLAN::VaneVxlanHwHerVtepStatusDir>("hardware/tessel/tunnel/vxlan/herVtepStatus");
+  auto const l2 = world.state<TesselCentral::VxlanToL2State>(Host::kVxlanToL2StatePath);
+  for (auto const& status : {unicasts, her, members}) status->tunnelStatusEntryIs(gone);
+  flood->vaneVxlanHwHerVtepStatusIs(gone);
+  l2->vtepIpToTnlIdNhIdMapIs(gone)->tnlIdIs(Vane::VaneTunnelId(77));
+  l2->stageVlanVniMappingReadyIs(true);
+  l2->recoveredTnlIdToVtepIs(Vane::VaneTunnelId(77), gone);
+  l2->recoveredNhIdToVtepIs(Vane::VaneNextHopId(5), gone);
+  l2->recoveredMHTnlIdToVtepListIs(Vane::VaneTunnelId(78));
+  auto const left = [&] {
+    return fmt::format(
+        "unicast {:d} her {:d} members {:d} flood {:d} vtep {:d} mapping {:d}, recovered {:d} {:d} {:d}",
+        unicasts->tunnelStatusEntryHas(gone), her->tunnelStatusEntryHas(gone), members->tunnelStatusEntryHas(gone),
+        flood->vaneVxlanHwHerVtepStatusHas(gone), l2->vtepIpToTnlIdNhIdMapHas(gone), l2->stageVlanVniMappingReady(),
+        l2->recoveredTnlIdToVtepHas(Vane::VaneTunnelId(77)), l2->recoveredNhIdToVtepHas(Vane::VaneNextHopId(5)),
+        l2->recoveredMHTnlIdToVtepListHas(Vane::VaneTunnelId(78)));
+  };
+  ASSERT_EQ(left(), "unicast 1 her 1 members 1 flood 1 vtep 1 mapping 1, recovered 1 1 1");
+  world.start();
+  EXPECT_EQ(left(), "unicast 1 her 0 members 0 flood 0 vtep 0 mapping 0, recovered 1 1 1");
+}
+
+class Restart : public OnChips {};
+INSTANTIATE_TEST_SUITE_P(Chips, Restart, testing::ValuesIn(chipKinds({"cascaded", "flat", "compact"})), kindName);
+
+TEST_P(Restart, takesUpWhatChangedWhileItWasDown) {
+  agent.together([](AgentWorld& a) { a.localVtep(vtep(1)).udpPort(4789); });
+  agent.tunnel(unicast, vtep(2)).via(uplink(1), uplink(2));
+  agent.tunnel(unicast, vtep(3)).via(uplink(1));
+  agent.tunnel(member, vtep(4)).via(uplink(2));
+  agent.tunnel(member, vtep(6)).via(uplink(2));
+  agent.agent().stopFeature();
+  agent.together([](AgentWorld& a) {
+    a.localVtep(vtep(9)).learning(true);
+    a.tunnel(unicast, vtep(2)).via(uplink(3));
+    a.tunnel(unicast, vtep(3)).gone();
+    a.tunnel(member, vtep(4)).gone();
+    a.tunnel(unicast, vtep(5)).via(uplink(1));
+  });
+  agent.agent().startFeature();
+  AgentWorld fresh(GetParam());
+  fresh.want(agent.wish());
+  EXPECT_EQ(agent.chip(), fresh.chip());
+  EXPECT_EQ(agent.statusByKey(), fresh.statusByKey());
+  auto const published = agent.agent().publishedTunnels(member);
+  EXPECT_FALSE(published->tunnelStatusEntryHas(IpGenAddr(vtep(4))));
+  EXPECT_TRUE(published->tunnelStatusEntryHas(IpGenAddr(vtep(6))));
+}
+
+TEST(RestartOfAFullChip, findsRoomWhereTheOldRowsStillStand) {
+  for (auto const& kind : chipKinds({"tiny"})) {
+    AgentWorld agent(kind);
+    agent.together([](AgentWorld& a) { a.localVtep(vtep(1)).udpPort(4789); });
+    for (unsigned n = 2; n <= 5; ++n) agent.tunnel(unicast, vtep(n)).via(uplink(n % 3 + 1), uplink(n % 3 + 2));
+    auto const before = agent.chip();
+    agent.restart();
+    EXPECT_EQ(agent.chip(), before) << kindText(kind);
+  }
+}
+
+TEST(SecondWrapper, startsCleanOverWhatTheFirstLeft) {
+  FrameWorld world;
+  world.mountsComplete().start().tunnelSmIsReady().tunnelWanted();
+  auto const rows = world.rows();
+  auto const alive = Dovel::Node::aliveCount();
+  world.wrapperAgain();
+  EXPECT_EQ(world.running(), "");
+  world.start();
+  EXPECT_EQ(world.running(), "vti unicast member multicast ") << "the word of the abstraction stands";
+  EXPECT_EQ(world.rows(), rows);
+  EXPECT_EQ(Dovel::Node::aliveCount(), alive);
+}
+
+/// What hangs on the toggles, in an agent that starts in this process.
+std::string decided() {
+  FrameWorld world;
+  world.mountsComplete();
+  auto const groups =
+      world.state<Vane::VXLAN::VaneVtepGroupStatusDir>("hardware/tessel/tunnel/vxlan/vaneVtepGroupStatusDir");
+  groups->vaneVtepGroupStatusIs(Vane::VXLAN::VaneVtepGroupKey(1U));
+  world.start().tunnelSmIsReady();
+  auto const& wrapper = world.wrapper();
+  return fmt::format("VNI helper mounted {:d} bound {:d}, old group {:d}, VNI state {}, runs {}\n",
+                     world.mounts().find("helperVni") != std::string::npos,
+                     wrapper.helperVniConfig() && wrapper.helperVniStatus(),
+                     groups->vaneVtepGroupStatusHas(Vane::VXLAN::VaneVtepGroupKey(1U)),
+                     wrapper.vxlanInfo()->vaneVniSmState()->vniSmState(), world.running());
+}
+
+void tellWithout(char const* toggle) {
+  Kiln::toggleOverrideIs(toggle, false);
+  std::cerr << decided();
+  std::exit(0);
+}
+
+// A toggle holds for the life of a process: each has one of its own.
+TEST(TogglesDeathTest, decideWhoseTheVniHelperIsAndWhatRuns) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  using testing::ExitedWithCode;
+  using testing::HasSubstr;
+  EXPECT_EXIT(
+      tellWithout("VaneVniSmInTesselL2"), ExitedWithCode(0),
+      HasSubstr("VNI helper mounted 0 bound 0, old group 0, VNI state 3, runs vti unicast member multicast \n"));
+  EXPECT_EXIT(tellWithout("Tessel4L3McastUnderlayHER"), ExitedWithCode(0),
+              HasSubstr("VNI helper mounted 1 bound 1, old group 1, VNI state 0, runs vti unicast member \n"));
+  EXPECT_EQ(decided(), "VNI helper mounted 1 bound 1, old group 1, VNI state 0, runs vti unicast member multicast \n");
+}
+
+TEST(Profile, withoutRoomForVxlanIsReportedAndServed) {
+  std::ifstream in(TESSEL_SOURCE_DIR "/profiles/cascaded.json");
+  std::string text{std::istreambuf_iterator<char>(in), {}};
+  std::string const supported = R"("supportsVxlan": true)";
+  text.replace(text.find(supported), supported.size(), R"("supportsVxlan": false)");
+  auto const file = testing::TempDir() + "tessel-without-vxlan.json";
+  std::ofstream(file) << text;
+  AgentWorld agent({.profile = file});
+  std::filesystem::remove(file);
+  EXPECT_THAT(agent.messages(), testing::StartsWith("TESSEL_PROFILE_VXLAN_UNSUPPORTED "));
+  agent.together([](AgentWorld& a) { a.localVtep(vtep(1)).udpPort(4789); });
+  agent.tunnel(unicast, vtep(2)).via(uplink(1));
+  EXPECT_EQ(agent.status(unicast), "10.255.0.2 gen=1 tnl=#1 nh=#1 adj=101\n");
+}
+
+}  // namespace
+
+}  // namespace FrameTest
