@@ -7,8 +7,8 @@
 #include <boost/signals2/signal.hpp>
 #include <deque>
 
-#include "platform/dovel/Publisher.h"
 #include "platform/dovel/Ptr.h"
+#include "platform/dovel/Publisher.h"
 #include "platform/kiln/AttributeDefinitions.h"
 #include "platform/kiln/Entity.h"
 
@@ -43,7 +43,9 @@ void ours(benchmark::State& state) {
 BENCHMARK(ours)->Arg(1)->Arg(4)->Arg(16);
 
 struct Bare : boost::intrusive::list_base_hook<> {
-  void (*dispatch)(Bare&, Dovel::Change const&) = [](Bare& self, Dovel::Change const& change) { self.sum += change.id; };
+  void (*dispatch)(Bare&, Dovel::Change const&) = [](Bare& self, Dovel::Change const& change) {
+    self.sum += change.id;
+  };
   std::uint64_t sum = 0;
 };
 

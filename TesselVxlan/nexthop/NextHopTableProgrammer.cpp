@@ -109,11 +109,17 @@ NextHopTableProgrammerBase::Handle NextHopTableProgrammer::insertEntry(Vane::Tun
     TRACE(1, " Underlay NextHop already exists for l3NhKey= {}", key);
     return table.entryWeakRef(key);
   }
+  ++writes_;
   entry.writeResponse = WriteResponse{key.macAddr()};
   auto handle = table.entryRef(key, entry);
   INVARIANT(handle);
   entry.writeResponse(handle->state());
   return handle;
+}
+
+std::uint64_t NextHopTableProgrammer::revision() const {
+  auto const& ports = fcsd()->portConfigDir();
+  return writes_ + vaneL3IntfTable()->revision() + (ports ? ports->revision() : 0);
 }
 
 void NextHopTableProgrammer::programReservedNextHopEntry() {

@@ -45,6 +45,10 @@ class NextHopTableProgrammer final : public NextHopTableProgrammerBase {
   /// `Bridging::VlanIdOrNone` for an interface with a VLAN beyond it.
   Handle insertEntry(Vane::TunnelKey const& tunnelKey, Vane::NextHopEntry const& nextHopEntry);
 
+  /// Stays the same as long as an insert of the same next hop finds its row as it left it. A flood group's row may
+  /// change at any time: there is no such number on a chip that floods the underlay.
+  std::uint64_t revision() const;
+
   /// Writes row 0, which a chip without a reserved row of its own keeps free. Called by `initTables`.
   void programReservedNextHopEntry();
   /// Writes the row that drops. Called by `initTables`.
@@ -57,6 +61,8 @@ class NextHopTableProgrammer final : public NextHopTableProgrammerBase {
   bool destinationIs(TesselL3Common::L3NextHop2Key const& key, Vane::NextHopEntry const& nextHopEntry,
                      TesselL3Common::L3NextHop2Table::Entry& entry) const;
   void floodIs(TesselL3Common::L3NextHop2Key const& key, TesselL3Common::L3NextHop2Table::Entry& entry) const;
+
+  std::uint64_t writes_ = 0;
 };
 
 Dovel::Ptr<NextHopTableProgrammer> nextHopTableProgrammerFactory(

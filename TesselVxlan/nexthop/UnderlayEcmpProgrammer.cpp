@@ -35,11 +35,18 @@ NextHopTableProgrammerBase::Handle UnderlayEcmpProgrammer::insertEntry(
     TRACE(1, " No ecmp tables for group key {}", groupKey);
     return {};
   }
+  // All tunnels over an adjacency come here: only the first looks at each next hop.
+  auto const& nextHops = tunnelConfigEntry->nextHopEntryList()->nextHopEntry();
+  if (standsAsMade(groupKey, nextHops)) {
+    TRACE(1, " Ecmp group already exists for group key= {}", groupKey);
+    return ecmpGroup1Table()->entryWeakRef(groupKey);
+  }
   EcmpGroup1Table::Entry entry;
   std::uint16_t members = 0;
   entry.memberBlockHandle = memberBlock(*tunnelConfigEntry, members);
   if (!entry.memberBlockHandle) return {};
   entry.lastMemberIndex = static_cast<std::uint16_t>(members - 1);
+  madeIs(groupKey, nextHops);
   if (isEq(entry, ecmpGroup1Table()->entry(groupKey))) {
     TRACE(1, " Ecmp group already exists for group key= {}", groupKey);
     return ecmpGroup1Table()->entryWeakRef(groupKey);
@@ -47,6 +54,20 @@ NextHopTableProgrammerBase::Handle UnderlayEcmpProgrammer::insertEntry(
   auto handle = ecmpGroup1Table()->entryRef(groupKey, entry);
   INVARIANT(handle);
   return handle;
+}
+
+bool UnderlayEcmpProgrammer::standsAsMade(L3AdjIdKey const& groupKey, Vane::NextHopEntrySet const& nextHops) const {
+  if (nextHopTableProgrammer()->vxlanUnderlayFloodingHw()) return false;
+  auto const found = made_.find(groupKey);
+  return found != made_.end() && found->second.revision == nextHopTableProgrammer()->revision() &&
+         found->second.nextHops == nextHops && ecmpGroup1Table()->entryHas(groupKey);
+}
+
+void UnderlayEcmpProgrammer::madeIs(L3AdjIdKey const& groupKey, Vane::NextHopEntrySet const& nextHops) {
+  // Adjacencies come and go, and nobody tells of a group that went.
+  constexpr std::size_t spare = 64;
+  if (made_.size() > 2 * ecmpGroup1Table()->entrys() + spare) made_.clear();
+  made_[groupKey] = {nextHops, nextHopTableProgrammer()->revision()};
 }
 
 NextHopTableProgrammerBase::Handle UnderlayEcmpProgrammer::memberBlock(

@@ -37,8 +37,19 @@ class UnderlayEcmpProgrammer final : public NextHopTableProgrammerBase {
   Handle insertEntry(Dovel::Ptr<Vane::HwTunnelConfigEntry const> const& tunnelConfigEntry);
 
  private:
+  /// What a group was made of when it was last found or written.
+  struct Made {
+    Vane::NextHopEntrySet nextHops;
+    std::uint64_t revision = 0;
+  };
+
+  /// Whether another look at these next hops would give the group that stands.
+  bool standsAsMade(TesselL3Common::L3AdjIdKey const& groupKey, Vane::NextHopEntrySet const& nextHops) const;
+  void madeIs(TesselL3Common::L3AdjIdKey const& groupKey, Vane::NextHopEntrySet const& nextHops);
   /// The block of the resolved next hops; null if one can't be programmed. Counts them in `members`.
   Handle memberBlock(Vane::HwTunnelConfigEntry const& tunnelConfigEntry, std::uint16_t& members);
+
+  Kiln::HashMap<TesselL3Common::L3AdjIdKey, Made> made_;
 };
 
 Dovel::Ptr<UnderlayEcmpProgrammer> underlayEcmpProgrammerFactory(

@@ -145,8 +145,9 @@ VirtualPortTableMerged::Entry VirtualPortProgrammer::tunnelRow(IpGenAddr const& 
   auto const& sbr = *sbrAttributes();
   auto row = baseRow(egrL3TunnelTableHandle);
   // The counts make each row differ from the one before it: a virtual port is always written.
-  row.vp1.vp1UpdateCount = virtualPortTable()->virtualPort1TableEntry(addr).vp1UpdateCount + 1;
-  row.vp2.vp2UpdateCount = virtualPortTable()->virtualPort2TableEntry(addr).vp2UpdateCount + 1;
+  auto const& former = virtualPortTable()->entry(addr);
+  row.vp1.vp1UpdateCount = former.vp1.vp1UpdateCount + 1;
+  row.vp2.vp2UpdateCount = former.vp2.vp2UpdateCount + 1;
   row.vp1.learnEnableA = dataPathLearning;
   row.vp1.learnEnableB = dataPathLearning;
   row.vp1.vp1FlagC = 1;

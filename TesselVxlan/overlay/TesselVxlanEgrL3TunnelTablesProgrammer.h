@@ -62,8 +62,7 @@ class TesselVxlanEgrL3TunnelTablesProgrammer final : public Dovel::Node {
   /// Completes `entry` by what both families have, and writes it.
   template <class Table>
   Handle headerRef(Dovel::Ptr<Table> const& table, typename Table::Key const& key, typename Table::Entry& entry,
-                   TesselL3Common::VxlanTunnelKey const& tunnelKey, Meshal::IpGenAddr const& dip,
-                   char const* caller);
+                   TesselL3Common::VxlanTunnelKey const& tunnelKey, Meshal::IpGenAddr const& dip, char const* caller);
 };
 
 Dovel::Ptr<TesselVxlanEgrL3TunnelTablesProgrammer> tesselVxlanEgrL3TunnelTablesProgrammerFactory(

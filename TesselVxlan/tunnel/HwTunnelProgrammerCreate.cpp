@@ -65,8 +65,7 @@ Dovel::Ptr<VtepIpToTnlIdNhIdMap> HwTunnelProgrammerBase::recordTunnelKey(Vane::T
   return takeUpGeneration(*map, key, Event::creation) ? map : nullptr;
 }
 
-bool HwTunnelProgrammerBase::takeUpGeneration(VtepIpToTnlIdNhIdMap& map, Vane::TunnelKey const& key,
-                                              Event event) {
+bool HwTunnelProgrammerBase::takeUpGeneration(VtepIpToTnlIdNhIdMap& map, Vane::TunnelKey const& key, Event event) {
   auto const storedKey = map.tnlKeys(tunnelType());
   if (storedKey.genId() > key.genId()) {
     TRACE(1, " Skipping due to rcvdGenId : {} < tnlIdMapGenId : {}", key.genId(), storedKey.genId());

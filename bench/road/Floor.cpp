@@ -2,6 +2,28 @@
 
 namespace RoadBench {
 
+template <class Row>
+std::uint32_t Floor::Rows<Row>::add(Addr const& vtep, Row const& row) {
+  auto number = static_cast<std::uint32_t>(rows.size());
+  if (free.empty()) {
+    rows.push_back(row);
+  } else {
+    number = free.back();
+    free.pop_back();
+    rows[number] = row;
+  }
+  numbers.emplace(vtep, number);
+  return number;
+}
+
+template <class Row>
+void Floor::Rows<Row>::del(Addr const& vtep) {
+  auto const found = numbers.find(vtep);
+  rows[found->second] = {};
+  free.push_back(found->second);
+  numbers.erase(found);
+}
+
 Floor::Floor(Road const& road, bool flat) : road_(road), flat_(flat), local_(Meshal::IpAddr(0x0a000001)) {
   for (std::uint32_t n = 0; n < kAdjacencies; ++n) groups_.push_back({Road::nextHops(n)});
 }
@@ -12,33 +34,21 @@ void Floor::create() {
 
 void Floor::add(std::uint32_t tunnel) {
   auto const key = road_.key(tunnel);
+  auto const& vtep = key.dst();
   auto const group = Road::adjacencyOf(tunnel);
-  auto const dst = key.dst();
-  config_.emplace(key, group);
-  auto const header = headers_.take({local_, dst, 0, kUdpPort, {}});
-  headerOf_.emplace(dst, header);
-  auto const port = ports_.take({dst.u64(0), header, 1, 1, static_cast<std::uint16_t>(header), {}});
-  portOf_.emplace(dst, port);
-  auto const overlay = overlayTake(port, group);
-  overlayOf_.emplace(dst, overlay);
+  auto const header = headers_.add(vtep, {local_, vtep, 0, kUdpPort, {}});
+  auto const port = ports_.add(vtep, {vtep.u64(0), header, 1, 1, static_cast<std::uint16_t>(header), {}});
+  auto const overlay = flat_ ? nextHops_.add(vtep, {0, port, 1, group, {}}) : overlays_.add(vtep, {port, group, 0, 1});
   ++groups_[group].users;
-  auto const sip = sips_.take({port, static_cast<std::uint16_t>(port)});
-  sipOf_.emplace(dst, sip);
-  vteps_.emplace(dst, Vtep{local_, key, header, port, overlay, sip, group + 1});
-  status_.emplace(key, Status{port, overlay, group + 1});
-}
-
-std::uint32_t Floor::overlayTake(std::uint32_t port, std::uint32_t group) {
-  return flat_ ? nextHops_.take({0, port, 1, group, {}}) : overlays_.take({port, group, 0, 1});
+  sips_.add(vtep, {port, static_cast<std::uint16_t>(port)});
+  status_.emplace(key, Status{port, overlay, group});
 }
 
 void Floor::moveLocalVtep() {
   local_ = Meshal::IpAddr(0x0a000002);
-  for (auto const& [key, group] : config_) {
-    auto& vtep = vteps_.find(key.dst())->second;
-    vtep.localVtep = local_;
-    headers_.rows[vtep.header].sip = local_;
-    auto& port = ports_.rows[vtep.port];
+  for (auto const& [key, status] : status_) {
+    headers_.at(key.dst()).sip = local_;
+    auto& port = ports_.at(key.dst());
     ++port.count1;
     ++port.count2;
   }
@@ -47,20 +57,17 @@ void Floor::moveLocalVtep() {
 void Floor::update(std::vector<Road::Update> const& updates) {
   for (auto const& update : updates) {
     auto const key = road_.key(update.tunnel);
-    auto& group = config_.find(key)->second;
+    auto& group = status_.find(key)->second.group;
     // The lists come new each time and are told apart by their contents.
     if (groups_[group].nextHops == Vane::NextHopEntrySet(groups_[update.adjacency].nextHops)) continue;
     --groups_[group].users;
     ++groups_[update.adjacency].users;
     group = update.adjacency;
-    auto& vtep = vteps_.find(key.dst())->second;
-    vtep.adjId = group + 1;
     if (flat_) {
-      nextHops_.rows[vtep.overlay].underlay = group;
+      nextHops_.at(key.dst()).underlay = group;
     } else {
-      overlays_.rows[vtep.overlay].underlay = group;
+      overlays_.at(key.dst()).underlay = group;
     }
-    status_.find(key)->second.adjacency = group + 1;
   }
 }
 
@@ -75,17 +82,14 @@ void Floor::replace(std::uint32_t tunnel) {
 
 void Floor::remove(std::uint32_t tunnel) {
   auto const key = road_.key(tunnel);
-  auto const found = vteps_.find(key.dst());
-  auto const& vtep = found->second;
-  sips_.give(vtep.sip);
-  flat_ ? nextHops_.give(vtep.overlay) : overlays_.give(vtep.overlay);
-  ports_.give(vtep.port);
-  headers_.give(vtep.header);
-  --groups_[vtep.adjId - 1].users;
-  for (auto* const rows : {&headerOf_, &portOf_, &overlayOf_, &sipOf_}) rows->erase(key.dst());
-  status_.erase(key);
-  config_.erase(key);
-  vteps_.erase(found);
+  auto const& vtep = key.dst();
+  auto const found = status_.find(key);
+  --groups_[found->second.group].users;
+  status_.erase(found);
+  sips_.del(vtep);
+  flat_ ? nextHops_.del(vtep) : overlays_.del(vtep);
+  ports_.del(vtep);
+  headers_.del(vtep);
 }
 
 }  // namespace RoadBench

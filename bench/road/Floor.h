@@ -9,8 +9,8 @@ namespace RoadBench {
 
 /// The same rows, of the same sizes, in flat hash maps and vectors: no notification, no handle, no chip.
 ///
-/// What the agent holds of a tunnel, once each: its configuration and status, the record of its VTEP, and the rows of
-/// header, virtual port, overlay and termination. Rows of next hops and groups are there once an adjacency.
+/// A row of header, virtual port, overlay and termination for each tunnel, found by the VTEP, and its status with both
+/// ids. Rows of next hops and groups are there once for each adjacency.
 class Floor {
  public:
   /// `flat`: the overlay row is a merged next hop.
@@ -27,26 +27,16 @@ class Floor {
   template <class Key, class Row>
   using Map = boost::unordered_flat_map<Key, Row, Kiln::Hash<Key>>;
 
-  /// Rows by number; the lowest that was given back last is the next.
+  /// Rows by number, found by address. The number that was given back last is the next.
   template <class Row>
   struct Rows {
+    Map<Addr, std::uint32_t> numbers;
     std::vector<Row> rows;
     std::vector<std::uint32_t> free;
 
-    std::uint32_t take(Row const& row) {
-      if (free.empty()) {
-        rows.push_back(row);
-        return static_cast<std::uint32_t>(rows.size() - 1);
-      }
-      auto const number = free.back();
-      free.pop_back();
-      rows[number] = row;
-      return number;
-    }
-    void give(std::uint32_t number) {
-      rows[number] = {};
-      free.push_back(number);
-    }
+    std::uint32_t add(Addr const& vtep, Row const& row);
+    void del(Addr const& vtep);
+    Row& at(Addr const& vtep) { return rows[numbers.find(vtep)->second]; }
   };
 
   struct Header {
@@ -74,12 +64,7 @@ class Floor {
     std::uint16_t svp;
   };
   struct Status {
-    std::uint32_t tunnelId, nextHopId, adjacency;
-  };
-  struct Vtep {
-    Addr localVtep;
-    Vane::TunnelKey key;
-    std::uint32_t header, port, overlay, sip, adjId;
+    std::uint32_t tunnelId, nextHopId, group;
   };
   struct Group {
     Vane::NextHopEntrySet nextHops;
@@ -88,15 +73,11 @@ class Floor {
 
   void add(std::uint32_t tunnel);
   void remove(std::uint32_t tunnel);
-  std::uint32_t overlayTake(std::uint32_t port, std::uint32_t group);
 
   Road const& road_;
   bool flat_;
   Addr local_;
-  Map<Vane::TunnelKey, std::uint32_t> config_;
   Map<Vane::TunnelKey, Status> status_;
-  Map<Addr, Vtep> vteps_;
-  Map<Addr, std::uint32_t> headerOf_, portOf_, overlayOf_, sipOf_;
   Rows<Header> headers_;
   Rows<Port> ports_;
   Rows<Overlay> overlays_;

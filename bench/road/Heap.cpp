@@ -4,11 +4,14 @@
 
 #include <cstdlib>
 
+#include "platform/scree/Slab.h"
+
 // The allocator's own entry points; what stands below takes their names' places for all libraries of the program.
 extern "C" {
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
 void* __libc_realloc(void* memory, std::size_t size);
+void* __libc_memalign(std::size_t alignment, std::size_t size);
 void __libc_free(void* memory);
 }
 
@@ -25,13 +28,21 @@ void* counted(void* memory) {
 
 }  // namespace
 
-Heap Heap::now() { return heap; }
+Heap Heap::now() {
+  auto const slabs = Scree::stats();
+  auto now = heap;
+  now.bytes -= slabs.bytesInChunks - slabs.bytesInUse;
+  return now;
+}
 
 }  // namespace RoadBench
 
 extern "C" {
 void* malloc(std::size_t size) { return RoadBench::counted(__libc_malloc(size)); }
 void* calloc(std::size_t count, std::size_t size) { return RoadBench::counted(__libc_calloc(count, size)); }
+void* aligned_alloc(std::size_t alignment, std::size_t size) {
+  return RoadBench::counted(__libc_memalign(alignment, size));
+}
 void* realloc(void* memory, std::size_t size) {
   RoadBench::heap.bytes -= malloc_usable_size(memory);
   return RoadBench::counted(__libc_realloc(memory, size));

@@ -30,7 +30,8 @@ Road::Road(std::uint32_t itsTunnels) : tunnels(itsTunnels) {}
 Meshal::IpGenAddr Road::vtep(std::uint32_t tunnel) const { return Meshal::IpAddr(0x0a800000 + tunnel); }
 
 Vane::TunnelKey Road::key(std::uint32_t tunnel) const {
-  return {{}, vtep(tunnel), 0, 1, Meshal::IntfId("Vxlan1")};
+  static Meshal::IntfId const vxlan1("Vxlan1");
+  return {{}, vtep(tunnel), 0, 1, vxlan1};
 }
 
 Vane::NextHopEntrySet Road::nextHops(std::uint32_t adjacency) {

@@ -16,7 +16,8 @@ inline constexpr std::uint32_t kPorts = 64;
 inline constexpr std::uint32_t kBurst = 64;
 inline constexpr std::uint16_t kUdpPort = 4789;
 
-/// The overlay of `tunnels` remote VTEPs: what both the agent and the floor are given. Always the same for the same size.
+/// The overlay of `tunnels` remote VTEPs: what both the agent and the floor are given. Always the same for the same
+/// size.
 struct Road {
   explicit Road(std::uint32_t tunnels);
 

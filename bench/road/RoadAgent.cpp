@@ -23,6 +23,10 @@ RoadAgent::RoadAgent(Road const& road, std::string const& profile, Asic::Complet
   for (std::uint32_t n = 0; n < kAdjacencies; ++n) {
     lists_.push_back(Dovel::make<Vane::NextHopEntryList>(n + 1, Road::nextHops(n)));
   }
+  for (std::uint32_t n = 0; n < road.tunnels; ++n) {
+    entries_.push_back(Dovel::make<Vane::HwTunnelConfigEntry>(road.key(n)));
+    entries_[n]->nextHopEntryListIs(lists_[Road::adjacencyOf(n)]);
+  }
   bind();
   writes();
 }
@@ -44,11 +48,7 @@ void RoadAgent::create() {
   }
 }
 
-void RoadAgent::add(std::uint32_t tunnel) {
-  auto const entry = Dovel::make<Vane::HwTunnelConfigEntry>(road_.key(tunnel));
-  entry->nextHopEntryListIs(lists_[Road::adjacencyOf(tunnel)]);
-  config_->hwTunnelConfigListIs(entry);
-}
+void RoadAgent::add(std::uint32_t tunnel) { config_->hwTunnelConfigListIs(entries_[tunnel]); }
 
 void RoadAgent::activate(std::uint32_t tunnel) {
   auto const& entry = status_->tunnelStatus(road_.key(tunnel));
@@ -67,7 +67,7 @@ void RoadAgent::moveLocalVtep() {
 void RoadAgent::update(std::vector<Road::Update> const& updates) {
   std::uint32_t written = 0;
   for (auto const& update : updates) {
-    config_->hwTunnelConfigList(road_.key(update.tunnel))->nextHopEntryListIs(listOf(update.adjacency));
+    entries_[update.tunnel]->nextHopEntryListIs(listOf(update.adjacency));
     if (++written % kBurst == 0) agent_.settle();
   }
   agent_.settle();

@@ -13,10 +13,10 @@ namespace RoadBench {
 /// The feature on the simulated chip, given configuration entries as the forwarding abstraction gives them.
 class RoadAgent {
  public:
-  /// Started, with ports, interfaces and a local VTEP, without tunnels.
+  /// Started, with ports, interfaces and a local VTEP, without tunnels. Their configuration entries are made.
   RoadAgent(Road const& road, std::string const& profile, Asic::Completion completion);
 
-  /// Writes the configuration entries of all tunnels, makes their next hops active and settles.
+  /// Hands over the configuration entries of all tunnels, makes their next hops active and settles.
   void create();
   /// Another source address for all.
   void moveLocalVtep();
@@ -42,7 +42,8 @@ class RoadAgent {
   Road const& road_;
   Host::Agent agent_;
   std::vector<Dovel::Ptr<Vane::NextHopEntryList>> lists_;
-  std::vector<Vane::VaneNextHopId> active_;  ///< By tunnel.
+  std::vector<Dovel::Ptr<Vane::HwTunnelConfigEntry>> entries_;  ///< By tunnel.
+  std::vector<Vane::VaneNextHopId> active_;                     ///< By tunnel.
   Dovel::Ptr<Vane::HwTunnelConfig> config_;
   Dovel::Ptr<Vane::HwTunnelStatus> status_;
   std::map<std::string, std::uint64_t> writesSeen_;

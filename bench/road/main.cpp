@@ -62,8 +62,11 @@ std::uint32_t eachUpdate(Road const&) { return kUpdates; }
 std::uint32_t eachRound(Road const&) { return kSteadyRounds; }
 
 // In the order in which one subject goes through them.
-constexpr Phase kPhases[] = {{"create", eachTunnel}, {"move", eachTunnel},   {"update", eachUpdate},
-                             {"steady", eachRound},  {"remove", eachTunnel}};
+constexpr Phase kPhases[] = {{"create", eachTunnel},
+                             {"move", eachTunnel},
+                             {"update", eachUpdate},
+                             {"steady", eachRound},
+                             {"remove", eachTunnel}};
 
 template <class Subject>
 std::function<void()> workOf(std::string_view phase, Subject& subject, Road const& road) {
@@ -133,10 +136,11 @@ void runAll(Road const& road, Setting const& setting) {
   auto const text = road.document(true);
   auto const read = costOf([&] { Stateway::StateDocument::parse(text); });
   auto const tunnels = static_cast<double>(road.tunnels);
-  fmt::print("start to ready {:.2f} ms, {:.0f} KiB; second start {:.0f} ns a tunnel; document of {:.1f} MiB read in "
-             "{:.0f} ns a tunnel\n",
-             start.nanoseconds / 1e6, static_cast<double>(start.bytes) / 1024, again.nanoseconds / tunnels,
-             static_cast<double>(text.size()) / (1 << 20), read.nanoseconds / tunnels);
+  fmt::print(
+      "start to ready {:.2f} ms, {:.0f} KiB; second start {:.0f} ns a tunnel; document of {:.1f} MiB read in "
+      "{:.0f} ns a tunnel\n",
+      start.nanoseconds / 1e6, static_cast<double>(start.bytes) / 1024, again.nanoseconds / tunnels,
+      static_cast<double>(text.size()) / (1 << 20), read.nanoseconds / tunnels);
   fmt::print("chip writes:\n{}", notes);
 }
 

@@ -52,8 +52,11 @@ class KeyedStore final : public StoreBase {
 
   std::size_t entrys() const override { return records_.size(); }
   Record* find(K const& key) const {
+    if (last_ && last_->key == key) return last_;
     auto const found = records_.find(key);
-    return found == records_.end() ? nullptr : *found;
+    if (found == records_.end()) return nullptr;
+    last_ = *found;
+    return last_;
   }
 
   /// Writes the entry of `key` in place, or makes it; the handle that is returned is a use of it.
@@ -118,9 +121,9 @@ class KeyedStore final : public StoreBase {
   static Record const& typed(RecordBase const& record) { return static_cast<Record const&>(record); }
 
   Record& make(K const& key) {
-    auto* const record = ::new (Scree::slabAllocOrStdMalloc(sizeof(Record))) Record(*this, key);
-    records_.insert(record);
-    return *record;
+    last_ = ::new (Scree::slabAllocOrStdMalloc(sizeof(Record))) Record(*this, key);
+    records_.insert(last_);
+    return *last_;
   }
   void firstWrite(Record& record, E const& entry) {
     contentsIs(record, E(entry));
@@ -214,7 +217,10 @@ class KeyedStore final : public StoreBase {
   }
 
   std::uint32_t length(RecordBase const&) const override { return 1; }
-  void keyErase(RecordBase& record) override { records_.erase(records_.find(typed(record).key)); }
+  void keyErase(RecordBase& record) override {
+    if (last_ == &record) last_ = nullptr;
+    records_.erase(records_.find(typed(record).key));
+  }
   void contentsDrop(RecordBase& base) override {
     auto& record = typed(base);
     E const former(std::move(record.entry));
@@ -226,6 +232,7 @@ class KeyedStore final : public StoreBase {
   }
 
   typename RecordSet<Record, K, Kiln::Hash<K>, std::equal_to<K>>::type records_;
+  mutable Record* last_ = nullptr;  ///< Found last: a row is mostly asked for several times in a row.
 };
 
 }  // namespace Asic

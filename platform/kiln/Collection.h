@@ -76,14 +76,22 @@ class EntityMap {
   using Set = boost::unordered_flat_set<Dovel::Ptr<V>, KeyHash, KeyEqual>;
   using const_iterator = typename Set::const_iterator;
 
+  EntityMap() = default;
+  EntityMap(EntityMap const&) = delete;
+  EntityMap& operator=(EntityMap const&) = delete;
+
   /// Null if there is none.
   Dovel::Ptr<V> const& at(K const& key) const {
     static Dovel::Ptr<V> const none;
+    if (last_ && (last_->get()->*Key)() == key) return *last_;
     auto const found = set_.find(key);
-    return found == set_.end() ? none : *found;
+    if (found == set_.end()) return none;
+    last_ = &*found;
+    return *last_;
   }
   /// False if just this object stood there already.
   bool assign(Dovel::Ptr<V> const& value) {
+    last_ = nullptr;
     auto const [at, inserted] = set_.insert(value);
     if (inserted) return true;
     if (*at == value) return false;
@@ -95,6 +103,7 @@ class EntityMap {
     auto const found = set_.find(key);
     if (found == set_.end()) return {};
     Dovel::Ptr<V> const taken = *found;
+    last_ = nullptr;
     set_.erase(found);
     return taken;
   }
@@ -102,11 +111,15 @@ class EntityMap {
   const_iterator end() const { return set_.end(); }
   std::size_t size() const { return set_.size(); }
   bool empty() const { return set_.empty(); }
-  void reserve(std::size_t count) { set_.reserve(count); }
+  void reserve(std::size_t count) {
+    last_ = nullptr;
+    set_.reserve(count);
+  }
   K const keyAt(const_iterator at) const { return ((*at).get()->*Key)(); }
 
  private:
   Set set_;
+  mutable Dovel::Ptr<V> const* last_ = nullptr;  ///< Found last: what works on one object asks for it again and again.
 };
 
 template <class Map>

@@ -30,6 +30,24 @@ class NamedEntity : public Entity {
   Dovel::String name_;
 };
 
+/// Counts its changes: who works something out from it can tell whether that still holds.
+class RevisedEntity : public NamedEntity {
+  KILN_TYPE(Kiln::RevisedEntity, Kiln::NamedEntity)
+
+ public:
+  using NamedEntity::NamedEntity;
+  std::uint64_t revision() const { return revision_; }
+
+ protected:
+  void kilnChanged(std::uint16_t id, void const* key = nullptr) const noexcept {
+    ++revision_;
+    NamedEntity::kilnChanged(id, key);
+  }
+
+ private:
+  mutable std::uint64_t revision_ = 0;
+};
+
 /// All attributes of `entity` as one JSON object.
 void entityToJson(Entity const& entity, JsonOut& out);
 /// Throws `ValueError` unless `in` is an object that can be read into an entity of `type`.

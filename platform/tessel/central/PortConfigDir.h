@@ -22,12 +22,12 @@ BOOST_DESCRIBE_STRUCT(PortInfo, (), (kind_, number_))
 KILN_VALUE_OPS(PortInfo)
 
 /// The ports of the chip by interface.
-class PortConfigDir final : public Kiln::NamedEntity {
-  KILN_TYPE(TesselCentral::PortConfigDir, Kiln::NamedEntity)
+class PortConfigDir final : public Kiln::RevisedEntity {
+  KILN_TYPE(TesselCentral::PortConfigDir, Kiln::RevisedEntity)
   KILN_COLL(0x102, Meshal::IntfId, PortInfo, port)
 
  public:
-  using NamedEntity::NamedEntity;
+  using RevisedEntity::RevisedEntity;
 
   /// Where the host keeps it in the state database.
   static constexpr char const* mountPath = "hardware/tessel/port/config";

@@ -10,12 +10,12 @@ namespace VaneL3Intf {
 
 /// The layer 3 interfaces of the switch. Their ids are VLAN numbers here, and 0 is none; the range keeps anything else
 /// out where documents come in.
-class Table final : public Kiln::NamedEntity {
-  KILN_TYPE(VaneL3Intf::Table, Kiln::NamedEntity)
+class Table final : public Kiln::RevisedEntity {
+  KILN_TYPE(VaneL3Intf::Table, Kiln::RevisedEntity)
   KILN_COLL(0x102, Meshal::IntfId, Bridging::VlanIdOrNone, l3Intf)
 
  public:
-  using NamedEntity::NamedEntity;
+  using RevisedEntity::RevisedEntity;
 
   /// 0 for an interface that is not there.
   std::uint32_t intfIdToL3Id(Meshal::IntfId intf) const { return l3Intf(intf).value(); }
