@@ -1,5 +1,7 @@
 #include "host/agent/Agent.h"
 
+#include <algorithm>
+
 #include "host/agent/TunnelSmGate.h"
 #include "host/vane/TunnelProducer.h"
 #include "platform/kiln/Json.h"
@@ -20,14 +22,32 @@ std::filesystem::path defaultPlugin() {
 
 namespace {
 
-/// What the type of an attribute lets pass and its readers don't.
-void checkRanges(Stateway::StateDocument const& document) {
-  Kiln::JsonIn const root(document.json());
-  auto const local = root.find("local");
-  auto const state = local ? local->find(kVxlanStatePath) : std::nullopt;
-  if (auto const ttl = state ? state->find("ttl") : std::nullopt) {
-    ttl->unsignedNumber(1, TesselL3Common::VxlanTunnelKey::maxTtl);
-  }
+constexpr char const* ownState = "written by the agent itself, not by documents";
+
+bool isWantedTunnels(std::string_view path) {
+  return std::any_of(kTunnelTypes.begin(), kTunnelTypes.end(),
+                     [&](auto const& type) { return wantedTunnelsPath(type.first) == path; });
+}
+
+/// What the agent publishes is its own; what it holds as its own, too, wanted tunnels apart.
+void checkPublished(Kiln::JsonIn const& paths, std::vector<Stateway::Mount> const& mounts) {
+  paths.eachMember([&](std::string_view path, Kiln::JsonIn const& attributes) {
+    bool const published = std::any_of(mounts.begin(), mounts.end(), [&](auto const& mount) {
+      return mount.path() == path && mount.mode().starts_with('w');
+    });
+    if (published && !isWantedTunnels(path)) attributes.fail(ownState);
+  });
+}
+
+/// Of what lives in the process alone only the TTL of the outer headers is left to others.
+void checkLocal(Kiln::JsonIn const& paths) {
+  paths.eachMember([](std::string_view path, Kiln::JsonIn const& attributes) {
+    if (path != kVxlanStatePath) attributes.fail(ownState);
+    attributes.eachMember([](std::string_view name, Kiln::JsonIn const& value) {
+      if (name != "ttl") value.fail(ownState);
+      value.unsignedNumber(1, TesselL3Common::VxlanTunnelKey::maxTtl);
+    });
+  });
 }
 
 }  // namespace
@@ -114,7 +134,9 @@ std::size_t Agent::stop() {
 void Agent::check(Stateway::StateDocument const& document, std::string const& source) const {
   try {
     Stateway::check(document, stores());
-    checkRanges(document);
+    Kiln::JsonIn const root(document.json());
+    if (auto const paths = root.find("stateway")) checkPublished(*paths, stores().stateway->mounts());
+    if (auto const paths = root.find("local")) checkLocal(*paths);
   } catch (Kiln::ValueError const& error) {
     throw InputError::ofValue(source, error);
   }

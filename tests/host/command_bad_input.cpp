@@ -41,6 +41,9 @@ TEST_F(BadInput, documentsThatCannotBeUsedNamePlaceAndValue) {
             {"nextHops/0/type", "\"nextHopLost\"", "nextHopResolved"}},
            {stateway("vane/l3IntfTable", R"({"l3Intf":{"up1":4095}})"), {"l3Intf/up1", "4095", "4094"}},
            {R"({"local":{"tesselVxlan/vxlanState":{"ttl":65}}})", {"ttl", "65", "64"}},
+           {R"({"local":{"l3/hwTunnelConfigDir":{"hwTunnelConfig":{}}}})", {"/local/l3~1hwTunnelConfigDir", "itself"}},
+           {R"({"local":{"tesselVxlan/vxlanState":{"localVtep":"10.0.0.1"}}})", {"localVtep", "10.0.0.1", "itself"}},
+           {stateway("hardware/tessel/tunnel/vxlan/vxlanToL2State", "{}"), {"vxlanToL2State", "itself"}},
        }) {
     SCOPED_TRACE(document);
     auto const name = file("state.json", document);

@@ -225,7 +225,7 @@ TEST_F(RunCommand, reasonsOfTunnelsThatAreNotProgrammed) {
   EXPECT_THAT(shown(), ElementsAre("10.255.0.2 7 !no local VTEP"));
 }
 
-TEST_F(RunCommand, DISABLED_sectionsAreShownInTheOrderThatWasAsked) {
+TEST_F(RunCommand, sectionsAreShownInTheOrderThatWasAsked) {
   auto const wish = [] {
     auto one = wishTo(2);
     one.tunnels[{AgentTest::member, AgentTest::vtep(3)}].adjId = 7;

@@ -134,7 +134,7 @@ TEST_F(L3Feature, MountsWithTheBasePathsAndListsItsTables) {
               ElementsAre("bridging/hwcapabilities r", "hardware/tessel/centralStatus/feature/l3/routingStatus r",
                           "hardware/tessel/centralStatus/vfiCapabilityStatus r",
                           "hardware/tessel/centralStatus/vxlanCapabilities r", "interface/config/eth/vlan r",
-                          "table/3 r", "table/7 r", "table/7 r", "vane/l3IntfTable r"));
+                          "table/3 r", "table/7 r", "vane/l3IntfTable r"));
   std::string tables;
   for (auto const& table : mounter->swTablesForRecovery()) {
     tables += table.type == &FakeTable<7>::kilnType() ? "7:" : "3:";
