@@ -77,12 +77,12 @@ void HwTunnelProgrammerBase::keepUniqueNhId(VtepIpToTnlIdNhIdMap& map) {
 
 // Only now that the new generation's status stands: a reader never sees the tunnel without one.
 void HwTunnelProgrammerBase::endOldGeneration(VtepIpToTnlIdNhIdMap& map) {
+  if (!map.oldTnlKeyHas(tunnelType())) return;
   auto const oldKey = map.oldTnlKey(tunnelType());
   if (hwTunnelStatus()->tunnelStatusHas(oldKey)) {
     TRACE_IN("maybeUpdateHwTunnelIdNhId", 1, " Deleting the oldTnl status of {}", oldKey);
     hwTunnelStatus()->tunnelStatusDel(oldKey);
   }
-  // Absent reads as the default key.
   map.oldTnlKeyDel(tunnelType());
 }
 

@@ -91,12 +91,16 @@ class EntityMap {
   }
   /// False if just this object stood there already.
   bool assign(Dovel::Ptr<V> const& value) {
-    last_ = nullptr;
-    auto const [at, inserted] = set_.insert(value);
-    if (inserted) return true;
-    if (*at == value) return false;
-    set_.erase(at);
-    set_.insert(value);
+    auto [at, inserted] = set_.insert(value);
+    if (!inserted) {
+      if (*at == value) return false;
+      // Goes when the map is whole again: its end may lead back here.
+      Dovel::Ptr<V> const former = *at;
+      last_ = nullptr;
+      set_.erase(at);
+      at = set_.insert(value).first;
+    }
+    last_ = &*at;
     return true;
   }
   Dovel::Ptr<V> take(K const& key) {
