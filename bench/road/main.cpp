@@ -114,13 +114,15 @@ void runAll(Road const& road, Setting const& setting) {
   std::optional<RoadAgent> agent;
   auto const start = costOf([&] { agent.emplace(road, setting.profile, setting.completion); });
   Floor floor(road, setting.profile == "flat");
+  auto const ratio = [](double a, double b) {
+    return a < 0 || b <= 0 ? std::string("-") : fmt::format("{:.2f}", a / b);
+  };
   std::string notes;
   for (auto const& [phase, units] : kPhases) {
     auto const ours = costOf(workOf(phase, *agent, road));
     notes += fmt::format("  {:<8} {}\n", phase, writesText(agent->writes()));
     auto const theirs = costOf(workOf(phase, floor, road));
     auto const by = static_cast<double>(units(road));
-    auto const ratio = [](double a, double b) { return b == 0 ? std::string("-") : fmt::format("{:.2f}", a / b); };
     auto const ourBytes = static_cast<double>(ours.bytes) / by;
     auto const theirBytes = static_cast<double>(theirs.bytes) / by;
     fmt::print("{:<8} {:>10.0f} {:>10.0f} {:>6} {:>10.1f} {:>10.1f} {:>6} {:>8.3f} {:>8.3f}\n", phase,
