@@ -37,23 +37,21 @@ NextHopTableProgrammerBase::Handle UnderlayEcmpProgrammer::insertEntry(
   }
   // All tunnels over an adjacency come here: only the first looks at each next hop.
   auto const& nextHops = tunnelConfigEntry->nextHopEntryList()->nextHopEntry();
-  if (standsAsMade(groupKey, nextHops)) {
-    TRACE(1, " Ecmp group already exists for group key= {}", groupKey);
-    return ecmpGroup1Table()->entryWeakRef(groupKey);
+  if (!standsAsMade(groupKey, nextHops)) {
+    EcmpGroup1Table::Entry entry;
+    std::uint16_t members = 0;
+    entry.memberBlockHandle = memberBlock(*tunnelConfigEntry, members);
+    if (!entry.memberBlockHandle) return {};
+    entry.lastMemberIndex = static_cast<std::uint16_t>(members - 1);
+    madeIs(groupKey, nextHops);
+    if (!isEq(entry, ecmpGroup1Table()->entry(groupKey))) {
+      auto handle = ecmpGroup1Table()->entryRef(groupKey, entry);
+      INVARIANT(handle);
+      return handle;
+    }
   }
-  EcmpGroup1Table::Entry entry;
-  std::uint16_t members = 0;
-  entry.memberBlockHandle = memberBlock(*tunnelConfigEntry, members);
-  if (!entry.memberBlockHandle) return {};
-  entry.lastMemberIndex = static_cast<std::uint16_t>(members - 1);
-  madeIs(groupKey, nextHops);
-  if (isEq(entry, ecmpGroup1Table()->entry(groupKey))) {
-    TRACE(1, " Ecmp group already exists for group key= {}", groupKey);
-    return ecmpGroup1Table()->entryWeakRef(groupKey);
-  }
-  auto handle = ecmpGroup1Table()->entryRef(groupKey, entry);
-  INVARIANT(handle);
-  return handle;
+  TRACE(1, " Ecmp group already exists for group key= {}", groupKey);
+  return ecmpGroup1Table()->entryWeakRef(groupKey);
 }
 
 bool UnderlayEcmpProgrammer::standsAsMade(L3AdjIdKey const& groupKey, Vane::NextHopEntrySet const& nextHops) const {

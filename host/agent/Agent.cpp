@@ -33,15 +33,16 @@ bool isWantedTunnels(std::string_view path) {
 void checkPublished(Kiln::JsonIn const& paths, std::vector<Stateway::Mount> const& mounts) {
   paths.eachMember([&](std::string_view path, Kiln::JsonIn const& attributes) {
     bool const published = std::any_of(mounts.begin(), mounts.end(), [&](auto const& mount) {
-      return mount.path() == path && mount.mode().starts_with('w');
+      return mount.path() == path && (mount.flags().val() & Stateway::AllMountFlags::write) != 0;
     });
     if (published && !isWantedTunnels(path)) attributes.fail(ownState);
   });
 }
 
-/// Of what lives in the process alone only the TTL of the outer headers is left to others.
+/// Of what lives in the process alone only the VLANs and the TTL of the outer headers are left to others.
 void checkLocal(Kiln::JsonIn const& paths) {
   paths.eachMember([](std::string_view path, Kiln::JsonIn const& attributes) {
+    if (path == kVlanStatusPath) return;
     if (path != kVxlanStatePath) attributes.fail(ownState);
     attributes.eachMember([](std::string_view name, Kiln::JsonIn const& value) {
       if (name != "ttl") value.fail(ownState);

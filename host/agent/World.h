@@ -30,6 +30,7 @@ std::string publishedTunnelsPath(Vane::TunnelType type);
 inline constexpr std::string_view kHwTunnelConfigPath = "l3/hwTunnelConfigDir";
 inline constexpr std::string_view kHwTunnelStatusPath = "l3/hwTunnelStatusDir";
 inline constexpr std::string_view kBootStatusPath = "vxlanBootStatus";
+inline constexpr std::string_view kVlanStatusPath = "l3/vlanStatusDir";
 inline constexpr std::string_view kVxlanStatePath = "tesselVxlan/vxlanState";
 inline constexpr std::string_view kVxlanToL2StatePath = "hardware/tessel/tunnel/vxlan/vxlanToL2State";
 inline constexpr std::string_view kVtiStatusPath = "interface/status/eth/vxlan";

@@ -79,6 +79,21 @@ class Objects : public testing::Test {
   Dovel::Ptr<Watcher> watcher = Dovel::make<Watcher>(log, site);
 };
 
+TEST_F(Objects, AreFoundWhateverCameOrWentSinceTheLastLook) {
+  for (std::uint32_t n = 0; n < 100; ++n) {
+    auto const host = site->hostIs(n);
+    EXPECT_EQ(site->host(0)->number(), 0U) << "with " << n << " others";
+    EXPECT_EQ(site->host(n), host);
+  }
+  auto const another = Dovel::make<Host>(7U);
+  EXPECT_NE(site->host(7), another);
+  site->hostIs(another);
+  EXPECT_EQ(site->host(7), another);
+  site->hostDel(7);
+  EXPECT_EQ(site->host(7), nullptr);
+  EXPECT_EQ(site->host(8)->number(), 8U);
+}
+
 TEST_F(Objects, OnlyDifferencesArePublished) {
   site->portIs(4789);
   site->vlanVniDel(10);

@@ -1,4 +1,4 @@
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include "tests/support/TableFixture.h"
 
@@ -72,6 +72,27 @@ TEST_P(UnderlayGroups, changeInPlace) {
             "Vlan1] "
             "nextHopHandle=L3NextHop2Table[02:00:00:00:00:03 Vlan3]\n");
   EXPECT_EQ(world.keys("L3NextHop2Table").find("02:00:00:00:00:02"), std::string::npos);
+}
+
+TEST_P(UnderlayGroups, followWhatTheirNextHopsAreReadFrom) {
+  auto const group = insert(2, 36, {nextHop(1)});
+  auto const rowNow = [&] {
+    auto const again = insert(3, 36, {nextHop(1)});
+    EXPECT_TRUE(Asic::sameEntry(group, again));
+    auto const rows = world.show("L3NextHop2Table");
+    return rows.substr(rows.find("02:00:00:00:00:01"));
+  };
+  EXPECT_THAT(rowNow(), testing::HasSubstr("destination=1 vlanId=1 "));
+  TesselCentral::PortInfo info;
+  info.numberIs(55);
+  world.fcsd->portConfigDir()->portIs(Meshal::IntfId("Ethernet1"), info);
+  EXPECT_THAT(rowNow(), testing::HasSubstr("destination=55 vlanId=1 ")) << "another port";
+  world.l3Intfs->l3IntfIs(Meshal::IntfId("Vlan1"), Bridging::VlanIdOrNone(99));
+  EXPECT_THAT(rowNow(), testing::HasSubstr("destination=55 vlanId=99 ")) << "another VLAN";
+  auto elsewhere = nextHop(1);
+  elsewhere.l2IntfIs(Meshal::IntfId("Ethernet2"));
+  auto const other = insert(4, 37, {elsewhere});
+  EXPECT_THAT(rowNow(), testing::HasSubstr("destination=55 vlanId=99 ")) << "the last who asks has the row";
 }
 
 TEST(UnderlayGroupsOfAChipWithoutMembers, areNull) {
