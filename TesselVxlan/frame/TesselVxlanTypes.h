@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "platform/dovel/Factory.h"
 #include "platform/kiln/Entity.h"
 #include "platform/meshal/IpGenAddr.h"
 #include "platform/tessel/values/EntryWriteStatus.h"
@@ -10,18 +11,18 @@
 
 namespace TesselVxlan {
 
-/// A doorbell by VTEP: an overlay programmer counts up where the contents behind an unchanged next-hop id have changed,
-/// and the tunnel programmer that watches looks at the VTEP's status again.
+/// A counter by VTEP. An overlay programmer increments it where the contents behind an unchanged next-hop id have
+/// changed; the tunnel programmer that watches it brings the VTEP's status up to date.
 ///
-/// One for each tunnel programmer. What the count is does not matter, only that it is another one.
+/// One for each tunnel programmer. Only the change matters, not the value.
 class TunnelNextHopUpdateConfig final : public Kiln::Entity {
   KILN_TYPE(TesselVxlan::TunnelNextHopUpdateConfig, Kiln::Entity)
   KILN_COLL(0x102, Meshal::IpGenAddr, std::uint32_t, tunnelNhUpdate)
 };
 
-/// What the chip gave to a group of VTEPs; written by the group's programmer.
+/// The tunnel id of a group of VTEPs; written by the group's programmer.
 ///
-/// `hwTunnelId` is written after `tnlIdEntryStatus`, so that who watches the id finds its status.
+/// `hwTunnelId` is written after `tnlIdEntryStatus`, so that its watchers read the matching status.
 class VxlanVtepGroupTunnelIdMap final : public Kiln::Entity {
   KILN_TYPE(TesselVxlan::VxlanVtepGroupTunnelIdMap, Kiln::Entity)
   KILN_FIXED(0x102, Vane::VXLAN::VaneVtepGroupKey, vaneVtepGroupKey)
@@ -38,7 +39,7 @@ class VxlanVtepGroupTunnelIdMapDir final : public Kiln::Entity {
   KILN_ENTITY_COLL(0x102, Vane::VXLAN::VaneVtepGroupKey, VxlanVtepGroupTunnelIdMap, vaneVtepGroupKey, vtepGrpTnlIdMap)
 };
 
-Dovel::Ptr<TunnelNextHopUpdateConfig> tunnelNextHopUpdateConfigFactory();
-Dovel::Ptr<VxlanVtepGroupTunnelIdMapDir> vxlanVtepGroupTunnelIdMapDirFactory();
+inline constexpr Dovel::Factory<TunnelNextHopUpdateConfig> tunnelNextHopUpdateConfigFactory;
+inline constexpr Dovel::Factory<VxlanVtepGroupTunnelIdMapDir> vxlanVtepGroupTunnelIdMapDirFactory;
 
 }  // namespace TesselVxlan

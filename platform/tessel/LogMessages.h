@@ -4,12 +4,12 @@
 
 #include "platform/kiln/Log.h"
 
-/// The operator messages of the agent. A file that raises one holds a handle of its own:
+/// The operator messages of the agent. A file that raises one has a handle of its own:
 ///
 ///     Kiln::LogHandle vpTableFull(TesselLog::TESSEL_VXLAN_VP_TABLE_RESOURCE_FULL, 0, 1.0, 0, 0);
 ///
-/// All handles are built so, never limited, except those of the multicast family whose name ends in FULL: (30.0, 1.0,
-/// 2, 0). Texts are what operators search for; they stay as they are, missing blanks included.
+/// These arguments mean no rate limit. Only messages of the multicast family whose name ends in FULL have one: (30.0,
+/// 1.0, 2, 0). Operators search for the texts: do not change them, missing blanks included.
 namespace TesselLog {
 
 using Kiln::LogDescriptor;
@@ -35,7 +35,7 @@ extern LogDescriptor const ETH_VXLAN_CORE_SIDE_FLOODSET_FORWARDING_RESUMED;
 extern LogDescriptor const ETH_VLAN_FLOODSET_FORWARDING_DISABLED;
 extern LogDescriptor const ETH_VLAN_FLOODSET_FORWARDING_RESUMED;
 
-// Multicast. Their text is made where they are raised.
+// Multicast. The text is made where the message is raised.
 extern LogDescriptor const MROUTE_HW_RESOURCE_FULL;
 extern LogDescriptor const MROUTE_HW_RESOURCE_NORMAL;
 extern LogDescriptor const PREFIX_MROUTE_HW_RESOURCE_FULL;

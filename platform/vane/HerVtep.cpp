@@ -6,10 +6,6 @@ namespace Vane::VXLAN {
 
 void appendText(std::string& out, VlanInfo const&) { out += "{}"; }
 
-Dovel::Ptr<VaneVxlanHwHerVtepConfigDir> vaneVxlanHwHerVtepConfigDirFactory(Dovel::String name) {
-  return Dovel::make<VaneVxlanHwHerVtepConfigDir>(std::move(name));
-}
-
 }  // namespace Vane::VXLAN
 
 template <>

@@ -1,21 +1,22 @@
 #pragma once
 
 #include "platform/bridging/VlanId.h"
+#include "platform/dovel/Factory.h"
 #include "platform/kiln/Entity.h"
 #include "platform/meshal/IpGenAddr.h"
 
-// Which VLANs are flooded to a remote VTEP by copies made here.
+// Head-end replication: the VLANs whose flooded frames are copied to a remote VTEP by this switch.
 
 namespace Vane::VXLAN {
 
-/// What is said of a VLAN of a flood VTEP beyond that it is there; nothing that the feature reads.
+/// The attributes of a VLAN of a flood VTEP; the feature reads none.
 struct VlanInfo {
   friend bool operator==(VlanInfo const&, VlanInfo const&) = default;
 };
 void appendText(std::string& out, VlanInfo const& info);
 KILN_VALUE_STREAM(VlanInfo)
 
-/// The VLANs that are to be flooded to one remote VTEP.
+/// The VLANs to flood to one remote VTEP.
 class VaneVxlanHwHerVtepConfig final : public Kiln::Entity {
   KILN_TYPE(Vane::VXLAN::VaneVxlanHwHerVtepConfig, Kiln::Entity)
   KILN_FIXED(0x102, Meshal::IpGenAddr, vtepIp)
@@ -26,7 +27,7 @@ class VaneVxlanHwHerVtepConfig final : public Kiln::Entity {
   Dovel::String name() const override { return Kiln::toText(vtepIp_); }
 };
 
-/// The flood VTEPs that are wanted.
+/// The wanted flood VTEPs.
 class VaneVxlanHwHerVtepConfigDir final : public Kiln::NamedEntity {
   KILN_TYPE(Vane::VXLAN::VaneVxlanHwHerVtepConfigDir, Kiln::NamedEntity)
   KILN_ENTITY_COLL(0x102, Meshal::IpGenAddr, VaneVxlanHwHerVtepConfig, vtepIp, vaneVxlanHwHerVtepConfig)
@@ -46,7 +47,7 @@ class VaneVxlanHwHerVtepStatus final : public Kiln::Entity {
   Dovel::String name() const override { return Kiln::toText(vtepIp_); }
 };
 
-/// The statuses of the flood VTEPs. Does not outlive a start of the feature.
+/// The statuses of the flood VTEPs. Each start of the feature clears it.
 class VaneVxlanHwHerVtepStatusDir final : public Kiln::NamedEntity {
   KILN_TYPE(Vane::VXLAN::VaneVxlanHwHerVtepStatusDir, Kiln::NamedEntity)
   KILN_ENTITY_COLL(0x102, Meshal::IpGenAddr, VaneVxlanHwHerVtepStatus, vtepIp, vaneVxlanHwHerVtepStatus)
@@ -55,7 +56,7 @@ class VaneVxlanHwHerVtepStatusDir final : public Kiln::NamedEntity {
   using NamedEntity::NamedEntity;
 };
 
-Dovel::Ptr<VaneVxlanHwHerVtepConfigDir> vaneVxlanHwHerVtepConfigDirFactory(Dovel::String name);
+inline constexpr Dovel::Factory<VaneVxlanHwHerVtepConfigDir> vaneVxlanHwHerVtepConfigDirFactory;
 
 }  // namespace Vane::VXLAN
 

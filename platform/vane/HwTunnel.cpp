@@ -17,14 +17,6 @@ void appendText(std::string& out, HwNextHopStatusEntry const& entry) {
   out += '}';
 }
 
-Dovel::Ptr<HwTunnelConfig> hwTunnelConfigFactory(TunnelType tunnelType) {
-  return Dovel::make<HwTunnelConfig>(tunnelType);
-}
-
-Dovel::Ptr<HwTunnelStatus> hwTunnelStatusFactory(TunnelType tunnelType) {
-  return Dovel::make<HwTunnelStatus>(tunnelType);
-}
-
 }  // namespace Vane
 
 template <>

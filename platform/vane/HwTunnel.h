@@ -2,14 +2,15 @@
 
 #include <cstdint>
 
+#include "platform/dovel/Factory.h"
 #include "platform/kiln/Entity.h"
 #include "platform/vane/Ids.h"
 #include "platform/vane/NextHopEntrySet.h"
 #include "platform/vane/TunnelKey.h"
 #include "platform/vane/TunnelType.h"
 
-// What the forwarding abstraction and the feature tell each other about tunnels: the configuration comes in, the status
-// goes back. There is one of each per tunnel type.
+// The interface between the forwarding abstraction and the feature: configuration in, status out, one of each per
+// tunnel type.
 
 namespace Vane {
 
@@ -55,7 +56,7 @@ class HwTunnelConfig final : public Kiln::Entity {
   Dovel::String name() const override { return Kiln::toText(tunnelType_); }
 };
 
-/// Configurations by tunnel type. `hwTunnelConfigIs(type)` makes an empty one, `hwTunnelConfigIs(config)` puts one in.
+/// Configurations by tunnel type. `hwTunnelConfigIs(type)` creates an empty one, `hwTunnelConfigIs(config)` stores one.
 class HwTunnelConfigDir final : public Kiln::NamedEntity {
   KILN_TYPE(Vane::HwTunnelConfigDir, Kiln::NamedEntity)
   KILN_ENTITY_COLL(0x102, TunnelType, HwTunnelConfig, tunnelType, hwTunnelConfig)
@@ -64,7 +65,7 @@ class HwTunnelConfigDir final : public Kiln::NamedEntity {
   using NamedEntity::NamedEntity;
 };
 
-/// The id of a tunnel's next hop and the list for which it stands; compared and written as one.
+/// The id of a tunnel's next hop and the list that it was made from; compared and written together.
 struct HwNextHopStatusEntry {
   KILN_FIELD(VaneNextHopId, hwNextHopId){};
   KILN_FIELD(Dovel::Ptr<NextHopEntryList>, nextHopEntryList){};
@@ -75,7 +76,7 @@ struct HwNextHopStatusEntry {
 void appendText(std::string& out, HwNextHopStatusEntry const& entry);
 KILN_VALUE_STREAM(HwNextHopStatusEntry)
 
-/// What became of one tunnel. Written by the feature.
+/// The status of one tunnel. Written by the feature.
 class HwTunnelStatusEntry final : public Kiln::Entity {
   KILN_TYPE(Vane::HwTunnelStatusEntry, Kiln::Entity)
   KILN_FIXED(0x102, TunnelKey, tunnelKey)
@@ -87,8 +88,8 @@ class HwTunnelStatusEntry final : public Kiln::Entity {
   Dovel::String name() const override { return Kiln::toText(tunnelKey_); }
 };
 
-/// The statuses of the tunnels of one type, and the counters of its `HwTunnelConfig` as they were acted on. Written by
-/// the feature.
+/// The statuses of the tunnels of one type, and the counters of its `HwTunnelConfig` as last handled. Written by the
+/// feature.
 class HwTunnelStatus final : public Kiln::Entity {
   KILN_TYPE(Vane::HwTunnelStatus, Kiln::Entity)
   KILN_FIXED(0x82, TunnelType, tunnelType)
@@ -110,8 +111,8 @@ class HwTunnelStatusDir final : public Kiln::NamedEntity {
   using NamedEntity::NamedEntity;
 };
 
-Dovel::Ptr<HwTunnelConfig> hwTunnelConfigFactory(TunnelType tunnelType);
-Dovel::Ptr<HwTunnelStatus> hwTunnelStatusFactory(TunnelType tunnelType);
+inline constexpr Dovel::Factory<HwTunnelConfig> hwTunnelConfigFactory;
+inline constexpr Dovel::Factory<HwTunnelStatus> hwTunnelStatusFactory;
 
 }  // namespace Vane
 

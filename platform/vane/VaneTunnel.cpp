@@ -20,14 +20,6 @@ bool parseText(std::string_view text, AdjIdOrNone& out) {
   return true;
 }
 
-Dovel::Ptr<VaneTunnelConfigDir> vaneTunnelConfigDirFactory(Dovel::String name) {
-  return Dovel::make<VaneTunnelConfigDir>(std::move(name));
-}
-
-Dovel::Ptr<VaneTunnelStatusDir> vaneTunnelStatusDirFactory(Dovel::String name) {
-  return Dovel::make<VaneTunnelStatusDir>(std::move(name));
-}
-
 }  // namespace Vane
 
 template <>

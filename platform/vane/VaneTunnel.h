@@ -3,6 +3,7 @@
 #include <compare>
 #include <cstdint>
 
+#include "platform/dovel/Factory.h"
 #include "platform/kiln/Entity.h"
 #include "platform/meshal/IntfId.h"
 #include "platform/meshal/IpGenAddr.h"
@@ -10,8 +11,8 @@
 #include "platform/vane/NextHopEntrySet.h"
 #include "platform/vane/TunnelType.h"
 
-// The wanted tunnels as people and documents state them, and the ids that came of them. The forwarding abstraction
-// turns the one into `HwTunnelConfig` and fills the other from `HwTunnelStatus`.
+// The wanted tunnels as documents state them, and the ids that result. The forwarding abstraction turns the former into
+// `HwTunnelConfig` and fills the latter from `HwTunnelStatus`.
 
 namespace Vane {
 
@@ -37,10 +38,10 @@ void appendText(std::string& out, AdjIdOrNone const& adjId);
 bool parseText(std::string_view text, AdjIdOrNone& out);
 KILN_VALUE_STREAM(AdjIdOrNone)
 
-/// The interface that a tunnel belongs to unless something else is said.
+/// The interface of a tunnel that names none.
 inline Meshal::IntfId defaultTunnelIntf() { return Meshal::IntfId("Vxlan1"); }
 
-/// One way through the underlay, shared by the tunnels that name it.
+/// One set of underlay next hops, shared by the tunnels that name it.
 class VaneAdjacency final : public Kiln::Entity {
   KILN_TYPE(Vane::VaneAdjacency, Kiln::Entity)
   KILN_FIXED(0x102, std::uint32_t, adjId)
@@ -70,7 +71,7 @@ class VaneTunnelConfigEntry final : public Kiln::Entity {
 /// The wanted tunnels of one type by remote VTEP, and the adjacencies that they use.
 class VaneTunnelConfig final : public Kiln::NamedEntity {
   KILN_TYPE(Vane::VaneTunnelConfig, Kiln::NamedEntity)
-  // Before the tunnels: a document fills the attributes in this order, and a tunnel's adjacency is best there first.
+  // Before the tunnels: a document fills the attributes in this order, and a tunnel's adjacency should exist first.
   KILN_ENTITY_COLL(0x102, std::uint32_t, VaneAdjacency, adjId, adjacency)
   KILN_ENTITY_COLL(0x103, Meshal::IpGenAddr, VaneTunnelConfigEntry, vtep, tunnel)
 
@@ -117,7 +118,7 @@ class VaneTunnelStatusDir final : public Kiln::NamedEntity {
   using NamedEntity::NamedEntity;
 };
 
-/// What the state machines of the forwarding abstraction have in common. The feature only hands it on.
+/// The common data of the forwarding abstraction's state machines. The feature only passes it on.
 class VaneCommonSmData final : public Kiln::NamedEntity {
   KILN_TYPE(Vane::VaneCommonSmData, Kiln::NamedEntity)
 
@@ -125,8 +126,8 @@ class VaneCommonSmData final : public Kiln::NamedEntity {
   using NamedEntity::NamedEntity;
 };
 
-Dovel::Ptr<VaneTunnelConfigDir> vaneTunnelConfigDirFactory(Dovel::String name);
-Dovel::Ptr<VaneTunnelStatusDir> vaneTunnelStatusDirFactory(Dovel::String name);
+inline constexpr Dovel::Factory<VaneTunnelConfigDir> vaneTunnelConfigDirFactory;
+inline constexpr Dovel::Factory<VaneTunnelStatusDir> vaneTunnelStatusDirFactory;
 
 }  // namespace Vane
 

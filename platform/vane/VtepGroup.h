@@ -31,7 +31,7 @@ class VaneVtepGroupConfig final : public Kiln::Entity {
   KILN_TYPE(Vane::VXLAN::VaneVtepGroupConfig, Kiln::Entity)
   KILN_FIXED(0x102, VaneVtepGroupKey, vaneVtepGroupKey)
   KILN_ATTR(0x103, std::uint64_t, version)
-  /// In the order of the addresses; the bool means nothing.
+  /// In the order of the addresses; the bool is not read.
   KILN_SMALL_COLL(0x104, Meshal::IpGenAddr, bool, vtepList)
 
  public:
@@ -48,7 +48,7 @@ class VaneVtepGroupConfigDir final : public Kiln::NamedEntity {
   using NamedEntity::NamedEntity;
 };
 
-/// What became of one group. Written by the feature.
+/// The status of one group. Written by the feature.
 class VaneVtepGroupStatus final : public Kiln::Entity {
   KILN_TYPE(Vane::VXLAN::VaneVtepGroupStatus, Kiln::Entity)
   KILN_FIXED(0x102, VaneVtepGroupKey, vaneVtepGroupKey)
@@ -70,7 +70,7 @@ class VaneVtepGroupStatusDir final : public Kiln::NamedEntity {
   using NamedEntity::NamedEntity;
 };
 
-/// Held only.
+/// Stored for its consumers; not read here.
 class VtepGroupConfigDir final : public Kiln::NamedEntity {
   KILN_TYPE(Vane::VXLAN::VtepGroupConfigDir, Kiln::NamedEntity)
 
@@ -78,7 +78,7 @@ class VtepGroupConfigDir final : public Kiln::NamedEntity {
   using NamedEntity::NamedEntity;
 };
 
-/// Held only.
+/// Stored for its consumers; not read here.
 class VtepGroupStatusDir final : public Kiln::NamedEntity {
   KILN_TYPE(Vane::VXLAN::VtepGroupStatusDir, Kiln::NamedEntity)
 

@@ -25,7 +25,7 @@ void VtiStatusDirSm::handleVti(Meshal::IntfId intf) {
   auto const known = vtis_.at(intf);
   bool const replaced = known && &known->vti() != vti.get();
   if (replaced) vtis_.del(intf);
-  // Before the operations, so that changes that they cause are not missed.
+  // Before the operations, so that no change that they cause is missed.
   if (!vtis_.at(intf)) vtis_.add(Dovel::make<NestedSm_VtiStatus>(*this, vti));
   setup(*vti);
   if (replaced) groupsLeft(known->vti());
@@ -48,7 +48,8 @@ void VtiStatusDirSm::vtiStatusDirDispatch(Dovel::Change const& change) {
   doCleanup(intf);
 }
 
-/// The operations in their order, each with the fields that it takes; without fields it is called at the set-up alone.
+/// The operations in their order, each with the fields that it takes; one without fields runs only when an interface is
+/// set up.
 struct VtiStatusDirSm::Step {
   using Vti = Vxlan::VtiStatus;
 
@@ -96,7 +97,7 @@ std::span<VtiStatusDirSm::Step const> VtiStatusDirSm::Step::all() {
 
 void VtiStatusDirSm::setup(Vxlan::VtiStatus const& vti) {
   for (auto const& step : Step::all()) {
-    // What an operation causes may take the interface away: the rest would put back what its cleanup took.
+    // An operation may cause the interface's removal: the rest would restore what the cleanup has cleared.
     auto const& known = vtis_.at(vti.intfId());
     if (!known || &known->vti() != &vti) return;
     step.run(*this, vti);

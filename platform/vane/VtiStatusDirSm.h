@@ -6,15 +6,15 @@
 
 namespace Vane::VXLAN {
 
-/// Base of state machines that put the VXLAN interfaces into hardware: turns the state of an interface and its changes
-/// into calls of its virtual operations, all of which do nothing here.
+/// Base of state machines that program the VXLAN interfaces: turns the state of an interface and its changes into calls
+/// of its virtual operations, all of which do nothing here.
 ///
-/// Reads `vtiStatusDir`. An interface is set up by `handleVti`: all operations once, in their order below, whatever the
-/// values. From then on a changed field gives one call; an interface that goes, or that another object
-/// replaces, gives a call for each of its groups; one that goes then gives `doCleanup`. Before `initializedIs(true)`
-/// arrivals wait: the subclass calls `handleVti` for those that it wants set up earlier.
-/// Main thread only. Operations may change interfaces: that is handled on the stack. They may not end this object; all
-/// of it may run inside the subclass's constructor.
+/// Reads `vtiStatusDir`. `handleVti` sets an interface up: all operations once, in their order below, whatever the
+/// values. From then on a changed field causes one call. For an interface that is removed or replaced by another object
+/// there is a call for each of its groups; after a removal, `doCleanup`. Interfaces that are added before
+/// `initializedIs(true)` wait for it, unless the subclass calls `handleVti` for them.
+/// Main thread only. Operations may change interfaces, which is handled on the stack; they must not destroy this
+/// object. All of it may run inside the subclass's constructor.
 class VtiStatusDirSm : public Kiln::Sm {
   KILN_BASE_TYPE(Vane::VXLAN::VtiStatusDirSm)
   KILN_FIXED(0x102, Dovel::String, name)
@@ -23,14 +23,14 @@ class VtiStatusDirSm : public Kiln::Sm {
 
  public:
   bool initialized() const { return initialized_; }
-  /// True: sets up the interfaces that are there and not set up yet, and from then on those that come. Once.
+  /// True: sets up the interfaces that exist and are not set up yet, and from then on each that is added. Once.
   void initializedIs(bool initialized);
 
  protected:
   VtiStatusDirSm(Dovel::String name, Dovel::Ptr<Vxlan::VtiStatusDir const> vtiStatusDir,
                  Dovel::Ptr<Bridging::HwCapabilities const> bridgingHwCapabilities);
 
-  /// Sets up an interface, again if it is already. Nothing for one that is not there.
+  /// Sets up an interface, also one that is set up already. Does nothing for one that does not exist.
   void handleVti(Meshal::IntfId intf);
   void handleDecapFilterNonDefaultVrf() { doSetupDecapFilterNonDefaultVrf(); }
 
@@ -46,7 +46,7 @@ class VtiStatusDirSm : public Kiln::Sm {
   virtual void doSetupVxlanSrcAddrV6(Meshal::IntfId, Meshal::Ip6Addr const&) {}
   virtual void doSetupMlagVtepAddr(Meshal::IntfId, Meshal::IpAddr) {}
   virtual void doSetupMlagVtepAddr6(Meshal::IntfId, Meshal::Ip6Addr const&) {}
-  /// The group came or went; the interface's collection says which.
+  /// The group was added or removed, as the interface's collection shows.
   virtual void doSetupMcastGrpDecap(Meshal::IntfId, Meshal::IpAddr) {}
   virtual void doSetupMcastGrpDecap6(Meshal::IntfId, Meshal::Ip6Addr const&) {}
   virtual void doSetupVxlanVarpVtepAddr(Meshal::IntfId, Meshal::IpAddr) {}

@@ -6,7 +6,7 @@
 
 namespace Vane::VXLAN {
 
-/// What holds for all VXLAN interfaces together.
+/// The settings that all VXLAN interfaces share.
 class VaneGlobalVtiStatus final : public Kiln::NamedEntity {
   KILN_TYPE(Vane::VXLAN::VaneGlobalVtiStatus, Kiln::NamedEntity)
   /// Whether remote MAC addresses are learnt from received packets.
@@ -16,7 +16,7 @@ class VaneGlobalVtiStatus final : public Kiln::NamedEntity {
   using NamedEntity::NamedEntity;
 };
 
-/// The VXLAN interfaces that are in service; held only.
+/// The VXLAN interfaces that are in service. Stored for its consumers; not read here.
 class VaneVxlanActivedVti final : public Kiln::NamedEntity {
   KILN_TYPE(Vane::VXLAN::VaneVxlanActivedVti, Kiln::NamedEntity)
 
@@ -24,13 +24,13 @@ class VaneVxlanActivedVti final : public Kiln::NamedEntity {
   using NamedEntity::NamedEntity;
 };
 
-/// How far the state machine of the network identifiers has come.
+/// The state of the VNI state machine.
 class VaneVniSmState final : public Kiln::Entity {
   KILN_TYPE(Vane::VXLAN::VaneVniSmState, Kiln::Entity)
   KILN_ATTR(0x102, std::uint8_t, vniSmState)
 };
 
-/// The way to the state of the VXLAN interfaces, for those who are given one object.
+/// Access to the state of the VXLAN interfaces through one object.
 class VaneVxlanInfo final : public Kiln::NamedEntity {
   KILN_TYPE(Vane::VXLAN::VaneVxlanInfo, Kiln::NamedEntity)
   KILN_ATTR(0x107, Dovel::Ptr<VaneGlobalVtiStatus>, vaneGlobalVtiStatus)

@@ -7,7 +7,7 @@
 
 namespace TesselCentral {
 
-/// What is known of one logical chip.
+/// The identity of one logical chip.
 class LogicalModInfo final : public Kiln::Entity {
   KILN_TYPE(TesselCentral::LogicalModInfo, Kiln::Entity)
 
@@ -21,7 +21,7 @@ class LogicalModInfo final : public Kiln::Entity {
   Asic::ChipInfo chipInfo_;
 };
 
-/// The identity of a chip, as the tables ask for it. Names none until `doInit`.
+/// The identity of a chip, as the tables take it. None until `doInit`.
 class ChipInfo : public Asic::ChipInfo {
  public:
   ChipInfo() = default;
@@ -32,10 +32,10 @@ class ChipInfo : public Asic::ChipInfo {
   friend bool operator==(ChipInfo const&, ChipInfo const&) = default;
 };
 
-/// What all features of the agent have in common (`fcsd`). Filled by the host, read by the features.
+/// Common data of all features of the agent (`fcsd`). Written by the host, read by the features.
 ///
-/// A logical chip is there while `logicalFap` holds it. `logicalModInfos` becomes true when the host knows all of them,
-/// and before any feature brings up a table.
+/// A logical chip is present while `logicalFap` holds it. `logicalModInfos` becomes true when the host knows all of
+/// them, before any feature brings up a table.
 class FeatureAgentCommonSmData final : public Kiln::NamedEntity {
   KILN_TYPE(TesselCentral::FeatureAgentCommonSmData, Kiln::NamedEntity)
   KILN_ATTR(0x102, bool, logicalModInfos)

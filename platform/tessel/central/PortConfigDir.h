@@ -9,11 +9,11 @@
 
 namespace TesselCentral {
 
-/// What kind of destination a port is. The numbers are those of a row's destination.
+/// The kind of destination that a port is. The numbers are those of a row's destination.
 enum class PortKind : std::uint8_t { port = 0, subPort = 1, lag = 2 };
 BOOST_DESCRIBE_ENUM(PortKind, port, subPort, lag)
 
-/// The chip's name for a port.
+/// The chip's identification of a port.
 struct PortInfo {
   KILN_FIELD(PortKind, kind) = PortKind::port;
   KILN_FIELD(std::uint16_t, number) = 0;
@@ -29,7 +29,7 @@ class PortConfigDir final : public Kiln::RevisedEntity {
  public:
   using RevisedEntity::RevisedEntity;
 
-  /// Where the host keeps it in the state database.
+  /// Its path in the state database.
   static constexpr char const* mountPath = "hardware/tessel/port/config";
 };
 

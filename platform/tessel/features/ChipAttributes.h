@@ -4,15 +4,15 @@
 
 namespace TesselCentral {
 
-/// What all features of the agent may ask of a chip.
+/// Attributes of a chip for all features of the agent.
 class ChipAttributes final : public Asic::Feature {
   KILN_TYPE(TesselCentral::ChipAttributes, Asic::Feature)
-  /// A member tunnel's only next hop is programmed as a group of one.
+  /// A member tunnel's single next hop is programmed as a group of one.
   KILN_ATTR(0x102, bool, memberSingleHopEcmp)
   KILN_ATTR(0x103, bool, qosFeatureAgent)
 };
 
-/// What the chip can do for virtual networks; the host copies it into the record of that name.
+/// VXLAN capabilities of the chip; the host copies them into `TesselCentral::VxlanCapabilities`.
 class VxlanCapabilityAttributes final : public Asic::Feature {
   KILN_TYPE(TesselCentral::VxlanCapabilityAttributes, Asic::Feature)
   KILN_ATTR(0x102, bool, mcastTunnelSupported)
@@ -22,14 +22,14 @@ class VxlanCapabilityAttributes final : public Asic::Feature {
   KILN_ATTR(0x106, bool, capabilityFlag)
 };
 
-/// Never null: a chip whose profile doesn't say gives the defaults.
+/// Never null: the defaults where the chip's profile has none.
 Dovel::Ptr<ChipAttributes const> chipAttributes(Asic::ChipInfo const& chipInfo);
 
 }  // namespace TesselCentral
 
 namespace Tessel {
 
-/// Whether the agent of this chip programs quality of service too.
+/// True if the agent of this chip also programs quality of service.
 bool isQosFeatureAgent(Asic::ChipInfo const& chipInfo);
 
 }  // namespace Tessel

@@ -8,9 +8,9 @@ namespace TesselL3Unicast {
 class L3NextHopAttributes final : public Asic::Feature {
   KILN_TYPE(TesselL3Unicast::L3NextHopAttributes, Asic::Feature)
   KILN_ATTR(0x102, bool, l2IfSupported)
-  /// The chip keeps its first row to itself: nobody has to write it.
+  /// Row 0 is reserved by hardware; the agent does not write it.
   KILN_ATTR(0x103, bool, ownReservedRow)
-  /// The chip floods in the underlay by itself.
+  /// The chip floods in the underlay in hardware.
   KILN_ATTR(0x104, bool, vxlanUnderlayFloodingHw)
 };
 

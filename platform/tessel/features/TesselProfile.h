@@ -2,7 +2,7 @@
 
 #include "platform/asic/ChipInfo.h"
 
-/// Where the agent asks what its chip has.
+/// Access to the profile of a chip.
 namespace TesselProfile {
 
 /// The profile of the chip. REQUIRES: `chipInfo` names a chip.
@@ -10,7 +10,7 @@ inline Dovel::Ptr<Asic::ChipProfile const> activeChipProfile(Asic::ChipInfo cons
   return chipInfo.chip()->profile();
 }
 
-/// One feature of the chip; null if the chip doesn't have it.
+/// One feature of the chip; null if the chip does not have it.
 template <class T>
 Dovel::Ptr<T const> feature(Asic::ChipInfo const& chipInfo) {
   return activeChipProfile(chipInfo)->feature<T>();

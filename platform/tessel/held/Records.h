@@ -3,8 +3,8 @@
 #include "platform/kiln/Entity.h"
 #include "platform/meshal/IpAddr.h"
 
-// Records of neighbouring features that this one mounts, holds and hands on without looking at what is in them. One
-// that comes to be read gets a header of its own.
+// Records of neighbouring features that this one mounts, stores and passes on without reading them. One that is read
+// gets a header of its own.
 
 namespace Interface {
 
@@ -36,7 +36,7 @@ class MrouteVxlanDecapTable final : public Kiln::NamedEntity {
  public:
   using NamedEntity::NamedEntity;
 
-  /// Where the routes of a family stand in shared memory.
+  /// The path of the routes of a family in shared memory.
   static char const* mountPath(Meshal::AddressFamily af) {
     return af == Meshal::AddressFamily::ipv6 ? "routing6/multicast/vxlanDecap" : "routing/multicast/vxlanDecap";
   }

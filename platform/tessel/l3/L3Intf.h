@@ -8,8 +8,8 @@
 
 namespace VaneL3Intf {
 
-/// The layer 3 interfaces of the switch. Their ids are VLAN numbers here, and 0 is none; the range keeps anything else
-/// out where documents come in.
+/// The layer 3 interfaces of the switch. Their ids are VLAN numbers, 0 for none; the value type refuses any other
+/// number when a document is read.
 class Table final : public Kiln::RevisedEntity {
   KILN_TYPE(VaneL3Intf::Table, Kiln::RevisedEntity)
   KILN_COLL(0x102, Meshal::IntfId, Bridging::VlanIdOrNone, l3Intf)
@@ -17,7 +17,7 @@ class Table final : public Kiln::RevisedEntity {
  public:
   using RevisedEntity::RevisedEntity;
 
-  /// 0 for an interface that is not there.
+  /// 0 for an interface that does not exist.
   std::uint32_t intfIdToL3Id(Meshal::IntfId intf) const { return l3Intf(intf).value(); }
 };
 
@@ -32,7 +32,7 @@ class L3Id {
 
 namespace TesselL3 {
 
-/// Held only.
+/// Stored for its consumers; not read here.
 class RoutingStatus final : public Kiln::NamedEntity {
   KILN_TYPE(TesselL3::RoutingStatus, Kiln::NamedEntity)
 

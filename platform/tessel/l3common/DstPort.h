@@ -13,7 +13,7 @@ class FeatureAgentCommonSmData;
 
 namespace TesselL3Common {
 
-/// Where the chip sends a packet: one of three numbers, of which `kind` says which one is meant.
+/// The chip's destination of a packet: `kind` selects one of three numbers.
 ///
 /// Kind 0 is a port (`first`), 1 a sub-port (`second`), 2 a link aggregation group (`third`); the other two are 0.
 /// The default is invalid, of kind 0.
@@ -37,9 +37,9 @@ class DestPort {
   bool valid_ = false;
 };
 
-/// The destination of packets that leave through `intf`; an invalid one of kind 0, number 0, for an interface that the
-/// chip has no port for. The type of the next hop and the support of layer 2 interfaces make no difference on the chips
-/// that the port configuration describes.
+/// The destination of packets that leave through `intf`; invalid, of kind 0 and number 0, for an interface without a
+/// port. The type of the next hop and the support of layer 2 interfaces make no difference on the chips that the port
+/// configuration describes.
 DestPort getDstPort(Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> const& fcsd, Meshal::IntfId intf,
                     Vane::NextHopEntryType nextHopEntryType, bool l2IfSupported);
 

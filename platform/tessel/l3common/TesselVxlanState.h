@@ -7,11 +7,10 @@
 
 namespace TesselL3Common {
 
-/// What holds for all tunnels of this agent: local addresses, ports, and how far the fixed rows of the tables are
-/// written.
+/// State that all tunnels of this agent share: local addresses, ports, and which fixed rows of the tables are written.
 ///
 /// Written by the feature's watcher of the VXLAN interfaces and by the wrapper; the tunnel helpers watch it. An address
-/// without a family means that there is none.
+/// without a family means none.
 class TesselVxlanState final : public Kiln::NamedEntity {
   KILN_TYPE(TesselL3Common::TesselVxlanState, Kiln::NamedEntity)
   KILN_ATTR(0x102, Meshal::IpGenAddr, mlagVtepAddr)
@@ -36,8 +35,8 @@ class TesselVxlanState final : public Kiln::NamedEntity {
   Meshal::IpGenAddr const& getLocalVtep(Meshal::AddressFamily af) const;
 };
 
-/// Two flags of the start: the one that this feature sets when its status objects stand, and the one that the
-/// forwarding abstraction sets when it has seen them. Neither falls back.
+/// Two flags of the start: the one that this feature sets when its status objects exist, and the one that the
+/// forwarding abstraction sets when it has seen them. Neither is cleared again.
 class TesselVxlanBootStatus final : public Kiln::NamedEntity {
   KILN_TYPE(TesselL3Common::TesselVxlanBootStatus, Kiln::NamedEntity)
   KILN_ATTR(0x102, bool, hwTunnelStatusInitialized)

@@ -14,7 +14,7 @@ Dovel::Ptr<TesselVxlanVtepNextHop> TesselVxlanBumVtepConfig::nextHopsIs(Meshal::
   if (isNew) nextHop = Dovel::make<TesselVxlanVtepNextHop>(port);
   nextHop->addrIs(addr);
   nextHop->ethAddrIs(ethAddr);
-  // Published when it is whole.
+  // Complete before it is published.
   if (isNew) nextHopsIs(nextHop);
   return nextHop;
 }
@@ -39,12 +39,6 @@ void FloodUnderlayVlanToVtepList::vtepIpListDel(Meshal::IpGenAddr const& vtep) {
 }
 
 void appendText(std::string& out, FloodUnderlayVlanToVtepList const& list) { Kiln::writeText(out, list.vtepIpList()); }
-
-Dovel::Ptr<TesselVxlanConfig> tesselVxlanConfigFactory(Dovel::String name) {
-  return Dovel::make<TesselVxlanConfig>(std::move(name));
-}
-
-Dovel::Ptr<TesselVxlanStatus> tesselVxlanStatusFactory() { return Dovel::make<TesselVxlanStatus>(); }
 
 }  // namespace TesselL3Common
 

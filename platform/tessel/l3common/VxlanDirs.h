@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "platform/bridging/VlanId.h"
+#include "platform/dovel/Factory.h"
 #include "platform/kiln/Entity.h"
 #include "platform/meshal/EthAddr.h"
 #include "platform/meshal/IntfId.h"
@@ -13,7 +14,7 @@
 
 namespace TesselL3Common {
 
-/// Configuration that the VXLAN state machines share. Holds the VLAN mapping.
+/// Configuration that the VXLAN state machines share: the VLAN mapping.
 class TesselVxlanConfig final : public Kiln::NamedEntity {
   KILN_TYPE(TesselL3Common::TesselVxlanConfig, Kiln::NamedEntity)
   KILN_ATTR(0x102, Dovel::Ptr<TesselCentral::VlanMappingDir>, vlanMappingDir)
@@ -22,7 +23,7 @@ class TesselVxlanConfig final : public Kiln::NamedEntity {
   using NamedEntity::NamedEntity;
 };
 
-/// Status that the VXLAN state machines share. Holds the layer 3 status.
+/// Status that the VXLAN state machines share: the layer 3 status.
 class TesselVxlanStatus final : public Kiln::NamedEntity {
   KILN_TYPE(TesselL3Common::TesselVxlanStatus, Kiln::NamedEntity)
   KILN_ATTR(0x102, Dovel::Ptr<TesselCentral::VxlanL3StatusEntryDir>, vxlanL3StatusEntryDir)
@@ -31,7 +32,7 @@ class TesselVxlanStatus final : public Kiln::NamedEntity {
   using NamedEntity::NamedEntity;
 };
 
-/// From the number of a virtual port to its remote VTEP, for those who find the number in a packet.
+/// The remote VTEP of each virtual port number, for readers that find the number in a packet.
 class VxlanDvpToVtepMap final : public Kiln::NamedEntity {
   KILN_TYPE(TesselL3Common::VxlanDvpToVtepMap, Kiln::NamedEntity)
   KILN_COLL(0x102, std::uint32_t, Meshal::IpGenAddr, dvpToVtepMap)
@@ -40,7 +41,8 @@ class VxlanDvpToVtepMap final : public Kiln::NamedEntity {
   using NamedEntity::NamedEntity;
 };
 
-/// From the number of an outer header to a remote VTEP that uses it. Entries are replaced, never removed.
+/// A remote VTEP that uses each outer header, by the header's number. Entries are replaced; only a start of the feature
+/// removes them.
 class VxlanTunnelIndexToVtepMap final : public Kiln::NamedEntity {
   KILN_TYPE(TesselL3Common::VxlanTunnelIndexToVtepMap, Kiln::NamedEntity)
   KILN_COLL(0x102, std::uint32_t, Meshal::IpGenAddr, tunnelIndexToVtepMap)
@@ -62,7 +64,7 @@ class TesselVxlanVtepNextHop final : public Kiln::Entity {
   Dovel::String name() const override { return Kiln::toText(port_); }
 };
 
-/// How one flood VTEP is reached. `version` grows with each change of the next hops.
+/// The next hops to one flood VTEP. `version` grows with each change of them.
 class TesselVxlanBumVtepConfig final : public Kiln::Entity {
   KILN_TYPE(TesselL3Common::TesselVxlanBumVtepConfig, Kiln::Entity)
   KILN_FIXED(0x102, Meshal::IpGenAddr, vtepIp)
@@ -74,7 +76,7 @@ class TesselVxlanBumVtepConfig final : public Kiln::Entity {
   explicit TesselVxlanBumVtepConfig(Meshal::IpGenAddr const& vtepIp) : vtepIp_(vtepIp) {}
   Dovel::String name() const override { return Kiln::toText(vtepIp_); }
 
-  /// Finds or makes the next hop behind `port` and gives it these addresses.
+  /// Finds or creates the next hop behind `port` and assigns the addresses.
   Dovel::Ptr<TesselVxlanVtepNextHop> nextHopsIs(Meshal::IntfId const& port, Meshal::IpGenAddr const& addr,
                                                 Meshal::EthAddr const& ethAddr);
 };
@@ -87,11 +89,11 @@ class TesselVxlanBumVtepConfigDir final : public Kiln::NamedEntity {
  public:
   using NamedEntity::NamedEntity;
 
-  /// Finds the VTEP, or makes it with `encapId`.
+  /// Finds the VTEP, or creates it with `encapId`.
   Dovel::Ptr<TesselVxlanBumVtepConfig> bumVtepConfigIs(Meshal::IpGenAddr const& vtepIp, EncapId encapId);
 };
 
-/// The flood VTEP to which an encapsulation id belongs.
+/// The flood VTEP that owns an encapsulation id.
 class EncapIdToBumVtepIpConfig final : public Kiln::Entity {
   KILN_TYPE(TesselL3Common::EncapIdToBumVtepIpConfig, Kiln::Entity)
   KILN_FIXED(0x102, EncapId, encapId)
@@ -135,8 +137,8 @@ class FloodUnderlayVlanToVtepListDir final : public Kiln::NamedEntity {
   using NamedEntity::NamedEntity;
 };
 
-Dovel::Ptr<TesselVxlanConfig> tesselVxlanConfigFactory(Dovel::String name);
-Dovel::Ptr<TesselVxlanStatus> tesselVxlanStatusFactory();
+inline constexpr Dovel::Factory<TesselVxlanConfig> tesselVxlanConfigFactory;
+inline constexpr Dovel::Factory<TesselVxlanStatus> tesselVxlanStatusFactory;
 
 }  // namespace TesselL3Common
 

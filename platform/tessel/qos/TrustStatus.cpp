@@ -2,8 +2,6 @@
 
 namespace TesselCommon::Qos {
 
-Dovel::Ptr<TrustStatus> trustStatusFactory(Dovel::String name) { return Dovel::make<TrustStatus>(std::move(name)); }
-
 TrustStatusSm::TrustStatusSm(Dovel::Ptr<Kiln::Dir const> qosTrustStatusDir, Dovel::Ptr<TrustStatus> local)
     : qosTrustStatusDir_(std::move(qosTrustStatusDir)),
       local_(std::move(local)),

@@ -2,13 +2,14 @@
 
 #include <cstdint>
 
+#include "platform/dovel/Factory.h"
 #include "platform/kiln/Dir.h"
 #include "platform/kiln/Entity.h"
 #include "platform/kiln/Sm.h"
 
 namespace TesselCommon::Qos {
 
-/// Where the chip's rows of the trust maps begin. Readers check that the values fit their fields.
+/// The first rows of the chip's trust maps. Readers check that the values fit their fields.
 class TrustStatus final : public Kiln::NamedEntity {
   KILN_TYPE(TesselCommon::Qos::TrustStatus, Kiln::NamedEntity)
   KILN_ATTR(0x102, std::uint8_t, tosBasePtr)
@@ -18,11 +19,11 @@ class TrustStatus final : public Kiln::NamedEntity {
   using NamedEntity::NamedEntity;
 };
 
-Dovel::Ptr<TrustStatus> trustStatusFactory(Dovel::String name);
+inline constexpr Dovel::Factory<TrustStatus> trustStatusFactory;
 
 /// Keeps one `TrustStatus` equal to the first one of a directory.
 ///
-/// Without one in the directory the local one stays as it was. Main thread only.
+/// While the directory has none, the local one keeps its values. Main thread only.
 class TrustStatusSm final : public Kiln::Sm {
   KILN_BASE_TYPE(TesselCommon::Qos::TrustStatusSm)
   KILN_FIXED(0x102, Dovel::Ptr<Kiln::Dir const>, qosTrustStatusDir)

@@ -21,7 +21,7 @@ class FinalNextHopSet {
   /// Sorted, each entry once.
   NextHops const& nextHop() const { return nextHop_; }
   bool nextHopHas(Vane::NextHopEntry const& entry) const;
-  /// Adds `entry` unless it is there.
+  /// Adds `entry` unless it is present.
   void nextHopIs(Vane::NextHopEntry const& entry);
   void nextHopDel(Vane::NextHopEntry const& entry);
   void nextHopDelAll() { nextHop_.clear(); }

@@ -10,7 +10,7 @@ namespace TesselVxlan {
 
 /// The tunnels that use one thing in common, such as an ECMP group; there may be as many as there are VTEPs.
 ///
-/// Iterates in no particular order. A change moves elements: whoever walks the list and may change it walks a copy.
+/// Iterates in no particular order. A change invalidates iterators: iterate over a copy where the list may change.
 class VtepList {
  public:
   using TunnelKeys = boost::unordered_flat_set<Vane::TunnelKey, Kiln::Hash<Vane::TunnelKey>>;
