@@ -19,10 +19,10 @@ struct MountRow {
   char const* path;
   char const* type;
   char const* mode;
-  bool helperVni = false;  ///< Only where the layer-2 agent owns the VNI helper.
+  bool helperVni = false;  ///< Mounted only if the layer-2 agent owns the VNI helper.
 };
 
-// The contract with the writers and readers of these paths.
+// Path and mode are a contract with the writers and readers of these paths.
 constexpr MountRow mounts[] = {
     {"hardware/tessel/system/profile", "Kiln::Dir", "ri"},
     {"interface/status/eth/vxlan", "Vxlan::VtiStatusDir", "r"},
@@ -115,8 +115,8 @@ void TesselVxlanMounter::vxlanMounterSmWrapperIs(Dovel::Ptr<TesselCentral::Featu
                                                  Dovel::Ptr<KilnSharedMem::EntityManager> const& shmemEm,
                                                  Dovel::Ptr<Kiln::Dir> const& agentDir) {
   vxlanMounterSmWrapperDel();
-  vxlanMounterSmWrapperSet(
-      tesselVxlanMounterSmWrapperFactory(fcsd, statewayEm, agentSmId, localEntityStore, shmemEm, agentDir));
+  vxlanMounterSmWrapperSet(TesselVxlanMounterSmWrapper::TesselVxlanMounterSmWrapperIs(
+      fcsd, statewayEm, agentSmId, localEntityStore, shmemEm, agentDir));
   vxlanMounterSmWrapper()->hasNotificationActiveIs(true);
 }
 

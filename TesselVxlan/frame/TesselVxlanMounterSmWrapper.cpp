@@ -15,7 +15,7 @@ using TesselL3Common::TesselVxlanState;
 
 namespace {
 
-/// Encapsulation ids that there are.
+/// How many encapsulation ids exist.
 constexpr std::uint32_t encapIds = 0x6000;
 
 }  // namespace
@@ -29,12 +29,28 @@ TesselVxlanMounterSmWrapper::TesselVxlanMounterSmWrapper(Dovel::Ptr<TesselCentra
     : TesselL3Unicast::L3MounterSmWrapper(std::move(fcsd), std::move(statewayEm), agentSmId,
                                           std::move(localEntityStore), std::move(shmemEm), std::move(agentDir)) {}
 
+TesselVxlanMounterSmWrapper::~TesselVxlanMounterSmWrapper() {
+  hwTunnelProgrammersToEnd_ = std::move(hwTunnelProgrammer_);
+}
+
+std::array<Dovel::Node*, 3> TesselVxlanMounterSmWrapper::nestedSms() const {
+  return {remoteVniToSBDVlanMergeSm().get(), l3McastEvpnStatusSm().get(), qosTrustStatusSm().get()};
+}
+
 void TesselVxlanMounterSmWrapper::hasNotificationActiveIs(bool active) {
   if (active == hasNotificationActive()) return;
   TesselL3Unicast::L3MounterSmWrapper::hasNotificationActiveIs(active);
-  if (remoteVniToSBDVlanMergeSm()) remoteVniToSBDVlanMergeSm()->hasNotificationActiveIs(active);
-  if (l3McastEvpnStatusSm()) l3McastEvpnStatusSm()->hasNotificationActiveIs(active);
-  if (qosTrustStatusSm()) qosTrustStatusSm()->hasNotificationActiveIs(active);
+  for (auto* const sm : nestedSms()) {
+    if (sm) sm->hasNotificationActiveIs(active);
+  }
+}
+
+void TesselVxlanMounterSmWrapper::kilnDoZombieReactors(bool zombie) {
+  if (zombie == isZombie()) return;
+  for (auto* const sm : nestedSms()) {
+    if (sm) sm->kilnDoZombieReactors(zombie);
+  }
+  TesselL3Unicast::L3MounterSmWrapper::kilnDoZombieReactors(zombie);
 }
 
 void TesselVxlanMounterSmWrapper::vxlanBootStatusDispatch(Dovel::Change const& change) {
@@ -58,8 +74,9 @@ void TesselVxlanMounterSmWrapper::doStartVxlanSms() {
   INVARIANT(vxlanAttr && "Could not get TesselChipAttributesVxlan");
   if (!vxlanBootStatus()->vaneTunnelSmReady()) return TRACE(0, "vaneTunnelSm not ready");
   if (!tablesInitialized()) return TRACE(0, "Table init not ready");
-  // Neither gate falls back; a boot status that is bound or written again starts nothing twice.
-  if (vxlanVtiStatusSm()) return;
+  // Neither gate closes again, but the boot status can be bound or written again, also from inside what follows: the
+  // first object that is created marks the start.
+  if (vaneVxlanHwHerSm()) return;
   vaneVxlanHwHerSmIs(Dovel::make<Vane::VXLAN::VaneVxlanHwHerSm>(
       vcsd(), l2RibFloodSet(), tunnelConfigDir()->tunnelConfig(Vane::vxlanHerTunnel_),
       tunnelStatusDir()->tunnelStatus(Vane::vxlanHerTunnel_), vaneVxlanHwHerVtepConfigDir(),
@@ -129,21 +146,13 @@ Dovel::Ptr<TunnelBaseHelperSm> TesselVxlanMounterSmWrapper::tunnelHelper(Vane::T
 
 void TesselVxlanMounterSmWrapper::programDefaultSvpEntry() {
   if (!vxlanState()->egrL3TunnelDefaultInit()) return TRACE(0, "egrL3TunnelDefaultInit not ready");
-  // The flag of an earlier wrapper can stand before this one has tables.
+  // An earlier wrapper of this process can have set the flag before this one has tables.
   if (!egrL3TunnelTablesProgrammer() || !egrL3TunnelTablesProgrammer()->egrL3Ipv4TunnelTable()) return;
   auto const egrL3TunnelTableHandle = egrL3TunnelTablesProgrammer()->entryWeakRef({}, {});
   TRACE(0, " egrL3TunnelTableHandle: {}", egrL3TunnelTableHandle);
   virtualPortTableProgrammer()->insertDefaultEntries(tesselCentralVxlanState()->controllerClientL3Mode(),
                                                      egrL3TunnelTableHandle);
   vxlanState()->vpDefaultInitIs(true);
-}
-
-Dovel::Ptr<TesselVxlanMounterSmWrapper> tesselVxlanMounterSmWrapperFactory(
-    Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData> const& fcsd,
-    Dovel::Ptr<Stateway::EntityManager> const& statewayEm, TesselL3Unicast::AgentSmId agentSmId,
-    Dovel::Ptr<Local::EntityStore> const& localEntityStore, Dovel::Ptr<KilnSharedMem::EntityManager> const& shmemEm,
-    Dovel::Ptr<Kiln::Dir> const& agentDir) {
-  return Dovel::make<TesselVxlanMounterSmWrapper>(fcsd, statewayEm, agentSmId, localEntityStore, shmemEm, agentDir);
 }
 
 }  // namespace TesselVxlan

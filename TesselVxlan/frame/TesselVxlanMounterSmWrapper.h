@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 
 #include "TesselVxlan/frame/TesselVxlanTypes.h"
@@ -14,6 +15,7 @@
 #include "TesselVxlan/tunnel/TunnelBaseHelperSm.h"
 #include "platform/bridging/BridgingConfig.h"
 #include "platform/bridging/VlanStatusDir.h"
+#include "platform/dovel/Factory.h"
 #include "platform/evpn/EvpnStatus.h"
 #include "platform/plugin/L3MounterSmWrapper.h"
 #include "platform/tessel/central/VxlanRecords.h"
@@ -37,38 +39,44 @@
 
 namespace TesselVxlan {
 
-/// Root object of the running feature: owns every programmer and state machine, and decides when each comes to exist.
+/// Root object of the running feature: owns every programmer and state machine, and decides when each is created.
 ///
 /// In: the mounted and local entities, the chip's profile, and the boot status. Out: tables in their initial state,
 /// then the state machines, which do all further work.
 ///
-///   made ──initStatewayState──▶ tables up ──both gates open──▶ state machines up
+///   created ──initStatewayState──▶ tables up ──both gates open──▶ state machines up
 ///
-/// Gate 1 is the boot status's word that the forwarding abstraction has seen the status objects, gate 2 that the tables
-/// are up; whichever opens last starts the state machines, once. Main thread only. Programmers are shared with the
-/// state machines that use them; all go with this object.
+/// Gate 1 is `vaneTunnelSmReady` of the boot status: the forwarding abstraction has seen the status objects. Gate 2 is
+/// `tablesInitialized`. The gate that opens last starts the state machines, once. Main thread only. Programmers are
+/// shared with the state machines that use them; when this object is destroyed, `hwTunnelProgrammer` is released last.
+/// Attributes are declared in the order of their ids. "Held" marks those that no class of this build reads.
 class TesselVxlanMounterSmWrapper final : public TesselL3Unicast::L3MounterSmWrapper {
- public:
-  /// Makes the tunnel and VTI state machines if both gates are open and they don't stand yet.
-  void doStartVxlanSms();
-  /// Makes the tunnel programmers and their helper state machines.
-  void createVxlanTunnelHelperSm();
-  /// Fetches the entities that the state machines read and write, and clears HER status, which outlives no start.
-  void doBindEntities();
-  /// Writes the default virtual ports once the default outer header stands.
-  void programDefaultSvpEntry();
-  /// Drops the state of an earlier run that this one can't stand on.
-  void cleanupHitfulRestart();
-
   void vxlanBootStatusDispatch(Dovel::Change const& change);
   void vxlanStateDispatch(Dovel::Change const& change);
 
+  /// Takes over the collection in the destructor. Declared before every other member, so destroyed after them.
+  Kiln::SmallMap<Vane::TunnelType, Dovel::Ptr<HwTunnelProgrammerBase>> hwTunnelProgrammersToEnd_;
+
+ public:
+  /// Creates the tunnel and VTI state machines if both gates are open and they do not exist yet.
+  void doStartVxlanSms();
+  /// Creates the tunnel programmers and their helper state machines.
+  void createVxlanTunnelHelperSm();
+  /// Fetches the entities that the state machines read and write, and clears HER status, which survives no start.
+  void doBindEntities();
+  /// Writes the default virtual ports once the default outer header exists.
+  void programDefaultSvpEntry();
+  /// Clears what an earlier run, or an earlier wrapper of this process, has left and this start writes anew.
+  void cleanupHitfulRestart();
+
   KILN_TYPE(TesselVxlan::TesselVxlanMounterSmWrapper, TesselL3Unicast::L3MounterSmWrapper)
+
+  // Local entities and directories of tables: bindLocalEntities, bindTableDirs, makeMcastTunnelPair.
   KILN_ATTR(0x102, Dovel::Ptr<TesselCentral::VxlanToL2State>, vxlanToL2State)
   KILN_WATCHED(0x103, TesselL3Common::TesselVxlanBootStatus, vxlanBootStatus, &KilnSelf::vxlanBootStatusDispatch,
                &KilnSelf::doStartVxlanSms)
   KILN_ATTR(0x104, Dovel::Ptr<TesselCentral::VxlanState>, tesselCentralVxlanState)
-  KILN_ATTR(0x105, Dovel::Ptr<Bridging::VlanStatusDir const>, vlanStatusDir)
+  KILN_ATTR(0x105, Dovel::Ptr<Bridging::VlanStatusDir const>, vlanStatusDir)  ///< Held for flood VTEPs.
   KILN_WATCHED(0x106, TesselL3Common::TesselVxlanState, vxlanState, &KilnSelf::vxlanStateDispatch,
                &KilnSelf::programDefaultSvpEntry)
   KILN_ATTR(0x107, Dovel::Ptr<Vane::HwTunnelConfigDir>, hwTunnelConfigDir)
@@ -79,6 +87,8 @@ class TesselVxlanMounterSmWrapper final : public TesselL3Unicast::L3MounterSmWra
   KILN_ATTR(0x10c, Dovel::Ptr<TesselL3Common::EncapIdToBumVtepIpConfigDir>, encapIdToBumVtepIpConfigDir)
   KILN_ATTR(0x10d, Dovel::Ptr<Vane::HwTunnelConfig>, hwMcastTunnelConfig)
   KILN_ATTR(0x10e, Dovel::Ptr<Vane::HwTunnelStatus>, hwMcastTunnelStatus)
+
+  // Mounted entities: doBindEntities.
   KILN_ATTR(0x10f, Dovel::Ptr<TesselL3Common::TesselVxlanConfig>, vxlanConfig)
   KILN_ATTR(0x110, Dovel::Ptr<TesselL3Common::TesselVxlanStatus>, vxlanStatus)
   KILN_ATTR(0x111, Dovel::Ptr<Vane::VXLAN::VaneVxlanHwHerVtepConfigDir>, vaneVxlanHwHerVtepConfigDir)
@@ -86,36 +96,42 @@ class TesselVxlanMounterSmWrapper final : public TesselL3Unicast::L3MounterSmWra
   KILN_ATTR(0x113, Dovel::Ptr<Vxlan::VtiStatusDir>, vtiStatusDir)
   KILN_ATTR(0x114, Dovel::Ptr<Vane::VaneTunnelConfigDir>, tunnelConfigDir)
   KILN_ATTR(0x115, Dovel::Ptr<Vane::VaneTunnelStatusDir>, tunnelStatusDir)
-  KILN_ATTR(0x116, Dovel::Ptr<Interface::VlanIntfConfigDir const>, vlanIntfConfigDir)
-  KILN_ATTR(0x117, Dovel::Ptr<TesselCentral::VfiCapabilityStatus const>, vfiCapabilityStatus)
+  KILN_ATTR(0x116, Dovel::Ptr<Interface::VlanIntfConfigDir const>, vlanIntfConfigDir)          ///< Held.
+  KILN_ATTR(0x117, Dovel::Ptr<TesselCentral::VfiCapabilityStatus const>, vfiCapabilityStatus)  ///< Held for VNIs.
   KILN_ATTR(0x118, Dovel::Ptr<Bridging::HwCapabilities const>, bridgingHwCapabilities)
+
+  // Chip attributes, VNI helper and VXLAN information: bindChipAttributes, bindMountedEntities, bindVxlanInfo.
   KILN_ATTR(0x119, Dovel::Ptr<TesselL3Unicast::L3NextHopAttributes const>, nhAttributes)
   KILN_ATTR(0x11a, bool, vxlanUnderlayFloodingHw)
-  KILN_ATTR(0x11b, Dovel::Ptr<TesselCentral::VlanVfiDir>, vlanVfiDir)
+  KILN_ATTR(0x11b, Dovel::Ptr<TesselCentral::VlanVfiDir>, vlanVfiDir)  ///< Held for VNIs.
   KILN_RESERVED(0x11c, "TesselVxlan::TesselVxlanHelperVni", helperVni)
-  KILN_ATTR(0x11d, Dovel::Ptr<VaneHelper::VaneHelperVniConfig const>, helperVniConfig)
-  KILN_ATTR(0x11e, Dovel::Ptr<VaneHelper::VaneHelperVniStatus>, helperVniStatus)
+  KILN_ATTR(0x11d, Dovel::Ptr<VaneHelper::VaneHelperVniConfig const>, helperVniConfig)  ///< Held for VNIs.
+  KILN_ATTR(0x11e, Dovel::Ptr<VaneHelper::VaneHelperVniStatus>, helperVniStatus)        ///< Held for VNIs.
   KILN_INST(0x11f, Vane::VXLAN::VaneVxlanInfo, vxlanInfo)
+
+  // Remote VNIs, hardware status and published tunnels: doBindEntities.
   KILN_ATTR(0x120, Dovel::Ptr<Vxlan::RemoteVniToVlanStatus const>, irbRemoteVniToVlanStatus)
   KILN_ATTR(0x121, Dovel::Ptr<Vxlan::RemoteVniToVlanStatus const>, staticRemoteVniToVlanStatus)
   KILN_ATTR(0x122, Dovel::Ptr<Vxlan::RemoteVniToVlanStatus>, remoteVniToVlanStatus)
   KILN_INST(0x123, Vxlan::RemoteVniToSBDVlanMergeSm, remoteVniToSBDVlanMergeSm)
-  KILN_ATTR(0x124, Dovel::Ptr<Vxlan::VxlanHwStatusDir>, vxlanHwStatusDir)
-  KILN_ATTR(0x125, Dovel::Ptr<Bridging::Config const>, bridgingConfig)
+  KILN_ATTR(0x124, Dovel::Ptr<Vxlan::VxlanHwStatusDir>, vxlanHwStatusDir)  ///< Held.
+  KILN_ATTR(0x125, Dovel::Ptr<Bridging::Config const>, bridgingConfig)     ///< Held.
   KILN_ATTR(0x126, Dovel::Ptr<Vxlan::VxlanConfigDir const>, vxlanConfigDir)
   KILN_INST(0x127, TesselVxlanCommon::L3McastEvpnStatusSmCommon, l3McastEvpnStatusSm)
   KILN_ATTR(0x128, Dovel::Ptr<Vane::VaneTunnelConfig>, vxlanTunnelConfig)
   KILN_ATTR(0x129, Dovel::Ptr<Vane::VaneTunnelStatus>, vxlanTunnelStatus)
   KILN_ATTR(0x12a, Dovel::Ptr<Vane::VaneTunnelConfig>, vxlanMemberTunnelConfig)
   KILN_ATTR(0x12b, Dovel::Ptr<Vane::VaneTunnelStatus>, vxlanMemberTunnelStatus)
-  KILN_INST(0x12c, Vane::VXLAN::VtepGroupConfigDir, vtepGroupConfigDir)
-  KILN_INST(0x12d, Vane::VXLAN::VtepGroupStatusDir, vtepGroupStatusDir)
-  KILN_ATTR(0x12e, Dovel::Ptr<Vane::VXLAN::VaneVtepGroupConfigDir const>, vaneVtepGroupConfigDir)
+  KILN_INST(0x12c, Vane::VXLAN::VtepGroupConfigDir, vtepGroupConfigDir)                            ///< Held.
+  KILN_INST(0x12d, Vane::VXLAN::VtepGroupStatusDir, vtepGroupStatusDir)                            ///< Held.
+  KILN_ATTR(0x12e, Dovel::Ptr<Vane::VXLAN::VaneVtepGroupConfigDir const>, vaneVtepGroupConfigDir)  ///< Held for groups.
   KILN_ATTR(0x12f, Dovel::Ptr<Vane::VXLAN::VaneVtepGroupStatusDir>, vaneVtepGroupStatusDir)
+
+  // State machines and tunnel programmers: doStartVxlanSms; their inputs from doBindEntities.
   KILN_ATTR(0x130, Dovel::Ptr<TesselVxlanVtiStatusSm>, vxlanVtiStatusSm)
   KILN_ATTR(0x131, Dovel::Ptr<TesselCentral::VxlanSliceConfig>, vxlanSliceConfig)
   KILN_SMALL_COLL(0x132, Vane::TunnelType, Dovel::Ptr<HwTunnelProgrammerBase>, hwTunnelProgrammer)
-  KILN_ATTR(0x133, Dovel::Ptr<TunnelBaseHelperSm>, vxlanMcastTunnelHelperSm)
+  KILN_ATTR(0x133, Dovel::Ptr<TunnelBaseHelperSm>, vxlanMcastTunnelHelperSm)  ///< Held for multicast tunnels; null.
   KILN_ATTR(0x134, Dovel::Ptr<TunnelBaseHelperSm>, vxlanTunnelHelperSm)
   KILN_ATTR(0x135, Dovel::Ptr<TunnelBaseHelperSm>, vxlanMemberTunnelHelperSm)
   KILN_RESERVED(0x136, "TesselVxlan::HerTunnelHelperSm", herTunnelHelperSm)
@@ -127,24 +143,30 @@ class TesselVxlanMounterSmWrapper final : public TesselL3Unicast::L3MounterSmWra
   KILN_ATTR(0x13c, Dovel::Ptr<VxlanController::VtepStatusDirV2 const>, vxlanVtepStatusDir)
   KILN_RESERVED(0x13d, "TesselVxlan::VxlanVtepGroupDirSm", vxlanVtepGroupDirSm)
   KILN_FIXED(0x13e, bool, tablesInitialized)
+
+  // Flooding and multicast, not part of this build.
   KILN_RESERVED(0x13f, "Multicast::Tunnel::ConfigDirColl", mcastTunnelConfigDirColl)
   KILN_RESERVED(0x140, "Multicast::Tunnel::StatusDirColl", mcastTunnelStatusDirColl)
   KILN_RESERVED(0x141, "Vane::VXLAN::VaneVxlanMcastSm", vaneVxlanMcastSm)
   KILN_RESERVED(0x142, "TesselVxlan::BumVtepSm", bumVtepSm)
   KILN_RESERVED(0x143, "TesselVxlan::BumVtepSm", mcastHerVtepSm)
   KILN_RESERVED(0x144, "TesselVxlan::BumVtepSm", mcastVtepSm)
+
+  // Quality of service, capabilities, layer 3: bindQos, bindMountedEntities.
   KILN_INST(0x145, TesselL3Common::FloodUnderlayVlanToVtepListDir, floodUnderlayVlanToVtepListDir)
   KILN_ATTR(0x146, Dovel::Ptr<TesselCommon::Qos::TrustStatus>, qosTrustStatusAllLocal)
   KILN_ATTR(0x147, Dovel::Ptr<Kiln::Dir const>, qosTrustStatusDir)
   KILN_INST(0x148, TesselCommon::Qos::TrustStatusSm, qosTrustStatusSm)
   KILN_ATTR(0x149, Dovel::Ptr<TesselCentral::VxlanCapabilities const>, vxlanCapabilities)
   KILN_ATTR(0x14a, Dovel::Ptr<TesselL3::RoutingStatus const>, routingStatus)
-  KILN_ATTR(0x14b, Dovel::Ptr<Vxlan::EcnConfig const>, ecnConfig)
+  KILN_ATTR(0x14b, Dovel::Ptr<Vxlan::EcnConfig const>, ecnConfig)  ///< Held for congestion marking.
   KILN_RESERVED(0x14c, "TesselVxlan::EpreEdevConfigCcbeSm", epreSm)
   KILN_ATTR(0x14d, Dovel::Ptr<VaneL3Intf::Table const>, vaneL3IntfTable)
-  KILN_ATTR(0x14e, Dovel::Ptr<VxlanVtepGroupTunnelIdMapDir>, vtepGrpTnlIdMapDir)
+  KILN_ATTR(0x14e, Dovel::Ptr<VxlanVtepGroupTunnelIdMapDir>, vtepGrpTnlIdMapDir)  ///< Held for groups.
   KILN_ATTR(0x14f, Dovel::Ptr<Evpn::EvpnStatus const>, evpnStatus)
-  KILN_ATTR(0x150, Dovel::Ptr<MrouteLib::MrouteVxlanDecapTable>, mrouteVxlanDecapTable)
+  KILN_ATTR(0x150, Dovel::Ptr<MrouteLib::MrouteVxlanDecapTable>, mrouteVxlanDecapTable)  ///< Held for multicast.
+
+  // Tables and their programmers: makeProgrammers and the init functions.
   KILN_ATTR(0x151, Dovel::Ptr<L2TunnelVnIdTable>, l2TunnelVnIdTable)
   KILN_ATTR(0x152, Dovel::Ptr<TesselEpre::EpreCcbeNextHopRemapTable>, epreNextHopRemapTable)
   KILN_ATTR(0x153, Dovel::Ptr<TesselL3Common::VxlanDvpToVtepMap>, dvpToVtepMapping)
@@ -161,7 +183,7 @@ class TesselVxlanMounterSmWrapper final : public TesselL3Unicast::L3MounterSmWra
   KILN_RESERVED(0x15e, "TesselVxlan::VpLagEcmpProgrammer", vpLagEcmpProgrammer)
   KILN_INST(0x15f, TesselVxlanEgrL3TunnelTablesProgrammer, egrL3TunnelTablesProgrammer)
   KILN_ATTR(0x160, Dovel::Ptr<EcmpIndirectionTableConfigReg>, ecmpIndirectionTableConfigReg)
-  KILN_ATTR(0x161, std::uint16_t, indirectionBasePtr)
+  KILN_ATTR(0x161, std::uint16_t, indirectionBasePtr)  ///< 0: nothing assigns it.
   KILN_METHOD(doStartVxlanSms)
   KILN_METHOD(createVxlanTunnelHelperSm)
   KILN_METHOD(doBindEntities)
@@ -174,15 +196,30 @@ class TesselVxlanMounterSmWrapper final : public TesselL3Unicast::L3MounterSmWra
                               Dovel::Ptr<Local::EntityStore> localEntityStore,
                               Dovel::Ptr<KilnSharedMem::EntityManager> shmemEm, Dovel::Ptr<Kiln::Dir> agentDir);
 
-  /// Binds, clears stale state, makes the table programmers, brings every table to its initial state in a fixed order,
-  /// and opens gate 2. Waits for nothing. REQUIRES: once.
+  ~TesselVxlanMounterSmWrapper() override;
+  static constexpr Dovel::Factory<TesselVxlanMounterSmWrapper> TesselVxlanMounterSmWrapperIs{};
+
+  // Each creates its programmer from this object's entities and the arguments.
+  Dovel::Ptr<TesselVxlanTunnelTermTableProgrammer> const& tunnelTermTableProgrammerIs();
+  Dovel::Ptr<NextHopTableProgrammer> const& nextHopTableProgrammerIs(
+      Dovel::Ptr<TesselL3Tunnel::L3TunnelEgrL3OifHelper> l3Oif2TableHelper,
+      Dovel::Ptr<TesselMcast::IpmcTable> ipmcTable, bool vxlanUnderlayFloodingHw);
+  Dovel::Ptr<VxlanL3Oif1TableProgrammer> const& l3Oif1TableProgrammerIs();
+  Dovel::Ptr<TesselVxlanEgrL3TunnelTablesProgrammer> const& egrL3TunnelTablesProgrammerIs();
+  Dovel::Ptr<VirtualPortProgrammer> const& virtualPortTableProgrammerIs();
+  Dovel::Ptr<UnderlayEcmpProgrammer> const& underlayEcmpProgrammerIs();
+
+  /// Binds entities, clears stale state, creates the table programmers, brings every table to its initial state in a
+  /// fixed order, and opens gate 2. Does not wait for the chip. REQUIRES: once.
   void initStatewayState() override;
   /// Opens gate 2.
   void tablesInitializedIs(bool tablesInitialized);
+  /// Both pass on to the state machines that this object instantiates itself.
   void hasNotificationActiveIs(bool active) override;
+  void kilnDoZombieReactors(bool zombie) override;
 
  private:
-  /// What decides whether the feature says that it runs.
+  /// The running state becomes true when all three are.
   struct TablesDone {
     bool egrL3 = false;
     bool uecmp = false;
@@ -213,6 +250,8 @@ class TesselVxlanMounterSmWrapper final : public TesselL3Unicast::L3MounterSmWra
   void runningStateIfDone(TablesDone const& done);
   void initIndirection();
 
+  void clearLocalState();
+  std::array<Dovel::Node*, 3> nestedSms() const;
   TunnelProgrammerInputs tunnelProgrammerInputs(Vane::TunnelType type,
                                                 Dovel::Ptr<Anvil::IncrementalHBitmap> const& encapIdBitmap) const;
   Dovel::Ptr<TunnelBaseHelperSm> tunnelHelper(Vane::TunnelType type) const;
@@ -224,18 +263,13 @@ class TesselVxlanMounterSmWrapper final : public TesselL3Unicast::L3MounterSmWra
   template <class T>
   Dovel::Ptr<T> local(std::string const& path) const;
 
+  Dovel::Ptr<Kiln::Dir> herNextHop1Dir_;  ///< Held for the HER next-hop tables.
   Dovel::Ptr<Kiln::Dir> nextHop2Dir_;
   Dovel::Ptr<Kiln::Dir> virtualPortDir_;
   Dovel::Ptr<TesselMcast::IpmcTable> ipmcTable_;
 };
 
-Dovel::Ptr<TesselVxlanMounterSmWrapper> tesselVxlanMounterSmWrapperFactory(
-    Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData> const& fcsd,
-    Dovel::Ptr<Stateway::EntityManager> const& statewayEm, TesselL3Unicast::AgentSmId agentSmId,
-    Dovel::Ptr<Local::EntityStore> const& localEntityStore, Dovel::Ptr<KilnSharedMem::EntityManager> const& shmemEm,
-    Dovel::Ptr<Kiln::Dir> const& agentDir);
-
-// Of the source files of this class.
+// Used by the source files of this class.
 
 template <class Table>
 bool TesselVxlanMounterSmWrapper::chipHas() const {

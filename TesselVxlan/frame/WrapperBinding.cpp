@@ -17,6 +17,7 @@ void TesselVxlanMounterSmWrapper::bindLocalEntities() {
 }
 
 void TesselVxlanMounterSmWrapper::bindTableDirs() {
+  herNextHop1Dir_ = local<Kiln::Dir>("vxlan/swTable/shared/destination/herNh1");
   routeDestinationTableDirIs(local<Kiln::Dir>("vxlan/swTable/shared/destination/epreRemap"));
   virtualPortDir_ = local<Kiln::Dir>("vxlan/swTable/shared/vp");
   ecmpNhTableDirIs(local<Kiln::Dir>("vxlan/swTable/shared/destination/ecmp"));
@@ -132,7 +133,7 @@ void TesselVxlanMounterSmWrapper::makeTunnelStatuses() {
   for (auto const type : {Vane::vxlanTunnel_, Vane::vxlanMemberTunnel_, Vane::vxlanHerTunnel_}) {
     hwTunnelStatusDir()->hwTunnelStatusIs(Vane::hwTunnelStatusFactory(type));
   }
-  // Only now: its reader takes it as the word that all three are there.
+  // Last: its reader relies on all three being present.
   vxlanBootStatus()->hwTunnelStatusInitializedIs(true);
 }
 

@@ -9,7 +9,7 @@ namespace TesselVxlan {
 
 namespace {
 
-/// The value of the abstraction's VNI state after a start; what it means is the abstraction's.
+/// The VNI state after a start; the forwarding abstraction defines its meaning.
 constexpr std::uint8_t vniSmStateAfterStart = 3;
 
 }  // namespace
@@ -43,24 +43,68 @@ void TesselVxlanMounterSmWrapper::cleanupHitfulRestart() {
   vxlanToL2State()->vtepIpToTnlIdNhIdMapDelAll();
   vxlanToL2State()->stageVlanVniMappingReadyIs(false);
   if (!toggle) vxlanInfo()->vaneVniSmState()->vniSmStateIs(vniSmStateAfterStart);
-  // The tables are not up yet, whatever an earlier wrapper of this process has left: the default rows hang on the
-  // change.
-  vxlanState()->nextHop2DefaultInitIs(false);
-  vxlanState()->egrL3TunnelDefaultInitIs(false);
-  vxlanState()->vpDefaultInitIs(false);
+  clearLocalState();
+}
+
+// The local store survives the wrapper when a second one replaces it in the same process; the rows do not.
+void TesselVxlanMounterSmWrapper::clearLocalState() {
+  TesselL3Common::TesselVxlanState const none;
+  auto& state = *vxlanState();
+  state.mlagVtepAddrIs(none.mlagVtepAddr());
+  state.localVtepIs(none.localVtep());
+  state.localVtep6Is(none.localVtep6());
+  state.vArpVtepAddrIs(none.vArpVtepAddr());
+  state.vArpVtepAddr6Is(none.vArpVtepAddr6());
+  state.udpSrcPortValidIs(none.udpSrcPortValid());
+  state.udpSrcPortIs(none.udpSrcPort());
+  state.udpPortIs(none.udpPort());
+  // The fixed rows are written on the change from false to true.
+  state.nextHop2DefaultInitIs(false);
+  state.egrL3TunnelDefaultInitIs(false);
+  state.vpDefaultInitIs(false);
+  dvpToVtepMapping()->dvpToVtepMapDelAll();
+  tunnelIndexToVtepMapping()->tunnelIndexToVtepMapDelAll();
+  bumVtepConfigDir()->bumVtepConfigDelAll();
+  encapIdToBumVtepIpConfigDir()->vxlanReverseConfigDelAll();
 }
 
 void TesselVxlanMounterSmWrapper::makeProgrammers() {
   vtepGrpTnlIdMapDirIs(vxlanVtepGroupTunnelIdMapDirFactory());
-  tunnelTermTableProgrammerIs(statewayEm(), fcsd(), vxlanConfigDir());
+  tunnelTermTableProgrammerIs();
   l3Oif2TableHelperIs(localEntityManager());
-  nextHopTableProgrammerIs(statewayEm(), fcsd(), routingStatus(), vaneL3IntfTable(), l3Oif2TableHelper(), ipmcTable_,
-                           vxlanUnderlayFloodingHw());
-  l3Oif1TableProgrammerIs(statewayEm(), fcsd());
-  egrL3TunnelTablesProgrammerIs(statewayEm(), fcsd(), qosTrustStatusAllLocal(), vxlanConfigDir());
-  virtualPortTableProgrammerIs(statewayEm(), fcsd(), vxlanToL2State(), vxlanCapabilities(), dvpToVtepMapping(),
-                               tunnelIndexToVtepMapping());
-  underlayEcmpProgrammerIs(statewayEm(), fcsd(), nextHopTableProgrammer());
+  nextHopTableProgrammerIs(l3Oif2TableHelper(), ipmcTable_, vxlanUnderlayFloodingHw());
+  l3Oif1TableProgrammerIs();
+  egrL3TunnelTablesProgrammerIs();
+  virtualPortTableProgrammerIs();
+  underlayEcmpProgrammerIs();
+}
+
+Dovel::Ptr<TesselVxlanTunnelTermTableProgrammer> const& TesselVxlanMounterSmWrapper::tunnelTermTableProgrammerIs() {
+  return tunnelTermTableProgrammerIs(statewayEm(), fcsd(), vxlanConfigDir());
+}
+
+Dovel::Ptr<NextHopTableProgrammer> const& TesselVxlanMounterSmWrapper::nextHopTableProgrammerIs(
+    Dovel::Ptr<TesselL3Tunnel::L3TunnelEgrL3OifHelper> l3Oif2TableHelper, Dovel::Ptr<TesselMcast::IpmcTable> ipmcTable,
+    bool vxlanUnderlayFloodingHw) {
+  return nextHopTableProgrammerIs(statewayEm(), fcsd(), routingStatus(), vaneL3IntfTable(),
+                                  std::move(l3Oif2TableHelper), std::move(ipmcTable), vxlanUnderlayFloodingHw);
+}
+
+Dovel::Ptr<VxlanL3Oif1TableProgrammer> const& TesselVxlanMounterSmWrapper::l3Oif1TableProgrammerIs() {
+  return l3Oif1TableProgrammerIs(statewayEm(), fcsd());
+}
+
+Dovel::Ptr<TesselVxlanEgrL3TunnelTablesProgrammer> const& TesselVxlanMounterSmWrapper::egrL3TunnelTablesProgrammerIs() {
+  return egrL3TunnelTablesProgrammerIs(statewayEm(), fcsd(), qosTrustStatusAllLocal(), vxlanConfigDir());
+}
+
+Dovel::Ptr<VirtualPortProgrammer> const& TesselVxlanMounterSmWrapper::virtualPortTableProgrammerIs() {
+  return virtualPortTableProgrammerIs(statewayEm(), fcsd(), vxlanToL2State(), vxlanCapabilities(), dvpToVtepMapping(),
+                                      tunnelIndexToVtepMapping());
+}
+
+Dovel::Ptr<UnderlayEcmpProgrammer> const& TesselVxlanMounterSmWrapper::underlayEcmpProgrammerIs() {
+  return underlayEcmpProgrammerIs(statewayEm(), fcsd(), nextHopTableProgrammer());
 }
 
 void TesselVxlanMounterSmWrapper::initTermAndPortTables() {
@@ -111,7 +155,7 @@ void TesselVxlanMounterSmWrapper::initHeaderTables(TablesDone& done) {
   }
   egrL3TunnelTablesProgrammer()->initTables(chipInfo());
   INVARIANT(egrL3TunnelTablesProgrammer()->egrL3Ipv4TunnelTable());
-  // Its watcher, this object, writes the default virtual ports, which hold the default header.
+  // This object's own watcher writes the default virtual ports, which hold the default header's handle.
   vxlanState()->egrL3TunnelDefaultInitIs(true);
   done.egrL3 = true;
   done.dvp = true;

@@ -67,6 +67,11 @@ TesselVxlanVtiStatusSm::TesselVxlanVtiStatusSm(
   handleCentralFlags();
   handleInitialized();
   handleLogicalFapId();
+  // An interface that was removed while no agent ran has no operation that would clear what it left.
+  vxlanSliceConfig_->localVtepAddrIs(vxlanState_->localVtep().v4Addr());
+  vxlanSliceConfig_->vArpVtepAddrIs(vxlanState_->vArpVtepAddr().v4Addr());
+  vxlanSliceConfig_->vArpVtepAddr6Is(vxlanState_->vArpVtepAddr6().v6Addr());
+  vxlanSliceConfig_->vxlanUdpPortIs(vxlanState_->udpPort());
 }
 
 void TesselVxlanVtiStatusSm::kilnDoZombieReactors(bool zombie) {

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <gmock/gmock.h>
+#include <rapidjson/prettywriter.h>
+#include <rapidjson/stringbuffer.h>
 
 #include <memory>
 #include <string>
@@ -9,6 +11,7 @@
 #include "TesselVxlan/frame/TesselVxlanMounter.h"
 #include "host/agent/World.h"
 #include "platform/asic/Store.h"
+#include "platform/kiln/Json.h"
 #include "platform/kiln/Log.h"
 #include "platform/kilnsharedmem/EntityManager.h"
 #include "platform/stateway/EntityManager.h"
@@ -17,11 +20,11 @@
 /// The start of the feature, step by step.
 namespace FrameTest {
 
-/// The feature's mounter on a chip and stores of its own, with nobody above it: the test takes every step.
+/// The feature's mounter on a chip and stores of its own, without an agent: the test takes every step.
 ///
-///   made → mountsAsked → mountsComplete → start; `tunnelSmIsReady` from `mountsComplete` on.
+///   created → mountsAsked → mountsComplete → start; `tunnelSmIsReady` from `mountsComplete` on.
 ///
-/// An operator message fails the test, and so does an object that is alive at the end, whichever step came last.
+/// An operator message fails the test, and so does an object that is alive at the end, whichever step was the last.
 class FrameWorld {
  public:
   explicit FrameWorld(std::string const& profile = "cascaded")
@@ -30,6 +33,7 @@ class FrameWorld {
     EXPECT_TRUE(logs_.records().empty()) << logs_.records().front().name;
     chip().stop();
     mounter_ = nullptr;
+    mountGroup_ = nullptr;
     world_.reset();
     EXPECT_EQ(Dovel::Node::aliveCount(), aliveBefore_) << "objects alive after the stop";
   }
@@ -44,7 +48,8 @@ class FrameWorld {
     mounter_->shmemEmIs(stores().shmem);
     mounter_->statewayEmIs(stores().stateway);
     mounter_->agentDirIs(world_->agentDir);
-    mounter_->doBootStageMount(*stores().stateway->getMountGroup(*mounter_));
+    mountGroup_ = stores().stateway->getMountGroup(*mounter_);
+    mounter_->doBootStageMount(*mountGroup_);
     mounter_->doInit();
     return *this;
   }
@@ -54,25 +59,45 @@ class FrameWorld {
     world_->capabilitiesIs();
     return equipped();
   }
-  /// A wrapper takes the place of the one that stands.
+  FrameWorld& wrapperGone() {
+    mounter_->vxlanMounterSmWrapperDel();
+    return *this;
+  }
+  FrameWorld& mounterGone() {
+    mounter_ = nullptr;
+    return *this;
+  }
+  /// A second wrapper replaces the first in the same process.
   FrameWorld& wrapperAgain() {
     mounter_->vxlanMounterSmWrapperIs(world_->fcsd, stores().stateway, mounter_->agentSmId(), stores().local,
                                       stores().shmem, world_->agentDir);
     return equipped();
   }
+  /// A new process on the same chip and state database.
+  FrameWorld& processAgain() {
+    chip().stop();
+    mounter_ = nullptr;
+    world_->processIs();
+    return mountsComplete();
+  }
   FrameWorld& start() {
     wrapper().doStart();
     return settle();
   }
-  /// The word of the forwarding abstraction.
+  /// The forwarding abstraction has seen the status objects.
   FrameWorld& tunnelSmIsReady() {
     local<TesselL3Common::TesselVxlanBootStatus>(Host::kBootStatusPath)->vaneTunnelSmReadyIs(true);
     return settle();
   }
-  /// Local VTEP 10.255.0.1 and a unicast tunnel to 10.255.0.2.
+  /// Local VTEP 10.255.0.1, an address in each other role, and a unicast tunnel to 10.255.0.2.
   FrameWorld& tunnelWanted() {
     auto const vti = state<Vxlan::VtiStatusDir>(Host::kVtiStatusPath)->vtiStatusIs(Meshal::IntfId("Vxlan1"));
     vti->srcAddrIs(Meshal::IpGenAddr("10.255.0.1").v4Addr());
+    vti->srcAddrV6Is(Meshal::IpGenAddr("fd00::1").v6Addr());
+    vti->varpVtepAddrIs(Meshal::IpGenAddr("10.255.0.8").v4Addr());
+    vti->varpVtepAddr6Is(Meshal::IpGenAddr("fd00::8").v6Addr());
+    vti->udpSrcPortIs(5000);
+    vti->udpSrcPortLengthIs(16);
     vti->udpPortIs(4789);
     Vane::TunnelKey const key{{}, Meshal::IpGenAddr("10.255.0.2"), 0, 1, Meshal::IntfId("Vxlan1")};
     auto const config = local<Vane::HwTunnelConfigDir>(Host::kHwTunnelConfigPath)->hwTunnelConfig(Vane::vxlanTunnel_);
@@ -80,6 +105,16 @@ class FrameWorld {
     return settle();
   }
 
+  FrameWorld& tunnelGone() {
+    state<Vxlan::VtiStatusDir>(Host::kVtiStatusPath)->vtiStatusDelAll();
+    local<Vane::HwTunnelConfigDir>(Host::kHwTunnelConfigPath)
+        ->hwTunnelConfig(Vane::vxlanTunnel_)
+        ->hwTunnelConfigListDelAll();
+    return settle();
+  }
+
+  TesselVxlan::TesselVxlanMounter& mounter() const { return *mounter_; }
+  Stateway::MountGroup const& mountGroup() const { return *mountGroup_; }
   TesselVxlan::TesselVxlanMounterSmWrapper& wrapper() const { return *mounter_->vxlanMounterSmWrapper(); }
   Asic::Chip& chip() const { return *world_->chip; }
   Stateway::AgentStores const& stores() const { return world_->stores; }
@@ -92,7 +127,7 @@ class FrameWorld {
     return stores().local->getEntity<T>(path);
   }
 
-  /// What of the feature runs: "vti unicast member multicast " when all does.
+  /// The state machines that run: "vti unicast member multicast " are all.
   std::string running() const {
     auto const& w = wrapper();
     return std::string(w.vxlanVtiStatusSm() ? "vti " : "") + (w.vxlanTunnelHelperSm() ? "unicast " : "") +
@@ -108,17 +143,27 @@ class FrameWorld {
     return text;
   }
   std::string rows() const { return AgentTest::chipText(chip(), *world_->driver); }
-  /// "path type mode", a line each.
-  std::string mounts() const {
-    std::string text;
-    for (auto const& mount : stores().stateway->mounts()) {
-      text += mount.path() + ' ' + mount.typeName() + ' ' + mount.mode() + '\n';
-    }
-    return text;
+  /// The entities of the local store and the slice configuration, as JSON.
+  std::string published() const {
+    rapidjson::Document document;
+    Kiln::JsonOut out(document, document.GetAllocator());
+    out.object();
+    auto const add = [&](std::string const& path, Dovel::Ptr<Dovel::Node> const& node) {
+      auto const entity = Dovel::cast<Kiln::Entity>(node);
+      auto place = out.member(path);
+      if (entity) Kiln::entityToJson(*entity, place);
+    };
+    for (auto const& path : stores().local->paths()) add(path, stores().local->getEntity(path));
+    std::string const slice = "hardware/tessel/tunnel/vxlan/sliceConfig";
+    add(slice, stores().stateway->getEntity(slice));
+    rapidjson::StringBuffer buffer;
+    rapidjson::PrettyWriter<rapidjson::StringBuffer> writer(buffer);
+    document.Accept(writer);
+    return buffer.GetString();
   }
 
  private:
-  /// What the host gives a wrapper before it starts it.
+  /// Sets what the host sets before it starts a wrapper.
   FrameWorld& equipped() {
     wrapper().localEntityManagerIs(stores().local);
     wrapper().vcsdIs(world_->vcsd);
@@ -136,6 +181,7 @@ class FrameWorld {
   Kiln::LogCapture logs_;
   std::unique_ptr<Host::World> world_;
   Dovel::Ptr<TesselVxlan::TesselVxlanMounter> mounter_;
+  Dovel::Ptr<Stateway::MountGroup> mountGroup_;
 };
 
 }  // namespace FrameTest

@@ -6,7 +6,6 @@
 #include <iostream>
 #include <iterator>
 
-#include "platform/kiln/Toggle.h"
 #include "tests/frame/FrameWorld.h"
 #include "tests/support/AgentWorld.h"
 
@@ -85,20 +84,62 @@ TEST(RestartOfAFullChip, findsRoomWhereTheOldRowsStillStand) {
   }
 }
 
-TEST(SecondWrapper, startsCleanOverWhatTheFirstLeft) {
+TEST(SecondStart, hasNothingOfWhatTheFirstPublished) {
+  FrameWorld fresh;
+  fresh.mountsComplete().start().tunnelSmIsReady();
+  for (bool const sameProcess : {true, false}) {
+    SCOPED_TRACE(sameProcess);
+    FrameWorld world;
+    world.mountsComplete().start().tunnelSmIsReady().tunnelWanted();
+    EXPECT_THAT(world.published(), testing::HasSubstr("10.255.0.1"));
+    world.wrapperGone().tunnelGone();
+    if (sameProcess) {
+      world.wrapperAgain().start();
+    } else {
+      world.processAgain().start().tunnelSmIsReady();
+    }
+    EXPECT_EQ(world.published(), fresh.published());
+    EXPECT_EQ(world.rows(), fresh.rows());
+    EXPECT_EQ(world.tables(), fresh.tables());
+  }
+}
+
+TEST(SecondWrapper, programsAnewOverWhatTheFirstLeft) {
   FrameWorld world;
   world.mountsComplete().start().tunnelSmIsReady().tunnelWanted();
   auto const rows = world.rows();
+  auto const published = world.published();
   auto const alive = Dovel::Node::aliveCount();
+  auto const status = world.wrapper().hwTunnelStatusDir()->hwTunnelStatus(Vane::vxlanTunnel_);
   world.wrapperAgain();
   EXPECT_EQ(world.running(), "");
   world.start();
-  EXPECT_EQ(world.running(), "vti unicast member multicast ") << "the word of the abstraction stands";
+  EXPECT_EQ(world.running(), "vti unicast member multicast ") << "the abstraction's flag is still set";
   EXPECT_EQ(world.rows(), rows);
-  EXPECT_EQ(Dovel::Node::aliveCount(), alive);
+  EXPECT_EQ(world.published(), published);
+  for (auto const type : {Vane::vxlanTunnel_, Vane::vxlanMemberTunnel_, Vane::vxlanHerTunnel_}) {
+    EXPECT_NE(world.wrapper().hwTunnelStatusDir()->hwTunnelStatus(type), status);
+  }
+  EXPECT_EQ(Dovel::Node::aliveCount(), alive + 1 + status->tunnelStatusColl().size()) << "the former status";
 }
 
-/// What hangs on the toggles, in an agent that starts in this process.
+TEST(SecondWrapper, isNotReachedByCompletionsOfTheFirst) {
+  std::string rows[2];
+  for (bool const held : {false, true}) {
+    FrameWorld world;
+    world.mountsComplete().start().tunnelSmIsReady();
+    if (held) world.chip().hold("VirtualPortTableMerged");
+    world.tunnelWanted().wrapperAgain();
+    world.chip().release();
+    world.start();
+    EXPECT_EQ(world.running(), "vti unicast member multicast ");
+    rows[held ? 1 : 0] = world.rows() + world.published();
+  }
+  EXPECT_THAT(rows[0], testing::HasSubstr("10.255.0.2"));
+  EXPECT_EQ(rows[0], rows[1]);
+}
+
+/// What the toggles decide, in a feature that starts in this process.
 std::string decided() {
   FrameWorld world;
   world.mountsComplete();
@@ -108,15 +149,22 @@ std::string decided() {
   world.start().tunnelSmIsReady();
   auto const& wrapper = world.wrapper();
   return fmt::format("VNI helper mounted {:d} bound {:d}, old group {:d}, VNI state {}, runs {}\n",
-                     world.mounts().find("helperVni") != std::string::npos,
+                     bool(world.state<VaneHelper::VaneHelperVniStatus>("hardware/tessel/tunnel/vxlan/helperVniStatus")),
                      wrapper.helperVniConfig() && wrapper.helperVniStatus(),
                      groups->vaneVtepGroupStatusHas(Vane::VXLAN::VaneVtepGroupKey(1U)),
                      wrapper.vxlanInfo()->vaneVniSmState()->vniSmState(), world.running());
 }
 
-void tellWithout(char const* toggle) {
-  Kiln::toggleOverrideIs(toggle, false);
+/// Reads the toggle as false from one file; every other file has it as true.
+void tellWithout(char const* toggle, std::string const& file) {
+  auto const directory = std::filesystem::path(testing::TempDir()) / toggle;
+  std::filesystem::create_directories(directory);
+  for (std::string const name : {"TesselL2.json", "TesselLib.json"}) {
+    std::ofstream(directory / name) << "{\"" << toggle << "\": " << (name == file ? "false" : "true") << "}";
+  }
+  setenv("TESSEL_TOGGLE_DIR", directory.c_str(), 1);
   std::cerr << decided();
+  std::filesystem::remove_all(directory);
   std::exit(0);
 }
 
@@ -126,9 +174,9 @@ TEST(TogglesDeathTest, decideWhoseTheVniHelperIsAndWhatRuns) {
   using testing::ExitedWithCode;
   using testing::HasSubstr;
   EXPECT_EXIT(
-      tellWithout("VaneVniSmInTesselL2"), ExitedWithCode(0),
+      tellWithout("VaneVniSmInTesselL2", "TesselL2.json"), ExitedWithCode(0),
       HasSubstr("VNI helper mounted 0 bound 0, old group 0, VNI state 3, runs vti unicast member multicast \n"));
-  EXPECT_EXIT(tellWithout("Tessel4L3McastUnderlayHER"), ExitedWithCode(0),
+  EXPECT_EXIT(tellWithout("Tessel4L3McastUnderlayHER", "TesselLib.json"), ExitedWithCode(0),
               HasSubstr("VNI helper mounted 1 bound 1, old group 1, VNI state 0, runs vti unicast member \n"));
   EXPECT_EQ(decided(), "VNI helper mounted 1 bound 1, old group 1, VNI state 0, runs vti unicast member multicast \n");
 }
