@@ -144,13 +144,6 @@ TEST(Records, aVtepKeepsOneLocalAddressPerFamily) {
   EXPECT_DEATH(map->getLocalVtep(Meshal::AddressFamily::unknown), "Invalid AddressFamily type");
 }
 
-TEST(Records, whatIsThereOncePerTunnelIsSmall) {
-  EXPECT_LE(sizeof(Vane::HwTunnelConfigEntry), 104U);
-  EXPECT_LE(sizeof(Vane::HwTunnelStatusEntry), 112U);
-  EXPECT_LE(sizeof(TesselCentral::VtepIpToTnlIdNhIdMap), 160U);
-  EXPECT_LE(sizeof(Vane::VaneTunnelConfigEntry), 96U);
-}
-
 TEST(Records, floodVtepsArePublishedWhole) {
   auto const dir = Dovel::make<TesselL3Common::TesselVxlanBumVtepConfigDir>();
   auto const config = dir->bumVtepConfigIs(IpGenAddr("10.255.0.2"), TesselL3Common::EncapId(4097));
