@@ -61,9 +61,7 @@ bool sameEntry(EntryHandle::PtrConst const& a, EntryHandle::PtrConst const& b) {
   return a->record() || a->dontCareIndex() == b->dontCareIndex();
 }
 
-EntryHandle::PtrConst SwTableWorkaround::dontCareHandle(Index index) {
-  return EntryHandle::PtrConst(new DontCareHandle(index));
-}
+EntryHandle::PtrConst SwTableWorkaround::dontCareHandle(Index index) { return Dovel::make<DontCareHandle>(index); }
 
 void appendHandleText(std::string& out, EntryHandle::PtrConst const& handle) {
   if (!handle) {

@@ -63,8 +63,8 @@ void readFeatures(ChipProfile& profile, Kiln::JsonIn const& in) {
   in.eachMember([&](std::string_view name, Kiln::JsonIn const& value) {
     auto const* type = Kiln::typeByName(name);
     if (!type || !isFeature(*type)) value.fail("unknown feature");
-    Kiln::entityCheck(*type, value);
     auto const feature = makeFeature(*type);
+    Kiln::entityCheck(*feature, value);
     Kiln::entityFromJson(*feature, value);
     profile.featureIs(feature);
   });

@@ -7,7 +7,7 @@ void Node::hasNotificationActiveIs(bool active) { nodeFlagSet(kNotificationActiv
 void Node::kilnDoZombieReactors(bool zombie) { nodeFlagSet(kZombie, zombie); }
 
 void Node::lastUserGoneImpl() const noexcept {
-  word_ += kGoing;
+  word_ += kDeleting;
   auto* self = const_cast<Node*>(this);
   self->lastUserGone();
   delete self;

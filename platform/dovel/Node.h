@@ -15,11 +15,15 @@ namespace Dovel {
 
 class Publisher;
 
-/// Root of every reference-counted object: a use count and two flags in one word.
+/// Root of every reference-counted object: a reference count and two flags in one word.
 ///
-/// The object goes with its last user: `lastUserGone` runs while it is still whole, then it is deleted. Uses taken and
-/// dropped while it goes do no harm and do not bring it back.
-/// Counts are plain unless `ThreadControl::tsp_` is set. Memory comes from the slab allocator.
+/// created by `Dovel::make` (one reference, held by the creator) → referenced → last reference released: `lastUserGone`
+/// runs while the object is still whole, then it is deleted. References that a constructor takes to its own object, and
+/// those taken during deletion, are harmless: the former do not delete it, the latter do not revive it.
+///
+/// Threads: with `ThreadControl::tsp_` set, counts and flags may be read and changed on any thread. All else belongs to
+/// the main thread: construction, deletion (a thread must not release the last reference), memory, which comes from the
+/// slab allocator, and notification. Without `tsp_` everything is main thread only.
 class Node {
  public:
   Node(Node const&) = delete;
@@ -32,6 +36,7 @@ class Node {
       ++word_;
     }
   }
+  /// Releases a reference; the last one deletes the object.
   void useDec() const noexcept {
     std::uint32_t left;
     if (ThreadControl::tsp_) [[unlikely]] {
@@ -41,17 +46,17 @@ class Node {
     }
     if ((left & kCountMask) == 0) lastUserGoneImpl();
   }
-  std::uint32_t useCount() const noexcept { return word_ & kCountMask; }
+  std::uint32_t useCount() const noexcept { return word() & kCountMask; }
 
-  /// Whether this object listens to what it watches.
-  bool hasNotificationActive() const noexcept { return (word_ & kNotificationActive) != 0; }
+  /// Whether this object is subscribed to what it watches.
+  bool hasNotificationActive() const noexcept { return (word() & kNotificationActive) != 0; }
   virtual void hasNotificationActiveIs(bool active);
 
-  /// A zombie handles nothing any more; it waits for its last user to go.
-  bool isZombie() const noexcept { return (word_ & kZombie) != 0; }
+  /// A zombie handles no change; it waits for the release of its last reference.
+  bool isZombie() const noexcept { return (word() & kZombie) != 0; }
   virtual void kilnDoZombieReactors(bool zombie);
 
-  /// Where subscribers are told of changes, or null for an object that publishes none.
+  /// The publisher of this object's changes; null for an object that publishes none.
   virtual Publisher* publisher() const { return nullptr; }
   /// The description of the object's class.
   virtual Kiln::Type const& typeData() const = 0;
@@ -66,10 +71,16 @@ class Node {
   Node() noexcept { ++alive_; }
   virtual ~Node() { --alive_; }
 
-  /// Runs once, when the last user has gone and the object is still whole.
+  /// Runs once, when the last reference was released and the object is still whole.
   virtual void lastUserGone() {}
-  void nodeFlagSet(std::uint32_t flag, bool on) const noexcept { word_ = on ? (word_ | flag) : (word_ & ~flag); }
-  /// A class without a publisher has nobody to tell of a change.
+  void nodeFlagSet(std::uint32_t flag, bool on) const noexcept {
+    if (ThreadControl::tsp_) [[unlikely]] {
+      on ? std::atomic_ref(word_).fetch_or(flag) : std::atomic_ref(word_).fetch_and(~flag);
+    } else {
+      word_ = on ? (word_ | flag) : (word_ & ~flag);
+    }
+  }
+  /// A class without a publisher reports no change.
   void kilnChanged(std::uint16_t, void const* = nullptr) const noexcept {}
 
   static constexpr std::uint32_t kNotificationActive = 0x20000000;
@@ -77,12 +88,13 @@ class Node {
 
  private:
   static constexpr std::uint32_t kCountMask = 0x9fffffff;
-  /// Stands in the count while the object goes, so that passing users can't bring it to zero again.
-  static constexpr std::uint32_t kGoing = 0x10000000;
+  /// Added to the count during deletion, so that temporary references do not bring it to zero again.
+  static constexpr std::uint32_t kDeleting = 0x10000000;
 
   void lastUserGoneImpl() const noexcept;
+  std::uint32_t word() const noexcept { return std::atomic_ref(word_).load(std::memory_order_relaxed); }
 
-  mutable std::uint32_t word_ = 0;
+  mutable std::uint32_t word_ = 1;
   inline static std::size_t alive_ = 0;
 };
 

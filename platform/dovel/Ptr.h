@@ -7,12 +7,14 @@
 namespace Dovel {
 
 /// Owning pointer to a `Node`; null is allowed. `Ptr<T const>` is the read-only form.
+///
+/// Pointers to one object may live on several threads as `Node` says; one pointer object belongs to one thread.
 template <class T>
 class Ptr {
  public:
   using element_type = T;
 
-  Ptr() noexcept = default;
+  constexpr Ptr() noexcept = default;
   Ptr(std::nullptr_t) noexcept {}
   Ptr(T* object) noexcept : object_(object) { inc(); }
   Ptr(Ptr const& other) noexcept : object_(other.object_) { inc(); }
@@ -23,7 +25,14 @@ class Ptr {
   template <class U>
   requires(std::convertible_to<U*, T*> && !std::same_as<U, T>) Ptr(Ptr<U>&& other)
   noexcept : object_(other.release()) {}
-  ~Ptr() { dec(); }
+  constexpr ~Ptr() { dec(); }
+
+  /// Takes over a reference that the caller holds.
+  static Ptr adopt(T* object) noexcept {
+    Ptr pointer;
+    pointer.object_ = object;
+    return pointer;
+  }
 
   Ptr& operator=(Ptr const& other) noexcept {
     Ptr(other).swap(*this);
@@ -39,7 +48,7 @@ class Ptr {
   T* operator->() const noexcept { return object_; }
   explicit operator bool() const noexcept { return object_ != nullptr; }
   void swap(Ptr& other) noexcept { std::swap(object_, other.object_); }
-  /// Hands the use over to the caller, who has to drop it.
+  /// Hands the reference over to the caller, who has to release it.
   T* release() noexcept { return std::exchange(object_, nullptr); }
 
   friend bool operator==(Ptr const& a, Ptr const& b) noexcept { return a.object_ == b.object_; }
@@ -49,20 +58,20 @@ class Ptr {
   void inc() const noexcept {
     if (object_) object_->useInc();
   }
-  void dec() const noexcept {
+  constexpr void dec() const noexcept {
     if (object_) object_->useDec();
   }
 
   T* object_ = nullptr;
 };
 
-/// Makes a `T`; its first use is the returned pointer.
+/// Creates a `T`. Nodes are created by this function only: it takes over the creator's reference.
 template <class T, class... Args>
 Ptr<T> make(Args&&... args) {
-  return Ptr<T>(new T(std::forward<Args>(args)...));
+  return Ptr<T>::adopt(new T(std::forward<Args>(args)...));
 }
 
-/// `pointer` as a `T`, null if it points at something else.
+/// `pointer` as a `T`, null if its object is of another class.
 template <class T, class U>
 Ptr<T> cast(Ptr<U> const& pointer) {
   return Ptr<T>(dynamic_cast<T*>(pointer.get()));

@@ -4,8 +4,9 @@
 
 namespace Dovel {
 
-/// Tells how use counts are updated: plainly, or with locked arithmetic once the host shares objects with threads of
-/// its own. The host sets the byte before it starts the first such thread; nothing else looks at it.
+/// Selects how reference counts and flags of nodes are updated: by plain arithmetic, or by locked arithmetic while the
+/// host shares objects with threads of its own. The host sets the byte before it starts the first such thread; only
+/// `Node` reads it.
 struct ThreadControl {
   inline static std::uint8_t tsp_ = 0;
 };

@@ -14,20 +14,21 @@
 ///
 ///   KILN_TYPE(Ns::Class, Ns::Base)            first line of the class; Base is described itself
 ///   KILN_BASE_TYPE(Ns::Class)                 the same where no base is described
-///   KILN_ATTR(id, Type, x, default…)          x(), xIs(v): stores and publishes a value that differs
+///   KILN_ATTR(id, Type, x, default...)        x(), xIs(v): stores and publishes a value that differs
 ///   KILN_FIXED(id, Type, x)                   x(): set by the constructor (member x_) and never again
 ///   KILN_READONLY(id, Type, x, default…)      x(): written by the class itself, through the private xSet(v)
 ///   KILN_INST(id, Class, x)                   x(), xIs(ctorArgs…) makes the object, xDel()
 ///   KILN_COLL(id, Key, Value, x)              x(k), xHas(k), xIs(k, v), xDel(k), xDelAll(), xColl()
 ///   KILN_SMALL_COLL(id, Key, Value, x)        the same for a handful of elements
-///   KILN_ENTITY_COLL(id, Key, Class, key, x)  x(k), xHas(k), xIs(k, args…) finds or makes, xIs(ptr), xDel(k),
-///   xDelAll();
-///                                             `key` is the member of Class that reads its key
+///   KILN_ENTITY_COLL(id, Key, Class, key, x)  x(k), xHas(k), xIs(k) finds or makes, xIs(ptr), xDel(k), xDelAll(),
+///                                             xColl(); `key` is the member of Class that reads its key
 ///   KILN_METHOD(x)                            void x() may be called by name
 ///   KILN_RESERVED(id, "Ns::Class", x)         keeps the id of an attribute whose class is not part of this build; null
 ///   KILN_WATCHED(…)                           in Sm.h: a pointer whose changes run a handler
 ///
-/// Each gives `xId`, the id that a change of the attribute carries. After a macro the access is private.
+/// Each defines `xId`, the id that a change of the attribute carries. After a macro the access is private. A mutator
+/// releases what it replaces or removes after its notification, and may run handlers that release the last reference to
+/// its object.
 
 #define KILN_TYPE_COMMON(Class_, base_)                                              \
  public:                                                                             \
@@ -50,7 +51,7 @@
   Type_ const& name_() const { return name_##_; }                                                                   \
   void name_##Is(Type_ const& value) {                                                                              \
     if (name_##_ == value) return;                                                                                  \
-    name_##_ = value;                                                                                               \
+    [[maybe_unused]] Type_ const former = std::exchange(name_##_, value);                                           \
     this->kilnChanged(id_);                                                                                         \
   }                                                                                                                 \
                                                                                                                     \
@@ -72,42 +73,43 @@
   inline static ::Kiln::TypeLink const name_##Link_{    \
       kilnType(), ::Kiln::Impl::fixedAttribute<KilnSelf, Type_, &KilnSelf::name_>(id_, #name_)};
 
-#define KILN_READONLY(id_, Type_, name_, ...)           \
- public:                                                \
-  static constexpr ::Kiln::AttributeId name_##Id = id_; \
-  Type_ const& name_() const { return name_##_; }       \
-                                                        \
- private:                                               \
-  void name_##Set(Type_ const& value) {                 \
-    if (name_##_ == value) return;                      \
-    name_##_ = value;                                   \
-    this->kilnChanged(id_);                             \
-  }                                                     \
-  Type_ name_##_{__VA_ARGS__};                          \
-  inline static ::Kiln::TypeLink const name_##Link_{    \
+#define KILN_READONLY(id_, Type_, name_, ...)                             \
+ public:                                                                  \
+  static constexpr ::Kiln::AttributeId name_##Id = id_;                   \
+  Type_ const& name_() const { return name_##_; }                         \
+                                                                          \
+ private:                                                                 \
+  void name_##Set(Type_ const& value) {                                   \
+    if (name_##_ == value) return;                                        \
+    [[maybe_unused]] Type_ const former = std::exchange(name_##_, value); \
+    this->kilnChanged(id_);                                               \
+  }                                                                       \
+  Type_ name_##_{__VA_ARGS__};                                            \
+  inline static ::Kiln::TypeLink const name_##Link_{                      \
       kilnType(), ::Kiln::Impl::fixedAttribute<KilnSelf, Type_, &KilnSelf::name_>(id_, #name_)};
 
-#define KILN_INST(id_, Class_, name_)                                \
- public:                                                             \
-  static constexpr ::Kiln::AttributeId name_##Id = id_;              \
-  ::Dovel::Ptr<Class_> const& name_() const { return name_##_; }     \
-  template <class... Args_>                                          \
-  ::Dovel::Ptr<Class_> const& name_##Is(Args_&&... args) {           \
-    if (name_##_) ::Kiln::Impl::throwMutatorReinstantiating(#name_); \
-    name_##_ = ::Dovel::make<Class_>(std::forward<Args_>(args)...);  \
-    this->kilnChanged(id_);                                          \
-    return name_##_;                                                 \
-  }                                                                  \
-  void name_##Del() {                                                \
-    if (!name_##_) return;                                           \
-    name_##_->hasNotificationActiveIs(false);                        \
-    name_##_ = nullptr;                                              \
-    this->kilnChanged(id_);                                          \
-  }                                                                  \
-                                                                     \
- private:                                                            \
-  ::Dovel::Ptr<Class_> name_##_;                                     \
-  inline static ::Kiln::TypeLink const name_##Link_{                 \
+#define KILN_INST(id_, Class_, name_)                                      \
+ public:                                                                   \
+  static constexpr ::Kiln::AttributeId name_##Id = id_;                    \
+  ::Dovel::Ptr<Class_> const& name_() const { return name_##_; }           \
+  template <class... Args_>                                                \
+  ::Dovel::Ptr<Class_> name_##Is(Args_&&... args) {                        \
+    if (name_##_) ::Kiln::Impl::throwMutatorReinstantiating(#name_);       \
+    auto const made = ::Dovel::make<Class_>(std::forward<Args_>(args)...); \
+    name_##_ = made;                                                       \
+    this->kilnChanged(id_);                                                \
+    return made;                                                           \
+  }                                                                        \
+  void name_##Del() {                                                      \
+    auto const former = std::exchange(name_##_, nullptr);                  \
+    if (!former) return;                                                   \
+    former->hasNotificationActiveIs(false);                                \
+    this->kilnChanged(id_);                                                \
+  }                                                                        \
+                                                                           \
+ private:                                                                  \
+  ::Dovel::Ptr<Class_> name_##_;                                           \
+  inline static ::Kiln::TypeLink const name_##Link_{                       \
       kilnType(), ::Kiln::Impl::fixedAttribute<KilnSelf, ::Dovel::Ptr<Class_>, &KilnSelf::name_>(id_, #name_)};
 
 #define KILN_COLL_OF(Map_, id_, Key_, Value_, name_)                                                             \
@@ -120,18 +122,20 @@
   bool name_##Has(Key_ const& key) const { return name_##_.find(key) != name_##_.end(); }                        \
   void name_##Is(Key_ const& key, Value_ const& value) {                                                         \
     Key_ const changed = key;                                                                                    \
-    if (::Kiln::Impl::assign(name_##_, key, value)) this->kilnChanged(id_, &changed);                            \
+    Value_ former{};                                                                                             \
+    if (::Kiln::Impl::assign(name_##_, changed, value, former)) this->kilnChanged(id_, &changed);                \
   }                                                                                                              \
   Value_ name_##Del(Key_ const& key) {                                                                           \
     auto const found = name_##_.find(key);                                                                       \
     if (found == name_##_.end()) return {};                                                                      \
-    Value_ const former = found->second;                                                                         \
+    Value_ former = std::move(found->second);                                                                    \
     Key_ const gone = found->first;                                                                              \
     name_##_.erase(found);                                                                                       \
     this->kilnChanged(id_, &gone);                                                                               \
     return former;                                                                                               \
   }                                                                                                              \
   void name_##DelAll() {                                                                                         \
+    ::Dovel::Ptr<KilnSelf const> const alive(this);                                                              \
     for (auto const& key : ::Kiln::keysOf(name_##_)) name_##Del(key);                                            \
   }                                                                                                              \
                                                                                                                  \
@@ -153,13 +157,14 @@
   bool name_##Has(Key_ const& key) const { return name_##_.at(key) != nullptr; }                             \
   ::Dovel::Ptr<Class_> name_##Is(Key_ const& key) {                                                          \
     if (auto const& found = name_##_.at(key)) return found;                                                  \
-    ::Dovel::Ptr<Class_> const made = ::Dovel::make<Class_>(key);                                            \
+    auto const made = ::Dovel::make<Class_>(key);                                                            \
     name_##Is(made);                                                                                         \
     return made;                                                                                             \
   }                                                                                                          \
   void name_##Is(::Dovel::Ptr<Class_> const& object) {                                                       \
     if (!object) ::Kiln::throwMutatorArgNullPointerException(#name_);                                        \
-    if (!name_##_.assign(object)) return;                                                                    \
+    auto const former = name_##_.assign(object);                                                             \
+    if (former == object) return;                                                                            \
     Key_ const key = (object.get()->*(&Class_::key_))();                                                     \
     this->kilnChanged(id_, &key);                                                                            \
   }                                                                                                          \
@@ -171,6 +176,7 @@
     return former;                                                                                           \
   }                                                                                                          \
   void name_##DelAll() {                                                                                     \
+    ::Dovel::Ptr<KilnSelf const> const alive(this);                                                          \
     for (auto const& key : ::Kiln::keysOf(name_##_)) name_##Del(key);                                        \
   }                                                                                                          \
                                                                                                              \

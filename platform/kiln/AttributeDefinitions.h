@@ -37,16 +37,6 @@ void valueOut(T const& value, JsonOut& out) {
 }
 
 template <class T>
-void valueCheck(JsonIn const& in) {
-  if constexpr (isPtr<T>) {
-    if (!isNull(in)) entityCheck(PtrTarget<T>::type::kilnType(), in);
-  } else {
-    T value{};
-    codecOf<T>().fromJson(&value, in);
-  }
-}
-
-template <class T>
 T valueIn(JsonIn const& in) {
   T value{};
   codecOf<T>().fromJson(&value, in);
@@ -77,14 +67,23 @@ Attribute attribute(AttributeId id, std::string_view name) {
               nullptr,
               nullptr};
   if constexpr (readable<T>()) {
-    a.check = &valueCheck<T>;
+    a.check = [](Dovel::Node const& owner, JsonIn const& in) {
+      if constexpr (isPtr<T>) {
+        if (isNull(in)) return;
+        T const present = (static_cast<C const&>(owner).*Read)();
+        entityCheck(present ? *present : *Dovel::make<typename PtrTarget<T>::type>(), in);
+      } else {
+        valueIn<T>(in);
+      }
+    };
     a.reset = [](Dovel::Node& owner) { (static_cast<C&>(owner).*Write)(Default()); };
     a.fromJson = [](Dovel::Node& owner, JsonIn const& in) {
       auto& self = static_cast<C&>(owner);
       if constexpr (isPtr<T>) {
         if (isNull(in)) return (self.*Write)(nullptr);
         if (!(self.*Read)()) (self.*Write)(Dovel::make<typename PtrTarget<T>::type>());
-        entityFromJson(*(self.*Read)(), in);
+        T const present = (self.*Read)();
+        entityFromJson(*present, in);
       } else {
         (self.*Write)(valueIn<T>(in));
       }
@@ -151,10 +150,10 @@ Attribute collection(AttributeId id, std::string_view name) {
               nullptr,
               nullptr};
   if constexpr (!isPtr<V>) {
-    a.check = [](JsonIn const& in) {
+    a.check = [](Dovel::Node const&, JsonIn const& in) {
       eachMember(in, [](std::string_view text, JsonIn const& member) {
         keyIn<K>(text, member);
-        valueCheck<V>(member);
+        valueIn<V>(member);
       });
     };
     a.fromJson = [](Dovel::Node& owner, JsonIn const& in) {
@@ -187,10 +186,12 @@ Attribute entityCollection(AttributeId id, std::string_view name) {
             sortedOut(out, std::move(members),
                       [](void const* value, JsonOut& to) { entityToJson(*static_cast<V const*>(value), to); });
           },
-          [](JsonIn const& in) {
-            eachMember(in, [](std::string_view text, JsonIn const& member) {
-              keyIn<K>(text, member);
-              entityCheck(V::kilnType(), member);
+          [](Dovel::Node const& owner, JsonIn const& in) {
+            auto const& map = (static_cast<C const&>(owner).*Coll)();
+            eachMember(in, [&](std::string_view text, JsonIn const& member) {
+              auto const key = keyIn<K>(text, member);
+              auto const present = map.at(key);
+              entityCheck(present ? *present : *Dovel::make<V>(key), member);
             });
           },
           [](Dovel::Node& owner, JsonIn const& in) {

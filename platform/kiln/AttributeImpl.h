@@ -17,7 +17,7 @@
 namespace Kiln {
 
 void entityToJson(Entity const& entity, JsonOut& out);
-void entityCheck(Type const& type, JsonIn const& in);
+void entityCheck(Entity const& entity, JsonIn const& in);
 void entityFromJson(Entity& entity, JsonIn const& in);
 
 namespace Impl {

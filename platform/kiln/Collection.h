@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <boost/unordered/unordered_flat_map.hpp>
 #include <boost/unordered/unordered_flat_set.hpp>
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
 #include <utility>
 #include <vector>
 
@@ -13,117 +16,169 @@
 
 namespace Kiln {
 
+// In all three collections the element under an iterator may be removed; the next increment reaches the next one.
+
 /// A keyed collection of values. The order of iteration is not specified.
 template <class K, class V>
 using HashMap = boost::unordered_flat_map<K, V, Hash<K>>;
 
 /// A keyed collection of a handful of values in one sorted array; an empty one is three words and owns no memory.
+///
+/// The array descends and is iterated from its end: removing the element under an iterator moves only those before it.
 template <class K, class V>
 class SmallMap {
  public:
   using value_type = std::pair<K, V>;
-  using Array = std::vector<value_type, Scree::SlabAllocator<value_type>>;
-  using iterator = typename Array::iterator;
-  using const_iterator = typename Array::const_iterator;
+  using iterator = std::reverse_iterator<value_type*>;
+  using const_iterator = std::reverse_iterator<value_type const*>;
 
-  iterator begin() { return array_.begin(); }
-  iterator end() { return array_.end(); }
-  const_iterator begin() const { return array_.begin(); }
-  const_iterator end() const { return array_.end(); }
+  iterator begin() { return iterator(array_.data() + array_.size()); }
+  iterator end() { return iterator(array_.data()); }
+  const_iterator begin() const { return const_iterator(array_.data() + array_.size()); }
+  const_iterator end() const { return const_iterator(array_.data()); }
   std::size_t size() const { return array_.size(); }
   bool empty() const { return array_.empty(); }
 
-  iterator find(K const& key) {
-    auto const at = lower(array_, key);
-    return at != end() && at->first == key ? at : end();
-  }
-  const_iterator find(K const& key) const { return const_cast<SmallMap*>(this)->find(key); }
-  void erase(iterator at) { array_.erase(at); }
-  std::pair<iterator, bool> emplace(K const& key, V const& value) {
-    if (array_.empty()) array_.reserve(1);  // before `at`, which it would invalidate
-    auto const at = lower(array_, key);
-    if (at != end() && at->first == key) return {at, false};
-    return {array_.emplace(at, key, value), true};
+  iterator find(K const& key) { return std::find_if(begin(), end(), HasKey{key}); }
+  const_iterator find(K const& key) const { return std::find_if(begin(), end(), HasKey{key}); }
+  void erase(iterator at) { array_.erase(array_.begin() + (std::to_address(at.base()) - 1 - array_.data())); }
+  std::pair<iterator, bool> try_emplace(K const& key, V const& value) {
+    if (auto const found = find(key); found != end()) return {found, false};
+    if (array_.empty()) array_.reserve(1);
+    auto const after = std::find_if(array_.begin(), array_.end(), [&](auto const& one) { return one.first < key; });
+    return {iterator(std::to_address(array_.emplace(after, key, value)) + 1), true};
   }
 
  private:
-  static iterator lower(Array& array, K const& key) {
-    return std::lower_bound(array.begin(), array.end(), key, [](auto const& a, K const& b) { return a.first < b; });
-  }
+  struct HasKey {
+    K const& key;
+    bool operator()(value_type const& element) const { return element.first == key; }
+  };
 
-  Array array_;
+  std::vector<value_type, Scree::SlabAllocator<value_type>> array_;
 };
 
-/// Objects found by a key that they hold themselves: the table keeps a pointer an element and no copy of the key.
+/// Objects found by a key that they hold themselves.
+///
+/// The objects are in one array in the order in which they were added, where a removed one leaves a hole that a later
+/// one fills; iteration is in the order of the array and tolerates additions too. A hash table beside the array finds
+/// the objects by their keys, without a copy of the key.
 template <class K, class V, auto Key>
 class EntityMap {
+  using Place = std::uint32_t;
+  struct Element {
+    mutable V* object = nullptr;  // Replaced by an object of the same key.
+    Place place = 0;
+  };
+  static decltype(auto) keyOf(Element const& element) { return (element.object->*Key)(); }
   struct KeyHash {
     using is_transparent = void;
     using is_avalanching = void;
     std::size_t operator()(K const& key) const { return Hash<K>{}(key); }
-    std::size_t operator()(Dovel::Ptr<V> const& value) const { return Hash<K>{}((value.get()->*Key)()); }
+    std::size_t operator()(Element const& element) const { return Hash<K>{}(keyOf(element)); }
   };
   struct KeyEqual {
     using is_transparent = void;
-    bool operator()(Dovel::Ptr<V> const& a, Dovel::Ptr<V> const& b) const {
-      return (a.get()->*Key)() == (b.get()->*Key)();
-    }
-    bool operator()(K const& a, Dovel::Ptr<V> const& b) const { return a == (b.get()->*Key)(); }
-    bool operator()(Dovel::Ptr<V> const& a, K const& b) const { return b == (a.get()->*Key)(); }
+    bool operator()(Element const& a, Element const& b) const { return keyOf(a) == keyOf(b); }
+    bool operator()(K const& a, Element const& b) const { return a == keyOf(b); }
+    bool operator()(Element const& a, K const& b) const { return b == keyOf(a); }
   };
 
  public:
-  using Set = boost::unordered_flat_set<Dovel::Ptr<V>, KeyHash, KeyEqual>;
-  using const_iterator = typename Set::const_iterator;
+  class const_iterator {
+   public:
+    using iterator_category = std::forward_iterator_tag;
+    using value_type = Dovel::Ptr<V>;
+    using difference_type = std::ptrdiff_t;
+    using pointer = value_type const*;
+    using reference = value_type const&;
+
+    const_iterator() = default;
+    reference operator*() const { return (*objects_)[place_]; }
+    pointer operator->() const { return &**this; }
+    const_iterator& operator++() {
+      ++place_;
+      skipHoles();
+      return *this;
+    }
+    const_iterator operator++(int) { return std::exchange(*this, std::next(*this)); }
+    friend bool operator==(const_iterator const& a, const_iterator const& b) { return a.place_ == b.place_; }
+
+   private:
+    friend class EntityMap;
+    const_iterator(std::vector<Dovel::Ptr<V>> const& objects, std::size_t place) : objects_(&objects), place_(place) {
+      skipHoles();
+    }
+    void skipHoles() {
+      while (place_ < objects_->size() && !(*objects_)[place_]) ++place_;
+    }
+
+    std::vector<Dovel::Ptr<V>> const* objects_ = nullptr;
+    std::size_t place_ = 0;
+  };
 
   EntityMap() = default;
   EntityMap(EntityMap const&) = delete;
   EntityMap& operator=(EntityMap const&) = delete;
+  /// What is looked up here while the objects are deleted is not found.
+  ~EntityMap() {
+    last_ = {};
+    index_.clear();
+    auto const dying = std::move(objects_);
+  }
 
   /// Null if there is none.
   Dovel::Ptr<V> const& at(K const& key) const {
-    static Dovel::Ptr<V> const none;
-    if (last_ && (last_->get()->*Key)() == key) return *last_;
-    auto const found = set_.find(key);
-    if (found == set_.end()) return none;
-    last_ = &*found;
-    return *last_;
+    static constexpr Dovel::Ptr<V> none;
+    if (last_.object && keyOf(last_) == key) return objects_[last_.place];
+    auto const found = index_.find(key);
+    if (found == index_.end()) return none;
+    last_ = *found;
+    return objects_[found->place];
   }
-  /// False if just this object stood there already.
-  bool assign(Dovel::Ptr<V> const& value) {
-    auto [at, inserted] = set_.insert(value);
+  /// Adds `value` in place of the object with its key. Returns that object: null if there was none, `value` itself if
+  /// it was here already.
+  Dovel::Ptr<V> assign(Dovel::Ptr<V> const& value) {
+    auto const place = holes_.empty() ? static_cast<Place>(objects_.size()) : holes_.back();
+    auto const [at, inserted] = index_.insert(Element{value.get(), place});
     if (!inserted) {
-      if (*at == value) return false;
-      // Goes when the map is whole again: its end may lead back here.
-      Dovel::Ptr<V> const former = *at;
-      last_ = nullptr;
-      set_.erase(at);
-      at = set_.insert(value).first;
+      at->object = value.get();
+      last_ = *at;
+      return std::exchange(objects_[at->place], value);
     }
-    last_ = &*at;
-    return true;
+    last_ = *at;
+    if (holes_.empty()) {
+      objects_.push_back(value);
+    } else {
+      holes_.pop_back();
+      objects_[place] = value;
+    }
+    return nullptr;
   }
   Dovel::Ptr<V> take(K const& key) {
-    auto const found = set_.find(key);
-    if (found == set_.end()) return {};
-    Dovel::Ptr<V> const taken = *found;
-    last_ = nullptr;
-    set_.erase(found);
-    return taken;
+    auto const found = index_.find(key);
+    if (found == index_.end()) return nullptr;
+    auto const place = found->place;
+    last_ = {};
+    index_.erase(found);
+    holes_.push_back(place);
+    return std::exchange(objects_[place], nullptr);
   }
-  const_iterator begin() const { return set_.begin(); }
-  const_iterator end() const { return set_.end(); }
-  std::size_t size() const { return set_.size(); }
-  bool empty() const { return set_.empty(); }
+  const_iterator begin() const { return {objects_, 0}; }
+  const_iterator end() const { return {objects_, objects_.size()}; }
+  std::size_t size() const { return index_.size(); }
+  bool empty() const { return index_.empty(); }
   void reserve(std::size_t count) {
-    last_ = nullptr;
-    set_.reserve(count);
+    index_.reserve(count);
+    objects_.reserve(count);
   }
   K const keyAt(const_iterator at) const { return ((*at).get()->*Key)(); }
 
  private:
-  Set set_;
-  mutable Dovel::Ptr<V> const* last_ = nullptr;  ///< Found last: what works on one object asks for it again and again.
+  boost::unordered_flat_set<Element, KeyHash, KeyEqual> index_;
+  std::vector<Dovel::Ptr<V>> objects_;
+  std::vector<Place> holes_;
+  mutable Element last_;  ///< Found or added last: work on one object looks it up again and again.
 };
 
 template <class Map>
@@ -142,8 +197,8 @@ std::vector<K> keysOf(EntityMap<K, V, Key> const& map) {
   return keys;
 }
 
-/// Calls `handle(key, object)` for each object that stands in `map` when its turn comes: handlers may add and remove.
-/// An object that goes before its turn is passed over, one that comes during the walk is not visited.
+/// Calls `handle(key, object)` for each object of `map`; handlers may add and remove. An object that is removed before
+/// its turn is passed over, one that is added during the walk is not visited.
 template <class K, class V, auto Key, class F>
 void forEachKey(EntityMap<K, V, Key> const& map, F&& handle) {
   for (auto const& key : keysOf(map)) {
@@ -160,13 +215,13 @@ auto const& valueOrDefault(Map const& map, K const& key) {
   return found == map.end() ? none : found->second;
 }
 
-/// False if the value stood there already.
+/// Makes `value` the value of `key` and puts the one that it replaces into `former`. False if it is the value already.
 template <class Map, class K, class V>
-bool assign(Map& map, K const& key, V const& value) {
-  auto const [at, inserted] = map.emplace(key, value);
+bool assign(Map& map, K const& key, V const& value, V& former) {
+  auto const [at, inserted] = map.try_emplace(key, value);
   if (inserted) return true;
   if (at->second == value) return false;
-  at->second = value;
+  former = std::exchange(at->second, value);
   return true;
 }
 

@@ -41,7 +41,7 @@ Dovel::Ptr<Dovel::Node> Dir::createEntity(std::string_view typeName, std::string
     auto const& present = found->second->typeData();
     if (present.isA(*type)) return found->second;
     throw TypeException(
-        std::string(name).append(" is a ").append(present.name()).append(", wanted is a ").append(typeName));
+        std::string(name).append(" is a ").append(present.name()).append(", expected a ").append(typeName));
   }
   auto const made = type->make(name);
   childIs(name, made);
@@ -51,11 +51,10 @@ Dovel::Ptr<Dovel::Node> Dir::createEntity(std::string_view typeName, std::string
 void Dir::childIs(std::string const& name, Dovel::Ptr<Dovel::Node> const& object) {
   if (!object) throwMutatorArgNullPointerException("Kiln::Dir::childIs");
   auto const [at, inserted] = children_.emplace(name, object);
-  if (!inserted) {
-    if (at->second == object) return;
-    at->second = object;
-  }
+  if (!inserted && at->second == object) return;
   std::string const changed = name;
+  // Released after the notification: its deletion may lead back here, or end this directory.
+  Dovel::Ptr<Dovel::Node> const former = std::exchange(at->second, object);
   kilnChanged(entityId, &changed);
 }
 

@@ -10,7 +10,7 @@
 
 namespace Kiln {
 
-/// An object was asked for by a type that isn't there or that it doesn't have. A fault of the program that asked.
+/// An object was requested by a type that is not loaded or that it does not have. A programming fault of the caller.
 class TypeException : public std::logic_error {
  public:
   using std::logic_error::logic_error;
@@ -18,8 +18,8 @@ class TypeException : public std::logic_error {
 
 /// An entity whose content are its named children.
 ///
-/// A child is any object that is known by its type's name; it belongs to the directory and to who else holds it.
-/// Publishes `entityId` with the child's name, a `std::string`, when one comes, goes or is replaced. Main thread only.
+/// A child is any object of a described class; the directory shares it. Publishes `entityId` with the child's name, a
+/// `std::string`, when one is added, removed or replaced. Main thread only.
 class Dir : public NamedEntity {
   KILN_TYPE(Kiln::Dir, Kiln::NamedEntity)
 
@@ -29,8 +29,8 @@ class Dir : public NamedEntity {
 
   explicit Dir(Dovel::String name = {}) : NamedEntity(std::move(name)) {}
 
-  /// The child `name`: what stands there already, else a new object of the named type. Never null.
-  /// Throws `TypeException` if no such class can be made by its name, or if another type stands there.
+  /// The child `name`: the present one, else a new object of the named type. Never null.
+  /// Throws `TypeException` if no such class can be made by its name, or if the present child is of another type.
   Dovel::Ptr<Dovel::Node> createEntity(std::string_view typeName, std::string const& name);
   /// The same for a class that the caller knows.
   template <class T>
@@ -38,7 +38,7 @@ class Dir : public NamedEntity {
     return Dovel::cast<T>(createEntity(T::kilnType().name(), name));
   }
 
-  /// Puts an object that was made elsewhere under `name`, in the place of what stands there.
+  /// Puts an object that was made elsewhere under `name`, in place of the present child.
   void childIs(std::string const& name, Dovel::Ptr<Dovel::Node> const& object);
   void childDel(std::string const& name);
 

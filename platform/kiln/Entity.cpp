@@ -1,5 +1,7 @@
 #include "platform/kiln/Entity.h"
 
+#include <rapidjson/document.h>
+
 #include "platform/kiln/Json.h"
 
 namespace Kiln {
@@ -14,6 +16,13 @@ std::string writableNames(Type const& type) {
   return names.empty() ? " nothing" : names;
 }
 
+bool holds(Entity const& entity, Attribute const& attribute, JsonIn const& in) {
+  rapidjson::Document present;
+  JsonOut place(present, present.GetAllocator());
+  attribute.toJson(entity, place);
+  return present == in.value();
+}
+
 }  // namespace
 
 void entityToJson(Entity const& entity, JsonOut& out) {
@@ -24,14 +33,14 @@ void entityToJson(Entity const& entity, JsonOut& out) {
   }
 }
 
-void entityCheck(Type const& type, JsonIn const& in) {
+void entityCheck(Entity const& entity, JsonIn const& in) {
+  auto const& type = entity.typeData();
   in.eachMember([&](std::string_view name, JsonIn const& value) {
     auto const* attribute = type.attribute(name);
-    if (!attribute || !attribute->writable) {
-      std::string text = attribute ? "attribute that can't be written" : "unknown attribute";
-      value.fail(text.append(" of ").append(type.name()).append(", expected one of").append(writableNames(type)));
-    }
-    attribute->check(value);
+    if (attribute && attribute->writable) return attribute->check(entity, value);
+    if (attribute && holds(entity, *attribute, value)) return;
+    std::string text = attribute ? "attribute that can't be written" : "unknown attribute";
+    value.fail(text.append(" of ").append(type.name()).append(", expected one of").append(writableNames(type)));
   });
 }
 

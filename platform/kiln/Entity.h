@@ -10,7 +10,7 @@ namespace Kiln {
 
 /// A piece of shared state: attributes that publish their changes.
 ///
-/// An entity in a collection is named by its key; one that stands by itself is a `NamedEntity`.
+/// An entity in a collection is named by its key; one that is mounted or a child of a directory is a `NamedEntity`.
 /// A class describes itself once, in its header, with the macros of `Attribute.h`.
 class Entity : public Dovel::PublishingNode {
   KILN_BASE_TYPE(Kiln::Entity)
@@ -30,7 +30,7 @@ class NamedEntity : public Entity {
   Dovel::String name_;
 };
 
-/// Counts its changes: who works something out from it can tell whether that still holds.
+/// Counts its changes, for validating what was derived from it.
 class RevisedEntity : public NamedEntity {
   KILN_TYPE(Kiln::RevisedEntity, Kiln::NamedEntity)
 
@@ -50,8 +50,9 @@ class RevisedEntity : public NamedEntity {
 
 /// All attributes of `entity` as one JSON object.
 void entityToJson(Entity const& entity, JsonOut& out);
-/// Throws `ValueError` unless `in` is an object that can be read into an entity of `type`.
-void entityCheck(Type const& type, JsonIn const& in);
+/// Throws `ValueError` unless `in` is an object that can be read into `entity`. An attribute without a setter may be
+/// named with the value that it has, so that what `entityToJson` writes can be read.
+void entityCheck(Entity const& entity, JsonIn const& in);
 /// Makes `entity` what `in` says: attributes that `in` doesn't name become what they are in a new object.
 /// REQUIRES: `in` passes `entityCheck`.
 void entityFromJson(Entity& entity, JsonIn const& in);

@@ -1,11 +1,19 @@
 #include "platform/kiln/Sm.h"
 
+#include <utility>
+
 namespace Kiln {
 
-SmPart::SmPart(Sm& owner) {
+SmPart::SmPart(Sm& owner) : owner_(owner) {
   auto** link = &owner.firstPart_;
   while (*link) link = &(*link)->nextPart_;
   *link = this;
+}
+
+SmPart::~SmPart() {
+  auto** link = &owner_.firstPart_;
+  while (*link != this) link = &(*link)->nextPart_;
+  *link = nextPart_;
 }
 
 void Sm::hasNotificationActiveIs(bool active) {
@@ -27,13 +35,21 @@ void Sm::lastUserGone() {
   Dovel::PublishingNode::lastUserGone();
 }
 
-NotifieeConst::NotifieeConst()
-    : Dovel::Subscriber([](Dovel::Subscriber& subscriber, Dovel::Change const& change) {
-        // What the handler does may drop the reactor.
-        Dovel::Ptr<NotifieeConst> const self(&static_cast<NotifieeConst&>(subscriber));
-        if (!self->isZombie()) self->onAttribute(change);
-      }) {
+NotifieeConst::NotifieeConst(Dovel::AttributeSet interest) : Dovel::Subscriber(&dispatch, interest) {
   nodeFlagSet(kNotificationActive, true);
+}
+
+NotifieeConst::NotifieeConst(Dovel::Ptr<Dovel::Node const> notifier, Dovel::AttributeSet interest)
+    : Dovel::Subscriber(&dispatch, interest), notifier_(std::move(notifier)), registered_(true) {
+  nodeFlagSet(kNotificationActive, true);
+  subscribe();
+}
+
+void NotifieeConst::dispatch(Dovel::Subscriber& subscriber, Dovel::Change const& change) {
+  auto& self = static_cast<NotifieeConst&>(subscriber);
+  if (self.isZombie()) return;
+  Dovel::Ptr<NotifieeConst> const alive(&self);
+  self.onAttribute(change);
 }
 
 NotifieeConst::~NotifieeConst() { unsubscribe(); }
@@ -41,7 +57,8 @@ NotifieeConst::~NotifieeConst() { unsubscribe(); }
 void NotifieeConst::notifierIs(Dovel::Ptr<Dovel::Node const> const& notifier) {
   if (notifier == notifier_) return;
   unsubscribe();
-  notifier_ = notifier;
+  // Released last: its deletion may lead back here.
+  auto const former = std::exchange(notifier_, notifier);
   subscribe();
 }
 

@@ -22,7 +22,7 @@ namespace Kiln {
 
 class Sm;
 
-/// What a state machine holds to be told of changes: one watched object, or a family of nested reactors.
+/// A member of a state machine that watches: one object (`Watch`), or a family of objects (`NestedSms`).
 class SmPart {
  public:
   SmPart(SmPart const&) = delete;
@@ -30,12 +30,14 @@ class SmPart {
 
   virtual void partNotificationActiveIs(bool active) = 0;
   virtual void partZombieIs(bool zombie) = 0;
-  /// The owner goes: nothing that lives on may reach it.
+  /// The owner is about to be deleted: nothing that outlives it may reach it.
   virtual void partRelease() = 0;
 
  protected:
   explicit SmPart(Sm& owner);
-  virtual ~SmPart() = default;
+  virtual ~SmPart();
+
+  Sm& owner_;
 
  private:
   friend class Sm;
@@ -44,11 +46,12 @@ class SmPart {
 
 /// Base of state machines: an object whose behaviour is a set of handlers that run when other objects change.
 ///
-/// It listens from its construction on, while its members are made; a class whose owner switches it on later says
-/// `Sm(Quiet{})`. Its parts (`Watch`, `NestedSms`) put themselves into its list, so that switching notification,
-/// becoming a zombie and the order of its end are written here once: when the last user goes, notification off, zombie,
-/// then the parts let go of the owner; the members go after that. Main thread only. A handler runs to completion; it
-/// may write state that runs further handlers on its stack.
+/// Notification is active from construction on; a class whose owner switches it on later says `Sm(Quiet{})`. Its parts
+/// (`Watch`, `NestedSms`) register themselves here and may be destroyed before it, so that switching notification,
+/// becoming a zombie and the order of deletion are written once: when the last reference is released, 1. notification
+/// off, 2. zombie, 3. the parts let go of the owner, 4. the members are destroyed. Main thread only. A handler runs to
+/// completion; it may write state that runs further handlers on its stack, and may release the machine's last
+/// reference: the machine is deleted when the handler has returned.
 class Sm : public Dovel::PublishingNode {
  public:
   void hasNotificationActiveIs(bool active) override;
@@ -66,21 +69,21 @@ class Sm : public Dovel::PublishingNode {
   SmPart* firstPart_ = nullptr;
 };
 
-/// Takes a watched pointer as it is: subscribes, and does not run the handler for what the object already holds.
+/// Takes a watched pointer as it is: subscribes, and does not run the handler for the state that the object has.
 struct SubscribeOnly {};
 
 /// One object that a state machine watches.
 ///
 /// `OnChange` is a member function of the owner that gets each change; `CatchUp`, if given, runs once whenever another
-/// object is bound later by `notifierIs`, for the state that the object already has. A zombie's functions never run.
+/// object is bound later by `notifierIs`, for the state that the object already has. A zombie's functions never run. An
+/// exception that leaves either ends the process.
 ///
 ///   Kiln::Watch<State, &Self::stateDispatch, &Self::handleState> state_{*this};
 template <class T, auto OnChange, auto CatchUp = nullptr>
 class Watch final : private Dovel::Subscriber, private SmPart {
  public:
   template <class Owner>
-  explicit Watch(Owner& owner)
-      : Dovel::Subscriber(&dispatch<Owner>), SmPart(owner), owner_(owner), catchUp_(&runCatchUp<Owner>) {}
+  explicit Watch(Owner& owner) : Dovel::Subscriber(&dispatch<Owner>), SmPart(owner), catchUp_(&runCatchUp<Owner>) {}
   template <class Owner>
   Watch(Owner& owner, Dovel::Ptr<T> object, SubscribeOnly) : Watch(owner) {
     object_ = std::move(object);
@@ -96,7 +99,8 @@ class Watch final : private Dovel::Subscriber, private SmPart {
   void notifierIs(Dovel::Ptr<T> const& object) {
     if (object == object_) return;
     subscribedIs(false);
-    object_ = object;
+    // Released last: its deletion may lead back here.
+    Dovel::Ptr<T> const former = std::exchange(object_, object);
     subscribedIs(owner_.hasNotificationActive());
     if (object_ && !owner_.isZombie()) catchUp_(owner_);
   }
@@ -104,13 +108,17 @@ class Watch final : private Dovel::Subscriber, private SmPart {
  private:
   template <class Owner>
   static void dispatch(Dovel::Subscriber& subscriber, Dovel::Change const& change) {
-    auto& self = static_cast<Watch&>(subscriber);
-    if (self.owner_.isZombie()) return;
-    (static_cast<Owner&>(self.owner_).*OnChange)(change);
+    auto& owner = static_cast<Owner&>(static_cast<Watch&>(subscriber).owner_);
+    if (owner.isZombie()) return;
+    Dovel::Ptr<Sm> const alive(&owner);
+    (owner.*OnChange)(change);
   }
   template <class Owner>
-  static void runCatchUp(Sm& owner) {
-    if constexpr (!std::is_null_pointer_v<decltype(CatchUp)>) (static_cast<Owner&>(owner).*CatchUp)();
+  static void runCatchUp(Sm& owner) noexcept {
+    if constexpr (!std::is_null_pointer_v<decltype(CatchUp)>) {
+      Dovel::Ptr<Sm> const alive(&owner);
+      (static_cast<Owner&>(owner).*CatchUp)();
+    }
   }
 
   void subscribedIs(bool wanted) {
@@ -125,9 +133,8 @@ class Watch final : private Dovel::Subscriber, private SmPart {
   void partZombieIs(bool) override {}
   void partRelease() override { subscribedIs(false); }
 
-  Sm& owner_;
   Dovel::Ptr<T> object_;
-  void (*catchUp_)(Sm&);
+  void (*catchUp_)(Sm&) noexcept;
 };
 
 /// A nested reactor: a small object of its own that watches one object for a state machine.
@@ -138,17 +145,21 @@ class NotifieeConst : public Dovel::Node, private Dovel::Subscriber {
   Dovel::Ptr<Dovel::Node const> const& notifier() const { return notifier_; }
   /// Watches `notifier` in place of the former object, if this reactor is registered and active; null ends it.
   virtual void notifierIs(Dovel::Ptr<Dovel::Node const> const& notifier);
-  /// Whether this reactor listens at all. Off for a new one.
+  /// Whether this reactor is subscribed while it is active and has a notifier.
   void isRegisteredNotifieeIs(bool registered);
   void hasNotificationActiveIs(bool active) override;
 
  protected:
-  NotifieeConst();
+  /// Watches nothing, and is not registered.
+  explicit NotifieeConst(Dovel::AttributeSet interest = Dovel::kAllAttributes);
+  /// Watches `notifier`, registered from the start. REQUIRES: not null.
+  explicit NotifieeConst(Dovel::Ptr<Dovel::Node const> notifier, Dovel::AttributeSet interest = Dovel::kAllAttributes);
   ~NotifieeConst() override;
-  /// Called for each change of the notifier, unless the reactor is a zombie.
+  /// Called for each change of an attribute of `interest`, and possibly of others, unless the reactor is a zombie.
   virtual void onAttribute(Dovel::Change const& change) = 0;
 
  private:
+  static void dispatch(Dovel::Subscriber& subscriber, Dovel::Change const& change);
   void subscribe();
   void unsubscribe();
 
@@ -158,7 +169,8 @@ class NotifieeConst : public Dovel::Node, private Dovel::Subscriber {
 
 /// The nested reactors of a state machine, by the key of what they watch.
 ///
-/// `Nested` is a `NotifieeConst` with `key()` and `ownerClear()`.
+/// `Nested` is a `NotifieeConst` with `key()` and `ownerClear()`. A reactor that is removed or replaced here, or whose
+/// owner is deleted, handles nothing any more and has no pointer to the owner, whoever else holds it.
 template <class Key, class Nested>
 class NestedSms final : private SmPart {
  public:
@@ -169,8 +181,14 @@ class NestedSms final : private SmPart {
 
   Map const& all() const { return map_; }
   Dovel::Ptr<Nested> const& at(Key const& key) const { return map_.at(key); }
-  void add(Dovel::Ptr<Nested> const& nested) { map_.assign(nested); }
-  /// The reactor of `key`, which handles nothing any more; null if there was none.
+  /// The reactor is active, and a zombie, as the owner is.
+  void add(Dovel::Ptr<Nested> const& nested) {
+    if (!owner_.hasNotificationActive()) nested->hasNotificationActiveIs(false);
+    if (owner_.isZombie()) nested->kilnDoZombieReactors(true);
+    auto const former = map_.assign(nested);
+    if (former && former != nested) end(*former);
+  }
+  /// The removed reactor of `key`; null if there was none.
   Dovel::Ptr<Nested> del(Key const& key) {
     auto const nested = map_.take(key);
     if (nested) end(*nested);
@@ -187,10 +205,10 @@ class NestedSms final : private SmPart {
     nested.hasNotificationActiveIs(false);
   }
   void partNotificationActiveIs(bool active) override {
-    for (auto const& nested : map_) nested->hasNotificationActiveIs(active);
+    forEachKey(map_, [active](Key const&, auto const& nested) { nested->hasNotificationActiveIs(active); });
   }
   void partZombieIs(bool zombie) override {
-    for (auto const& nested : map_) nested->kilnDoZombieReactors(zombie);
+    forEachKey(map_, [zombie](Key const&, auto const& nested) { nested->kilnDoZombieReactors(zombie); });
   }
   void partRelease() override { delAll(); }
 

@@ -11,6 +11,11 @@ std::map<std::string_view, Type*>& registry() {
   return all;
 }
 
+std::vector<std::string>& refused() {
+  static std::vector<std::string> names;
+  return names;
+}
+
 }  // namespace
 
 Type::Type(std::string_view name, Type const* base, Construct construct)
@@ -49,7 +54,12 @@ bool Type::isA(Type const& other) const {
 TypeLink::TypeLink(Type& type, Attribute const& attribute) { type.attributes_.push_back(attribute); }
 TypeLink::TypeLink(Type& type, Method const& method) { type.methods_.push_back(method); }
 
-void kilnModuleIs(Type& type) { registry().emplace(type.name(), &type); }
+void kilnModuleIs(Type& type) {
+  bool const added = registry().emplace(type.name(), &type).second;
+  if (!added) refused().emplace_back(type.name());
+}
+
+std::vector<std::string> const& typesRefused() { return refused(); }
 
 Type const* typeByName(std::string_view name) {
   auto const found = registry().find(name);

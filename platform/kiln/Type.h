@@ -27,8 +27,8 @@ struct Attribute {
   AttributeKind kind;
   bool writable;  ///< False where there is no setter.
   void (*toJson)(Dovel::Node const& owner, JsonOut& out);
-  /// Throws `ValueError` for what `in` can't be; changes nothing.
-  void (*check)(JsonIn const& in);
+  /// Throws `ValueError` unless `in` can be read into this attribute of `owner`; changes nothing. REQUIRES: `writable`.
+  void (*check)(Dovel::Node const& owner, JsonIn const& in);
   /// Makes the attribute what `in` says, through the owner's setters: only differences are written. A collection ends
   /// with exactly the members of `in`. REQUIRES: `writable`, and `in` passes `check`.
   void (*fromJson)(Dovel::Node& owner, JsonIn const& in);
@@ -82,8 +82,10 @@ struct TypeLink {
   TypeLink(Type& type, Method const& method);
 };
 
-/// The classes that are loaded, by name.
+/// Registers a class by its name. A second class of a name is not registered, and counted by `typesRefused`.
 void kilnModuleIs(Type& type);
+/// The names of the classes that were not registered, in order.
+std::vector<std::string> const& typesRefused();
 /// Null if no class of that name is loaded.
 Type const* typeByName(std::string_view name);
 std::vector<Type const*> types();

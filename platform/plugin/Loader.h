@@ -16,16 +16,17 @@ class LoadError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// Brings plug-ins into the process and makes their mounters.
+/// Loads plug-ins and makes their mounters.
 ///
-/// A plug-in has no entry function: loading it registers its classes. It stays until the process ends, since the type
-/// registry holds on to what it describes.
+/// A plug-in has no entry function: loading it registers its classes. It is never unloaded, since the type registry
+/// refers to its classes.
 class Loader {
  public:
-  /// Throws `LoadError`. A file that is loaded already is not loaded again.
+  /// Throws `LoadError`, also for a plug-in that registers no class or one whose name is registered already. A file
+  /// that is loaded already is not loaded again.
   void load(std::filesystem::path const& file);
   /// A mounter of the named class. Never null. Throws `LoadError` if no class of that name is registered, or if it is
-  /// none of a mounter that can be made by its name.
+  /// not a mounter that can be made by its name.
   Dovel::Ptr<Mounter> makeMounter(std::string_view typeName, std::string const& name) const;
   std::vector<std::filesystem::path> const& files() const { return files_; }
 

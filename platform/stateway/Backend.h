@@ -11,9 +11,13 @@
 #include "platform/dovel/Ptr.h"
 #include "platform/kiln/Type.h"
 
+namespace Kiln {
+class Dir;
+}  // namespace Kiln
+
 namespace Stateway {
 
-/// A path can't be had with the type that was asked for. The text names the path and the types.
+/// There is no entity of the requested type at a path, and none can be made. The text names the path and the types.
 class MountError : public std::runtime_error {
  public:
   MountError(std::string path, std::string typeName, std::string const& why)
@@ -26,21 +30,21 @@ class MountError : public std::runtime_error {
   std::string typeName_;
 };
 
-/// Where entities by path are kept: in this process, or one day by a server behind the same operations.
+/// Storage of entities by path.
 class Backend {
  public:
   virtual ~Backend() = default;
-  /// Null if nothing stands at `path`.
+  /// Null if there is no entity at `path`.
   virtual Dovel::Ptr<Dovel::Node> find(std::string_view path) const = 0;
-  /// A new object at `path`, named by the last part of the path. REQUIRES: nothing stands there, `type` is
+  /// A new object at `path`, named by the last part of the path. REQUIRES: `find(path)` is null, `type` is
   /// constructible.
   virtual Dovel::Ptr<Dovel::Node> create(std::string const& path, Kiln::Type const& type) = 0;
-  /// All paths at which something was created, sorted.
+  /// The paths of all entities, sorted.
   virtual std::vector<std::string> paths() const = 0;
 };
 
-/// Keeps the entities in this process. What stands in a `Kiln::Dir` is found, and created, under the path of the
-/// directory.
+/// Keeps the entities in this process. The children of a `Kiln::Dir` are the entities one part below its path,
+/// whichever is created first.
 class MemoryBackend final : public Backend {
  public:
   Dovel::Ptr<Dovel::Node> find(std::string_view path) const override;
@@ -48,7 +52,9 @@ class MemoryBackend final : public Backend {
   std::vector<std::string> paths() const override;
 
  private:
-  std::map<std::string, Dovel::Ptr<Dovel::Node>, std::less<>> entities_;
+  void adoptChildren(std::string const& path, Kiln::Dir& dir);
+
+  std::map<std::string, Dovel::Ptr<Dovel::Node>, std::less<>> entities_;  ///< Without the children of directories.
 };
 
 /// Entities by path, with their types checked: what the three kinds of entity managers have in common.
@@ -57,10 +63,10 @@ class Store {
   /// Null stands for entities in memory.
   explicit Store(std::unique_ptr<Backend> backend = nullptr);
 
-  /// Null if nothing stands at `path`.
+  /// Null if there is no entity at `path`.
   Dovel::Ptr<Dovel::Node> entity(std::string_view path) const { return backend_->find(path); }
   /// The entity at `path`, made if there is none. Never null. Throws `MountError` for a type that no loaded class has
-  /// or that can't be made from a name, and if an entity of another type stands there.
+  /// or that can't be made from a name, and if the present entity is of another type.
   Dovel::Ptr<Dovel::Node> entityIs(std::string const& path, std::string_view typeName);
   std::vector<std::string> paths() const { return backend_->paths(); }
 

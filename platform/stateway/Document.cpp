@@ -77,6 +77,7 @@ void write(StateDocument const& next, AgentStores const& stores) {
   eachPath(next, [&](Member const& member, std::string_view path, JsonIn const& attributes) {
     auto const entity = entityAt(member, stores, path);
     for (auto const* attribute : entity->typeData().attributes()) {
+      if (!attribute->writable) continue;
       if (auto const value = attributes.find(attribute->name)) attribute->fromJson(*entity, *value);
     }
   });
@@ -106,7 +107,7 @@ void check(StateDocument const& document, AgentStores const& stores) {
   eachPath(document, [&](Member const& member, std::string_view path, JsonIn const& attributes) {
     auto const entity = entityAt(member, stores, path);
     if (!entity) attributes.fail("unknown path, nothing of this agent is mounted there");
-    Kiln::entityCheck(entity->typeData(), attributes);
+    Kiln::entityCheck(*entity, attributes);
   });
 }
 

@@ -2,14 +2,16 @@
 
 #include <algorithm>
 
+#include "platform/kiln/Dir.h"
 #include "platform/stateway/Mounter.h"
 
 namespace Stateway {
 
 Dovel::Ptr<MountGroup> EntityManager::getMountGroup(Mounter& mounter) {
-  auto& group = mounter.mountGroup_;
-  if (!group || group->closed()) group = Dovel::make<MountGroup>(Dovel::Ptr<EntityManager>(this), mounter);
-  return group;
+  for (auto const& group : mounter.mountGroups_) {
+    if (group->entityManager_.get() == this && !group->closed()) return group;
+  }
+  return mounter.mountGroups_.emplace_back(Dovel::make<MountGroup>(Dovel::Ptr<EntityManager>(this), mounter));
 }
 
 Dovel::Ptr<Dovel::Node> EntityManager::getEntity(std::string_view path) const {
@@ -20,7 +22,8 @@ bool EntityManager::mounted(std::string_view path) const {
   if (mounts_.contains(path)) return true;
   for (auto slash = path.rfind('/'); slash != std::string_view::npos && slash != 0;
        slash = path.rfind('/', slash - 1)) {
-    if (mounts_.contains(path.substr(0, slash))) return true;
+    auto const above = path.substr(0, slash);
+    if (mounts_.contains(above) && Dovel::cast<Kiln::Dir>(store_.entity(above))) return true;
   }
   return false;
 }
@@ -40,13 +43,14 @@ std::size_t EntityManager::completeMounts() {
     for (auto const& mount : group->mounts()) mountIs(mount);
     if (!group->mounter_) continue;
     Dovel::Ptr<Mounter> const mounter(group->mounter_);
+    std::erase(mounter->mountGroups_, group);
     mounter->handleMountStatus(mountSuccess());
     mounter->doStatewayMountsComplete(mountSuccess(), self);
   }
   return count;
 }
 
-// A feature that starts again asks for the same once more.
+// A feature that starts again requests the same mounts.
 void EntityManager::mountIs(Mount const& mount) {
   auto const [first, last] = mounts_.equal_range(mount.path());
   bool const known = std::any_of(first, last, [&](auto const& present) { return present.second == mount; });

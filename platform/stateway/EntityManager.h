@@ -20,8 +20,9 @@ class Mounter;
 
 /// The central state database of an agent: entities by path, which features mount and which the host fills.
 ///
-/// The entities are kept by a backend and exist from their first mount, or from when the host makes them. Features see
-/// what is mounted, the host everything. Modes are recorded and shown; they don't stop a writer. Main thread only.
+/// A backend keeps the entities; an entity exists from its first mount, or from its creation by the host. Features see
+/// what is mounted, the host sees everything. Modes are recorded and shown; they do not restrict writers. Main thread
+/// only.
 class EntityManager final : public Dovel::Node {
   KILN_BASE_TYPE(Stateway::EntityManager)
 
@@ -29,7 +30,7 @@ class EntityManager final : public Dovel::Node {
   /// Null stands for entities in memory.
   explicit EntityManager(std::unique_ptr<Backend> backend = nullptr) : store_(std::move(backend)) {}
 
-  /// The open mount group of `mounter`, made if it has none.
+  /// The open mount group of `mounter` with this manager, made if it has none.
   Dovel::Ptr<MountGroup> getMountGroup(Mounter& mounter);
   /// The entity at a mounted path, or below a mounted directory; null if nothing is mounted there.
   Dovel::Ptr<Dovel::Node> getEntity(std::string_view path) const;
@@ -42,8 +43,8 @@ class EntityManager final : public Dovel::Node {
 
   // For the host.
 
-  /// Tells the mounters of closed groups, in the order of closing; also of groups that are closed meanwhile.
-  /// Returns how many groups that were.
+  /// Completes the closed groups in the order of closing, those that are closed meanwhile included, and calls their
+  /// mounters. Returns how many groups that were.
   std::size_t completeMounts();
   /// The entity at `path`, made if there is none. Never null. Throws `MountError` as `MountGroup::doMount`.
   Dovel::Ptr<Dovel::Node> entityIs(std::string const& path, std::string_view typeName) {
@@ -63,7 +64,7 @@ class EntityManager final : public Dovel::Node {
 
   Store store_;
   std::multimap<std::string, Mount, std::less<>> mounts_;
-  std::deque<MountGroup*> closedGroups_;  ///< Each takes itself out when it goes.
+  std::deque<MountGroup*> closedGroups_;  ///< A group removes itself when it is deleted.
 };
 
 }  // namespace Stateway

@@ -7,7 +7,7 @@
 
 namespace Stateway {
 
-/// How the mounts of a mounter went.
+/// The result of a mounter's mounts.
 enum class MountStatus : std::uint8_t { none = 0, success = 4 };
 
 constexpr MountStatus mountSuccess() { return MountStatus::success; }
@@ -19,7 +19,7 @@ class AllMountFlags {
  public:
   static constexpr std::uint32_t read = 1;
   static constexpr std::uint32_t write = 2;
-  static constexpr std::uint32_t immediate = 4;  ///< The children of a directory come with it.
+  static constexpr std::uint32_t immediate = 4;  ///< The children of a directory are mounted with it.
 
   std::uint32_t val() const { return val_; }
   void valIs(std::uint32_t val) { val_ = val; }
@@ -30,7 +30,7 @@ class AllMountFlags {
   std::uint32_t val_ = read;
 };
 
-/// A wish to have the entity of a type at a path. A new one is for reading.
+/// A request for the entity of a type at a path. A new one is for reading.
 class Mount {
  public:
   Mount(std::string path, std::string typeName) : path_(std::move(path)), typeName_(std::move(typeName)) {}

@@ -14,10 +14,10 @@ namespace Stateway {
 class EntityManager;
 class Mounter;
 
-/// The mounts that one mounter asks for together.
+/// The mounts that one mounter requests together.
 ///
-/// open (mounts are added) → closed (waits for the host's loop) → complete (the mounter has been told). Belongs to its
-/// mounter; when that goes first, nobody is told.
+/// open (mounts are added) → closed (waits for the host's loop) → complete (the mounter was called). Owned by its
+/// mounter until it is complete; if the mounter is deleted first, the group does not complete.
 class MountGroup final : public Dovel::Node {
   KILN_BASE_TYPE(Stateway::MountGroup)
 
@@ -25,9 +25,8 @@ class MountGroup final : public Dovel::Node {
   MountGroup(Dovel::Ptr<EntityManager> entityManager, Mounter& mounter);
   ~MountGroup() override;
 
-  /// Adds a mount; the entity exists when this returns, and can be had from the entity manager once the group is
-  /// complete. Throws `MountError` for a type that isn't loaded, and for a path at which another type stands. REQUIRES:
-  /// open.
+  /// Adds a mount; the entity exists when this returns, and the entity manager returns it once the group is complete.
+  /// Throws `MountError` for a type that is not loaded, and for a path whose entity is of another type. REQUIRES: open.
   void doMount(Mount const& mount);
   /// Ends the group. The mounter's `doMountsComplete` runs later, from the host's loop. The arguments are for entity
   /// managers whose entities come from elsewhere: whether to wait, for whom, how long.
@@ -41,7 +40,7 @@ class MountGroup final : public Dovel::Node {
   friend class Mounter;
 
   Dovel::Ptr<EntityManager> entityManager_;
-  Mounter* mounter_;  ///< Null when the mounter has gone.
+  Mounter* mounter_;  ///< Null when the mounter was deleted.
   std::vector<Mount> mounts_;
   bool closed_ = false;
 };

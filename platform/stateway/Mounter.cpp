@@ -7,7 +7,7 @@ namespace Stateway {
 Mounter::Mounter() = default;
 
 Mounter::~Mounter() {
-  if (mountGroup_) mountGroup_->mounter_ = nullptr;
+  for (auto const& group : mountGroups_) group->mounter_ = nullptr;
 }
 
 void Mounter::doStatewayMountsComplete(MountStatus status, Dovel::Ptr<EntityManager> const& em) {

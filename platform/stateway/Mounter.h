@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "platform/dovel/Ptr.h"
 #include "platform/kiln/Sm.h"
 #include "platform/stateway/Mount.h"
@@ -9,7 +11,7 @@ namespace Stateway {
 class EntityManager;
 class MountGroup;
 
-/// Base of state machines that ask for mounts and are told when they are there.
+/// Base of state machines that request mounts and are called when these are complete.
 ///
 /// The entity manager calls `handleMountStatus`, then `doStatewayMountsComplete`, from the host's loop.
 class Mounter : public Kiln::Sm {
@@ -21,7 +23,7 @@ class Mounter : public Kiln::Sm {
   virtual void doMountsComplete(MountStatus status, Dovel::Ptr<EntityManager> const& em) = 0;
   /// Keeps the status.
   virtual void handleMountStatus(MountStatus status);
-  /// How the last group of mounts went; `none` before one was complete.
+  /// The result of the last complete group of mounts; `none` before.
   MountStatus mountStatus() const { return mountStatus_; }
 
  protected:
@@ -32,7 +34,7 @@ class Mounter : public Kiln::Sm {
   friend class EntityManager;
 
   MountStatus mountStatus_ = MountStatus::none;
-  Dovel::Ptr<MountGroup> mountGroup_;
+  std::vector<Dovel::Ptr<MountGroup>> mountGroups_;  ///< Those that are not complete; one open group a manager.
 };
 
 }  // namespace Stateway

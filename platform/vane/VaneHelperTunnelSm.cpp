@@ -16,7 +16,7 @@ void VaneHelperTunnelSm::initializedIs(bool initialized) {
   Dovel::Ptr<Self> const self(this);
   handleInitialized();
   initialized_ = true;
-  // A handler may have taken a tunnel away, or brought it and had it handled on the stack.
+  // A handler may have removed a tunnel, or added it and had it handled on the stack.
   Kiln::forEachKey(hwTunnelConfig()->hwTunnelConfigListColl(), [this](auto const& key, EntryPtr const& entry) {
     if (!isZombie() && !tunnels_.at(key)) tunnelAdd(entry);
   });
@@ -26,7 +26,6 @@ void VaneHelperTunnelSm::handleVerify() { verifyTunnelsAndNextHops(); }
 
 void VaneHelperTunnelSm::hwTunnelConfigDispatch(Dovel::Change const& change) {
   if (!initialized_) return;
-  Dovel::Ptr<Self> const self(this);
   switch (change.id) {
     case Vane::HwTunnelConfig::hwInitId:
       return hwInit();
@@ -46,14 +45,14 @@ void VaneHelperTunnelSm::handleHwTunnelConfigList(Vane::TunnelKey const& key) {
   if (auto const& known = tunnels_.at(key)) {
     if (&known->entry() == entry.get()) return;
     tunnelDel(key);
-    // The delete may have run into the arrival on its stack, or into the next departure.
+    // The entry may have been handled, or replaced again, on the stack of the deletion.
     if (isZombie() || tunnels_.at(key) || hwTunnelConfig()->hwTunnelConfigList(key) != entry) return;
   }
   if (entry) tunnelAdd(entry);
 }
 
 void VaneHelperTunnelSm::tunnelAdd(EntryPtr const& entry) {
-  // First, so that what the creation causes on its stack finds the tunnel known.
+  // Added first: changes on the stack of the creation find the tunnel known.
   tunnels_.add(Dovel::make<NestedSm_HwTunnelConfigEntry>(*this, entry));
   doHandleTunnelCreate(entry);
 }
@@ -64,11 +63,9 @@ void VaneHelperTunnelSm::tunnelDel(Vane::TunnelKey const& key) {
 }
 
 VaneHelperTunnelSm::NestedSm_HwTunnelConfigEntry::NestedSm_HwTunnelConfigEntry(Self& owner, EntryPtr const& entry)
-    : owner_(&owner) {
-  if (!owner.hasNotificationActive()) hasNotificationActiveIs(false);
-  notifierIs(entry);
-  isRegisteredNotifieeIs(true);
-}
+    : NotifieeConst(entry,
+                    Dovel::attributes(Vane::HwTunnelConfigEntry::nextHopEntryListId, Vane::HwTunnelConfigEntry::ttlId)),
+      owner_(&owner) {}
 
 Vane::HwTunnelConfigEntry const& VaneHelperTunnelSm::NestedSm_HwTunnelConfigEntry::entry() const {
   return static_cast<Vane::HwTunnelConfigEntry const&>(*notifier());

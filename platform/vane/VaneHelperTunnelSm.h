@@ -9,13 +9,12 @@ namespace VaneHelper {
 /// Base of the state machines that put the tunnels of one type into hardware: turns changes of a `HwTunnelConfig` into
 /// calls of its virtual operations.
 ///
-/// Reads `hwTunnelConfig`; writes nothing, `hwTunnelStatus` is there for subclasses. Nothing is called before
-/// `initializedIs(true)`. From then on every tunnel gets one `doHandleTunnelCreate` when it comes or is there, and one
-/// `doHandleTunnelDelete` when it goes; in between the changes of its entry. An entry that is replaced by another with
-/// the same key is deleted and created.
-/// Main thread only. The operations may add and delete tunnels, this one too: each such change is handled on the stack,
-/// and the walk of the start passes over what has gone and what was handled.
-/// Holds each entry until its delete is handled. One small reactor per tunnel.
+/// Reads `hwTunnelConfig`; writes nothing, `hwTunnelStatus` is kept for subclasses. Nothing is called before
+/// `initializedIs(true)`. From then on every tunnel gets one `doHandleTunnelCreate` when it is present or added, and
+/// one `doHandleTunnelDelete` when it is removed; in between the changes of its entry. An entry that is replaced by
+/// another with the same key is deleted and created. Main thread only. The operations may add and delete tunnels, this
+/// one too: each such change is handled on the stack, and the initial walk skips tunnels that were removed or handled
+/// meanwhile. Holds each entry until its delete is handled. One small reactor per tunnel.
 class VaneHelperTunnelSm : public Kiln::Sm {
   KILN_BASE_TYPE(VaneHelper::VaneHelperTunnelSm)
   KILN_FIXED(0x102, Dovel::Ptr<Vane::VaneCommonSmData const>, vcsd)
@@ -27,10 +26,10 @@ class VaneHelperTunnelSm : public Kiln::Sm {
   using EntryPtr = Dovel::Ptr<Vane::HwTunnelConfigEntry const>;
 
   bool initialized() const { return initialized_; }
-  /// True: 1. `handleInitialized()`, 2. `doHandleTunnelCreate` for each tunnel that stands, 3. changes are handled.
-  /// False is not a way back and does nothing, and so does a second true.
+  /// True: 1. `handleInitialized()`, 2. `doHandleTunnelCreate` for each present tunnel, 3. changes are handled. False,
+  /// and a second true, do nothing.
   void initializedIs(bool initialized);
-  /// Somebody asked whether hardware is as it should be.
+  /// Handles a request to verify the hardware.
   virtual void handleVerify();
 
  protected:

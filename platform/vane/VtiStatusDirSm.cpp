@@ -118,18 +118,16 @@ void VtiStatusDirSm::handleVtiChange(Vxlan::VtiStatus const& vti, Dovel::Change 
 }
 
 VtiStatusDirSm::NestedSm_VtiStatus::NestedSm_VtiStatus(Self& owner, Dovel::Ptr<Vxlan::VtiStatus const> const& vti)
-    : owner_(&owner) {
-  if (!owner.hasNotificationActive()) hasNotificationActiveIs(false);
-  notifierIs(vti);
-  isRegisteredNotifieeIs(true);
-}
+    : NotifieeConst(vti), owner_(&owner) {}
 
 Vxlan::VtiStatus const& VtiStatusDirSm::NestedSm_VtiStatus::vti() const {
   return static_cast<Vxlan::VtiStatus const&>(*notifier());
 }
 
 void VtiStatusDirSm::NestedSm_VtiStatus::onAttribute(Dovel::Change const& change) {
-  if (owner_) owner_->handleVtiChange(vti(), change);
+  if (!owner_) return;
+  Dovel::Ptr<Self> const owner(owner_);
+  owner->handleVtiChange(vti(), change);
 }
 
 }  // namespace Vane::VXLAN

@@ -1,12 +1,18 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <functional>
 #include <memory>
+#include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "platform/kiln/AttributeDefinitions.h"
 #include "platform/kiln/Sm.h"
+#include "platform/kiln/Trace.h"
+
+KILN_TRACE_FILE("NotificationTest");
 
 namespace NotificationTest {
 namespace {
@@ -22,11 +28,13 @@ class Bell final : public Dovel::PublishingNode {
   bool silent() const { return publisher()->empty(); }
 };
 
-/// Writes down its name and what it hears, and then does what the test wants.
+/// Records its name and the changes, and then does what the test wants.
 class Ear final : public Dovel::Subscriber {
  public:
-  Ear(std::string name, std::string& heard, std::function<void(std::uint16_t)> action = nullptr)
-      : Dovel::Subscriber([](Dovel::Subscriber& self, Change const& change) { static_cast<Ear&>(self).hear(change); }),
+  Ear(std::string name, std::string& heard, std::function<void(std::uint16_t)> action = nullptr,
+      Dovel::AttributeSet interest = Dovel::kAllAttributes)
+      : Dovel::Subscriber([](Dovel::Subscriber& self, Change const& change) { static_cast<Ear&>(self).hear(change); },
+                          interest),
         name_(std::move(name)),
         heard_(heard),
         action_(std::move(action)) {}
@@ -79,8 +87,8 @@ TEST_F(Notification, RunsInOrderOfSubscription) {
   EXPECT_TRUE(bell->silent());
 }
 
-// Each of four subscribers in turn removes each set of the others, or itself: who is behind it isn't called any more,
-// who is before it was called already, and the list is whole afterwards.
+// Each of four subscribers in turn removes each set of the others, or itself: a removed one behind it is not called,
+// one before it was called already, and the list is whole afterwards.
 TEST_F(Notification, OneRemovedDuringTheWalkIsNotCalled) {
   for (unsigned remover = 0; remover < 4; ++remover) {
     for (unsigned removed = 0; removed < 16; ++removed) {
@@ -153,7 +161,7 @@ TEST_F(Notification, RemovalInAnInnerWalkHoldsForTheOuterOne) {
     if (id == 1) return bell->ring(2);
     gone->leave();
     last->leave();
-    // The memory is reused, so that a walk that still holds it would show.
+    // The memory is reused, so that a walk that still refers to it would show.
     gone = std::make_unique<Ear>("new", heard);
     last.reset();
     listen(*gone);
@@ -198,23 +206,63 @@ TEST_F(Notification, WalksOfSeveralPublishersDontMeet) {
   EXPECT_TRUE(other->silent());
 }
 
-TEST(NotificationDeathTest, AnExceptionThatLeavesASubscriberEndsTheProcess) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  std::string heard;
-  auto const bell = Dovel::make<Bell>();
-  Ear thrower("a", heard, [](std::uint16_t) { throw 1; });
-  thrower.listen(*bell);
-  EXPECT_DEATH(
-      {
-        try {
-          bell->ring(1);
-        } catch (int) {
-        }
-      },
-      "");
+TEST_F(Notification, IsLimitedToTheAttributesOfInterest) {
+  auto const ear = [&](char const* name, Dovel::AttributeSet interest) {
+    return std::make_unique<Ear>(name, heard, nullptr, interest);
+  };
+  auto const two = ear("two", Dovel::attributes(0x102, 0x104)), none = ear("none", 0), all = ear("all", ~0U);
+  listen(*two);
+  EXPECT_EQ(ring(0x103) + ring(0x104), "two260 ");
+  for (auto* other : {none.get(), all.get()}) listen(*other);
+  EXPECT_EQ(ring(0x102) + ring(0x103), "two258 all258 all259 ");
+  // What a removed subscriber was interested in is forgotten with the last one.
+  for (auto* one : {all.get(), two.get()}) one->leave();
+  listen(*two);
+  EXPECT_EQ(ring(0x103), "");
+  none->leave();
+  two->leave();
+  listen(*none);
+  EXPECT_EQ(ring(0x102), "");
 }
 
-/// Tells when it goes and what its flags are then.
+/// Throws, in the way that the test wants, when its bell rings or when it is bound to another.
+class Thrower final : public Kiln::Sm {
+  void bellDispatch(Dovel::Change const&) { act(); }
+  void bellCatchUp() { act(); }
+
+  KILN_BASE_TYPE(NotificationTest::Thrower)
+  KILN_WATCHED(0x102, Bell, bell, &KilnSelf::bellDispatch, &KilnSelf::bellCatchUp)
+
+ public:
+  Thrower(Dovel::Ptr<Bell> const& bell, std::function<void()> how)
+      : bell_(*this, bell, Kiln::SubscribeOnly{}), act(std::move(how)) {}
+
+ private:
+  std::function<void()> act;
+};
+
+TEST(NotificationDeathTest, AnExceptionThatLeavesAHandlerEndsTheProcessWithTheLastTraces) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  Kiln::TraceCapture capture("NotificationTest");
+  auto const bell = Dovel::make<Bell>();
+  auto const handled = [](auto act) {
+    try {
+      act();
+    } catch (...) {
+    }
+  };
+  auto const text = Dovel::make<Thrower>(bell, [] {
+    TRACE(1, "before the end");
+    throw std::runtime_error("no room");
+  });
+  auto const died = "Uncaught exception std::runtime_error: no room\nLast traces:\n(.*\n)*.*before the end\n";
+  EXPECT_DEATH(handled([&] { bell->ring(1); }), died);
+  EXPECT_DEATH(handled([&] { text->bellIs(Dovel::make<Bell>()); }), died);
+  auto const number = Dovel::make<Thrower>(Dovel::make<Bell>(), [] { throw 1; });
+  EXPECT_DEATH(handled([&] { number->bell()->ring(1); }), "Uncaught exception int\nLast traces:\n");
+}
+
+/// Records its end and what its flags are then.
 class Mortal final : public Dovel::Node {
   KILN_BASE_TYPE(NotificationTest::Mortal)
 
@@ -231,6 +279,49 @@ class Mortal final : public Dovel::Node {
  private:
   std::string& log_;
 };
+
+/// Hands out references to itself while it is constructed, and keeps none.
+class Early final : public Dovel::PublishingNode {
+  KILN_BASE_TYPE(NotificationTest::Early)
+
+ public:
+  Early() {
+    Dovel::Ptr<Early> const self(this);
+    Dovel::Ptr<Early const>(self).swap(former_);
+    former_ = nullptr;
+    kilnChanged(1);
+  }
+  ~Early() override { Dovel::Ptr<Early const> const passing(this); }
+
+ private:
+  Dovel::Ptr<Early const> former_;
+};
+
+TEST(Node, IsNotDeletedByItsConstructor) {
+  auto const before = Dovel::Node::aliveCount();
+  auto early = Dovel::make<Early>();
+  EXPECT_EQ(Dovel::Node::aliveCount(), before + 1);
+  EXPECT_EQ(early->useCount(), 1U);
+  early = nullptr;
+  EXPECT_EQ(Dovel::Node::aliveCount(), before);
+}
+
+TEST(Node, CountsAndFlagsOfSharedNodesAreExactOnceThreadsAreAnnounced) {
+  Dovel::ThreadControl::tsp_ = 1;
+  auto const bell = Dovel::make<Bell>();
+  {
+    std::atomic<bool> done = false;
+    std::jthread const other([&] {
+      for (int i = 0; i < 1'000'000; ++i) Dovel::Ptr<Bell const> const copy = bell;
+      done = true;
+    });
+    for (bool active = false; !done; active = !active) bell->hasNotificationActiveIs(active);
+  }
+  bell->hasNotificationActiveIs(false);
+  Dovel::ThreadControl::tsp_ = 0;
+  EXPECT_EQ(bell->useCount(), 1U);
+  EXPECT_FALSE(bell->hasNotificationActive());
+}
 
 TEST(Node, GoesOnceWithItsLastUser) {
   std::string log;

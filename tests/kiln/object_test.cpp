@@ -3,6 +3,9 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
+#include <functional>
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,6 +20,14 @@ namespace ObjectTest {
 
 using testing::ElementsAre;
 
+/// Runs an action when the object that contains it is destroyed.
+struct Parting {
+  ~Parting() {
+    if (action) action();
+  }
+  std::function<void()> action;
+};
+
 /// A host by its number.
 class Host final : public Kiln::Entity {
   KILN_TYPE(ObjectTest::Host, Kiln::Entity)
@@ -25,6 +36,7 @@ class Host final : public Kiln::Entity {
 
  public:
   explicit Host(std::uint32_t number) : number_(number) {}
+  Parting parting;
 };
 
 class Site final : public Kiln::NamedEntity {
@@ -37,17 +49,26 @@ class Site final : public Kiln::NamedEntity {
   KILN_READONLY(0x107, std::uint32_t, writes, 7)
   KILN_INST(0x108, Host, gateway)
   KILN_RESERVED(0x109, "ObjectTest::Later", later)
+  KILN_ATTR(0x10a, Dovel::Ptr<Host>, peer)
 
  public:
   using NamedEntity::NamedEntity;
+  Parting parting;
   void touch() { writesSet(writes() + 1); }
   KILN_METHOD(touch)
 };
 
-/// Watches a site and writes down what it is told.
+std::string textOf(Dovel::Change const& change) {
+  std::string text = std::to_string(change.id - 0x100);
+  if (change.id == Site::vlanVniId) text += "[" + std::to_string(change.keyAs<std::uint16_t>()) + "]";
+  if (change.id == Site::hostId) text += "[" + std::to_string(change.keyAs<std::uint32_t>()) + "]";
+  return text + " ";
+}
+
+/// Watches a site and records the changes.
 class Watcher final : public Kiln::Sm {
-  void siteDispatch(Dovel::Change const& change) { log += std::to_string(change.id - 0x100) + keyOf(change) + " "; }
-  void handleSite() { log += "catch-up "; }
+  void siteDispatch(Dovel::Change const& change) { handle(textOf(change)); }
+  void handleSite() { handle("catch-up "); }
 
   KILN_BASE_TYPE(ObjectTest::Watcher)
   KILN_WATCHED(0x102, Site, site, &KilnSelf::siteDispatch, &KilnSelf::handleSite)
@@ -61,11 +82,14 @@ class Watcher final : public Kiln::Sm {
     return Dovel::make<Watcher>(out, site, Quiet{});
   }
 
+  std::function<void()> action;  ///< Runs in the handler.
+  Parting parting;
+
  private:
-  static std::string keyOf(Dovel::Change const& change) {
-    if (change.id == Site::vlanVniId) return "[" + std::to_string(change.keyAs<std::uint16_t>()) + "]";
-    if (change.id == Site::hostId) return "[" + std::to_string(change.keyAs<std::uint32_t>()) + "]";
-    return "";
+  void handle(std::string const& text) {
+    log += text;
+    if (action) action();
+    if (action) log += "handled ";
   }
   std::string& log;
 };
@@ -79,7 +103,7 @@ class Objects : public testing::Test {
   Dovel::Ptr<Watcher> watcher = Dovel::make<Watcher>(log, site);
 };
 
-TEST_F(Objects, AreFoundWhateverCameOrWentSinceTheLastLook) {
+TEST_F(Objects, AreFoundWhateverWasAddedOrRemovedSinceTheLastLookUp) {
   for (std::uint32_t n = 0; n < 100; ++n) {
     auto const host = site->hostIs(n);
     EXPECT_EQ(site->host(0)->number(), 0U) << "with " << n << " others";
@@ -92,6 +116,58 @@ TEST_F(Objects, AreFoundWhateverCameOrWentSinceTheLastLook) {
   site->hostDel(7);
   EXPECT_EQ(site->host(7), nullptr);
   EXPECT_EQ(site->host(8)->number(), 8U);
+}
+
+// The objects' ends lead back into the collection that replaces, removes or destroys them.
+TEST_F(Objects, AreLookedUpWhileOthersEnd) {
+  auto* const raw = site.get();
+  for (std::uint32_t n = 0; n < 8; ++n)
+    site->hostIs(n)->parting.action = [this, raw, n] {
+      raw->hostDel(n);
+      for (std::uint32_t k = 0; k < 8; ++k) log += raw->host(k) ? "1" : "0";
+      log += " ";
+    };
+  said();
+  auto const another = Dovel::make<Host>(7U);
+  site->hostIs(another);
+  EXPECT_EQ(said(), "6[7] 6[7] 11111110 ") << "removed by the end of the one that it replaced";
+  EXPECT_EQ(site->host(7), nullptr);
+  site->hostDel(6);
+  EXPECT_EQ(said(), "6[6] 11111100 ");
+  watcher = nullptr;
+  site = nullptr;
+  EXPECT_EQ(said(), "00000000 00000000 00000000 00000000 00000000 00000000 ");
+}
+
+TEST_F(Objects, AreIteratedInTheOrderOfAddition) {
+  auto const order = [&] {
+    std::string text;
+    for (auto const& host : site->hostColl()) text += std::to_string(host->number()) + " ";
+    return text;
+  };
+  for (std::uint32_t n : {5, 1, 9, 3}) site->hostIs(n);
+  site->hostIs(Dovel::make<Host>(9U));
+  EXPECT_EQ(order(), "5 1 9 3 ");
+  for (std::uint32_t n : {1, 3}) site->hostDel(n);
+  EXPECT_EQ(order(), "5 9 ");
+  for (std::uint32_t n : {4, 2, 6}) site->hostIs(n);
+  EXPECT_EQ(order(), "5 2 9 4 6 ") << "holes are filled";
+}
+
+TEST_F(Objects, MayBeRemovedUnderTheCursor) {
+  auto const all = [&] {
+    return std::to_string(site->vlanVniColl().size() + site->flagColl().size() + site->hostColl().size());
+  };
+  for (std::uint16_t n = 1; n <= 7; ++n) site->vlanVniIs(n, n), site->flagIs(n, true), site->hostIs(n);
+  std::string seen;
+  for (auto const& [vlan, vni] : site->vlanVniColl()) site->vlanVniDel(vlan), seen += "v";
+  for (auto const& [flag, set] : site->flagColl()) {
+    seen += std::to_string(flag);
+    if (flag % 2) site->flagDel(flag);
+  }
+  for (auto const& host : site->hostColl()) site->hostDel(host->number()), seen += "h";
+  EXPECT_EQ(seen, "vvvvvvv1234567hhhhhhh");
+  EXPECT_EQ(all(), "3");
 }
 
 TEST_F(Objects, OnlyDifferencesArePublished) {
@@ -184,12 +260,112 @@ TEST_F(Objects, AnInactiveOwnerListensLaterAndAZombieNever) {
   EXPECT_TRUE(site->publisher()->empty());
 }
 
+/// Records the changes of a site without holding it, and does what the test wants at the first.
+class Listener final : public Dovel::Subscriber {
+ public:
+  Listener(Site& site, std::string& log, std::function<void()> first)
+      : Subscriber([](Subscriber& self, Dovel::Change const& c) { static_cast<Listener&>(self).hear(c); }),
+        log_(log),
+        first_(std::move(first)) {
+    site.publisher()->subscriberAdd(*this);
+  }
+
+ private:
+  void hear(Dovel::Change const& change) {
+    log_ += textOf(change);
+    if (auto const act = std::exchange(first_, nullptr)) act();
+  }
+  std::string& log_;
+  std::function<void()> first_;
+};
+
+// The last reference to an object is released by a subscriber to it, or by the end of an object that a mutator replaces
+// or removes: the mutator publishes all that it changes, and the object is deleted when the mutator has returned.
+TEST(HostileSubscriber, MayReleaseTheObjectThatChanges) {
+  struct Case {
+    char const* said;
+    void (*act)(Site&);
+    void (*prepare)(Site&) = [](Site&) {};
+  };
+  for (auto const& [said, act, prepare] : std::vector<Case>{
+           {"3 ", [](Site& s) { s.portIs(1); }},
+           {"4[10] ", [](Site& s) { EXPECT_EQ(s.vlanVniDel(10), 5U); }},
+           {"4[10] 4[20] ", [](Site& s) { s.vlanVniDelAll(); }},
+           {"5 5 ", [](Site& s) { s.flagDelAll(); }},
+           {"6[1] 6[2] 6[3] ", [](Site& s) { s.hostDelAll(); }},
+           {"6[9] ", [](Site& s) { EXPECT_EQ(s.hostIs(9)->number(), 9U); }},
+           {"6[1] ", [](Site& s) { EXPECT_EQ(s.hostDel(1)->number(), 1U); }},
+           {"6[1] ", [](Site& s) { s.hostIs(Dovel::make<Host>(1U)); }},
+           {"8 ", [](Site& s) { EXPECT_EQ(s.gatewayIs(9U)->number(), 9U); }},
+           {"8 ", [](Site& s) { s.gatewayDel(); }, [](Site& s) { s.gatewayIs(9U); }},
+           {"10 ", [](Site& s) { s.peerIs(nullptr); }},
+       }) {
+    for (bool const bySubscriber : {true, false}) {
+      std::string log;
+      auto site = Dovel::make<Site>("s");
+      auto const release = [&site] { site = nullptr; };
+      for (auto const vlan : std::initializer_list<std::uint16_t>{10, 20})
+        site->vlanVniIs(vlan, 5), site->flagIs(vlan, true);
+      for (std::uint32_t const n : {1, 2, 3}) site->hostIs(n);
+      site->peerIs(Dovel::make<Host>(4U));
+      prepare(*site);
+      site->parting.action = [&log] { log += "deleted "; };
+      Listener const listener(*site, log, bySubscriber ? std::function<void()>(release) : nullptr);
+      if (!bySubscriber) site->peer()->parting.action = site->host(1)->parting.action = release;
+      act(*site);
+      release();
+      EXPECT_EQ(log, std::string(said) + "deleted ");
+    }
+  }
+}
+
+TEST_F(Objects, AHandlerMayReleaseItsStateMachine) {
+  auto const release = [this] { watcher = nullptr; };
+  watcher->parting.action = [this] { log += "deleted "; };
+  watcher->action = release;
+  site->portIs(1);
+  EXPECT_EQ(said(), "3 handled deleted ");
+  watcher = Dovel::make<Watcher>(log, site);
+  watcher->parting.action = [this] { log += "deleted "; };
+  watcher->action = release;
+  watcher->siteIs(Dovel::make<Site>("other"));
+  EXPECT_EQ(said(), "catch-up handled deleted ");
+  EXPECT_TRUE(site->publisher()->empty());
+}
+
+/// Watches a site while it wants to.
+class Fickle final : public Kiln::Sm {
+  void siteDispatch(Dovel::Change const&) { ++heard; }
+
+  KILN_BASE_TYPE(ObjectTest::Fickle)
+
+ public:
+  int heard = 0;
+  std::optional<Kiln::Watch<Site, &Fickle::siteDispatch>> first{*this}, second{*this};
+};
+
+TEST_F(Objects, AWatchMayEndBeforeItsStateMachine) {
+  watcher = nullptr;
+  auto const fickle = Dovel::make<Fickle>();
+  for (auto* watch : {&fickle->first, &fickle->second}) (*watch)->notifierIs(site);
+  fickle->first.reset();
+  fickle->hasNotificationActiveIs(false);
+  EXPECT_TRUE(site->publisher()->empty());
+  fickle->hasNotificationActiveIs(true);
+  fickle->first.emplace(*fickle, site, Kiln::SubscribeOnly{});
+  site->portIs(1);
+  EXPECT_EQ(fickle->heard, 2);
+}
+
 /// A nested reactor that its owner's end must silence.
 class Nested final : public Kiln::NotifieeConst {
   KILN_BASE_TYPE(ObjectTest::Nested)
 
  public:
-  Nested(std::uint32_t key, std::string& log) : key_(key), log_(log) { log_ += "+" + std::to_string(key_) + " "; }
+  Nested(Dovel::Ptr<Host> const& host, std::string& log)
+      : NotifieeConst(host, Dovel::attributes(Host::labelId)), key_(host->number()), log_(log) {
+    log_ += "+" + std::to_string(key_) + " ";
+  }
   ~Nested() override { log_ += "-" + std::to_string(key_) + " "; }
   std::uint32_t key() const { return key_; }
   void ownerClear() { log_ += std::string(isZombie() ? "z" : "") + (hasNotificationActive() ? "a" : "") + "clear "; }
@@ -209,9 +385,7 @@ class Owner final : public Kiln::Sm {
   explicit Owner(std::string& log) : log_(log) {}
   ~Owner() override { log_ += std::string(isZombie() ? "z" : "") + (hasNotificationActive() ? "a" : "") + "owner "; }
   Dovel::Ptr<Nested> nestedIs(Dovel::Ptr<Host> const& host) {
-    auto const nested = Dovel::make<Nested>(host->number(), log_);
-    nested->notifierIs(host);
-    nested->isRegisteredNotifieeIs(true);
+    auto const nested = Dovel::make<Nested>(host, log_);
     nested_.add(nested);
     return nested;
   }
@@ -237,18 +411,28 @@ TEST_F(Objects, AnSmEndsInOrder) {
   EXPECT_TRUE(host->publisher()->empty());
 }
 
-TEST_F(Objects, ANestedReactorMayBeDroppedByWhatItSetsOff) {
-  auto const owner = Dovel::make<Owner>(log);
+TEST_F(Objects, ANestedReactorFollowsItsOwner) {
+  auto owner = Dovel::make<Owner>(log);
   auto const host = Dovel::make<Host>(2U);
   owner->nestedIs(host);
   owner->nestedDel(2);
   EXPECT_EQ(said(), "+2 zaclear -2 ");
   owner->hasNotificationActiveIs(false);
-  owner->nestedIs(host);
+  auto const replaced = owner->nestedIs(host);
+  host->labelIs("a");
+  EXPECT_EQ(said(), "+2 ") << "added to an inactive owner";
   owner->hasNotificationActiveIs(true);
-  said();
+  host->labelIs("b");
+  EXPECT_EQ(said(), "n2 ");
+  owner->nestedIs(host);
+  EXPECT_EQ(said(), "+2 zaclear ") << "one that is replaced lets go of its owner";
   host->labelIs("c");
   EXPECT_EQ(said(), "n2 ");
+  owner->kilnDoZombieReactors(true);
+  owner->nestedIs(host);
+  host->labelIs("d");
+  owner = nullptr;
+  EXPECT_EQ(said(), "+2 zaclear -2 zclear -2 zowner ");
 }
 
 TEST_F(Objects, AWalkOfACollectionSurvivesItsHandlers) {
@@ -279,7 +463,7 @@ std::string read(Kiln::Entity& entity, char const* text) {
   document.Parse(text);
   Kiln::JsonIn const in(document);
   try {
-    Kiln::entityCheck(entity.typeData(), in);
+    Kiln::entityCheck(entity, in);
   } catch (Kiln::ValueError const& error) {
     return error.path() + " " + error.value() + ": " + error.what();
   }
@@ -298,7 +482,7 @@ TEST_F(Objects, ADescriptionListsWhatTheClassDeclares) {
   }
   EXPECT_THAT(all, ElementsAre("2 address Meshal::IpGenAddr", "3 port u16", "4 vlanVni u16->u32", "5 flag u16->bool",
                                "6 host u32->ObjectTest::Host", "7 writes u32 ro", "8 gateway ObjectTest::Host ro",
-                               "9 later ObjectTest::Later ro"));
+                               "9 later ObjectTest::Later ro", "10 peer ObjectTest::Host ro"));
   EXPECT_TRUE(type->isA(Kiln::Entity::kilnType()));
   EXPECT_FALSE(type->isA(Host::kilnType()));
 
@@ -317,10 +501,17 @@ TEST_F(Objects, JsonGoesOutAndIn) {
   EXPECT_EQ(read(*site, text), "");
   EXPECT_EQ(json(*site), R"({"address":"10.0.0.1","port":4789,"vlanVni":{"20":2020,"3":3030},"flag":{"1":true},)"
                          R"("host":{"5":{"number":5,"label":"none"},"7":{"number":7,"label":"x"}},)"
-                         R"("writes":7,"gateway":null,"later":null})");
+                         R"("writes":7,"gateway":null,"later":null,"peer":null})");
   said();
   EXPECT_EQ(read(*site, text), "");
   EXPECT_EQ(said(), "") << "what is equal is not written";
+
+  // A dump is read back, into its object and into a new one.
+  auto const dump = json(*site);
+  auto const copy = Dovel::make<Site>("copy");
+  EXPECT_EQ(read(*site, dump.c_str()) + read(*copy, dump.c_str()), "");
+  EXPECT_EQ(json(*copy), dump);
+  EXPECT_EQ(said(), "");
 
   // What the second text leaves out is as in a new object; an element that stays keeps its object.
   auto const host = site->host(7);
@@ -340,11 +531,11 @@ TEST_F(Objects, WhatCannotBeReadChangesNothing) {
            {R"({"port":1,"nothing":1})",
             "/nothing 1: unknown attribute of ObjectTest::Site, expected one of address port"},
            {R"({"port":1,"writes":1})", "/writes 1: attribute that can't be written of ObjectTest::Site"},
-           {R"({"port":1,"later":null})", "/later null: attribute that can't be written"},
+           {R"({"port":1,"later":{}})", "/later {}: attribute that can't be written"},
            {R"({"port":65536})", "/port 65536: expected a whole number from 0 to 65535"},
            {R"({"port":1,"vlanVni":{"1":1,"x":2}})", "/vlanVni/x 2: expected a key that is a u16"},
            {R"({"port":1,"host":{"1":{"label":3}}})", "/host/1/label 3: expected a string"},
-           {R"({"port":1,"host":{"1":{"number":1}}})", "/host/1/number 1: attribute that can't be written"},
+           {R"({"port":1,"host":{"1":{"number":2}}})", "/host/1/number 2: attribute that can't be written"},
            {R"({"port":1,"address":"10.0.0.256"})", "/address \"10.0.0.256\": "},
        }) {
     EXPECT_THAT(read(*site, text), testing::StartsWith(starts));
@@ -363,6 +554,14 @@ TEST_F(Objects, ADirectoryMakesItsChildrenByType) {
   auto const inner = dir->createEntity<Kiln::Dir>("d")->createEntity<Site>("b");
   EXPECT_EQ(dir->child<Site>("d/b"), inner);
   for (auto const* path : {"", "c", "a/b", "d/c", "d/", "/a"}) EXPECT_EQ(dir->child(path), nullptr) << path;
+  std::string heard;
+  auto replaced = Dovel::make<Site>("x");
+  dir->childIs("x", replaced);
+  replaced->parting.action = [&] { heard = dir->child("x") ? "present" : "absent"; };
+  replaced = nullptr;
+  dir->childIs("x", inner);
+  EXPECT_EQ(heard, "present");
+  dir->childDel("x");
   dir->childDel("a");
   EXPECT_EQ(json(*dir).substr(0, 17), R"({"entity":{"d":{")");
 }

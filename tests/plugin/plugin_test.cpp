@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -94,9 +95,18 @@ TEST(Loader, SaysWhichFileOrTypeIsMissing) {
   EXPECT_TRUE(loader.files().empty());
   EXPECT_THAT(loadError([&] { loader.makeMounter("PluginTest::Nobody", "x"); }),
               HasSubstr("type PluginTest::Nobody is not registered"));
-  EXPECT_THAT(loadError([&] { loader.makeMounter("Kiln::Dir", "x"); }),
-              HasSubstr("type Kiln::Dir is none of a mounter"));
+  EXPECT_THAT(loadError([&] { loader.makeMounter("Kiln::Dir", "x"); }), HasSubstr("type Kiln::Dir is not a mounter"));
   EXPECT_EQ(loader.makeMounter("PluginTest::Mounter", "x")->typeData().name(), "PluginTest::Mounter");
+}
+
+TEST(Loader, RefusesAPlugInWhoseClassIsRegistered) {
+  Plugin::Loader loader;
+  auto const bin = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+  for (int i = 0; i < 2; ++i) loader.load(bin / TESSEL_PLUGIN_FILE);
+  EXPECT_EQ(loader.files().size(), 2U) << "the same file again is no other plug-in";
+  EXPECT_THAT(loadError([&] { loader.load(TESSEL_TWIN_FILE); }),
+              "plug-in " TESSEL_TWIN_FILE " cannot be used: its class PluginTest::Mounter is registered already");
+  EXPECT_EQ(loader.files().size(), 2U);
 }
 
 class L3Feature : public testing::Test {

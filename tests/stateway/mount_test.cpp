@@ -1,8 +1,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "platform/kiln/AttributeDefinitions.h"
 #include "platform/kiln/Dir.h"
@@ -90,7 +93,30 @@ TEST_F(Mounts, CompleteWhenTheLoopRuns) {
   EXPECT_EQ(em->getEntity("room/lamp"), lamp) << "what the host made and filled";
   EXPECT_EQ(em->completeMounts(), 0U);
   EXPECT_EQ(em->getEntity("room"), nullptr);
-  EXPECT_EQ(em->getEntity("room/lamp/x"), nullptr);
+  em->entityIs("room/lamp/x", "MountTest::Lamp");
+  EXPECT_EQ(em->getEntity("room/lamp/x"), nullptr) << "below a mount that is no directory";
+}
+
+TEST_F(Mounts, EachManagerHasGroupsOfItsOwn) {
+  auto const other = Dovel::make<Stateway::EntityManager>();
+  auto const group = em->getMountGroup(*mounter);
+  auto const otherGroup = other->getMountGroup(*mounter);
+  EXPECT_NE(group, otherGroup);
+  EXPECT_EQ(em->getMountGroup(*mounter), group);
+  otherGroup->doMount(mount("room/lamp", "MountTest::Lamp", "r"));
+  otherGroup->doClose(false, "", 0);
+  EXPECT_EQ(em->completeMounts(), 0U);
+  EXPECT_EQ(other->completeMounts(), 1U);
+  EXPECT_EQ(em->entity("room/lamp"), nullptr);
+  EXPECT_EQ(log, "complete ");
+}
+
+TEST_F(Mounts, AGroupIsCompletedAlsoWhenAnotherIsOpenedAfterIt) {
+  ask(*mounter, "first");
+  ask(*mounter, "second");
+  em->getMountGroup(*mounter);
+  EXPECT_EQ(em->completeMounts(), 2U);
+  EXPECT_TRUE(em->getEntity("first") && em->getEntity("second"));
 }
 
 TEST_F(Mounts, AGroupThatIsClosedMeanwhileCompletesAsWell) {
@@ -141,7 +167,7 @@ TEST_F(Mounts, AWrongTypeSaysPathAndTypes) {
   for (auto const& wrong : std::vector<Case>{
            {"MountTest::Nobody", "room/lamp: the type MountTest::Nobody is not loaded"},
            {"MountTest::Nameless", "room/lamp: the type MountTest::Nameless can't be made by its name"},
-           {"Kiln::Dir", "room/lamp is a MountTest::Lamp, wanted is a Kiln::Dir"},
+           {"Kiln::Dir", "room/lamp is a MountTest::Lamp, expected a Kiln::Dir"},
            {"Kiln::NamedEntity", ""},  // Which it is as well.
        }) {
     EXPECT_EQ(mountError([&] { group->doMount(mount("room/lamp", wrong.type, "r")); }), wrong.why);
@@ -161,7 +187,29 @@ TEST_F(Mounts, ChildrenOfAMountedDirectoryAreFoundByPath) {
   EXPECT_NE(mountError([&] { em->entityIs("slice/1", "Kiln::Dir"); }), "");
 }
 
-TEST(LocalStore, WhoComesFirstMakesIt) {
+// A directory has the same children whether it or they are created first.
+TEST_F(Mounts, TheOrderOfCreationMakesNoDifference) {
+  std::vector<std::pair<std::string, std::string>> const entities{
+      {"a", "Kiln::Dir"},         {"a/b", "Kiln::Dir"},         {"a/b/c", "MountTest::Lamp"},
+      {"a/x", "MountTest::Lamp"}, {"a/y/z", "MountTest::Lamp"}, {"ab", "MountTest::Lamp"}};
+  std::vector<std::size_t> order{0, 1, 2, 3, 4, 5};
+  do {
+    auto const stores = Dovel::make<Local::EntityManager>();
+    auto& manager = *stores;
+    std::string which;
+    for (auto const i : order) manager.doMount(entities[i].first, entities[i].second), which += std::to_string(i);
+    for (auto const& [path, type] : entities) {
+      auto const entity = manager.getEntity(path);
+      ASSERT_TRUE(entity && manager.doMount(path, type) == entity) << path << " " << which;
+    }
+    auto const dir = manager.getEntity<Kiln::Dir>("a");
+    ASSERT_TRUE(dir->child("b/c") && dir->child("b/c") == manager.getEntity("a/b/c")) << which;
+    ASSERT_EQ(dir->child("x"), manager.getEntity("a/x")) << which;
+    ASSERT_THAT(manager.paths(), ElementsAre("a", "a/b", "a/b/c", "a/x", "a/y/z", "ab")) << which;
+  } while (std::next_permutation(order.begin(), order.end()));
+}
+
+TEST(LocalStore, TheFirstRequestMakesTheEntity) {
   auto const local = Dovel::make<Local::EntityManager>();
   Dovel::Ptr<Local::EntityStore> const readers = local;
   EXPECT_EQ(readers->getEntity("a"), nullptr);

@@ -32,7 +32,7 @@ std::string apply(Kiln::Entity& entity, std::string const& json) {
   EXPECT_FALSE(document.HasParseError()) << json;
   Kiln::JsonIn const in(document);
   try {
-    Kiln::entityCheck(entity.typeData(), in);
+    Kiln::entityCheck(entity, in);
   } catch (Kiln::ValueError const& error) {
     return error.path();
   }

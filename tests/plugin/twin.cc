@@ -1,0 +1,15 @@
+// A plug-in with a class of the name of one in plugin_test.cpp.
+
+#include "platform/kiln/AttributeDefinitions.h"
+#include "platform/kiln/Entity.h"
+
+namespace PluginTest {
+
+class Mounter final : public Kiln::NamedEntity {
+  KILN_TYPE(PluginTest::Mounter, Kiln::NamedEntity)
+
+ public:
+  using NamedEntity::NamedEntity;
+};
+
+}  // namespace PluginTest
