@@ -12,10 +12,10 @@ namespace TesselVxlan {
 using TesselCentral::VtepIpToTnlIdNhIdMap;
 
 NestedSm_TunnelIdMap::NestedSm_TunnelIdMap(Dovel::Ptr<VtepIpToTnlIdNhIdMap> const& map, HwTunnelProgrammerBase* owner)
-    : map_(map), owner_(owner) {
+    : NotifieeConst(map, Dovel::attributes(VtepIpToTnlIdNhIdMap::tnlIdId, VtepIpToTnlIdNhIdMap::nhIdId)),
+      map_(map),
+      owner_(owner) {
   TRACE(1, "handleInitialized tunnelType: {}", owner->tunnelType());
-  notifierIs(map_);
-  isRegisteredNotifieeIs(true);
 }
 
 void NestedSm_TunnelIdMap::mapIs(Dovel::Ptr<VtepIpToTnlIdNhIdMap> const& map) {

@@ -10,7 +10,7 @@ HBitmap::HBitmap(Bit size) : size_(size) {
     auto const words = (bits - 1) / kWordBits + 1;
     levelAt_[levels_++] = static_cast<Bit>(words_.size());
     words_.resize(words_.size() + words, ~Word{0});
-    // The bits past the end of a level stand for nothing: never clear.
+    // The bits past the end of a level are never clear.
     if (bits % kWordBits) words_.back() = mask(bits) - 1;
     bits = words > 1 ? words : 0;
   }

@@ -13,7 +13,7 @@ namespace Anvil {
 /// A pool of bits that finds its lowest clear bit in one step per level; a level is 64 times smaller than the one
 /// below.
 ///
-/// Inside, a one stands for a clear bit: level 0 has one per bit of the pool, a higher level one per word below that
+/// Inside, a one represents a clear bit: level 0 has one per bit of the pool, a higher level one per word below that
 /// has any. So the lowest clear bit is the count of trailing zeros from the top down, and bits past the end are never
 /// found. Plain value; bit numbers run from 0 to size() - 1.
 class HBitmap {

@@ -11,9 +11,9 @@
 
 namespace Anvil {
 
-/// A pool of ids that several objects share: a bit that is set is an id that is taken.
+/// A pool of ids that several objects share: a set bit is an allocated id.
 ///
-/// Bits are numbered from `base` on. Publishes nothing. Main thread only; owned by whoever holds it.
+/// Bits are numbered from `base` on. Publishes nothing. Main thread only; shared by its holders.
 class IncrementalHBitmap final : public Dovel::Node {
   KILN_BASE_TYPE(Anvil::IncrementalHBitmap)
 
@@ -45,8 +45,8 @@ class IncrementalHBitmap final : public Dovel::Node {
 /// "3 of 24576 set".
 void appendText(std::string& out, IncrementalHBitmap const& bitmap);
 
-/// A pool of `size` ids from `base` on. It starts all clear and gives the lowest id first, whatever `bitState` and
-/// `indexPreference` say: no id is taken before anybody has asked for one.
+/// A pool of `size` ids from `base` on. It is clear initially and returns the lowest id first; `bitState` and
+/// `indexPreference` are ignored.
 Dovel::Ptr<IncrementalHBitmap> incrementalHBitmapFactory(std::uint32_t base, std::uint32_t size, std::uint32_t bitState,
                                                          std::uint32_t indexPreference);
 

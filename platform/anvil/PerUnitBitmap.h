@@ -16,7 +16,7 @@ class PerUnitBitmap {
   static constexpr std::size_t kWords = 11;
   static constexpr std::size_t kBits = kWords * 32;
 
-  /// Word `index`, its lowest bit standing for port 32 * index. REQUIRES: index < kWords.
+  /// Word `index`, its lowest bit is port 32 * index. REQUIRES: index < kWords.
   std::uint32_t bitList(std::size_t index) const {
     assert(index < kWords);
     return words_[index];

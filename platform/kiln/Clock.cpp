@@ -57,7 +57,7 @@ ActivityManager::Id ActivityManager::schedule(Seconds delay, std::function<void(
 std::function<void()> ActivityManager::release(Slot& slot) {
   freeSlots_.push_back(slot.id & slotMask);
   slot.id = 0;
-  // Handed out, not destroyed here: what the callable owns may come back to this object when it goes.
+  // Returned, not destroyed here: destructors of what the callable owns may call this object.
   return std::exchange(slot.work, nullptr);
 }
 
@@ -84,7 +84,7 @@ std::size_t ActivityManager::runDue() {
   Seconds const now = clock()->now();
   Id const afterLast = (scheduled_ + 1) << slotBits;
   std::size_t ran = 0;
-  // What the work below schedules is due at `now` at the earliest and comes after all that was due at the start.
+  // Work that is scheduled below is due at `now` at the earliest and is left to the next call.
   while (!turns_.empty() && turns_.front().due <= now && turns_.front().id < afterLast) {
     auto const work = release(slotOf(turns_.front().id));
     dropCancelled();
@@ -100,7 +100,7 @@ std::optional<Seconds> ActivityManager::nextDue() const {
 }
 
 ActivityManager* activityManager() {
-  // Never destroyed: what is scheduled may refer to what has gone when the process ends.
+  // Never destroyed: callables may refer to objects that are destroyed before it when the process ends.
   static auto* const manager = new ActivityManager;
   return manager;
 }

@@ -11,14 +11,14 @@ namespace Kiln {
 
 using Seconds = double;
 
-/// Tells the time that timed work goes by, in seconds from a start of the clock's own; never goes back.
+/// The time base of timed work, in seconds since an arbitrary start; monotonic.
 class Clock {
  public:
   virtual ~Clock() = default;
   virtual Seconds now() const = 0;
 };
 
-/// Time of the machine since the clock was made.
+/// Time of the machine since the construction of the clock.
 class RealClock final : public Clock {
  public:
   RealClock();
@@ -28,7 +28,7 @@ class RealClock final : public Clock {
   Seconds start_;
 };
 
-/// Time that passes only when it is told to.
+/// Time that passes only by `advance`.
 class VirtualClock final : public Clock {
  public:
   Seconds now() const override { return now_; }
@@ -39,10 +39,10 @@ class VirtualClock final : public Clock {
   Seconds now_ = 0;
 };
 
-/// What an activity manager goes by.
+/// Configuration of an activity manager.
 class ActivityManagerConfig {
  public:
-  /// Never null; a real clock until another is set. Belongs to who set it.
+  /// Never null; a real clock until another is set. Owned by the caller that set it.
   Clock* clock() const { return clock_; }
   /// Null stands for the real clock. REQUIRES: nothing is scheduled; the clock outlives its use here.
   void clockIs(Clock* clock);
@@ -55,7 +55,7 @@ class ActivityManagerConfig {
   Clock* clock_;
 };
 
-/// Keeps work for a later time and runs it when the loop asks.
+/// Keeps work for a later time; the host's loop runs what is due.
 ///
 /// Reads the clock. Work of equal time runs in the order in which it was scheduled. Main thread only. Work may schedule
 /// and cancel; what it schedules runs at the earliest in the next `runDue`, so that a turn of the loop ends.
@@ -75,9 +75,9 @@ class ActivityManager : public ActivityManagerConfig {
   bool cancel(Id id);
   /// Runs what is due now in order of time, then of scheduling. Returns how many ran.
   std::size_t runDue();
-  /// The clock's time at which the next work is due (it may be past); nothing if none waits.
+  /// The clock's time at which the next work is due (it may be past); nothing if none is scheduled.
   std::optional<Seconds> nextDue() const;
-  /// How many pieces of work wait.
+  /// The number of pieces of work that are scheduled.
   std::size_t waiting() const { return slots_.size() - freeSlots_.size(); }
 
  private:

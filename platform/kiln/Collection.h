@@ -62,24 +62,28 @@ class SmallMap {
 ///
 /// The objects are in one array in the order in which they were added, where a removed one leaves a hole that a later
 /// one fills; iteration is in the order of the array and tolerates additions too. A hash table beside the array finds
-/// the objects by their keys, without a copy of the key.
+/// the objects by their keys. It keeps hashes instead of keys, so that growth reads no object.
 template <class K, class V, auto Key>
 class EntityMap {
   using Place = std::uint32_t;
   struct Element {
     mutable V* object = nullptr;  // Replaced by an object of the same key.
     Place place = 0;
+    std::uint32_t hash = 0;
   };
   static decltype(auto) keyOf(Element const& element) { return (element.object->*Key)(); }
+  static std::uint32_t hashOf(K const& key) { return static_cast<std::uint32_t>(Hash<K>{}(key)); }
   struct KeyHash {
     using is_transparent = void;
     using is_avalanching = void;
-    std::size_t operator()(K const& key) const { return Hash<K>{}(key); }
-    std::size_t operator()(Element const& element) const { return Hash<K>{}(keyOf(element)); }
+    // The table takes the position from the upper bits and a fingerprint from the lower ones.
+    static std::size_t spread(std::uint32_t hash) { return std::size_t{hash} << 32 | hash; }
+    std::size_t operator()(K const& key) const { return spread(hashOf(key)); }
+    std::size_t operator()(Element const& element) const { return spread(element.hash); }
   };
   struct KeyEqual {
     using is_transparent = void;
-    bool operator()(Element const& a, Element const& b) const { return keyOf(a) == keyOf(b); }
+    bool operator()(Element const& a, Element const& b) const { return a.hash == b.hash && keyOf(a) == keyOf(b); }
     bool operator()(K const& a, Element const& b) const { return a == keyOf(b); }
     bool operator()(Element const& a, K const& b) const { return b == keyOf(a); }
   };
@@ -140,7 +144,7 @@ class EntityMap {
   /// it was here already.
   Dovel::Ptr<V> assign(Dovel::Ptr<V> const& value) {
     auto const place = holes_.empty() ? static_cast<Place>(objects_.size()) : holes_.back();
-    auto const [at, inserted] = index_.insert(Element{value.get(), place});
+    auto const [at, inserted] = index_.insert(Element{value.get(), place, hashOf((value.get()->*Key)())});
     if (!inserted) {
       at->object = value.get();
       last_ = *at;

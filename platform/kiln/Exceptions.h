@@ -17,16 +17,16 @@ class NullPointerException : public std::invalid_argument {
   using std::invalid_argument::invalid_argument;
 };
 
-/// A mutator was asked to make a second object of an attribute that holds one already.
+/// A mutator was called to make a second object of an attribute that holds one already.
 class ReinstantiationException : public std::logic_error {
  public:
   using std::logic_error::logic_error;
 };
 
-/// A document holds a value that its place does not take.
+/// A document holds a value that its place does not accept.
 ///
-/// `what()` says what was expected, `path()` where the value stands as a JSON pointer ("" is the whole document), and
-/// `value()` is the text of the value, cut to 80 characters.
+/// `what()` says what was expected, `path()` is the place of the value as a JSON pointer ("" is the whole document),
+/// and `value()` is the text of the value, cut to 80 characters.
 class ValueError : public std::runtime_error {
  public:
   ValueError(std::string path, std::string value, std::string const& expected)

@@ -34,7 +34,7 @@ class LogAction {
 /// A kind of operator message. A constant of the program.
 struct LogDescriptor {
   char const* name;
-  char const* format;  ///< %s, %d and %u stand for the arguments in order, %% for a percent sign.
+  char const* format;  ///< %s, %d and %u are replaced by the arguments in order, %% is a percent sign.
   char const* explanation;
   LogAction action;
   unsigned severity;  ///< 3 error, 4 warning, 6 information.
@@ -48,7 +48,7 @@ struct LogRecord {
   std::string text;
   std::string explanation;
   std::string action;
-  std::uint64_t count;  ///< The how-manieth of its handle, those that the rate limit held back included.
+  std::uint64_t count;  ///< Ordinal among its handle's messages, suppressed ones included.
 };
 
 /// The arguments of one message as text.
@@ -83,12 +83,12 @@ class LogHandle {
   unsigned rateLimitArgsMask() const { return rateLimitArgsMask_; }
   std::uint32_t idHash() const { return idHash_; }
 
-  /// Counts a message of this hash and tells whether it may go out now.
+  /// Counts a message of this hash. True if the rate limit allows it now.
   bool okToLog(std::uint32_t hash);
-  /// Sends the message out. REQUIRES: `okToLog` has allowed it.
+  /// Sends the message to the sink. REQUIRES: `okToLog` returned true for it.
   void log(LogString const& arguments);
 
-  /// How often a message was raised, and how many of these were held back.
+  /// How often a message was raised, and how many of these were suppressed.
   std::uint64_t raised() const { return raised_; }
   std::uint64_t suppressed() const { return suppressed_; }
 
@@ -110,18 +110,18 @@ class LogHandle {
   std::unordered_map<std::uint32_t, Window> windows_;  ///< By hash; empty for handles that never limit.
 };
 
-/// Takes operator messages.
+/// Receives operator messages.
 class LogSink {
  public:
   virtual ~LogSink() = default;
   virtual void message(LogRecord const& record) = 0;
 };
 
-/// Sends messages to `sink` from now on; null stands for the default, which prints `%TESSEL-3-NAME: text` to standard
-/// error. Returns the former, never null. The sink belongs to the caller and must outlive its use.
+/// Sends messages to `sink` from now on; null selects the default, which prints `%TESSEL-3-NAME: text` to standard
+/// error. Returns the former sink, never null. The sink is the caller's and must outlive its use.
 LogSink* logSinkIs(LogSink* sink);
 
-/// Collects the messages that are raised while it lives, in place of the former sink; for tests and the host.
+/// Collects the messages that are raised during its lifetime, in place of the former sink; for tests and the host.
 class LogCapture final : public LogSink {
  public:
   LogCapture() : former_(logSinkIs(this)) {}
@@ -161,7 +161,7 @@ namespace Impl {
 std::uint32_t mixHash(std::uint32_t a, std::uint32_t b);
 std::uint32_t textHash(std::string_view text);
 
-/// Hash of those arguments that the mask selects: bit n stands for argument n, counted from 1.
+/// Hash of those arguments that the mask selects: bit n selects argument n, counted from 1.
 template <class... Args>
 std::uint32_t logArgsHash([[maybe_unused]] unsigned mask, Args const&... args) {
   std::uint32_t hash = 0;
@@ -172,7 +172,7 @@ std::uint32_t logArgsHash([[maybe_unused]] unsigned mask, Args const&... args) {
 
 }  // namespace Impl
 
-/// Raises a message with arguments for its format, unless the rate limit holds it back. A message whose descriptor has
+/// Raises a message with arguments for its format, unless the rate limit suppresses it. A message whose descriptor has
 /// an empty format is its first argument: a ready text.
 template <class... Args>
 void log(LogHandle& handle, Args const&... args) {

@@ -27,8 +27,8 @@ struct FixedString {
 
 /// A whole number from `Min` to `Max`; `Min` by default.
 ///
-/// A number outside the range never gets in: the constructor throws `RangeException` with exactly `Text`, the other
-/// ways in answer nothing. Reads as a plain number, and is made from one only by name.
+/// Never holds a number outside the range: the constructor throws `RangeException` with exactly `Text`, `fromNumber`
+/// and `parseText` return failure. Converts to a plain number implicitly, from one explicitly.
 template <class Rep, Rep Min, Rep Max, FixedString Text>
 class RangeInt {
  public:

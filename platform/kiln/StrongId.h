@@ -13,7 +13,7 @@
 
 namespace Kiln {
 
-/// A 32-bit id that does not mix with other ids or with plain numbers; `Default` until it is given one.
+/// A 32-bit id that does not mix with other ids or with plain numbers; `Default` until one is assigned.
 ///
 /// `Derived` is the id's own type: `struct EncapId : Kiln::StrongId<EncapId> { using StrongId::StrongId; };`
 template <class Derived, std::uint32_t Default = 0>

@@ -30,7 +30,7 @@ void print(std::FILE* to, Impl::TraceSite const& site, std::string const& line) 
 
 }  // namespace
 
-/// The handles that are loaded, what was asked of them, and who reads along.
+/// The loaded handles, the masks that were set for them, and the readers.
 class TraceRegistry {
  public:
   struct Rule {
@@ -132,7 +132,7 @@ class TraceRegistry {
 
 namespace {
 
-// Made by the first file that registers and never destroyed: files are unloaded after everything else has gone.
+// Created by the first file that registers and never destroyed: files are unloaded after all else was destroyed.
 TraceRegistry& registry() {
   static auto& instance = *new TraceRegistry;
   return instance;

@@ -10,7 +10,7 @@
 
 /// Names the source file for traces; once in each .cpp file that uses `TRACE`, at its head. Not for headers: the handle
 /// is the file's own.
-/// The same name may stand in several files.
+/// Several files may have the same name.
 #define KILN_TRACE_FILE(name)                                             \
   namespace {                                                             \
   constinit ::Kiln::TraceHandle kilnTraceHandle(name);                    \
@@ -21,7 +21,7 @@
 /// Records a trace when its level (0 to 9, a constant) is on: `TRACE(1, " key: {} genId: {}", key, genId)`.
 ///
 /// An expression of type void. Off, it is one test and a branch, and no argument is evaluated. On, it copies the
-/// arguments into the ring; the text is made when somebody reads it. Arguments: numbers, bool, enumerations, pointers,
+/// arguments into the ring; the text is made when the ring is read. Arguments: numbers, bool, enumerations, pointers,
 /// strings (cut to fit) and every type with an `appendText(std::string&, T const&)` beside it; such a type is copied
 /// where it is trivially copyable and at most 64 bytes, otherwise its text is made at once. The format is checked by
 /// the compiler; numbers may carry a format such as {:#x}, types with `appendText` those of strings.
@@ -66,7 +66,7 @@ class TraceHandle {
   TraceHandle* next_ = nullptr;
 };
 
-/// Keeps a handle in the process-wide list while its file is loaded; takes the file's traces out of the ring at unload.
+/// Keeps a handle in the process-wide list while its file is loaded; removes the file's traces from the ring at unload.
 class TraceRegistration {
  public:
   explicit TraceRegistration(TraceHandle& handle);
@@ -93,12 +93,13 @@ std::vector<std::string> traceRingLines(std::size_t count = std::numeric_limits<
 void traceRingDump(std::FILE* to, std::size_t count = std::numeric_limits<std::size_t>::max());
 void traceRingClear();
 
-/// Where each line goes at once, as `traceRingDump` prints it; null (as at the start) for nowhere. Returns the former.
+/// Prints each line to `sink` at once, as `traceRingDump` does; null (the initial sink) prints nothing. Returns the
+/// former sink.
 std::FILE* traceTextSinkIs(std::FILE* sink);
 
-/// Switches levels on and collects what is traced while it lives; for tests and for the host's trace view.
+/// Switches levels on and collects what is traced during its lifetime; for tests and for the host's trace view.
 ///
-/// Adds its levels to those that are set and takes them away again at its end; captures may overlap.
+/// Its levels are added to those that are set; captures may overlap.
 /// Main thread only. Neither copied nor moved: the registry holds its address.
 class TraceCapture {
  public:

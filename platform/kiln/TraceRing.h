@@ -40,7 +40,7 @@ struct TraceSlot {
 
 /// The last traces of the process, the oldest overwritten first.
 ///
-/// Takes slots from `claim`, gives them back by age. All memory is static: recording allocates nothing.
+/// Slots are filled after `claim` and read by age. All memory is static: recording allocates nothing.
 /// Main thread only. A slot may be claimed while another is being filled (a text function that traces).
 class TraceRing {
  public:
@@ -52,7 +52,7 @@ class TraceRing {
     slot.site = nullptr;
     return slot;
   }
-  /// How many slots can be asked for by `fromNewest`.
+  /// The number of slots that `fromNewest` can return.
   std::size_t size() const { return count_ < slots ? count_ : slots; }
   /// The slot of an age; 0 is the newest. REQUIRES: age < size().
   TraceSlot const& fromNewest(std::size_t age) const { return slots_[(count_ - 1 - age) % slots]; }
@@ -60,7 +60,7 @@ class TraceRing {
   void forget(TraceHandle const& handle);
   void clear() { count_ = 0; }
 
-  /// Somebody wants each line at once: a text sink or a capture.
+  /// A text sink or a capture receives each line at once.
   bool watched = false;
 
  private:
@@ -70,7 +70,7 @@ class TraceRing {
 
 extern TraceRing traceRing;
 
-/// Takes arguments one by one while a line is formatted.
+/// Receives arguments one by one while a line is formatted.
 class TraceArgSink {
  public:
   explicit TraceArgSink(void* store) : store_(store) {}
@@ -90,7 +90,7 @@ class TraceArgSink {
 /// `platform/...` for a file of this source tree, the whole path for others.
 std::string_view relativePath(std::string_view file);
 
-/// Gives a slot that has just been filled to the text sink and the captures.
+/// Passes a slot that has just been filled to the text sink and the captures.
 void traceDeliver(TraceSlot const& slot);
 /// Function name, ": ", text.
 std::string traceLine(TraceSlot const& slot);

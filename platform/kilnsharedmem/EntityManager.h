@@ -24,16 +24,17 @@ class MountGroup final : public Dovel::Node {
 
   /// Adds a mount. Throws as `EntityManager::doMount`.
   void doMount(std::string const& path, std::string_view typeName, MountInfo const& info);
-  /// Completes the mounts before it returns: the entities can be had right after.
+  /// Completes the mounts before it returns: `getEntity` returns the entities from then on.
   void doClose();
 
  private:
   Dovel::Ptr<EntityManager> entityManager_;
 };
 
-/// The entities that agents share in memory, by path. It can be found by its name as long as it lives.
+/// The entities that agents share in memory, by path. Found by its name during its lifetime.
 ///
-/// Here the memory is that of the process; how an entity would lie in shared memory is recorded with its mount.
+/// Here the memory is that of the process; the layout that an entity would have in shared memory is recorded with its
+/// mount.
 class EntityManager final : public Dovel::Node {
   KILN_BASE_TYPE(KilnSharedMem::EntityManager)
 
@@ -52,7 +53,7 @@ class EntityManager final : public Dovel::Node {
 
   std::string const& name() const { return name_; }
   Dovel::Ptr<MountGroup> getMountGroup() { return Dovel::make<MountGroup>(*this); }
-  /// Throws `Stateway::MountError` for a type that isn't loaded, and for a path at which another type stands.
+  /// Throws `Stateway::MountError` for a type that is not loaded, and for a path whose entity is of another type.
   void doMount(std::string const& path, std::string_view typeName, MountInfo const& info);
   /// Null if nothing is mounted at `path`.
   Dovel::Ptr<Dovel::Node> getEntity(std::string_view path) const;

@@ -16,7 +16,7 @@ class EntityStore : public Dovel::Node {
   KILN_BASE_TYPE(Local::EntityStore)
 
  public:
-  /// Null if nothing stands at `path`.
+  /// Null if there is no entity at `path`.
   Dovel::Ptr<Dovel::Node> getEntity(std::string_view path) const { return store_.entity(path); }
   template <class T>
   Dovel::Ptr<T> getEntity(std::string_view path) const {
@@ -29,13 +29,13 @@ class EntityStore : public Dovel::Node {
   Stateway::Store store_;
 };
 
-/// The entities that the plug-ins of one agent share among themselves: whoever comes first makes one.
+/// The entities that the plug-ins of one agent share among themselves: the first request creates one.
 class EntityManager final : public EntityStore {
   KILN_TYPE(Local::EntityManager, Local::EntityStore)
 
  public:
-  /// The entity at `path`, made if there is none. Never null. Throws `Stateway::MountError` for a type that isn't
-  /// loaded, and for a path at which another type stands.
+  /// The entity at `path`, made if there is none. Never null. Throws `Stateway::MountError` for a type that is not
+  /// loaded, and for a path whose entity is of another type.
   Dovel::Ptr<Dovel::Node> doMount(std::string const& path, std::string_view typeName) {
     return store_.entityIs(path, typeName);
   }

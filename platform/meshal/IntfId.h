@@ -11,7 +11,7 @@
 
 namespace Meshal {
 
-/// An interface, as a 32-bit id that stands for its name.
+/// An interface, as a 32-bit id that represents its name.
 ///
 /// One name has one id for the life of the process, so that comparing and hashing never touch the name. "Vlan10"
 /// carries its VLAN number in the id; all other names are kept in one table of the process. The order is the one of the
@@ -35,7 +35,7 @@ class IntfId {
   std::uint32_t id_ = 0;
 };
 
-/// What the id of a VLAN interface tells.
+/// The content of a VLAN interface's id.
 class VlanIntfId {
  public:
   static constexpr bool isVlanIntfId(IntfId intf) { return (intf.id() & 0xff000000) == tag; }

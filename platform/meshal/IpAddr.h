@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <bit>
 #include <compare>
 #include <cstdint>
 #include <cstring>
@@ -12,6 +13,17 @@
 #include "platform/kiln/Text.h"
 
 namespace Meshal {
+
+/// The eight bytes at `bytes` as one word, in the machine's order.
+inline std::uint64_t loadWord(std::uint8_t const* bytes) {
+  std::uint64_t word;
+  std::memcpy(&word, bytes, sizeof word);
+  return word;
+}
+/// A word in the machine's order as one in network order, and back.
+constexpr std::uint64_t networkOrder(std::uint64_t word) {
+  return std::endian::native == std::endian::little ? __builtin_bswap64(word) : word;
+}
 
 enum class AddressFamily : std::uint8_t { unknown = 0, ipv4 = 1, ipv6 = 2 };
 BOOST_DESCRIBE_ENUM(AddressFamily, unknown, ipv4, ipv6)
@@ -47,8 +59,8 @@ class Ip6Addr {
 
   constexpr Bytes const& bytes() const { return bytes_; }
   /// The word of eight bytes number `index`, 0 or 1, read in network order.
-  std::uint64_t u64(unsigned index) const;
-  bool isUnspecified() const { return (u64(0) | u64(1)) == 0; }
+  std::uint64_t u64(unsigned index) const { return networkOrder(loadWord(bytes_.data() + index * 8)); }
+  bool isUnspecified() const { return (loadWord(bytes_.data()) | loadWord(bytes_.data() + 8)) == 0; }
   bool isMulticast() const { return bytes_[0] == 0xff; }
   /// A hash that is the same on every machine and in every run.
   std::uint64_t hash() const { return Kiln::mix(u64(0), u64(1)); }
@@ -61,12 +73,6 @@ class Ip6Addr {
  private:
   Bytes bytes_{};
 };
-
-inline std::uint64_t Ip6Addr::u64(unsigned index) const {
-  std::uint64_t word = 0;
-  for (unsigned i = 0; i < 8; ++i) word = word << 8 | bytes_[index * 8 + i];  // compiles to one swapped load
-  return word;
-}
 
 inline std::size_t hash_value(IpAddr const& addr) { return Kiln::mix(addr.value()); }
 void appendText(std::string& out, IpAddr const& addr);

@@ -19,9 +19,9 @@ class ProgrammingTypeSet {
   std::vector<std::uint32_t> types_;
 };
 
-/// A mounter that has tables of the chip to mount.
+/// A mounter that mounts tables of the chip.
 ///
-/// Keeps the list of its tables, in the order of mounting: what a host that recovers tables after a restart goes by.
+/// Keeps the list of its tables, in the order of mounting, for a host that recovers tables after a restart.
 class MounterBase : public TesselLib::MounterBase {
   KILN_TYPE(TesselInfra::MounterBase, TesselLib::MounterBase)
 
@@ -31,7 +31,7 @@ class MounterBase : public TesselLib::MounterBase {
     ProgrammingTypeSet programmingTypes;
   };
 
-  /// The chip's side of the mounts of `unit` is there. Nothing here.
+  /// The chip has completed the mounts of `unit`. Does nothing here.
   virtual void doAsicMountsComplete(std::uint32_t unit, bool recovered, Dovel::Ptr<Stateway::EntityManager> const& em);
 
   /// Puts the tables of a type on the list, once.

@@ -11,8 +11,8 @@ class L3MounterSmWrapper;
 
 /// Base of the mounters of an agent's layer-3 features.
 ///
-/// The host makes it by type name, sets the attributes, runs `doBootStageMount` with the mounter's open mount group and
-/// then `doInit`, which closes it. Once the mounts are complete there is a wrapper, which the host starts.
+/// The host creates it by type name, sets the attributes, runs `doBootStageMount` with the mounter's open mount group
+/// and then `doInit`, which closes the group. When the mounts are complete it has a wrapper, which the host starts.
 class L3MounterBase : public TesselInfra::MounterBase {
   KILN_TYPE(TesselL3Unicast::L3MounterBase, TesselInfra::MounterBase)
   KILN_FIXED(0x31, Dovel::String, name)

@@ -15,7 +15,7 @@ namespace TesselL3Unicast {
 
 /// Root object of a running layer-3 feature: holds the agent's common data and runs the feature's start.
 ///
-/// made (by the mounter) → common data set and `doStart` (by the host) → running.
+/// created (by the mounter) → common data set and `doStart` (by the host) → running.
 /// Watches the logical chips of the agent and the feature's running state. Main thread only. All that it holds is
 /// shared.
 class L3MounterSmWrapper : public Kiln::Sm {
@@ -40,7 +40,7 @@ class L3MounterSmWrapper : public Kiln::Sm {
   void chipInfoIs(TesselCentral::ChipInfo chipInfo) { chipInfo_ = std::move(chipInfo); }
   /// The unit of shared tables.
   Asic::UnitId unit() const { return Asic::kSharedUnit; }
-  /// Under which name the agent's shared memory is found, and whether it has to be there.
+  /// The name of the agent's shared memory, and whether it is required.
   Dovel::String const& shmemName() const { return shmemName_; }
   void shmemNameIs(Dovel::String name) { shmemName_ = std::move(name); }
   bool shmemRequired() const { return true; }
@@ -50,14 +50,15 @@ class L3MounterSmWrapper : public Kiln::Sm {
   /// `profileSupportsVxlan` are set.
   void doStart();
 
-  /// A logical chip has come, gone or changed; without an argument, the agent's chips as they are. Nothing here.
+  /// Handles a logical chip that was added, removed or changed; without an argument, all present ones. Does nothing
+  /// here.
   virtual void handleLogicalFapId(LogicalFap::LogicalFapId fapId);
   virtual void handleLogicalFapId();
-  /// The state of the host is there.
+  /// The state of the host is complete.
   virtual void initStatewayState() = 0;
-  /// The running state has changed. Nothing here.
+  /// Handles a change of the running state. Does nothing here.
   virtual void handleRunningState();
-  /// The start is over. Nothing here.
+  /// Runs at the end of the start. Does nothing here.
   virtual void handleInitialized();
 
  protected:

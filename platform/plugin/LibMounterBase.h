@@ -5,13 +5,13 @@
 
 namespace TesselLib {
 
-/// A mounter of an agent that has entities of its own to share among its plug-ins.
+/// A mounter of an agent that shares entities among its plug-ins.
 class MounterBase : public Plugin::Mounter {
   KILN_TYPE(TesselLib::MounterBase, Plugin::Mounter)
   KILN_ATTR(0x21, Dovel::Ptr<Kiln::Dir>, sharedEntityDir)  ///< Set by the host before `doInit`.
 
  public:
-  /// The agent-wide entity of that name; null if the host has not made it.
+  /// The agent-wide entity of that name; null if the host has not created it.
   Dovel::Ptr<Dovel::Node> sharedEntity(Dovel::String const& name) const;
 };
 

@@ -19,21 +19,21 @@
 #define SCREE_PASS_THROUGH 0
 #endif
 
-/// Slab allocation for the small objects that come and go with entities and table entries.
+/// Slab allocation for the small objects of entities and table entries.
 ///
 /// Sizes are rounded up to a multiple of 16 bytes; each such class, up to 512 bytes, has a list of free cells that were
 /// cut from chunks of 64 KiB. Cells are aligned to 16 bytes. A cell that is freed is the next one to be handed out; a
 /// chunk stays with its class for the life of the process, so that steady adding and removing never reaches `malloc`.
 ///
 /// One thread only: the lists have no lock, and there is one set of them per process, in the platform library.
-/// Under the address sanitizer every call goes straight to `malloc` and `free`, so that faults and leaks show.
+/// Under the address sanitizer every call is passed to `malloc` and `free`, so that faults and leaks show.
 namespace Scree {
 
 inline constexpr std::size_t kSlabStep = 16;  ///< Distance between two size classes, and the alignment of a cell.
 inline constexpr std::size_t kSlabMax = 512;  ///< The largest size that has a class.
 inline constexpr std::size_t kChunkBytes = 1 << 16;  ///< What one refill takes from `malloc`.
 
-/// Where the memory stands, summed over all classes. Zero throughout under the address sanitizer.
+/// Memory in use, summed over all classes. Zero throughout under the address sanitizer.
 struct Stats {
   std::size_t bytesInChunks = 0;  ///< Taken from `malloc`.
   std::size_t bytesInUse = 0;     ///< Handed out and not freed yet, in whole cells.
@@ -56,7 +56,7 @@ extern std::array<FreeCell*, kSlabMax / kSlabStep + 1> freeCells;
 /// Throws std::bad_alloc.
 void* refill(std::size_t sizeClass);
 
-/// `malloc` that throws std::bad_alloc where it has nothing to give.
+/// `malloc` that throws std::bad_alloc on failure.
 void* stdMalloc(std::size_t size);
 
 constexpr std::size_t sizeClass(std::size_t size) { return (size + kSlabStep - 1) / kSlabStep; }
@@ -79,7 +79,7 @@ constexpr std::size_t sizeClass(std::size_t size) { return (size + kSlabStep - 1
 #endif
 }
 
-/// Gives back what `slabAlloc` gave. REQUIRES: ptr is not null, size is the one that was asked for.
+/// Frees memory of `slabAlloc`. REQUIRES: ptr is not null, size is the one that was requested.
 inline void slabFree(void* ptr, [[maybe_unused]] std::size_t size) noexcept {
   assert(size <= kSlabMax);
 #if SCREE_PASS_THROUGH
@@ -90,19 +90,19 @@ inline void slabFree(void* ptr, [[maybe_unused]] std::size_t size) noexcept {
 #endif
 }
 
-/// As `slabAlloc`, for sizes that can be large: those beyond `kSlabMax` come from `malloc`.
+/// As `slabAlloc`, for sizes that can be large: those beyond `kSlabMax` are allocated by `malloc`.
 [[nodiscard]] inline void* slabAllocOrStdMalloc(std::size_t size) {
   return size <= kSlabMax ? slabAlloc(size) : detail::stdMalloc(size);
 }
 
-/// Gives back what `slabAllocOrStdMalloc` gave. REQUIRES: ptr is not null, size is the one that was asked for.
+/// Frees memory of `slabAllocOrStdMalloc`. REQUIRES: ptr is not null, size is the one that was requested.
 inline void slabFreeOrStdFree(void* ptr, std::size_t size) noexcept {
   if (size <= kSlabMax) return slabFree(ptr, size);
   std::free(ptr);
 }
 
 /// Base of a class whose objects live in the slab. Derived classes of any size may be deleted through a pointer to a
-/// base that has a virtual destructor. Over-aligned classes are refused at compile time; arrays take the ordinary road.
+/// base that has a virtual destructor. Over-aligned classes are refused at compile time; arrays are allocated as usual.
 class SlabAllocated {
  public:
   static void* operator new(std::size_t size) { return slabAllocOrStdMalloc(size); }
@@ -120,7 +120,7 @@ class SlabAllocated {
   SlabAllocated& operator=(SlabAllocated const&) = default;
 };
 
-/// Standard allocator over the slab: nodes and small arrays come from it, large arrays from `malloc`. All are equal.
+/// Standard allocator over the slab; large arrays are allocated by `malloc`. All are equal.
 template <typename T>
 class SlabAllocator {
  public:

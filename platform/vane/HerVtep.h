@@ -36,7 +36,7 @@ class VaneVxlanHwHerVtepConfigDir final : public Kiln::NamedEntity {
   using NamedEntity::NamedEntity;
 };
 
-/// The VLANs on which one remote VTEP takes part in flooding. Written by the feature.
+/// The VLANs on which one remote VTEP participates in flooding. Written by the feature.
 class VaneVxlanHwHerVtepStatus final : public Kiln::Entity {
   KILN_TYPE(Vane::VXLAN::VaneVxlanHwHerVtepStatus, Kiln::Entity)
   KILN_FIXED(0x102, Meshal::IpGenAddr, vtepIp)

@@ -27,7 +27,7 @@ struct Kiln::JsonTraits<Vane::HwNextHopStatusEntry> {
     if (auto const& list = entry.nextHopEntryList()) writeJson(list->adjId(), out.member("adjId"));
   }
   static void fromJson(Vane::HwNextHopStatusEntry&, JsonIn const& in) {
-    in.fail("expected nothing: the status of a next hop comes from the feature alone");
+    in.fail("expected nothing: only the feature writes the status of a next hop");
   }
 };
 

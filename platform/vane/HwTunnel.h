@@ -27,7 +27,7 @@ class NextHopEntryList final : public Kiln::Entity {
   NextHopEntryList(std::uint32_t adjId, NextHopEntrySet nextHopEntry);
 };
 
-/// One wanted tunnel. Written by the forwarding abstraction; the feature only reads it.
+/// One configured tunnel. Written by the forwarding abstraction; the feature only reads it.
 class HwTunnelConfigEntry final : public Kiln::Entity {
   KILN_TYPE(Vane::HwTunnelConfigEntry, Kiln::Entity)
   KILN_FIXED(0x102, TunnelKey, tunnelKey)
@@ -40,7 +40,7 @@ class HwTunnelConfigEntry final : public Kiln::Entity {
   Dovel::String name() const override { return Kiln::toText(tunnelKey_); }
 };
 
-/// The wanted tunnels of one type. Written by the forwarding abstraction; the feature only reads it.
+/// The configured tunnels of one type. Written by the forwarding abstraction; the feature only reads it.
 ///
 /// `hwInit` and `hwCleanup` are counters of the writer: the feature echoes each new value in its `HwTunnelStatus`.
 class HwTunnelConfig final : public Kiln::Entity {

@@ -11,7 +11,7 @@
 
 namespace Vane {
 
-/// What a next hop is. Other numbers come in and are carried along; the feature passes their entries over.
+/// The kind of a next hop. Other numbers are accepted and kept; the feature skips their entries.
 enum NextHopEntryType : std::uint8_t {
   nextHopUnknown = 0,
   nextHopUnresolved = 1,

@@ -52,7 +52,7 @@ class VaneAdjacency final : public Kiln::Entity {
   Dovel::String name() const override { return Kiln::toText(adjId_); }
 };
 
-/// One wanted tunnel.
+/// One configured tunnel.
 class VaneTunnelConfigEntry final : public Kiln::Entity {
   KILN_TYPE(Vane::VaneTunnelConfigEntry, Kiln::Entity)
   KILN_FIXED(0x102, Meshal::IpGenAddr, vtep)
@@ -68,7 +68,7 @@ class VaneTunnelConfigEntry final : public Kiln::Entity {
   Dovel::String name() const override { return Kiln::toText(vtep_); }
 };
 
-/// The wanted tunnels of one type by remote VTEP, and the adjacencies that they use.
+/// The configured tunnels of one type by remote VTEP, and the adjacencies that they use.
 class VaneTunnelConfig final : public Kiln::NamedEntity {
   KILN_TYPE(Vane::VaneTunnelConfig, Kiln::NamedEntity)
   // Before the tunnels: a document fills the attributes in this order, and a tunnel's adjacency should exist first.
@@ -100,7 +100,7 @@ class VaneTunnelStatus final : public Kiln::NamedEntity {
   using NamedEntity::NamedEntity;
 };
 
-/// Wanted tunnels by tunnel type.
+/// Configured tunnels by tunnel type.
 class VaneTunnelConfigDir final : public Kiln::NamedEntity {
   KILN_TYPE(Vane::VaneTunnelConfigDir, Kiln::NamedEntity)
   KILN_COLL(0x102, TunnelType, Dovel::Ptr<VaneTunnelConfig>, tunnelConfig)

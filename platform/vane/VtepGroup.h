@@ -26,7 +26,7 @@ struct VaneVtepGroupKey : Kiln::StrongId<VaneVtepGroupKey> {
   constexpr Vxlan::SwTunnelGroupId swTunnelGroupId() const { return Vxlan::SwTunnelGroupId(value()); }
 };
 
-/// The wanted members of one group. `version` grows with each change of them.
+/// The configured members of one group. `version` grows with each change of them.
 class VaneVtepGroupConfig final : public Kiln::Entity {
   KILN_TYPE(Vane::VXLAN::VaneVtepGroupConfig, Kiln::Entity)
   KILN_FIXED(0x102, VaneVtepGroupKey, vaneVtepGroupKey)
@@ -39,7 +39,7 @@ class VaneVtepGroupConfig final : public Kiln::Entity {
   Dovel::String name() const override { return Kiln::toText(vaneVtepGroupKey_); }
 };
 
-/// The wanted groups.
+/// The configured groups.
 class VaneVtepGroupConfigDir final : public Kiln::NamedEntity {
   KILN_TYPE(Vane::VXLAN::VaneVtepGroupConfigDir, Kiln::NamedEntity)
   KILN_ENTITY_COLL(0x102, VaneVtepGroupKey, VaneVtepGroupConfig, vaneVtepGroupKey, vaneVtepGroupConfig)
