@@ -13,8 +13,8 @@ namespace Vane::VXLAN {
 /// values. From then on a changed field causes one call. For an interface that is removed or replaced by another object
 /// there is a call for each of its groups; after a removal, `doCleanup`. Interfaces that are added before
 /// `initializedIs(true)` wait for it, unless the subclass calls `handleVti` for them.
-/// Main thread only. Operations may change interfaces, which is handled on the stack; they must not destroy this
-/// object. All of it may run inside the subclass's constructor.
+/// Main thread only. Operations may change interfaces, which is handled on the stack. All of it may run inside the
+/// subclass's constructor.
 class VtiStatusDirSm : public Kiln::Sm {
   KILN_BASE_TYPE(Vane::VXLAN::VtiStatusDirSm)
   KILN_FIXED(0x102, Dovel::String, name)
