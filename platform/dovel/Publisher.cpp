@@ -10,7 +10,6 @@ Publisher::~Publisher() {
 
 void Publisher::subscriberAdd(Subscriber& subscriber) noexcept {
   interest_ |= subscriber.interest_;
-  subscriber.next_ = nullptr;
   if (!first_) {
     subscriber.prev_ = &subscriber;
     first_ = &subscriber;

@@ -371,7 +371,9 @@ class Nested final : public Kiln::NotifieeConst {
   void ownerClear() { log_ += std::string(isZombie() ? "z" : "") + (hasNotificationActive() ? "a" : "") + "clear "; }
 
  protected:
-  void onAttribute(Dovel::Change const&) override { log_ += "n" + std::to_string(key_) + " "; }
+  void onAttribute(Dovel::Change const&) override {
+    log_ += "n" + std::to_string(static_cast<Host const&>(*notifier()).number()) + " ";
+  }
 
  private:
   std::uint32_t key_;
@@ -433,6 +435,29 @@ TEST_F(Objects, ANestedReactorFollowsItsOwner) {
   host->labelIs("d");
   owner = nullptr;
   EXPECT_EQ(said(), "+2 zaclear -2 zclear -2 zowner ");
+}
+
+TEST_F(Objects, ANestedReactorIsReboundSwitchedAndRegistered) {
+  auto const one = Dovel::make<Host>(1U), other = Dovel::make<Host>(2U);
+  auto const nested = Dovel::make<Nested>(one, log);
+  auto const heard = [&] {
+    said();
+    for (auto const& host : {one, other}) host->labelIs(host->label() + "x");
+    return said();
+  };
+  EXPECT_EQ(heard(), "n1 ");
+  nested->notifierIs(other);
+  EXPECT_EQ(heard(), "n2 ");
+  for (bool const on : {false, true}) {
+    nested->isRegisteredNotifieeIs(on);
+    EXPECT_EQ(heard(), on ? "n2 " : "");
+  }
+  for (bool const on : {false, true}) {
+    nested->hasNotificationActiveIs(on);
+    EXPECT_EQ(heard(), on ? "n2 " : "");
+  }
+  nested->notifierIs(nullptr);
+  EXPECT_EQ(heard(), "");
 }
 
 TEST_F(Objects, AWalkOfACollectionSurvivesItsHandlers) {
