@@ -200,14 +200,14 @@ class TesselVxlanMounterSmWrapper final : public TesselL3Unicast::L3MounterSmWra
   static constexpr Dovel::Factory<TesselVxlanMounterSmWrapper> TesselVxlanMounterSmWrapperIs{};
 
   // Each creates its programmer from this object's entities and the arguments.
-  Dovel::Ptr<TesselVxlanTunnelTermTableProgrammer> const& tunnelTermTableProgrammerIs();
-  Dovel::Ptr<NextHopTableProgrammer> const& nextHopTableProgrammerIs(
+  Dovel::Ptr<TesselVxlanTunnelTermTableProgrammer> tunnelTermTableProgrammerIs();
+  Dovel::Ptr<NextHopTableProgrammer> nextHopTableProgrammerIs(
       Dovel::Ptr<TesselL3Tunnel::L3TunnelEgrL3OifHelper> l3Oif2TableHelper,
       Dovel::Ptr<TesselMcast::IpmcTable> ipmcTable, bool vxlanUnderlayFloodingHw);
-  Dovel::Ptr<VxlanL3Oif1TableProgrammer> const& l3Oif1TableProgrammerIs();
-  Dovel::Ptr<TesselVxlanEgrL3TunnelTablesProgrammer> const& egrL3TunnelTablesProgrammerIs();
-  Dovel::Ptr<VirtualPortProgrammer> const& virtualPortTableProgrammerIs();
-  Dovel::Ptr<UnderlayEcmpProgrammer> const& underlayEcmpProgrammerIs();
+  Dovel::Ptr<VxlanL3Oif1TableProgrammer> l3Oif1TableProgrammerIs();
+  Dovel::Ptr<TesselVxlanEgrL3TunnelTablesProgrammer> egrL3TunnelTablesProgrammerIs();
+  Dovel::Ptr<VirtualPortProgrammer> virtualPortTableProgrammerIs();
+  Dovel::Ptr<UnderlayEcmpProgrammer> underlayEcmpProgrammerIs();
 
   /// Binds entities, clears stale state, creates the table programmers, brings every table to its initial state in a
   /// fixed order, and opens gate 2. Does not wait for the chip. REQUIRES: once.

@@ -79,31 +79,31 @@ void TesselVxlanMounterSmWrapper::makeProgrammers() {
   underlayEcmpProgrammerIs();
 }
 
-Dovel::Ptr<TesselVxlanTunnelTermTableProgrammer> const& TesselVxlanMounterSmWrapper::tunnelTermTableProgrammerIs() {
+Dovel::Ptr<TesselVxlanTunnelTermTableProgrammer> TesselVxlanMounterSmWrapper::tunnelTermTableProgrammerIs() {
   return tunnelTermTableProgrammerIs(statewayEm(), fcsd(), vxlanConfigDir());
 }
 
-Dovel::Ptr<NextHopTableProgrammer> const& TesselVxlanMounterSmWrapper::nextHopTableProgrammerIs(
+Dovel::Ptr<NextHopTableProgrammer> TesselVxlanMounterSmWrapper::nextHopTableProgrammerIs(
     Dovel::Ptr<TesselL3Tunnel::L3TunnelEgrL3OifHelper> l3Oif2TableHelper, Dovel::Ptr<TesselMcast::IpmcTable> ipmcTable,
     bool vxlanUnderlayFloodingHw) {
   return nextHopTableProgrammerIs(statewayEm(), fcsd(), routingStatus(), vaneL3IntfTable(),
                                   std::move(l3Oif2TableHelper), std::move(ipmcTable), vxlanUnderlayFloodingHw);
 }
 
-Dovel::Ptr<VxlanL3Oif1TableProgrammer> const& TesselVxlanMounterSmWrapper::l3Oif1TableProgrammerIs() {
+Dovel::Ptr<VxlanL3Oif1TableProgrammer> TesselVxlanMounterSmWrapper::l3Oif1TableProgrammerIs() {
   return l3Oif1TableProgrammerIs(statewayEm(), fcsd());
 }
 
-Dovel::Ptr<TesselVxlanEgrL3TunnelTablesProgrammer> const& TesselVxlanMounterSmWrapper::egrL3TunnelTablesProgrammerIs() {
+Dovel::Ptr<TesselVxlanEgrL3TunnelTablesProgrammer> TesselVxlanMounterSmWrapper::egrL3TunnelTablesProgrammerIs() {
   return egrL3TunnelTablesProgrammerIs(statewayEm(), fcsd(), qosTrustStatusAllLocal(), vxlanConfigDir());
 }
 
-Dovel::Ptr<VirtualPortProgrammer> const& TesselVxlanMounterSmWrapper::virtualPortTableProgrammerIs() {
+Dovel::Ptr<VirtualPortProgrammer> TesselVxlanMounterSmWrapper::virtualPortTableProgrammerIs() {
   return virtualPortTableProgrammerIs(statewayEm(), fcsd(), vxlanToL2State(), vxlanCapabilities(), dvpToVtepMapping(),
                                       tunnelIndexToVtepMapping());
 }
 
-Dovel::Ptr<UnderlayEcmpProgrammer> const& TesselVxlanMounterSmWrapper::underlayEcmpProgrammerIs() {
+Dovel::Ptr<UnderlayEcmpProgrammer> TesselVxlanMounterSmWrapper::underlayEcmpProgrammerIs() {
   return underlayEcmpProgrammerIs(statewayEm(), fcsd(), nextHopTableProgrammer());
 }
 
