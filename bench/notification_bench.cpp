@@ -21,6 +21,7 @@ class Source final : public Kiln::Entity {
  public:
   Dovel::String name() const override { return "source"; }
 };
+KILN_DESCRIBE(Source)
 
 /// Notes what it is told, so that the call can't be left out.
 struct Ours final : Dovel::Subscriber {

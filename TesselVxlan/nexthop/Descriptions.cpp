@@ -7,3 +7,12 @@
 #include "TesselVxlan/nexthop/VirtualPortTableProgrammer.h"
 #include "TesselVxlan/nexthop/VxlanL3Oif1TableProgrammer.h"
 #include "platform/kiln/AttributeDefinitions.h"
+
+KILN_DESCRIBE(TesselVxlan::NextHopTableProgrammer)
+KILN_DESCRIBE(TesselVxlan::NextHopTableProgrammerBase)
+KILN_DESCRIBE(TesselVxlan::OverlayCascadedTableProgrammer)
+KILN_DESCRIBE(TesselVxlan::OverlayNextHopTableProgrammer)
+KILN_DESCRIBE(TesselVxlan::OverlayTableProgrammer)
+KILN_DESCRIBE(TesselVxlan::UnderlayEcmpProgrammer)
+KILN_DESCRIBE(TesselVxlan::VirtualPortProgrammer)
+KILN_DESCRIBE(TesselVxlan::VxlanL3Oif1TableProgrammer)

@@ -3,3 +3,8 @@
 #include "TesselVxlan/overlay/TesselVxlanVtiStatusSm.h"
 #include "TesselVxlan/overlay/VxlanUnsupportedLogger.h"
 #include "platform/kiln/AttributeDefinitions.h"
+
+KILN_DESCRIBE(TesselVxlan::TesselVxlanEgrL3TunnelTablesProgrammer)
+KILN_DESCRIBE(TesselVxlan::TesselVxlanTunnelTermTableProgrammer)
+KILN_DESCRIBE(TesselVxlan::TesselVxlanVtiStatusSm)
+KILN_DESCRIBE(TesselVxlan::VxlanUnsupportedLogger)

@@ -107,7 +107,7 @@ class HwTunnelProgrammerBase : public Kiln::Sm {
   void vxlanConfigDirDispatch(Dovel::Change const& change);
   void tnlNhUpdateConfigDispatch(Dovel::Change const& change);
 
-  KILN_TYPE_COMMON(TesselVxlan::HwTunnelProgrammerBase, nullptr)
+  KILN_BASE_TYPE(TesselVxlan::HwTunnelProgrammerBase)
   KILN_FIXED(0x102, Dovel::Ptr<Stateway::EntityManager>, statewayEm)
   KILN_WATCHED(0x103, TesselCentral::FeatureAgentCommonSmData const, fcsd, &KilnSelf::fcsdDispatch, nullptr)
   KILN_RESERVED(0x104, "TesselCentral::ChipInfo", chipInfo)

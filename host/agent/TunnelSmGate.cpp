@@ -5,6 +5,8 @@
 #include "host/agent/World.h"
 #include "platform/kiln/AttributeDefinitions.h"
 
+KILN_DESCRIBE(Host::TunnelSmGate)
+
 namespace Host {
 
 using TesselL3Common::TesselVxlanBootStatus;

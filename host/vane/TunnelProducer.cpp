@@ -2,6 +2,11 @@
 
 #include "platform/kiln/AttributeDefinitions.h"
 
+KILN_DESCRIBE(Host::NestedSm_Tunnel)
+KILN_DESCRIBE(Host::NestedSm_Adjacency)
+KILN_DESCRIBE(Host::NestedSm_Status)
+KILN_DESCRIBE(Host::TunnelProducer)
+
 namespace Host {
 
 using Vane::HwTunnelStatus;
@@ -37,21 +42,21 @@ void TunnelProducer::watchTunnel(Meshal::IpGenAddr const& vtep) {
   touchedTunnels_.add(vtep);
   tunnels_.del(vtep);
   Dovel::Ptr<Vane::VaneTunnelConfigEntry const> const tunnel = wanted()->tunnel(vtep);
-  if (tunnel) tunnels_.add(Dovel::make<NestedTunnel>(tunnel, &touchedTunnels_));
+  if (tunnel) tunnels_.add(Dovel::make<NestedSm_Tunnel>(tunnel, &touchedTunnels_));
 }
 
 void TunnelProducer::watchAdjacency(std::uint32_t adjId) {
   touchedAdjacencies_.add(adjId);
   adjacencies_.del(adjId);
   Dovel::Ptr<Vane::VaneAdjacency const> const adjacency = wanted()->adjacency(adjId);
-  if (adjacency) adjacencies_.add(Dovel::make<NestedAdjacency>(adjacency, &touchedAdjacencies_));
+  if (adjacency) adjacencies_.add(Dovel::make<NestedSm_Adjacency>(adjacency, &touchedAdjacencies_));
 }
 
 void TunnelProducer::watchStatus(Vane::TunnelKey const& key) {
   touchedStatus_.add(key);
   statuses_.del(key);
   Dovel::Ptr<Vane::HwTunnelStatusEntry const> const entry = status()->tunnelStatus(key);
-  if (entry) statuses_.add(Dovel::make<NestedStatus>(entry, &touchedStatus_));
+  if (entry) statuses_.add(Dovel::make<NestedSm_Status>(entry, &touchedStatus_));
 }
 
 bool TunnelProducer::review() {

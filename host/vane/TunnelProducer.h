@@ -30,9 +30,7 @@ class Touched {
 
 /// Notes the key of a wanted entity whenever one of its attributes changes.
 template <class Key, class Entity, auto KeyOf>
-class NestedSm_Wanted final : public Kiln::NotifieeConst {
-  KILN_BASE_TYPE(NestedSm_Wanted)
-
+class NestedSm_Wanted : public Kiln::NotifieeConst {
  public:
   NestedSm_Wanted(Dovel::Ptr<Entity> const& entity, Touched<Key>* touched)
       : key_((entity.get()->*KeyOf)()), touched_(touched) {
@@ -50,6 +48,28 @@ class NestedSm_Wanted final : public Kiln::NotifieeConst {
  private:
   Key key_;
   Touched<Key>* touched_;
+};
+
+class NestedSm_Tunnel final
+    : public NestedSm_Wanted<Meshal::IpGenAddr, Vane::VaneTunnelConfigEntry const, &Vane::VaneTunnelConfigEntry::vtep> {
+  KILN_BASE_TYPE(Host::NestedSm_Tunnel)
+
+ public:
+  using NestedSm_Wanted::NestedSm_Wanted;
+};
+class NestedSm_Adjacency final
+    : public NestedSm_Wanted<std::uint32_t, Vane::VaneAdjacency const, &Vane::VaneAdjacency::adjId> {
+  KILN_BASE_TYPE(Host::NestedSm_Adjacency)
+
+ public:
+  using NestedSm_Wanted::NestedSm_Wanted;
+};
+class NestedSm_Status final
+    : public NestedSm_Wanted<Vane::TunnelKey, Vane::HwTunnelStatusEntry const, &Vane::HwTunnelStatusEntry::tunnelKey> {
+  KILN_BASE_TYPE(Host::NestedSm_Status)
+
+ public:
+  using NestedSm_Wanted::NestedSm_Wanted;
 };
 
 /// The least of the forwarding abstraction that drives the feature, for the tunnels of one type.
@@ -86,11 +106,6 @@ class TunnelProducer final : public Kiln::Sm {
     Vane::TunnelKey key;
     Vane::VaneNextHopId active;
   };
-  using NestedTunnel =
-      NestedSm_Wanted<Meshal::IpGenAddr, Vane::VaneTunnelConfigEntry const, &Vane::VaneTunnelConfigEntry::vtep>;
-  using NestedAdjacency = NestedSm_Wanted<std::uint32_t, Vane::VaneAdjacency const, &Vane::VaneAdjacency::adjId>;
-  using NestedStatus =
-      NestedSm_Wanted<Vane::TunnelKey, Vane::HwTunnelStatusEntry const, &Vane::HwTunnelStatusEntry::tunnelKey>;
 
   void watchTunnel(Meshal::IpGenAddr const& vtep);
   void watchAdjacency(std::uint32_t adjId);
@@ -112,9 +127,9 @@ class TunnelProducer final : public Kiln::Sm {
   boost::unordered_flat_map<Meshal::IpGenAddr, Standing, Kiln::Hash<Meshal::IpGenAddr>> standing_;
   boost::unordered_flat_map<Meshal::IpGenAddr, std::uint64_t, Kiln::Hash<Meshal::IpGenAddr>> lastGenId_;
   boost::unordered_flat_map<std::uint32_t, Dovel::Ptr<Vane::NextHopEntryList>, Kiln::Hash<std::uint32_t>> lists_;
-  Kiln::NestedSms<Meshal::IpGenAddr, NestedTunnel> tunnels_{*this};
-  Kiln::NestedSms<std::uint32_t, NestedAdjacency> adjacencies_{*this};
-  Kiln::NestedSms<Vane::TunnelKey, NestedStatus> statuses_{*this};
+  Kiln::NestedSms<Meshal::IpGenAddr, NestedSm_Tunnel> tunnels_{*this};
+  Kiln::NestedSms<std::uint32_t, NestedSm_Adjacency> adjacencies_{*this};
+  Kiln::NestedSms<Vane::TunnelKey, NestedSm_Status> statuses_{*this};
 };
 
 }  // namespace Host

@@ -39,8 +39,8 @@ class BlockStore final : public StoreBase {
   };
 
   BlockStore(Chip& chip, TableSpec const& tableShape) : StoreBase(chip, tableShape) {}
-  /// Built where TableDefinitions.h is included.
-  KILN_BUILT_ONCE static Dovel::Ptr<StoreBase> makeStore(Chip& chip, UnitId);
+  /// How the table's entries become rows. Defined by TableDefinitions.h.
+  static TableSpec tableSpec();
 
   std::size_t entrys() const override { return records_.size(); }
   /// The handle that is returned is a use of the block.

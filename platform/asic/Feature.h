@@ -14,16 +14,13 @@ class Feature : public Kiln::Entity {
   virtual std::string fault() const { return {}; }
 };
 
-/// Stands in a profile if and only if the chip has the table. `Table::Util` names it.
+/// Stands in a profile if and only if the chip has the table. `Table::Util` names it. Defined by
+/// TableDefinitions.h.
 template <class Table>
 class TableUtil final : public Feature {
  public:
-  static Kiln::Type& kilnType() {
-    static std::string const name = std::string(Table::kilnType().name()) + "::Util";
-    static Kiln::Type type(name, &Feature::kilnType(), nullptr);
-    return type;
-  }
-  Kiln::Type const& typeData() const override { return kilnType(); }
+  static Kiln::Type const& kilnType();
+  Kiln::Type const& typeData() const override;
 };
 
 }  // namespace Asic

@@ -47,8 +47,8 @@ class KeyedStore final : public StoreBase {
   };
 
   KeyedStore(Chip& chip, TableSpec const& tableShape) : StoreBase(chip, tableShape) { records_.reserve(capacity()); }
-  /// Built where TableDefinitions.h is included.
-  KILN_BUILT_ONCE static Dovel::Ptr<StoreBase> makeStore(Chip& chip, UnitId);
+  /// How the table's entries become rows. Defined by TableDefinitions.h.
+  static TableSpec tableSpec();
 
   std::size_t entrys() const override { return records_.size(); }
   Record* find(K const& key) const {

@@ -37,6 +37,7 @@ SwTable::~SwTable() = default;
 void SwTable::doInit(UnitId unit, Dovel::Ptr<Stateway::EntityManager> const&, ChipInfo const& chipInfo) {
   INVARIANT(chipInfo.chip());
   store_ = bind(*chipInfo.chip(), unit);
+  bound();
 }
 
 void SwTable::doPublishHwTableMountInfo() {

@@ -49,8 +49,10 @@ class SwTable : public SwTableBase {
   bool initialized() const { return store_ != nullptr; }
 
  protected:
-  /// The store of this class; makes objects for parts.
+  /// The store of this class; null for a part.
   virtual Dovel::Ptr<StoreBase> bind(Chip& chip, UnitId unit) = 0;
+  /// Runs at the end of `doInit`, for a table that creates objects for its parts.
+  virtual void bound() {}
 
  private:
   Dovel::Ptr<StoreBase> store_;

@@ -6,8 +6,8 @@
 
 /// The families of tables. One template does the work; a family opens the operations that fit its rule of life.
 ///
-/// A table class names itself, its key and its entry, and stands by `ASIC_TABLE` in the list of classes;
-/// TableDefinitions.h makes what stands behind it. It may declare
+/// A table class names itself, its key and its entry, and is put into the list of classes by
+/// `ASIC_TABLE`; `ASIC_DESCRIBE_TABLE` defines what that declares. It may declare
 /// - `reservedRows`: rows from 0 on that only `entryWriteAtIndex` writes;
 /// - `Parts`: the classes of the parts of a merged entry, whose first fields are the parts' entries in that order;
 /// - `static void fill(Entry&)`: works out what the table itself puts into an entry that is written.
@@ -63,10 +63,6 @@ class KeyedTable : public SwTable {
   /// Takes the key away at once; the row is given back when nobody uses the entry any more. Nothing happens to a
   /// missing key.
   void entryRemove(K const& key) { store()->remove(key); }
-
-  Dovel::Ptr<StoreBase> bind(Chip& chip, UnitId unit) override {
-    return chip.storeOf(Self::kilnType(), unit, &Store::makeStore);
-  }
 };
 
 /// Entries that stand until they are removed.
@@ -124,11 +120,6 @@ class BlockTable : public SwTable {
   std::size_t entryBlocks() const { return store()->entrys(); }
   void entryBlockRemoveAll() { store()->removeAll(); }
   Store* store() const { return static_cast<Store*>(SwTable::store().get()); }
-
- protected:
-  Dovel::Ptr<StoreBase> bind(Chip& chip, UnitId unit) override {
-    return chip.storeOf(Self::kilnType(), unit, &Store::makeStore);
-  }
 };
 
 /// A part of a merged table: a table of the chip whose rows follow those of the merged one at a distance.
@@ -143,9 +134,6 @@ class PartTable : public SwTable {
     return merged.value() == Index::none ? Index::none : merged.value() + base_;
   }
   void baseIs(std::uint32_t base) { base_ = base; }
-
- protected:
-  Dovel::Ptr<StoreBase> bind(Chip&, UnitId) override { return nullptr; }
 
  private:
   std::uint32_t base_ = 0;

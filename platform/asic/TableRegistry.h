@@ -25,17 +25,15 @@ std::vector<TableClass const*> tableClasses();
 /// Null if no class of that name is loaded.
 TableClass const* tableClass(std::string_view name);
 
-/// Built where TableDefinitions.h is included.
-template <class Table>
-KILN_BUILT_ONCE TableLink tableLink();
-
 }  // namespace Asic
 
-/// First line of a table class: its description, and its place among the tables that a profile can name.
-#define ASIC_TABLE(Class_)                \
-  KILN_TYPE(Class_, Asic::SwTable)        \
- public:                                  \
-  using Util = ::Asic::TableUtil<Class_>; \
-                                          \
- private:                                 \
-  inline static ::Asic::TableLink const asicTableLink_ = ::Asic::tableLink<Class_>();
+/// First line of a table class: its description, and what a profile names it by. `ASIC_DESCRIBE_TABLE(Ns::Table)` of
+/// TableDefinitions.h defines both, in the folder's Tables.cpp.
+#define ASIC_TABLE(Class_)                       \
+  KILN_TYPE(Class_, Asic::SwTable)               \
+ public:                                         \
+  using Util = ::Asic::TableUtil<Class_>;        \
+                                                 \
+ private:                                        \
+  static ::Asic::TableLink const asicTableLink_; \
+  ::Dovel::Ptr<::Asic::StoreBase> bind(::Asic::Chip& chip, ::Asic::UnitId) override;

@@ -1,13 +1,56 @@
 #pragma once
 
-// Builds the descriptions of classes. For the one source file of a folder that includes the folder's headers with
-// described classes (Descriptions.cpp), and for a source file that describes a class of its own: what is built there
-// serves the whole program, and other files only refer to it.
+// Defines the descriptions of classes. For a folder's Descriptions.cpp, which has a line `KILN_DESCRIBE(Ns::Class)` for
+// each described class of the folder, and for a source file with a described class of its own.
+
+#include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
 
 #include "platform/kiln/Attribute.h"
+#include "platform/kiln/Codec.h"
+#include "platform/kiln/Entity.h"
+#include "platform/kiln/FunctionRef.h"
 
 namespace Kiln::Impl {
 
+/// The members of a JSON object, in its order; `fn` gets the key's text.
+void eachMember(JsonIn const& in, FunctionRef<void(std::string_view, JsonIn const&)> fn);
+bool isNull(JsonIn const& in);
+[[noreturn]] void failKey(JsonIn const& in, std::string_view keyType);
+void nullOut(JsonOut& out);
+void textOut(JsonOut& out, std::string_view text);
+/// An object whose members are in the order of their keys' text.
+void sortedOut(JsonOut& out, std::vector<std::pair<std::string, void const*>>&& members,
+               FunctionRef<void(void const*, JsonOut&)> value);
+
+template <class T>
+struct PtrTarget {};
+template <class T>
+struct PtrTarget<Dovel::Ptr<T>> {
+  using type = T;
+};
+template <class T>
+constexpr bool isPtr = requires {
+  typename PtrTarget<T>::type;
+};
+
+template <class T>
+std::string_view typeNameOf() {
+  if constexpr (isPtr<T>) {
+    using Target = std::remove_const_t<typename PtrTarget<T>::type>;
+    if constexpr (requires { Target::kilnType(); }) {
+      return Target::kilnType().name();
+    } else {
+      return "object";
+    }
+  } else {
+    return codecOf<T>().typeName;
+  }
+}
+
+/// Null where objects are not made from a name.
 template <class C>
 Type::Construct constructor() {
   if constexpr (std::is_abstract_v<C>) {
@@ -90,6 +133,19 @@ Attribute attribute(AttributeId id, std::string_view name) {
     };
   }
   return a;
+}
+
+inline Attribute reservedAttribute(AttributeId id, std::string_view name, std::string_view (*typeName)()) {
+  return {id,
+          name,
+          typeName,
+          nullptr,
+          AttributeKind::pointer,
+          false,
+          [](Dovel::Node const&, JsonOut& out) { nullOut(out); },
+          nullptr,
+          nullptr,
+          nullptr};
 }
 
 template <class C, class T, auto Read>
@@ -208,3 +264,85 @@ Attribute entityCollection(AttributeId id, std::string_view name) {
 }
 
 }  // namespace Kiln::Impl
+
+namespace Kiln {
+
+/// Collects the attributes and methods of class `C`: its members are what the macros of Attribute.h call.
+template <class C>
+class Describer {
+ public:
+  /// All that the class's macros say, in order of declaration.
+  static Type::Members describe() {
+    Describer describer;
+    describer.upTo<500>();
+    return std::move(describer.members_);
+  }
+
+  template <class T, auto Read, void (C::*Write)(T const&), auto Default>
+  void attribute(AttributeId id, std::string_view name) {
+    add(Impl::attribute<C, T, Read, Write, Default>(id, name));
+  }
+  template <class T, auto Read>
+  void fixed(AttributeId id, std::string_view name) {
+    add(Impl::fixedAttribute<C, T, Read>(id, name));
+  }
+  template <class K, class V, auto Coll, void (C::*Is)(K const&, V const&), V (C::*Del)(K const&)>
+  void collection(AttributeId id, std::string_view name) {
+    add(Impl::collection<C, K, V, Coll, Is, Del>(id, name));
+  }
+  template <class K, class V, class Map, auto Coll, Dovel::Ptr<V> (C::*Is)(K const&), Dovel::Ptr<V> (C::*Del)(K const&)>
+  void entityCollection(AttributeId id, std::string_view name) {
+    add(Impl::entityCollection<C, K, V, Map, Coll, Del, Is>(id, name));
+  }
+  template <void (C::*Run)()>
+  void method(std::string_view name) {
+    members_.methods.push_back({name, [](Dovel::Node& object) { (static_cast<C&>(object).*Run)(); }});
+  }
+  template <class...>
+  void reserved(AttributeId id, std::string_view name, std::string_view (*typeName)()) {
+    add(Impl::reservedAttribute(id, name, typeName));
+  }
+  template <class...>
+  void add(Attribute const& attribute) {
+    members_.attributes.push_back(attribute);
+  }
+
+ private:
+  /// The macros at or before a line: finds the last of them, takes those before it, then itself.
+  template <int Number>
+  void upTo() {
+    using Last = decltype(C::kilnDescribe(*this, Line<Number>{}));
+    if constexpr (Last::number > 0) {
+      upTo<Last::number - 1>();
+      C::kilnDescribe(*this, Last{});
+    }
+  }
+
+  Type::Members members_;
+};
+
+namespace Impl {
+
+template <class C>
+Type const* baseOf() {
+  if constexpr (std::is_void_v<typename C::KilnBase>) {
+    return nullptr;
+  } else {
+    return &C::KilnBase::kilnType();
+  }
+}
+
+}  // namespace Impl
+
+}  // namespace Kiln
+
+/// Defines the description of a class whose header declares it, and registers it at load time. In the namespace of the
+/// class or one around it.
+#define KILN_DESCRIBE(Class_)                                                                                         \
+  ::Kiln::Type const& Class_::kilnType() {                                                                            \
+    static ::Kiln::Type const type(kilnName, ::Kiln::Impl::baseOf<KilnSelf>(), ::Kiln::Impl::constructor<KilnSelf>(), \
+                                   ::Kiln::Describer<KilnSelf>::describe());                                          \
+    return type;                                                                                                      \
+  }                                                                                                                   \
+  ::Kiln::Type const& Class_::typeData() const { return kilnType(); }                                                 \
+  ::Kiln::Type const& Class_::kilnRegistered_ = kilnType();

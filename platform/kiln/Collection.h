@@ -186,9 +186,11 @@ class EntityMap {
 };
 
 template <class Map>
-auto keysOf(Map const& map) {
-  using Key = std::remove_cvref_t<decltype(map.begin()->first)>;
-  std::vector<Key> keys;
+using KeyOf = std::remove_cvref_t<decltype(std::declval<Map const&>().begin()->first)>;
+
+template <class Map>
+std::vector<KeyOf<Map>> keysOf(Map const& map) {
+  std::vector<KeyOf<Map>> keys;
   keys.reserve(map.size());
   for (auto const& element : map) keys.push_back(element.first);
   return keys;

@@ -118,16 +118,22 @@ bool parseLabelled(std::string_view text, T& out) {
 }  // namespace Kiln::described
 
 /// `==` and `<=>` of a described struct, at namespace scope after it.
-#define KILN_VALUE_COMPARE(T)                                                                                \
-  [[maybe_unused]] inline bool operator==(T const& a, T const& b) { return ::Kiln::described::equal(a, b); } \
-  template <std::same_as<T> Value>                                                                           \
-  std::strong_ordering operator<=>(Value const& a, Value const& b) {                                         \
-    return ::Kiln::described::compare(a, b);                                                                 \
+#define KILN_VALUE_COMPARE(T)                                        \
+  template <std::same_as<T> Value>                                   \
+  bool operator==(Value const& a, Value const& b) {                  \
+    return ::Kiln::described::equal(a, b);                           \
+  }                                                                  \
+  template <std::same_as<T> Value>                                   \
+  std::strong_ordering operator<=>(Value const& a, Value const& b) { \
+    return ::Kiln::described::compare(a, b);                         \
   }
 
 /// `hash_value` of a described struct.
-#define KILN_VALUE_HASH(T) \
-  [[maybe_unused]] inline std::size_t hash_value(T const& value) { return ::Kiln::described::hash(value); }
+#define KILN_VALUE_HASH(T)                     \
+  template <std::same_as<T> Value>             \
+  std::size_t hash_value(Value const& value) { \
+    return ::Kiln::described::hash(value);     \
+  }
 
 /// The text "{name=value,...}" and the stream operator. An `appendText` of the type's own goes before this one.
 #define KILN_VALUE_TEXT(T)                                \

@@ -1,9 +1,8 @@
-#include "platform/anvil/IncrementalHBitmap.h"
 #include "platform/kiln/AttributeDefinitions.h"
 #include "platform/kiln/Dir.h"
 #include "platform/kiln/Entity.h"
-#include "platform/kilnsharedmem/EntityManager.h"
-#include "platform/local/EntityManager.h"
-#include "platform/stateway/EntityManager.h"
-#include "platform/stateway/MountGroup.h"
-#include "platform/stateway/Mounter.h"
+
+KILN_DESCRIBE(Kiln::Dir)
+KILN_DESCRIBE(Kiln::Entity)
+KILN_DESCRIBE(Kiln::NamedEntity)
+KILN_DESCRIBE(Kiln::RevisedEntity)

@@ -20,17 +20,18 @@ void childrenToJson(Dovel::Node const& owner, JsonOut& out) {
 
 }  // namespace
 
-TypeLink const Dir::childrenLink_{kilnType(),
-                                  {.id = entityId,
-                                   .name = "entity",
-                                   .typeName = [] { return std::string_view("Dovel::Node"); },
-                                   .keyTypeName = [] { return std::string_view("string"); },
-                                   .kind = AttributeKind::entityCollection,
-                                   .writable = false,
-                                   .toJson = &childrenToJson,
-                                   .check = nullptr,
-                                   .fromJson = nullptr,
-                                   .reset = nullptr}};
+Attribute Dir::childrenAttribute() {
+  return {.id = entityId,
+          .name = "entity",
+          .typeName = [] { return std::string_view("Dovel::Node"); },
+          .keyTypeName = [] { return std::string_view("string"); },
+          .kind = AttributeKind::entityCollection,
+          .writable = false,
+          .toJson = &childrenToJson,
+          .check = nullptr,
+          .fromJson = nullptr,
+          .reset = nullptr};
+}
 
 Dovel::Ptr<Dovel::Node> Dir::createEntity(std::string_view typeName, std::string const& name) {
   auto const* type = typeByName(typeName);

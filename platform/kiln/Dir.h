@@ -22,6 +22,7 @@ class TypeException : public std::logic_error {
 /// `std::string`, when one is added, removed or replaced. Main thread only.
 class Dir : public NamedEntity {
   KILN_TYPE(Kiln::Dir, Kiln::NamedEntity)
+  KILN_LINE(add<>(childrenAttribute()))
 
  public:
   using Children = std::map<std::string, Dovel::Ptr<Dovel::Node>, std::less<>>;
@@ -52,7 +53,8 @@ class Dir : public NamedEntity {
   Children const& children() const { return children_; }
 
  private:
-  static TypeLink const childrenLink_;
+  static Attribute childrenAttribute();
+
   Children children_;
 };
 

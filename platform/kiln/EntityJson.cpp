@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "platform/kiln/Entity.h"
+#include "platform/kiln/AttributeDefinitions.h"
 #include "platform/kiln/Json.h"
 
 namespace Kiln::Impl {

@@ -15,8 +15,7 @@
                                                                                      \
  private:                                                                            \
   ::Kiln::Watch<Type_, OnChange_, CatchUp_> name_##_{*this};                         \
-  inline static ::Kiln::TypeLink const name_##Link_{                                 \
-      kilnType(), ::Kiln::Impl::fixedAttribute<KilnSelf, ::Dovel::Ptr<Type_>, &KilnSelf::name_>(id_, #name_)};
+  KILN_LINE(fixed<::Dovel::Ptr<Type_>, &KilnSelf::name_>(id_, #name_))
 
 namespace Kiln {
 

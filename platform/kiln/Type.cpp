@@ -6,8 +6,8 @@ namespace Kiln {
 
 namespace {
 
-std::map<std::string_view, Type*>& registry() {
-  static std::map<std::string_view, Type*> all;
+std::map<std::string_view, Type const*>& registry() {
+  static std::map<std::string_view, Type const*> all;
   return all;
 }
 
@@ -18,27 +18,27 @@ std::vector<std::string>& refused() {
 
 }  // namespace
 
-Type::Type(std::string_view name, Type const* base, Construct construct)
-    : name_(name), base_(base), construct_(construct) {
+Type::Type(std::string_view name, Type const* base, Construct construct, Members members)
+    : name_(name), base_(base), construct_(construct), members_(std::move(members)) {
   kilnModuleIs(*this);
 }
 
 std::vector<Attribute const*> Type::attributes() const {
   std::vector<Attribute const*> all;
   if (base_) all = base_->attributes();
-  for (auto const& attribute : attributes_) all.push_back(&attribute);
+  for (auto const& attribute : members_.attributes) all.push_back(&attribute);
   return all;
 }
 
 Attribute const* Type::attribute(std::string_view name) const {
-  for (auto const& attribute : attributes_) {
+  for (auto const& attribute : members_.attributes) {
     if (attribute.name == name) return &attribute;
   }
   return base_ ? base_->attribute(name) : nullptr;
 }
 
 Method const* Type::method(std::string_view name) const {
-  for (auto const& method : methods_) {
+  for (auto const& method : members_.methods) {
     if (method.name == name) return &method;
   }
   return base_ ? base_->method(name) : nullptr;
@@ -51,10 +51,7 @@ bool Type::isA(Type const& other) const {
   return false;
 }
 
-TypeLink::TypeLink(Type& type, Attribute const& attribute) { type.attributes_.push_back(attribute); }
-TypeLink::TypeLink(Type& type, Method const& method) { type.methods_.push_back(method); }
-
-void kilnModuleIs(Type& type) {
+void kilnModuleIs(Type const& type) {
   bool const added = registry().emplace(type.name(), &type).second;
   if (!added) refused().emplace_back(type.name());
 }

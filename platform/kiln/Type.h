@@ -47,15 +47,21 @@ class Type {
  public:
   using Construct = Dovel::Ptr<Dovel::Node> (*)(std::string const& name);
 
-  Type(std::string_view name, Type const* base, Construct construct);
+  struct Members {
+    std::vector<Attribute> attributes;
+    std::vector<Method> methods;
+  };
+
+  /// Registers the class under its name, which outlives it.
+  Type(std::string_view name, Type const* base, Construct construct, Members members = {});
   Type(Type const&) = delete;
   Type& operator=(Type const&) = delete;
 
   std::string_view name() const { return name_; }
   Type const* base() const { return base_; }
   /// The class's own attributes and methods, without those of its bases.
-  std::vector<Attribute> const& ownAttributes() const { return attributes_; }
-  std::vector<Method> const& ownMethods() const { return methods_; }
+  std::vector<Attribute> const& ownAttributes() const { return members_.attributes; }
+  std::vector<Method> const& ownMethods() const { return members_.methods; }
   /// All attributes, those of the bases first.
   std::vector<Attribute const*> attributes() const;
   Attribute const* attribute(std::string_view name) const;
@@ -66,24 +72,14 @@ class Type {
   Dovel::Ptr<Dovel::Node> make(std::string const& name) const { return construct_(name); }
 
  private:
-  friend struct TypeLink;
-
   std::string_view name_;
   Type const* base_;
   Construct construct_;
-  std::vector<Attribute> attributes_;
-  std::vector<Method> methods_;
-};
-
-/// Puts one attribute or method into its class's description, at load time and in order of declaration.
-struct TypeLink {
-  explicit TypeLink(Type&) {}
-  TypeLink(Type& type, Attribute const& attribute);
-  TypeLink(Type& type, Method const& method);
+  Members members_;
 };
 
 /// Registers a class by its name. A second class of a name is not registered, and counted by `typesRefused`.
-void kilnModuleIs(Type& type);
+void kilnModuleIs(Type const& type);
 /// The names of the classes that were not registered, in order.
 std::vector<std::string> const& typesRefused();
 /// Null if no class of that name is loaded.

@@ -15,7 +15,7 @@ namespace {
 
 struct BootMount {
   char const* path;
-  Kiln::Type& (*type)();
+  Kiln::Type const& (*type)();
 };
 
 constexpr std::array<BootMount, 6> kBootMounts{{

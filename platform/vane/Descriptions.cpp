@@ -1,6 +1,3 @@
-#include "platform/bridging/BridgingConfig.h"
-#include "platform/bridging/VlanStatusDir.h"
-#include "platform/evpn/EvpnStatus.h"
 #include "platform/kiln/AttributeDefinitions.h"
 #include "platform/vane/HerVtep.h"
 #include "platform/vane/HwTunnel.h"
@@ -9,4 +6,37 @@
 #include "platform/vane/VtepGroup.h"
 #include "platform/vane/VtiStatusDirSm.h"
 #include "platform/vane/VxlanInfo.h"
-#include "platform/vxlan/VxlanConfig.h"
+
+KILN_DESCRIBE(Vane::VXLAN::VaneVxlanHwHerVtepConfig)
+KILN_DESCRIBE(Vane::VXLAN::VaneVxlanHwHerVtepConfigDir)
+KILN_DESCRIBE(Vane::VXLAN::VaneVxlanHwHerVtepStatus)
+KILN_DESCRIBE(Vane::VXLAN::VaneVxlanHwHerVtepStatusDir)
+KILN_DESCRIBE(Vane::NextHopEntryList)
+KILN_DESCRIBE(Vane::HwTunnelConfigEntry)
+KILN_DESCRIBE(Vane::HwTunnelConfig)
+KILN_DESCRIBE(Vane::HwTunnelConfigDir)
+KILN_DESCRIBE(Vane::HwTunnelStatusEntry)
+KILN_DESCRIBE(Vane::HwTunnelStatus)
+KILN_DESCRIBE(Vane::HwTunnelStatusDir)
+KILN_DESCRIBE(VaneHelper::VaneHelperTunnelSm)
+KILN_DESCRIBE(Vane::VaneAdjacency)
+KILN_DESCRIBE(Vane::VaneTunnelConfigEntry)
+KILN_DESCRIBE(Vane::VaneTunnelConfig)
+KILN_DESCRIBE(Vane::VaneTunnelStatusEntry)
+KILN_DESCRIBE(Vane::VaneTunnelStatus)
+KILN_DESCRIBE(Vane::VaneTunnelConfigDir)
+KILN_DESCRIBE(Vane::VaneTunnelStatusDir)
+KILN_DESCRIBE(Vane::VaneCommonSmData)
+KILN_DESCRIBE(Vane::VXLAN::VaneVtepGroupConfig)
+KILN_DESCRIBE(Vane::VXLAN::VaneVtepGroupConfigDir)
+KILN_DESCRIBE(Vane::VXLAN::VaneVtepGroupStatus)
+KILN_DESCRIBE(Vane::VXLAN::VaneVtepGroupStatusDir)
+KILN_DESCRIBE(Vane::VXLAN::VtepGroupConfigDir)
+KILN_DESCRIBE(Vane::VXLAN::VtepGroupStatusDir)
+KILN_DESCRIBE(Vane::VXLAN::VtiStatusDirSm)
+KILN_DESCRIBE(Vane::VXLAN::VaneGlobalVtiStatus)
+KILN_DESCRIBE(Vane::VXLAN::VaneVxlanActivedVti)
+KILN_DESCRIBE(Vane::VXLAN::VaneVniSmState)
+KILN_DESCRIBE(Vane::VXLAN::VaneVxlanInfo)
+KILN_DESCRIBE(Vane::VXLAN::VtiStatusDirSm::NestedSm_VtiStatus)
+KILN_DESCRIBE(VaneHelper::VaneHelperTunnelSm::NestedSm_HwTunnelConfigEntry)

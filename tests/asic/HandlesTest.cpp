@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/asic/TableDefinitions.h"
 #include "tests/asic/TestTables.h"
 
 namespace AsicTest {

@@ -27,6 +27,7 @@ class Bell final : public Dovel::PublishingNode {
   void ring(std::uint16_t id) { kilnChanged(id); }
   bool silent() const { return publisher()->empty(); }
 };
+KILN_DESCRIBE(Bell)
 
 /// Records its name and the changes, and then does what the test wants.
 class Ear final : public Dovel::Subscriber {
@@ -279,6 +280,7 @@ class Mortal final : public Dovel::Node {
  private:
   std::string& log_;
 };
+KILN_DESCRIBE(Mortal)
 
 /// Hands out references to itself while it is constructed, and keeps none.
 class Early final : public Dovel::PublishingNode {

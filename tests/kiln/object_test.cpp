@@ -38,6 +38,7 @@ class Host final : public Kiln::Entity {
   explicit Host(std::uint32_t number) : number_(number) {}
   Parting parting;
 };
+KILN_DESCRIBE(Host)
 
 class Site final : public Kiln::NamedEntity {
   KILN_TYPE(ObjectTest::Site, Kiln::NamedEntity)
@@ -57,6 +58,7 @@ class Site final : public Kiln::NamedEntity {
   void touch() { writesSet(writes() + 1); }
   KILN_METHOD(touch)
 };
+KILN_DESCRIBE(Site)
 
 std::string textOf(Dovel::Change const& change) {
   std::string text = std::to_string(change.id - 0x100);
@@ -93,6 +95,7 @@ class Watcher final : public Kiln::Sm {
   }
   std::string& log;
 };
+KILN_DESCRIBE(Watcher)
 
 class Objects : public testing::Test {
  protected:
@@ -379,6 +382,7 @@ class Nested final : public Kiln::NotifieeConst {
   std::uint32_t key_;
   std::string& log_;
 };
+KILN_DESCRIBE(Nested)
 
 class Owner final : public Kiln::Sm {
   KILN_BASE_TYPE(ObjectTest::Owner)
@@ -397,6 +401,7 @@ class Owner final : public Kiln::Sm {
   std::string& log_;
   Kiln::NestedSms<std::uint32_t, Nested> nested_{*this};
 };
+KILN_DESCRIBE(Owner)
 
 TEST_F(Objects, AnSmEndsInOrder) {
   auto const host = Dovel::make<Host>(1U);

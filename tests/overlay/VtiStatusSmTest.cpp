@@ -30,6 +30,7 @@ class Watcher final : public Kiln::Sm {
   OverlayWorld& world_;
   Kiln::Watch<TesselL3Common::TesselVxlanState, &Watcher::stateDispatch> state_;
 };
+KILN_DESCRIBE(Watcher)
 
 /// Takes a group away again as soon as it comes.
 class Contrarian final : public Kiln::Sm {
@@ -44,6 +45,7 @@ class Contrarian final : public Kiln::Sm {
   }
   Kiln::Watch<Vxlan::VtiStatus, &Contrarian::vtiDispatch> vti_;
 };
+KILN_DESCRIBE(Contrarian)
 
 /// An interface with an address in each role, its port, and a group of each family.
 void configure(Vxlan::VtiStatus& vti) {

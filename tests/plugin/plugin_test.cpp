@@ -23,6 +23,7 @@ class Mounter final : public Plugin::Mounter {
   void doInit() override {}
   void doMountsComplete(Stateway::MountStatus, Dovel::Ptr<Stateway::EntityManager> const&) override {}
 };
+KILN_DESCRIBE(Mounter)
 
 template <class Act>
 std::string loadError(Act act) {
@@ -77,6 +78,7 @@ class Wrapper final : public TesselL3Unicast::L3MounterSmWrapper {
  private:
   std::string& log_;
 };
+KILN_DESCRIBE(Wrapper)
 
 TEST(L3Wrapper, StartsInOrderAndThenFollowsChipsAndRunningState) {
   std::string log;

@@ -11,5 +11,6 @@ class Mounter final : public Kiln::NamedEntity {
  public:
   using NamedEntity::NamedEntity;
 };
+KILN_DESCRIBE(Mounter)
 
 }  // namespace PluginTest

@@ -28,6 +28,7 @@ class Room final : public Kiln::NamedEntity {
  public:
   using NamedEntity::NamedEntity;
 };
+KILN_DESCRIBE(Room)
 
 class Watcher final : public Kiln::Sm {
   void roomDispatch(Dovel::Change const& change) { log_ += room_->name() + std::to_string(change.id - 0x100) + " "; }
@@ -40,6 +41,7 @@ class Watcher final : public Kiln::Sm {
  private:
   std::string& log_;
 };
+KILN_DESCRIBE(Watcher)
 
 class Mounter final : public Stateway::Mounter {
   KILN_TYPE(DocumentTest::Mounter, Stateway::Mounter)
@@ -47,6 +49,7 @@ class Mounter final : public Stateway::Mounter {
  public:
   void doMountsComplete(Stateway::MountStatus, Dovel::Ptr<Stateway::EntityManager> const&) override {}
 };
+KILN_DESCRIBE(Mounter)
 
 class Documents : public testing::Test {
  protected:

@@ -26,6 +26,7 @@ class Lamp final : public Kiln::NamedEntity {
  public:
   using NamedEntity::NamedEntity;
 };
+KILN_DESCRIBE(Lamp)
 
 /// Can't be made by its name.
 class Nameless final : public Kiln::Entity {
@@ -34,6 +35,7 @@ class Nameless final : public Kiln::Entity {
  public:
   explicit Nameless(int) {}
 };
+KILN_DESCRIBE(Nameless)
 
 class Mounter final : public Stateway::Mounter {
   KILN_TYPE(MountTest::Mounter, Stateway::Mounter)
@@ -51,6 +53,7 @@ class Mounter final : public Stateway::Mounter {
   std::string& log_;
   std::function<void()> then_;
 };
+KILN_DESCRIBE(Mounter)
 
 Stateway::Mount mount(char const* path, char const* type, char const* mode) {
   Stateway::Mount mount(path, type);

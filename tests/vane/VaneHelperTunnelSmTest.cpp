@@ -44,6 +44,7 @@ class Recorder final : public VaneHelper::VaneHelperTunnelSm {
 
   std::string& log_;
 };
+KILN_DESCRIBE(Recorder)
 
 class TunnelSm : public testing::Test {
  protected:

@@ -44,6 +44,7 @@ class Recorder final : public Vane::VXLAN::VtiStatusDirSm {
 
   std::string& log_;
 };
+KILN_DESCRIBE(Recorder)
 
 class VtiSm : public testing::Test {
  protected:

@@ -55,11 +55,9 @@ class L3NextHop1Table final : public Asic::CommittedTable<L3NextHop1Table, Mesha
   Dovel::Ptr<IngL3NextHop1> const& ingL3NextHop1() const { return ingL3NextHop1_; }
 
  protected:
-  Dovel::Ptr<Asic::StoreBase> bind(Asic::Chip& chip, Asic::UnitId unit) override {
-    auto store = CommittedTable::bind(chip, unit);
+  void bound() override {
     ingL3NextHop1_ = Dovel::make<IngL3NextHop1>("IngL3NextHop1");
-    ingL3NextHop1_->baseIs(store->base(0));
-    return store;
+    ingL3NextHop1_->baseIs(store()->base(0));
   }
 
  private:

@@ -1,0 +1,4 @@
+#include "platform/anvil/IncrementalHBitmap.h"
+#include "platform/kiln/AttributeDefinitions.h"
+
+KILN_DESCRIBE(Anvil::IncrementalHBitmap)
