@@ -56,7 +56,8 @@ NextHopTableProgrammerBase::Handle OverlayNextHopTableProgrammer::insertEntry(Va
   entry.egress.oif1Handle = l3Oif1TableProgrammer()->insertEntry(TunnelType::overlay);
   entry.egress.nextHopValid = 1;
   auto& table = *l3NextHop1Table();
-  if (isEq(entry.ingress, table.ingL3NextHop1Entry(vtep)) && isEq(entry.egress, table.egrL3NextHop1Entry(vtep))) {
+  if (isEq(entry.ingress, table.ingL3NextHop1Entry(vtep)) && isEq(entry.egress, table.egrL3NextHop1Entry(vtep)) &&
+      !isRefused(table, vtep)) {
     TRACE(1, " OlL3NextHop1 already exists for vtepIp= {}", vtep);
     return table.entryWeakRef(vtep);
   }

@@ -140,6 +140,10 @@ VirtualPortProgrammer::Handle VirtualPortProgrammer::getEntry(IpGenAddr const& a
   return virtualPortTable()->entryWeakRef(addr);
 }
 
+VirtualPortProgrammer::Handle const& VirtualPortProgrammer::egrL3TunnelTableHandle(IpGenAddr const& addr) const {
+  return virtualPortTable()->virtualPort2TableEntry(addr).egrL3TunnelTableHandle;
+}
+
 VirtualPortTableMerged::Entry VirtualPortProgrammer::tunnelRow(IpGenAddr const& addr, bool dataPathLearning,
                                                                Handle const& egrL3TunnelTableHandle) const {
   auto const& sbr = *sbrAttributes();

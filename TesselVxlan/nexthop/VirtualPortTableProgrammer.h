@@ -72,6 +72,8 @@ class VirtualPortProgrammer final : public Dovel::PublishingNode {
   void deleteEntry(Vane::TunnelKey const& tunnelKey, Meshal::IpGenAddr const& addr);
   /// A weak handle; null if `addr` has no port.
   Handle getEntry(Meshal::IpGenAddr const& addr) const;
+  /// The outer header that the port of `addr` holds; null if `addr` has no port.
+  Handle const& egrL3TunnelTableHandle(Meshal::IpGenAddr const& addr) const;
 
  private:
   struct Response;

@@ -10,20 +10,20 @@
 
 namespace TesselVxlan {
 
-/// Makes the addresses and ports of the VXLAN interfaces those of the agent.
+/// Publishes the addresses and ports of the VXLAN interfaces to the rest of the agent.
 ///
-/// In: the interfaces, through the base's calls; the outer-header PHB setting; three flags of the agent's centre. Out:
-/// DIP rows, of which this is the only writer; addresses and ports in `vxlanState`, whose watchers rewrite tunnels; the
-/// same and the flags in `vxlanSliceConfig`, for the rest of the agent.
-/// There is one address for each role (source, MLAG, virtual VARP), not one for each interface: the last that is set
-/// counts. An address has its DIP row while a role or a group of an interface holds it.
-/// Main thread only. A write of `vxlanState` may run any other part of the feature before it returns; the DIP row is
-/// written before.
+/// In: the interfaces, through the base's calls; the outer-header PHB setting; three flags of
+/// `tesselCentralVxlanState`. Out: DIP rows, of which this is the only writer; addresses and ports in `vxlanState`,
+/// whose watchers rewrite tunnels; the same and the flags in `vxlanSliceConfig`, for the rest of the agent. There is
+/// one address for each role (source, MLAG, virtual VARP), not one for each interface: the last that is set counts. An
+/// address has its DIP row while a role or a group of an interface holds it. Main thread only. A write of `vxlanState`
+/// may run any other part of the feature before it returns; the DIP row is written before.
 class TesselVxlanVtiStatusSm final : public Vane::VXLAN::VtiStatusDirSm {
   KILN_TYPE(TesselVxlan::TesselVxlanVtiStatusSm, Vane::VXLAN::VtiStatusDirSm)
 
  public:
-  /// Takes over the addresses that `vxlanState` holds, copies the flags, and sets up the interfaces that stand.
+  /// Writes the rows of the addresses that `vxlanState` holds, copies the flags, sets up the present interfaces, and
+  /// brings `vxlanSliceConfig` up to `vxlanState`.
   TesselVxlanVtiStatusSm(Dovel::String name, Dovel::Ptr<Vxlan::VtiStatusDir const> vtiStatusDir,
                          Dovel::Ptr<Bridging::HwCapabilities const> bridgingHwCapabilities,
                          Dovel::Ptr<Stateway::EntityManager> statewayEm,
@@ -85,7 +85,7 @@ class TesselVxlanVtiStatusSm final : public Vane::VXLAN::VtiStatusDirSm {
   /// Whether a group change is to be followed.
   template <class Group>
   bool followsGroup(Meshal::IntfId intf, Group const& mcastGrp) const;
-  /// Gives a group its DIP row or takes it away. REQUIRES: `mcastGrp` is a multicast group and not a reserved one.
+  /// Writes or removes the DIP row of a group. REQUIRES: `mcastGrp` is a multicast group and not a reserved one.
   template <class Group>
   void setupGroup(Group const& mcastGrp, bool present);
   /// Removes the DIP row of `addr` unless more than `ownRoles` roles or a group hold the address.
