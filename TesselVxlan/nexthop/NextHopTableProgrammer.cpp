@@ -19,6 +19,7 @@ namespace {
 
 Kiln::LogHandle nextHopsFull(TesselLog::TESSEL_VXLAN_UL_NEXT_HOP_RESOURCES_FULL, 0, 1.0, 0, 0);
 
+// Codes of the chip's row formats.
 constexpr std::uint8_t egressView = 9;
 constexpr std::uint8_t ingressView = 5;
 constexpr std::uint8_t reservedIngressView = 7;
@@ -82,7 +83,7 @@ void NextHopTableProgrammer::initTables(TesselCentral::ChipInfo const& chipInfo)
   auto const nhAttr = TesselProfile::feature<TesselL3Unicast::L3NextHopAttributes>(chipInfo);
   INVARIANT(nhAttr);
   l2IfSupportedIs(nhAttr->l2IfSupported());
-  // Before any other: it takes row 0.
+  // Row 0, which such a chip must not use as a next hop.
   if (!nhAttr->ownReservedRow()) programReservedNextHopEntry();
   programDropNextHopEntry();
 }
@@ -109,6 +110,7 @@ NextHopTableProgrammerBase::Handle NextHopTableProgrammer::insertEntry(Vane::Tun
   entry.writeResponse = Response{Dovel::Ptr<NextHopTableProgrammer>(this), key.macAddr()};
   auto handle = table.entryRef(key, entry);
   INVARIANT(handle);
+  // At once where the state is final: a full table is reported even if the entry is removed before its completion.
   entry.writeResponse(handle->state());
   return handle;
 }
@@ -176,17 +178,6 @@ void NextHopTableProgrammer::fillFlood(L3NextHop2Key const& key, L3NextHop2Table
       1,
       " Program Egr/IngL3NextHop2 vxlanUnderlayFlood nextHop, ipmcDestination: {}, macAddr: {}, l3Oif2: {}, swKey: {}",
       handleText(ingress.destinationHandle), key.macAddr(), handleText(entry.egress.l3Oif2Handle), key);
-}
-
-Dovel::Ptr<NextHopTableProgrammer> nextHopTableProgrammerFactory(
-    Dovel::Ptr<Stateway::EntityManager> const& statewayEm,
-    Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> const& fcsd,
-    Dovel::Ptr<TesselL3::RoutingStatus const> const& routingStatus,
-    Dovel::Ptr<VaneL3Intf::Table const> const& vaneL3IntfTable,
-    Dovel::Ptr<TesselL3Tunnel::L3TunnelEgrL3OifHelper const> const& l3Oif2TableHelper,
-    Dovel::Ptr<TesselMcast::IpmcTable const> const& ipmcTable, bool vxlanUnderlayFloodingHw) {
-  return Dovel::make<NextHopTableProgrammer>(statewayEm, fcsd, routingStatus, vaneL3IntfTable, l3Oif2TableHelper,
-                                             ipmcTable, vxlanUnderlayFloodingHw);
 }
 
 }  // namespace TesselVxlan

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TesselVxlan/nexthop/NextHopTableProgrammerBase.h"
+#include "platform/dovel/Factory.h"
 #include "platform/kiln/Dir.h"
 #include "platform/tessel/l3/EgrL3OifHelper.h"
 #include "platform/tessel/l3/L3Intf.h"
@@ -70,12 +71,6 @@ class NextHopTableProgrammer final : public NextHopTableProgrammerBase {
   Dovel::Ptr<TesselCentral::PortConfigDir> ports_;  ///< Which `revision` counted last.
 };
 
-Dovel::Ptr<NextHopTableProgrammer> nextHopTableProgrammerFactory(
-    Dovel::Ptr<Stateway::EntityManager> const& statewayEm,
-    Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> const& fcsd,
-    Dovel::Ptr<TesselL3::RoutingStatus const> const& routingStatus,
-    Dovel::Ptr<VaneL3Intf::Table const> const& vaneL3IntfTable,
-    Dovel::Ptr<TesselL3Tunnel::L3TunnelEgrL3OifHelper const> const& l3Oif2TableHelper,
-    Dovel::Ptr<TesselMcast::IpmcTable const> const& ipmcTable, bool vxlanUnderlayFloodingHw);
+inline constexpr Dovel::Factory<NextHopTableProgrammer> nextHopTableProgrammerFactory;
 
 }  // namespace TesselVxlan

@@ -37,8 +37,8 @@ NextHopTableProgrammerBase::Handle UnderlayEcmpProgrammer::insertEntry(
   }
   // All tunnels over an adjacency share its group: only the first looks at each next hop.
   auto& groups = *ecmpGroup1Table();
-  auto const& nextHops = tunnelConfigEntry->nextHopEntryList()->nextHopEntry();
-  if (!isCached(groupKey, nextHops)) {
+  auto const& list = *tunnelConfigEntry->nextHopEntryList();
+  if (!isCached(groupKey, list)) {
     // Of the time before: next hops that are written or refused below are looked at once more.
     auto const revision = nextHopTableProgrammer()->revision();
     EcmpGroup1Table::Entry entry;
@@ -46,7 +46,7 @@ NextHopTableProgrammerBase::Handle UnderlayEcmpProgrammer::insertEntry(
     entry.memberBlockHandle = memberBlock(*tunnelConfigEntry, members);
     if (!entry.memberBlockHandle) return {};
     entry.lastMemberIndex = static_cast<std::uint16_t>(members - 1);
-    cache(groupKey, {nextHops, revision});
+    cache(groupKey, {list.nextHopEntry(), list.serial(), revision});
     if (!isEq(entry, groups.entry(groupKey)) || isRefused(groups, groupKey)) {
       auto handle = groups.entryRef(groupKey, entry);
       INVARIANT(handle);
@@ -57,14 +57,14 @@ NextHopTableProgrammerBase::Handle UnderlayEcmpProgrammer::insertEntry(
   return groups.entryWeakRef(groupKey);
 }
 
-bool UnderlayEcmpProgrammer::isCached(L3AdjIdKey const& groupKey, Vane::NextHopEntrySet const& nextHops) const {
+bool UnderlayEcmpProgrammer::isCached(L3AdjIdKey const& groupKey, Vane::NextHopEntryList const& list) const {
   if (nextHopTableProgrammer()->vxlanUnderlayFloodingHw()) return false;
   auto const found = cached_.find(groupKey);
   if (found == cached_.end() || found->second.revision != nextHopTableProgrammer()->revision()) return false;
+  if (found->second.serial != list.serial() && found->second.nextHops != list.nextHopEntry()) return false;
   auto const& groups = *ecmpGroup1Table();
   auto const& block = groups.entry(groupKey).memberBlockHandle;
-  return found->second.nextHops == nextHops && block && block->state() != EntryState::failed &&
-         !isRefused(groups, groupKey);
+  return block && block->state() != EntryState::failed && !isRefused(groups, groupKey);
 }
 
 void UnderlayEcmpProgrammer::cache(L3AdjIdKey const& groupKey, Cached&& cached) {
@@ -88,13 +88,6 @@ NextHopTableProgrammerBase::Handle UnderlayEcmpProgrammer::memberBlock(
   auto ecmpBlockHandle = ecmpMember1Table()->entryBlockRef(block);
   INVARIANT(ecmpBlockHandle);
   return ecmpBlockHandle;
-}
-
-Dovel::Ptr<UnderlayEcmpProgrammer> underlayEcmpProgrammerFactory(
-    Dovel::Ptr<Stateway::EntityManager> const& statewayEm,
-    Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> const& fcsd,
-    Dovel::Ptr<NextHopTableProgrammer> const& nextHopTableProgrammer) {
-  return Dovel::make<UnderlayEcmpProgrammer>(statewayEm, fcsd, nextHopTableProgrammer);
 }
 
 }  // namespace TesselVxlan

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TesselVxlan/nexthop/NextHopTableProgrammer.h"
+#include "platform/dovel/Factory.h"
 #include "platform/kiln/Dir.h"
 #include "platform/tessel/tables/EcmpGroup1Table.h"
 #include "platform/tessel/tables/EcmpMember1Table.h"
@@ -40,11 +41,12 @@ class UnderlayEcmpProgrammer final : public NextHopTableProgrammerBase {
   /// What a group was built from when it was last found or written.
   struct Cached {
     Vane::NextHopEntrySet nextHops;
+    std::uint64_t serial = 0;  ///< Of the list they were read from, which is compared first.
     std::uint64_t revision = 0;
   };
 
   /// True if the group was built from exactly these next hops and none of their rows has changed since.
-  bool isCached(TesselL3Common::L3AdjIdKey const& groupKey, Vane::NextHopEntrySet const& nextHops) const;
+  bool isCached(TesselL3Common::L3AdjIdKey const& groupKey, Vane::NextHopEntryList const& list) const;
   void cache(TesselL3Common::L3AdjIdKey const& groupKey, Cached&& cached);
   /// The block of the resolved next hops; null if one can't be programmed. Counts them in `members`.
   Handle memberBlock(Vane::HwTunnelConfigEntry const& tunnelConfigEntry, std::uint16_t& members);
@@ -52,9 +54,6 @@ class UnderlayEcmpProgrammer final : public NextHopTableProgrammerBase {
   Kiln::HashMap<TesselL3Common::L3AdjIdKey, Cached> cached_;
 };
 
-Dovel::Ptr<UnderlayEcmpProgrammer> underlayEcmpProgrammerFactory(
-    Dovel::Ptr<Stateway::EntityManager> const& statewayEm,
-    Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> const& fcsd,
-    Dovel::Ptr<NextHopTableProgrammer> const& nextHopTableProgrammer);
+inline constexpr Dovel::Factory<UnderlayEcmpProgrammer> underlayEcmpProgrammerFactory;
 
 }  // namespace TesselVxlan

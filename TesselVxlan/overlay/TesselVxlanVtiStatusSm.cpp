@@ -107,11 +107,6 @@ void TesselVxlanVtiStatusSm::handleInitialized() {
   handleLogicalFapId();
   handleDecapFilterNonDefaultVrf();
   Kiln::forEachKey(vtiStatusDir()->vtiStatusColl(), [this](IntfId intf, auto const&) { handleVti(intf); });
-  // The slice outlives the process, and an interface may have been removed since its last write.
-  vxlanSliceConfig()->localVtepAddrIs(vxlanState()->localVtep().v4Addr());
-  vxlanSliceConfig()->vArpVtepAddrIs(vxlanState()->vArpVtepAddr().v4Addr());
-  vxlanSliceConfig()->vArpVtepAddr6Is(vxlanState()->vArpVtepAddr6().v6Addr());
-  vxlanSliceConfig()->vxlanUdpPortIs(vxlanState()->udpPort());
   vxlanUnsupportedLoggerIs(profileSupportsVxlan(), vtiStatusDir());
   initializedIs(true);
 }
@@ -266,24 +261,6 @@ void TesselVxlanVtiStatusSm::doCleanup(IntfId intf) {
   doSetupVxlanSrcAddr(intf, IpAddr());
   doSetupVxlanSrcAddrV6(intf, Ip6Addr());
   doSetupMlagVtepAddr(intf, IpAddr());
-}
-
-Dovel::Ptr<TesselVxlanVtiStatusSm> tesselVxlanVtiStatusSmFactory(
-    Dovel::String const& name, Dovel::Ptr<Vxlan::VtiStatusDir const> const& vtiStatusDir,
-    Dovel::Ptr<Bridging::HwCapabilities const> const& bridgingHwCapabilities,
-    Dovel::Ptr<Stateway::EntityManager> const& statewayEm,
-    Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> const& fcsd,
-    Dovel::Ptr<TesselCentral::VxlanCapabilities const> const& vxlanCapabilities,
-    Dovel::Ptr<TesselL3Common::TesselVxlanConfig> const& vxlanConfig,
-    Dovel::Ptr<TesselVxlanTunnelTermTableProgrammer> const& tunnelTermTableProgrammer,
-    Dovel::Ptr<TesselVxlanEgrL3TunnelTablesProgrammer> const& egrL3TunnelTablesProgrammer,
-    Dovel::Ptr<TesselCentral::VxlanState const> const& tesselCentralVxlanState,
-    Dovel::Ptr<TesselVxlanState> const& vxlanState, Dovel::Ptr<TesselCentral::VxlanSliceConfig> const& vxlanSliceConfig,
-    Dovel::Ptr<Vxlan::VxlanConfigDir const> const& vxlanConfigDir, bool profileSupportsVxlan) {
-  return Dovel::make<TesselVxlanVtiStatusSm>(name, vtiStatusDir, bridgingHwCapabilities, statewayEm, fcsd,
-                                             vxlanCapabilities, vxlanConfig, tunnelTermTableProgrammer,
-                                             egrL3TunnelTablesProgrammer, tesselCentralVxlanState, vxlanState,
-                                             vxlanSliceConfig, vxlanConfigDir, profileSupportsVxlan);
 }
 
 }  // namespace TesselVxlan

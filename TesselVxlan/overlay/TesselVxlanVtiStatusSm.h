@@ -3,6 +3,7 @@
 #include "TesselVxlan/overlay/TesselVxlanEgrL3TunnelTablesProgrammer.h"
 #include "TesselVxlan/overlay/TesselVxlanTunnelTermTableProgrammer.h"
 #include "TesselVxlan/overlay/VxlanUnsupportedLogger.h"
+#include "platform/dovel/Factory.h"
 #include "platform/tessel/central/VxlanRecords.h"
 #include "platform/tessel/l3common/TesselVxlanState.h"
 #include "platform/tessel/l3common/VxlanDirs.h"
@@ -93,18 +94,6 @@ class TesselVxlanVtiStatusSm final : public Vane::VXLAN::VtiStatusDirSm {
   bool groupHas(Meshal::IpGenAddr const& addr) const;
 };
 
-Dovel::Ptr<TesselVxlanVtiStatusSm> tesselVxlanVtiStatusSmFactory(
-    Dovel::String const& name, Dovel::Ptr<Vxlan::VtiStatusDir const> const& vtiStatusDir,
-    Dovel::Ptr<Bridging::HwCapabilities const> const& bridgingHwCapabilities,
-    Dovel::Ptr<Stateway::EntityManager> const& statewayEm,
-    Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> const& fcsd,
-    Dovel::Ptr<TesselCentral::VxlanCapabilities const> const& vxlanCapabilities,
-    Dovel::Ptr<TesselL3Common::TesselVxlanConfig> const& vxlanConfig,
-    Dovel::Ptr<TesselVxlanTunnelTermTableProgrammer> const& tunnelTermTableProgrammer,
-    Dovel::Ptr<TesselVxlanEgrL3TunnelTablesProgrammer> const& egrL3TunnelTablesProgrammer,
-    Dovel::Ptr<TesselCentral::VxlanState const> const& tesselCentralVxlanState,
-    Dovel::Ptr<TesselL3Common::TesselVxlanState> const& vxlanState,
-    Dovel::Ptr<TesselCentral::VxlanSliceConfig> const& vxlanSliceConfig,
-    Dovel::Ptr<Vxlan::VxlanConfigDir const> const& vxlanConfigDir, bool profileSupportsVxlan);
+inline constexpr Dovel::Factory<TesselVxlanVtiStatusSm> tesselVxlanVtiStatusSmFactory;
 
 }  // namespace TesselVxlan

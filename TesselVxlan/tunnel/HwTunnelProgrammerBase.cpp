@@ -41,14 +41,14 @@ void NestedSm_TunnelIdMap::onAttribute(Dovel::Change const& change) {
 void NestedSm_TunnelIdMap::updateTunnelIdStatus() {
   if (!owner_) return;
   TRACE(1, " tunnelType: {} vtepIp: {}", owner_->tunnelType(), key());
-  owner_->maybeUpdateHwTunnelStatus(key());
+  owner_->maybeUpdateHwTunnelStatus(map_);
 }
 
 // A next-hop id matters to unicast tunnels alone: the other types publish the tunnel id as their next-hop id.
 void NestedSm_TunnelIdMap::updateCascadingNextHopIdInStatus() {
   if (!owner_) return;
   TRACE(1, " tunnelType: {} vtepIp: {}", owner_->tunnelType(), key());
-  if (owner_->tunnelType() == Vane::vxlanTunnel_) owner_->maybeUpdateHwTunnelStatus(key());
+  if (owner_->tunnelType() == Vane::vxlanTunnel_) owner_->maybeUpdateHwTunnelStatus(map_);
 }
 
 HwTunnelProgrammerBase::HwTunnelProgrammerBase(TunnelProgrammerInputs const& inputs)
@@ -202,9 +202,8 @@ bool HwTunnelProgrammerBase::isHerEvpnTunnel(Meshal::IpGenAddr const& vtep) cons
   return map && map->tnlKeysHas(Vane::vxlanHerTunnel_) && evpnStatus()->evpnEnabled();
 }
 
-bool HwTunnelProgrammerBase::isNexthopIdProgrammed(Vane::HwTunnelConfigEntry const& entry) const {
+bool HwTunnelProgrammerBase::isNexthopIdProgrammed(Vane::HwTunnelConfigEntry const& entry, VtepMap const& map) const {
   auto const& status = hwTunnelStatus()->tunnelStatus(entry.tunnelKey());
-  auto const& map = vtepMap(entry.tunnelKey().dst());
   if (status && map && status->hwTunnelId() == map->tnlId() &&
       status->hwNextHopStatusEntry().hwNextHopId() == Vane::VaneNextHopId::unprogrammed()) {
     TRACE(1, " nextHopEntryList is null, skip further programming as nextHopId is unprogrammed");

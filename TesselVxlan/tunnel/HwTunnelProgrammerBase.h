@@ -123,13 +123,15 @@ class HwTunnelProgrammerBase : public Kiln::Sm {
   using Handle = Asic::SwTableBase::EntryHandle::PtrConst;
   using TunnelIdMaps = Kiln::NestedSms<Meshal::IpGenAddr, NestedSm_TunnelIdMap>;
 
+ private:
+  KILN_BASE_TYPE(TesselVxlan::HwTunnelProgrammerBase)
+
   void fcsdDispatch(Dovel::Change const& change);
   void vxlanToL2StateDispatch(Dovel::Change const& change);
   void qosTrustStatusDispatch(Dovel::Change const& change);
   void vxlanConfigDirDispatch(Dovel::Change const& change);
   void tnlNhUpdateConfigDispatch(Dovel::Change const& change);
 
-  KILN_TYPE_COMMON(TesselVxlan::HwTunnelProgrammerBase, nullptr)
   KILN_FIXED(0x102, Dovel::Ptr<Stateway::EntityManager>, statewayEm)
   KILN_WATCHED(0x103, TesselCentral::FeatureAgentCommonSmData const, fcsd, &KilnSelf::fcsdDispatch, nullptr)
   KILN_RESERVED(0x104, "TesselCentral::ChipInfo", chipInfo)
@@ -196,8 +198,10 @@ class HwTunnelProgrammerBase : public Kiln::Sm {
   /// The record that was watched; null if there was none.
   Dovel::Ptr<TesselCentral::VtepIpToTnlIdNhIdMap> tunnelIdMapDel(Meshal::IpGenAddr const& vtep);
   void tunnelIdMapDelAll();
-  /// Writes the tunnel's status if the ids that its type needs are in.
+  /// Writes the tunnel's status if the ids that its type needs are in. REQUIRES: the VTEP has a record.
   void maybeUpdateHwTunnelStatus(Meshal::IpGenAddr const& dstIpAddr);
+  /// The same for a caller that has the VTEP's record at hand.
+  void maybeUpdateHwTunnelStatus(Dovel::Ptr<TesselCentral::VtepIpToTnlIdNhIdMap> const& record);
 
   /// Whether the VTEP has an EVPN flood tunnel as well; false for a VTEP without a record.
   bool isHerEvpnTunnel(Meshal::IpGenAddr const& vtep) const;
@@ -257,7 +261,7 @@ class HwTunnelProgrammerBase : public Kiln::Sm {
   /// The outer header's handle; null while it can't be built.
   Handle programEgrL3TunnelTable(Meshal::IpGenAddr const& srcIpAddr, Meshal::IpGenAddr const& dstIpAddr);
   /// False while the status shows that the tunnel's overlay entry failed under its present tunnel id.
-  bool isNexthopIdProgrammed(Vane::HwTunnelConfigEntry const& entry) const;
+  bool isNexthopIdProgrammed(Vane::HwTunnelConfigEntry const& entry, VtepMap const& map) const;
   void handleSipEntry(Meshal::IpGenAddr const& vtepIp, Handle const& vpHandle, bool add);
 
   void deleteTunnelUnderlayTables(Vane::TunnelKey const& tunnelKey);

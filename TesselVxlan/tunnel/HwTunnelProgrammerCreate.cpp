@@ -43,7 +43,7 @@ bool HwTunnelProgrammerBase::doTunnelCreateCommon(ConfigEntry const& entry) {
   }
   // Before the port: its success is published inside its write, and the status of a new generation would then show the
   // former one's failure.
-  bool const programmable = isNexthopIdProgrammed(*entry);
+  bool const programmable = isNexthopIdProgrammed(*entry, map);
   TRACE(1, " egrL3TunnelTableHandle: {} Programming Virtual Port tables for vtep ip: {}", egrL3Handle, vtep);
   auto const vpHandle = virtualPortTableProgrammer()->insertEntry(key, tunnelType(), vtep,
                                                                   vxlanToL2State()->dataPathLearning(), egrL3Handle);
@@ -54,7 +54,7 @@ bool HwTunnelProgrammerBase::doTunnelCreateCommon(ConfigEntry const& entry) {
   if (programmable) programTunnelTables(entry, vpHandle);
   tunnelIdMap_.at(vtep)->createdIs(true);
   // All ids may have been published inside the writes above, before everything that a status needs was there.
-  maybeUpdateHwTunnelStatus(vtep);
+  maybeUpdateHwTunnelStatus(map);
   return isInForce(entry);
 }
 

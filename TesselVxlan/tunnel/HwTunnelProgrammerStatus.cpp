@@ -10,11 +10,15 @@ using TesselCentral::EntryWriteStatus;
 using TesselCentral::VtepIpToTnlIdNhIdMap;
 
 void HwTunnelProgrammerBase::maybeUpdateHwTunnelStatus(Meshal::IpGenAddr const& dstIpAddr) {
-  TRACE(1, " tunnelType: {} vtepIp: {}", tunnelType(), dstIpAddr);
   INVARIANT(tunnelIdMapHas(dstIpAddr));
-  // Copies: a subscriber of what is written below may remove the record.
-  auto const vtep = dstIpAddr;
-  auto const tnlIdMap = vtepMap(vtep);
+  maybeUpdateHwTunnelStatus(vtepMap(dstIpAddr));
+}
+
+void HwTunnelProgrammerBase::maybeUpdateHwTunnelStatus(VtepMap const& record) {
+  // A reference and a copy: a subscriber of what is written below may remove the record.
+  auto const tnlIdMap = record;
+  auto const vtep = record->vtepIp();
+  TRACE(1, " tunnelType: {} vtepIp: {}", tunnelType(), vtep);
   if (!tnlIdMap->tnlKeysHas(tunnelType())) {
     return TRACE(1, " Skipping update tunnelId as {} tunnelType not in tnlKeys for vtepIp={}", tunnelType(), vtep);
   }
@@ -123,8 +127,8 @@ void HwTunnelProgrammerBase::doUpdateNextHop(ConfigEntry const& entry) {
   auto const vpHandle = virtualPortTableProgrammer()->getEntry(key.dst());
   // The creation that writes the port reads the next hops of that time; an overlay entry written now would have none.
   if (!vpHandle) return TRACE(1, " No virtual port yet for vtepIp: {}", key.dst());
-  if (isNexthopIdProgrammed(*entry)) programTunnelTables(entry, vpHandle);
-  maybeUpdateHwTunnelStatus(key.dst());
+  if (isNexthopIdProgrammed(*entry, map)) programTunnelTables(entry, vpHandle);
+  maybeUpdateHwTunnelStatus(map);
 }
 
 void HwTunnelProgrammerBase::handleHwTunnelNextHopUpdate(Meshal::IpGenAddr const& vtep) {

@@ -50,6 +50,7 @@ bool HwTunnelProgrammerBase::updateHeader(HeaderPass& pass, ConfigEntry const& e
     TRACE_IN("updateEgrL3TunnelTable", 1,
              " Skipping since newLoopbackAddr is Zero oldLocalAddr : {} newLocalAddr : {} vtepIp :{}", oldLocal,
              newLocal, vtep);
+    // The tables keep the former address until there is one again, which starts another pass.
     return false;
   }
   auto const source = headerSource(vtep, newLocal);

@@ -109,19 +109,6 @@ TEST(VtiStatusSm, removesAFormerEndBeforeTheNewOne) {
   }
 }
 
-TEST(VtiStatusSm, endsInTheSliceWhatEndedWhileItWasAway) {
-  OverlayWorld world({});
-  configure(world.vti());
-  { auto const sm = world.vtiSmIs(); }
-  auto const before = published(world);
-  { auto const sm = world.vtiSmIs(); }
-  EXPECT_EQ(published(world), before);
-  world.vtis->vtiStatusDelAll();
-  world.state = Dovel::make<TesselL3Common::TesselVxlanState>();
-  auto const sm = world.vtiSmIs();
-  EXPECT_EQ(published(world), "      0 | 0.0.0.0 0.0.0.0 :: 0");
-}
-
 TEST_P(Vtis, moveWhatChangesAndNothingElse) {
   world.vti().srcAddrIs(v4("10.0.0.1"));
   world.writes();
