@@ -17,10 +17,9 @@ using TesselL3Common::L3NextHop2Table;
 
 namespace {
 
-using Asic::EntryState;
-
 Kiln::LogHandle nextHopsFull(TesselLog::TESSEL_VXLAN_UL_NEXT_HOP_RESOURCES_FULL, 0, 1.0, 0, 0);
 
+// Codes of the chip's row formats.
 constexpr std::uint8_t egressView = 9;
 constexpr std::uint8_t ingressView = 5;
 constexpr std::uint8_t reservedIngressView = 7;
@@ -28,7 +27,7 @@ constexpr std::uint8_t multicastDestination = 1;
 constexpr std::uint8_t portDestination = 2;
 constexpr std::uint8_t vlanMulticast = 1;
 
-/// A row that leads nowhere.
+/// A row that forwards to no port.
 L3NextHop2Table::Entry fixedRow(std::uint8_t ingressViewCode, std::uint8_t egressViewCode) {
   L3NextHop2Table::Entry entry;
   entry.egress.l3Oif2Handle = Asic::SwTableWorkaround::dontCareHandle(Asic::Index(0));
@@ -55,17 +54,14 @@ void setNextHopDestination(TesselL3Common::DestPort const& dest, IngL3NextHop2Ta
   }
 }
 
-/// No status hangs on a single next hop: a full table is told to the operator, and the entry waits in the table.
-struct WriteResponse {
+}  // namespace
+
+struct NextHopTableProgrammer::Response {
+  Dovel::Ptr<NextHopTableProgrammer> programmer;
   Meshal::EthAddr macAddr;
 
-  void operator()(EntryState state) const {
-    TRACE_IN("operator()", 1, " entryState is : {}", state);
-    if (state == EntryState::full) Kiln::log(nextHopsFull, macAddr);
-  }
+  void operator()(EntryState state) const { programmer->respond(macAddr, state); }
 };
-
-}  // namespace
 
 NextHopTableProgrammer::NextHopTableProgrammer(
     Dovel::Ptr<Stateway::EntityManager> statewayEm, Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> fcsd,
@@ -87,7 +83,7 @@ void NextHopTableProgrammer::initTables(TesselCentral::ChipInfo const& chipInfo)
   auto const nhAttr = TesselProfile::feature<TesselL3Unicast::L3NextHopAttributes>(chipInfo);
   INVARIANT(nhAttr);
   l2IfSupportedIs(nhAttr->l2IfSupported());
-  // The reserved row first: it takes row 0.
+  // Row 0, which such a chip must not use as a next hop.
   if (!nhAttr->ownReservedRow()) programReservedNextHopEntry();
   programDropNextHopEntry();
 }
@@ -103,23 +99,37 @@ NextHopTableProgrammerBase::Handle NextHopTableProgrammer::insertEntry(Vane::Tun
   entry.egress.egressViewCode = egressView;
   entry.ingress.ingressViewCode = ingressView;
   entry.ingress.vlanId = vlanId;
-  if (!destinationIs(key, nextHopEntry, entry)) return {};
+  if (!fillDestination(key, nextHopEntry, entry)) return {};
   auto& table = *l3NextHop2Table();
-  if (isEq(entry.ingress, table.ingL3NextHop2TableEntry(key)) && isEq(entry.egress, table.egrL3NextHop2Entry(key))) {
+  if (isEq(entry.ingress, table.ingL3NextHop2TableEntry(key)) && isEq(entry.egress, table.egrL3NextHop2Entry(key)) &&
+      !isRefused(table, key)) {
     TRACE(1, " Underlay NextHop already exists for l3NhKey= {}", key);
     return table.entryWeakRef(key);
   }
-  ++writes_;
-  entry.writeResponse = WriteResponse{key.macAddr()};
+  ++changes_;
+  entry.writeResponse = Response{Dovel::Ptr<NextHopTableProgrammer>(this), key.macAddr()};
   auto handle = table.entryRef(key, entry);
   INVARIANT(handle);
+  // At once where the state is final: a full table is reported even if the entry is removed before its completion.
   entry.writeResponse(handle->state());
   return handle;
 }
 
-std::uint64_t NextHopTableProgrammer::revision() const {
+// No status depends on a single next hop: a full table is reported to the operator, and the entry waits in the table.
+void NextHopTableProgrammer::respond(Meshal::EthAddr macAddr, EntryState state) {
+  TRACE_IN("operator()", 1, " entryState is : {}", state);
+  if (state == EntryState::full) Kiln::log(nextHopsFull, macAddr);
+  if (state == EntryState::failed) ++changes_;
+}
+
+std::uint64_t NextHopTableProgrammer::revision() {
   auto const& ports = fcsd()->portConfigDir();
-  return writes_ + vaneL3IntfTable()->revision() + (ports ? ports->revision() : 0);
+  if (ports != ports_) {
+    // Above every number that the former ports can have led to.
+    changes_ += 1 + (ports_ ? ports_->revision() : 0);
+    ports_ = ports;
+  }
+  return changes_ + vaneL3IntfTable()->revision() + (ports ? ports->revision() : 0);
 }
 
 void NextHopTableProgrammer::programReservedNextHopEntry() {
@@ -137,10 +147,10 @@ Bridging::VlanIdOrNone NextHopTableProgrammer::vlanOf(Meshal::IntfId l3Intf) con
   return vlanId;
 }
 
-bool NextHopTableProgrammer::destinationIs(L3NextHop2Key const& key, Vane::NextHopEntry const& nextHopEntry,
-                                           L3NextHop2Table::Entry& entry) const {
+bool NextHopTableProgrammer::fillDestination(L3NextHop2Key const& key, Vane::NextHopEntry const& nextHopEntry,
+                                             L3NextHop2Table::Entry& entry) const {
   if (vxlanUnderlayFloodingHw() && nextHopEntry.l2Intf().empty()) {
-    floodIs(key, entry);
+    fillFlood(key, entry);
     return true;
   }
   auto const dest = TesselL3Common::getDstPort(fcsd(), nextHopEntry.l2Intf(), nextHopEntry.type(), l2IfSupported());
@@ -157,9 +167,9 @@ bool NextHopTableProgrammer::destinationIs(L3NextHop2Key const& key, Vane::NextH
   return true;
 }
 
-void NextHopTableProgrammer::floodIs(L3NextHop2Key const& key, L3NextHop2Table::Entry& entry) const {
+void NextHopTableProgrammer::fillFlood(L3NextHop2Key const& key, L3NextHop2Table::Entry& entry) const {
   auto& ingress = entry.ingress;
-  // Another feature's table: until that has brought it up, there is no group to lead to.
+  // Another feature's table: until that has initialised it, there is no group to forward to.
   if (ipmcTable()->initialized()) {
     ingress.destinationHandle = ipmcTable()->entryWeakRef(TesselL3Common::L3IpmcKey{vlanMulticast, ingress.vlanId});
   }
@@ -168,17 +178,6 @@ void NextHopTableProgrammer::floodIs(L3NextHop2Key const& key, L3NextHop2Table::
       1,
       " Program Egr/IngL3NextHop2 vxlanUnderlayFlood nextHop, ipmcDestination: {}, macAddr: {}, l3Oif2: {}, swKey: {}",
       handleText(ingress.destinationHandle), key.macAddr(), handleText(entry.egress.l3Oif2Handle), key);
-}
-
-Dovel::Ptr<NextHopTableProgrammer> nextHopTableProgrammerFactory(
-    Dovel::Ptr<Stateway::EntityManager> const& statewayEm,
-    Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> const& fcsd,
-    Dovel::Ptr<TesselL3::RoutingStatus const> const& routingStatus,
-    Dovel::Ptr<VaneL3Intf::Table const> const& vaneL3IntfTable,
-    Dovel::Ptr<TesselL3Tunnel::L3TunnelEgrL3OifHelper const> const& l3Oif2TableHelper,
-    Dovel::Ptr<TesselMcast::IpmcTable const> const& ipmcTable, bool vxlanUnderlayFloodingHw) {
-  return Dovel::make<NextHopTableProgrammer>(statewayEm, fcsd, routingStatus, vaneL3IntfTable, l3Oif2TableHelper,
-                                             ipmcTable, vxlanUnderlayFloodingHw);
 }
 
 }  // namespace TesselVxlan

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TesselVxlan/nexthop/NextHopTableProgrammerBase.h"
+#include "platform/dovel/Factory.h"
 #include "platform/kiln/Dir.h"
 #include "platform/tessel/l3/EgrL3OifHelper.h"
 #include "platform/tessel/l3/L3Intf.h"
@@ -15,8 +16,9 @@ namespace TesselVxlan {
 ///
 /// Reads the interface table, the egress interfaces and, for next hops that flood, the multicast table. Writes
 /// `L3NextHop2Table` with its two fixed rows; a full table shows as an operator message alone.
-/// Main thread only. Nothing is remembered here: the table is the only memory.
-/// The rows belong to the entries that store their handles; the fixed rows stay.
+/// Main thread only. The table is the only memory, but for a count of changes that validates what is derived from rows.
+/// The rows belong to the entries that store their handles; the fixed rows stay. The table holds a reference to this
+/// object until it has written.
 class NextHopTableProgrammer final : public NextHopTableProgrammerBase {
   KILN_TYPE(TesselVxlan::NextHopTableProgrammer, TesselVxlan::NextHopTableProgrammerBase)
   KILN_FIXED(0x104, Dovel::Ptr<VaneL3Intf::Table const>, vaneL3IntfTable)
@@ -26,7 +28,7 @@ class NextHopTableProgrammer final : public NextHopTableProgrammerBase {
   KILN_ATTR(0x108, Dovel::Ptr<TesselL3Common::L3NextHop2Table>, l3NextHop2Table)
   KILN_FIXED(0x109, Dovel::Ptr<TesselL3::RoutingStatus const>, routingStatus)
   KILN_FIXED(0x10a, Dovel::Ptr<TesselMcast::IpmcTable const>, ipmcTable)
-  KILN_ATTR(0x10b, Dovel::Ptr<Kiln::Dir>, mountPath)  ///< Where the table is made.
+  KILN_ATTR(0x10b, Dovel::Ptr<Kiln::Dir>, mountPath)  ///< Where the table is created.
 
  public:
   NextHopTableProgrammer(Dovel::Ptr<Stateway::EntityManager> statewayEm,
@@ -39,15 +41,15 @@ class NextHopTableProgrammer final : public NextHopTableProgrammerBase {
   /// REQUIRES: `mountPath` is set.
   void initTables(TesselCentral::ChipInfo const& chipInfo) override;
 
-  /// The row of a next hop, written only where it differs from what stands: compared first, so that a repeated insert
-  /// is free. Null if its port is not known; the caller tries again when the next hop changes. Weak if the row stands
-  /// as wanted, else a use: keep it until it is stored in an entry. Throws the range exception of
-  /// `Bridging::VlanIdOrNone` for an interface with a VLAN beyond it.
+  /// The row of a next hop, written only where it differs from the present one or was refused: compared first, so that
+  /// a repeated insert is free. Null if its port is not known; the caller tries again when the next hop changes. Weak
+  /// if the row is present as wanted, else a reference: keep it until it is stored in an entry. Throws the range
+  /// exception of `Bridging::VlanIdOrNone` for an interface with a VLAN beyond it.
   Handle insertEntry(Vane::TunnelKey const& tunnelKey, Vane::NextHopEntry const& nextHopEntry);
 
-  /// Stays the same as long as an insert of the same next hop finds its row as it left it. A flood group's row may
-  /// change at any time: there is no such number on a chip that floods the underlay.
-  std::uint64_t revision() const;
+  /// Stays the same as long as a repeated insert of the same next hop would write nothing. A flood group's row may
+  /// change at any time: the number is of no use on a chip that floods the underlay.
+  std::uint64_t revision();
 
   /// Writes row 0, which a chip without a reserved row of its own keeps free. Called by `initTables`.
   void programReservedNextHopEntry();
@@ -57,20 +59,18 @@ class NextHopTableProgrammer final : public NextHopTableProgrammerBase {
  private:
   /// The VLAN of an interface, 0 if it has none.
   Bridging::VlanIdOrNone vlanOf(Meshal::IntfId l3Intf) const;
-  /// Sends what the row of `key` takes to its destination; false if that is not known.
-  bool destinationIs(TesselL3Common::L3NextHop2Key const& key, Vane::NextHopEntry const& nextHopEntry,
-                     TesselL3Common::L3NextHop2Table::Entry& entry) const;
-  void floodIs(TesselL3Common::L3NextHop2Key const& key, TesselL3Common::L3NextHop2Table::Entry& entry) const;
+  struct Response;
 
-  std::uint64_t writes_ = 0;
+  void respond(Meshal::EthAddr macAddr, EntryState state);
+  /// Fills the destination fields; false if the destination is not known.
+  bool fillDestination(TesselL3Common::L3NextHop2Key const& key, Vane::NextHopEntry const& nextHopEntry,
+                       TesselL3Common::L3NextHop2Table::Entry& entry) const;
+  void fillFlood(TesselL3Common::L3NextHop2Key const& key, TesselL3Common::L3NextHop2Table::Entry& entry) const;
+
+  std::uint64_t changes_ = 0;                       ///< Writes, refusals and other port configurations.
+  Dovel::Ptr<TesselCentral::PortConfigDir> ports_;  ///< Which `revision` counted last.
 };
 
-Dovel::Ptr<NextHopTableProgrammer> nextHopTableProgrammerFactory(
-    Dovel::Ptr<Stateway::EntityManager> const& statewayEm,
-    Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> const& fcsd,
-    Dovel::Ptr<TesselL3::RoutingStatus const> const& routingStatus,
-    Dovel::Ptr<VaneL3Intf::Table const> const& vaneL3IntfTable,
-    Dovel::Ptr<TesselL3Tunnel::L3TunnelEgrL3OifHelper const> const& l3Oif2TableHelper,
-    Dovel::Ptr<TesselMcast::IpmcTable const> const& ipmcTable, bool vxlanUnderlayFloodingHw);
+inline constexpr Dovel::Factory<NextHopTableProgrammer> nextHopTableProgrammerFactory;
 
 }  // namespace TesselVxlan

@@ -15,7 +15,7 @@ namespace TesselVxlan {
 /// Which of the two views of an egress next-hop row is meant.
 enum class EgrL3NextHopTableViewType : std::uint8_t { l3, l3Mc };
 
-/// Where the programmers of next-hop tables meet: what their tables are bound to, and when these are made.
+/// Common base of the next-hop programmers: what their tables are bound to, and when these are created.
 ///
 /// Main thread only.
 class NextHopTableProgrammerBase : public Dovel::PublishingNode {
@@ -35,6 +35,18 @@ class NextHopTableProgrammerBase : public Dovel::PublishingNode {
                              Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> fcsd)
       : statewayEm_(std::move(statewayEm)), fcsd_(std::move(fcsd)) {}
 
+  /// Whether the chip refused the last write of the entry of `key`: inserting the same contents then writes them again.
+  /// False of an entry that waits for a row, which the table writes by itself.
+  template <class Table>
+  static bool isRefused(Table const& table, typename Table::Key const& key) {
+    return stateOf(table, key) == EntryState::failed;
+  }
+  /// `none` if there is no entry of `key`.
+  template <class Table>
+  static EntryState stateOf(Table const& table, typename Table::Key const& key) {
+    auto const handle = table.entryWeakRef(key);
+    return handle ? handle->state() : EntryState::none;
+  }
   /// For traces.
   static std::string handleText(Handle const& handle);
 };

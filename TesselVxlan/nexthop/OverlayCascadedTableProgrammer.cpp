@@ -53,10 +53,11 @@ NextHopTableProgrammerBase::Handle OverlayCascadedTableProgrammer::insertEntry(V
   entry.ulEntryHandle = ulEntryHandle;
   entry.ecmp = ecmp;
   auto& table = *ingL3EcmpMember0Table();
-  if (isEq(entry, table.entry(vtep))) {
+  if (isEq(entry, table.entry(vtep)) && isWritten(stateOf(table, vtep))) {
     TRACE(1, " EcmpMember0 already exists for vtepIp= {}", vtep);
     return table.entryWeakRef(vtep);
   }
+  // After the comparison: a member tunnel may refer to a unicast tunnel's row that is as it wants it.
   if (!mayWrite(vtep, tunnelType)) return {};
   TRACE(1, " EcmpMember0Table, swKey: {}", vtep);
   entry.writeResponse = writeResponse(tunnelKey);
@@ -73,14 +74,6 @@ void OverlayCascadedTableProgrammer::tableFull(IpGenAddr const& vtep) const { Ki
 
 void OverlayCascadedTableProgrammer::unexpectedState() const {
   INVARIANT(false && "EcmpMember0 write failed with unexpected state");
-}
-
-Dovel::Ptr<OverlayCascadedTableProgrammer> overlayCascadedTableProgrammerFactory(
-    Dovel::Ptr<Stateway::EntityManager> const& statewayEm,
-    Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> const& fcsd,
-    Dovel::Ptr<TesselCentral::VxlanToL2State> const& vxlanToL2State,
-    Dovel::Ptr<TunnelNextHopUpdateConfig> const& tnlNhUpdateConfig) {
-  return Dovel::make<OverlayCascadedTableProgrammer>(statewayEm, fcsd, vxlanToL2State, tnlNhUpdateConfig);
 }
 
 }  // namespace TesselVxlan

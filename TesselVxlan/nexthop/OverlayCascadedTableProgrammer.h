@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TesselVxlan/nexthop/OverlayTableProgrammerBase.h"
+#include "platform/dovel/Factory.h"
 #include "platform/tessel/tables/IngL3EcmpMember0Table.h"
 
 namespace TesselVxlan {
@@ -32,10 +33,6 @@ class OverlayCascadedTableProgrammer final : public OverlayTableProgrammer {
   void unexpectedState() const override;
 };
 
-Dovel::Ptr<OverlayCascadedTableProgrammer> overlayCascadedTableProgrammerFactory(
-    Dovel::Ptr<Stateway::EntityManager> const& statewayEm,
-    Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> const& fcsd,
-    Dovel::Ptr<TesselCentral::VxlanToL2State> const& vxlanToL2State,
-    Dovel::Ptr<TunnelNextHopUpdateConfig> const& tnlNhUpdateConfig);
+inline constexpr Dovel::Factory<OverlayCascadedTableProgrammer> overlayCascadedTableProgrammerFactory;
 
 }  // namespace TesselVxlan

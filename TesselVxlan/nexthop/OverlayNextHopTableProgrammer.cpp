@@ -56,10 +56,12 @@ NextHopTableProgrammerBase::Handle OverlayNextHopTableProgrammer::insertEntry(Va
   entry.egress.oif1Handle = l3Oif1TableProgrammer()->insertEntry(TunnelType::overlay);
   entry.egress.nextHopValid = 1;
   auto& table = *l3NextHop1Table();
-  if (isEq(entry.ingress, table.ingL3NextHop1Entry(vtep)) && isEq(entry.egress, table.egrL3NextHop1Entry(vtep))) {
+  if (isEq(entry.ingress, table.ingL3NextHop1Entry(vtep)) && isEq(entry.egress, table.egrL3NextHop1Entry(vtep)) &&
+      isWritten(stateOf(table, vtep))) {
     TRACE(1, " OlL3NextHop1 already exists for vtepIp= {}", vtep);
     return table.entryWeakRef(vtep);
   }
+  // After the comparison: a member tunnel may refer to a unicast tunnel's row that is as it wants it.
   if (!mayWrite(vtep, tunnelType)) return {};
   TRACE(1, " OlL3NextHop1, swKey: {}", vtep);
   entry.writeResponse = writeResponse(tunnelKey);
@@ -76,18 +78,6 @@ Vane::VaneNextHopId OverlayNextHopTableProgrammer::nextHopId(IpGenAddr const& vt
 
 void OverlayNextHopTableProgrammer::unexpectedState() const {
   INVARIANT(false && "OlL3NextHop1 failed with unexpected state");
-}
-
-Dovel::Ptr<OverlayNextHopTableProgrammer> overlayNextHopTableProgrammerFactory(
-    Dovel::Ptr<Stateway::EntityManager> const& statewayEm,
-    Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> const& fcsd,
-    Dovel::Ptr<TesselCentral::VxlanToL2State> const& vxlanToL2State,
-    Dovel::Ptr<TunnelNextHopUpdateConfig> const& tnlNhUpdateConfig,
-    Dovel::Ptr<VxlanL3Oif1TableProgrammer> const& l3Oif1TableProgrammer,
-    Dovel::Ptr<NextHopTableProgrammer> const& ulNhProgrammer,
-    Dovel::Ptr<UnderlayEcmpProgrammer> const& ulEcmpProgrammer) {
-  return Dovel::make<OverlayNextHopTableProgrammer>(statewayEm, fcsd, vxlanToL2State, tnlNhUpdateConfig,
-                                                    l3Oif1TableProgrammer, ulNhProgrammer, ulEcmpProgrammer);
 }
 
 }  // namespace TesselVxlan

@@ -4,6 +4,7 @@
 #include "TesselVxlan/nexthop/OverlayTableProgrammerBase.h"
 #include "TesselVxlan/nexthop/UnderlayEcmpProgrammer.h"
 #include "TesselVxlan/nexthop/VxlanL3Oif1TableProgrammer.h"
+#include "platform/dovel/Factory.h"
 #include "platform/tessel/tables/L3NextHop1Table.h"
 
 namespace TesselVxlan {
@@ -40,13 +41,6 @@ class OverlayNextHopTableProgrammer final : public OverlayTableProgrammer {
   void unexpectedState() const override;
 };
 
-Dovel::Ptr<OverlayNextHopTableProgrammer> overlayNextHopTableProgrammerFactory(
-    Dovel::Ptr<Stateway::EntityManager> const& statewayEm,
-    Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> const& fcsd,
-    Dovel::Ptr<TesselCentral::VxlanToL2State> const& vxlanToL2State,
-    Dovel::Ptr<TunnelNextHopUpdateConfig> const& tnlNhUpdateConfig,
-    Dovel::Ptr<VxlanL3Oif1TableProgrammer> const& l3Oif1TableProgrammer,
-    Dovel::Ptr<NextHopTableProgrammer> const& ulNhProgrammer,
-    Dovel::Ptr<UnderlayEcmpProgrammer> const& ulEcmpProgrammer);
+inline constexpr Dovel::Factory<OverlayNextHopTableProgrammer> overlayNextHopTableProgrammerFactory;
 
 }  // namespace TesselVxlan

@@ -46,7 +46,7 @@ Asic::WriteResponseFn OverlayTableProgrammer::writeResponse(Vane::TunnelKey cons
 
 void OverlayTableProgrammer::respond(Vane::TunnelKey const& tunnelKey, EntryState state) {
   auto const& vtep = tunnelKey.dst();
-  // A use of the map: watchers may remove it while it is written.
+  // A reference to the map: watchers may remove it while it is written.
   Dovel::Ptr<VtepIpToTnlIdNhIdMap> const map = vxlanToL2State()->vtepIpToTnlIdNhIdMap(vtep);
   if (!map) {
     return TRACE_IN("insertEntry", 1, "{}{} ,tunnelKey  {} ,number {}", words_.missing, state, tunnelKey,
@@ -73,7 +73,7 @@ void OverlayTableProgrammer::written(VtepIpToTnlIdNhIdMap& map) {
   map.nhIdEntryStatusIs(TesselCentral::entryWriteDone);
   TRACE_IN("insertEntry", 1, "{}", words_.written);
   TRACE_IN("insertEntry", 1, "Adding into map, for remote vtep: {}{}{}", vtep, words_.hwIndex, id);
-  // A new id is itself the notice to readers.
+  // A new id itself notifies its readers.
   if (id != map.nhId()) return map.nhIdIs(id);
   auto& counts = *tnlNhUpdateConfig();
   counts.tunnelNhUpdateIs(vtep, counts.tunnelNhUpdate(vtep) + 1);

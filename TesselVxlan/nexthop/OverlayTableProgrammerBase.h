@@ -35,9 +35,9 @@ class OverlayTableProgrammer : public NextHopTableProgrammerBase {
   KILN_FIXED(0x105, Dovel::Ptr<TesselVxlan::TunnelNextHopUpdateConfig>, tnlNhUpdateConfig)
 
  public:
-  /// The row of the tunnel's VTEP, written only where it differs from what stands: a repeated insert is free and gives
-  /// a weak handle. `ulEntryHandle` is an ECMP group if `ecmp`, else a single next hop. Null, and nothing written,
-  /// where a member tunnel would change the row of a VTEP that has a unicast tunnel.
+  /// The row of the tunnel's VTEP, written only where it differs from the present one or has not reached the chip: a
+  /// repeated insert is free and returns a weak handle. `ulEntryHandle` is an ECMP group if `ecmp`, else a single next
+  /// hop. Null, and nothing written, where a member tunnel would change the row of a VTEP that has a unicast tunnel.
   virtual Handle insertEntry(Vane::TunnelKey const& tunnelKey, Vane::TunnelType tunnelType, bool ecmp,
                              Handle const& vpHandle, Handle const& ulEntryHandle) = 0;
   /// Removes the VTEP's row, which drops its uses of other rows, then the VTEP's count.
@@ -49,6 +49,8 @@ class OverlayTableProgrammer : public NextHopTableProgrammerBase {
                          Dovel::Ptr<TesselCentral::VxlanToL2State> vxlanToL2State,
                          Dovel::Ptr<TunnelNextHopUpdateConfig> tnlNhUpdateConfig, OverlayTableWords const& words);
 
+  /// Whether the row in this state is in the chip, or on its way there.
+  static bool isWritten(EntryState state) { return state != EntryState::failed && state != EntryState::full; }
   /// Whether a tunnel of this type may change the row of its VTEP.
   bool mayWrite(Meshal::IpGenAddr const& vtep, Vane::TunnelType tunnelType) const;
   /// What publishes the outcome of writing the row of the tunnel's VTEP.

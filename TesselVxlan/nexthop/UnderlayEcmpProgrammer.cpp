@@ -35,37 +35,43 @@ NextHopTableProgrammerBase::Handle UnderlayEcmpProgrammer::insertEntry(
     TRACE(1, " No ecmp tables for group key {}", groupKey);
     return {};
   }
-  // All tunnels over an adjacency come here: only the first looks at each next hop.
-  auto const& nextHops = tunnelConfigEntry->nextHopEntryList()->nextHopEntry();
-  if (!standsAsMade(groupKey, nextHops)) {
+  // All tunnels over an adjacency share its group: only the first looks at each next hop.
+  auto& groups = *ecmpGroup1Table();
+  auto const& list = *tunnelConfigEntry->nextHopEntryList();
+  if (!isCached(groupKey, list)) {
+    // Of the time before: next hops that are written or refused below are looked at once more.
+    auto const revision = nextHopTableProgrammer()->revision();
     EcmpGroup1Table::Entry entry;
     std::uint16_t members = 0;
     entry.memberBlockHandle = memberBlock(*tunnelConfigEntry, members);
     if (!entry.memberBlockHandle) return {};
     entry.lastMemberIndex = static_cast<std::uint16_t>(members - 1);
-    madeIs(groupKey, nextHops);
-    if (!isEq(entry, ecmpGroup1Table()->entry(groupKey))) {
-      auto handle = ecmpGroup1Table()->entryRef(groupKey, entry);
+    cache(groupKey, {list.nextHopEntry(), list.serial(), revision});
+    if (!isEq(entry, groups.entry(groupKey)) || isRefused(groups, groupKey)) {
+      auto handle = groups.entryRef(groupKey, entry);
       INVARIANT(handle);
       return handle;
     }
   }
   TRACE(1, " Ecmp group already exists for group key= {}", groupKey);
-  return ecmpGroup1Table()->entryWeakRef(groupKey);
+  return groups.entryWeakRef(groupKey);
 }
 
-bool UnderlayEcmpProgrammer::standsAsMade(L3AdjIdKey const& groupKey, Vane::NextHopEntrySet const& nextHops) const {
+bool UnderlayEcmpProgrammer::isCached(L3AdjIdKey const& groupKey, Vane::NextHopEntryList const& list) const {
   if (nextHopTableProgrammer()->vxlanUnderlayFloodingHw()) return false;
-  auto const found = made_.find(groupKey);
-  return found != made_.end() && found->second.revision == nextHopTableProgrammer()->revision() &&
-         found->second.nextHops == nextHops && ecmpGroup1Table()->entryHas(groupKey);
+  auto const found = cached_.find(groupKey);
+  if (found == cached_.end() || found->second.revision != nextHopTableProgrammer()->revision()) return false;
+  if (found->second.serial != list.serial() && found->second.nextHops != list.nextHopEntry()) return false;
+  auto const& groups = *ecmpGroup1Table();
+  auto const& block = groups.entry(groupKey).memberBlockHandle;
+  return block && block->state() != EntryState::failed && !isRefused(groups, groupKey);
 }
 
-void UnderlayEcmpProgrammer::madeIs(L3AdjIdKey const& groupKey, Vane::NextHopEntrySet const& nextHops) {
-  // Adjacencies come and go, and nobody tells of a group that went.
+void UnderlayEcmpProgrammer::cache(L3AdjIdKey const& groupKey, Cached&& cached) {
+  // Freed groups send no notification, so bound the cache.
   constexpr std::size_t spare = 64;
-  if (made_.size() > 2 * ecmpGroup1Table()->entrys() + spare) made_.clear();
-  made_[groupKey] = {nextHops, nextHopTableProgrammer()->revision()};
+  if (cached_.size() > 2 * ecmpGroup1Table()->entrys() + spare) cached_.clear();
+  cached_[groupKey] = std::move(cached);
 }
 
 NextHopTableProgrammerBase::Handle UnderlayEcmpProgrammer::memberBlock(
@@ -82,13 +88,6 @@ NextHopTableProgrammerBase::Handle UnderlayEcmpProgrammer::memberBlock(
   auto ecmpBlockHandle = ecmpMember1Table()->entryBlockRef(block);
   INVARIANT(ecmpBlockHandle);
   return ecmpBlockHandle;
-}
-
-Dovel::Ptr<UnderlayEcmpProgrammer> underlayEcmpProgrammerFactory(
-    Dovel::Ptr<Stateway::EntityManager> const& statewayEm,
-    Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> const& fcsd,
-    Dovel::Ptr<NextHopTableProgrammer> const& nextHopTableProgrammer) {
-  return Dovel::make<UnderlayEcmpProgrammer>(statewayEm, fcsd, nextHopTableProgrammer);
 }
 
 }  // namespace TesselVxlan

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TesselVxlan/nexthop/NextHopTableProgrammer.h"
+#include "platform/dovel/Factory.h"
 #include "platform/kiln/Dir.h"
 #include "platform/tessel/tables/EcmpGroup1Table.h"
 #include "platform/tessel/tables/EcmpMember1Table.h"
@@ -13,12 +14,12 @@ namespace TesselVxlan {
 /// Reads the next hops of a tunnel's configuration. Writes their rows through `nextHopTableProgrammer`, then a block of
 /// `EcmpMember1Table`, then the group in `EcmpGroup1Table`. A full chip shows in the tables above, not here.
 /// Main thread only.
-/// An overlay row holds its group, the group its block, the block its next hops: all go with their last holder. On a
-/// chip without ECMP members the tables stay null.
+/// An overlay row holds its group, the group its block, the block its next hops: all are removed with their last
+/// holder. On a chip without ECMP members the tables stay null.
 class UnderlayEcmpProgrammer final : public NextHopTableProgrammerBase {
   KILN_TYPE(TesselVxlan::UnderlayEcmpProgrammer, TesselVxlan::NextHopTableProgrammerBase)
   KILN_FIXED(0x104, Dovel::Ptr<TesselVxlan::NextHopTableProgrammer>, nextHopTableProgrammer)
-  KILN_ATTR(0x105, Dovel::Ptr<Kiln::Dir>, mountPath)  ///< Where the group table is made.
+  KILN_ATTR(0x105, Dovel::Ptr<Kiln::Dir>, mountPath)  ///< Where the group table is created.
   KILN_ATTR(0x106, Dovel::Ptr<TesselL3Tunnel::EcmpGroup1Table>, ecmpGroup1Table)
   KILN_ATTR(0x107, Dovel::Ptr<TesselVxlan::EcmpMember1Table>, ecmpMember1Table)
 
@@ -31,30 +32,28 @@ class UnderlayEcmpProgrammer final : public NextHopTableProgrammerBase {
   void initTables(TesselCentral::ChipInfo const& chipInfo) override;
 
   /// The group of a tunnel's next hops, under the adjacency of their list: a group that changes keeps its row. Weak if
-  /// it stands as wanted, else a use: keep it until it is stored in an entry. Null, and no group written, if one of the
-  /// next hops can't be programmed or the chip has no ECMP members. REQUIRES: the list has a resolved next hop; entries
-  /// of other types are passed over.
+  /// the group is present as wanted, else a reference: keep it until it is stored in an entry. Null, and no group
+  /// written, if one of the next hops can't be programmed or the chip has no ECMP members. REQUIRES: the list has a
+  /// resolved next hop; entries of other types are passed over.
   Handle insertEntry(Dovel::Ptr<Vane::HwTunnelConfigEntry const> const& tunnelConfigEntry);
 
  private:
-  /// What a group was made of when it was last found or written.
-  struct Made {
+  /// What a group was built from when it was last found or written.
+  struct Cached {
     Vane::NextHopEntrySet nextHops;
+    std::uint64_t serial = 0;  ///< Of the list they were read from, which is compared first.
     std::uint64_t revision = 0;
   };
 
-  /// Whether another look at these next hops would give the group that stands.
-  bool standsAsMade(TesselL3Common::L3AdjIdKey const& groupKey, Vane::NextHopEntrySet const& nextHops) const;
-  void madeIs(TesselL3Common::L3AdjIdKey const& groupKey, Vane::NextHopEntrySet const& nextHops);
+  /// True if the group was built from exactly these next hops and none of their rows has changed since.
+  bool isCached(TesselL3Common::L3AdjIdKey const& groupKey, Vane::NextHopEntryList const& list) const;
+  void cache(TesselL3Common::L3AdjIdKey const& groupKey, Cached&& cached);
   /// The block of the resolved next hops; null if one can't be programmed. Counts them in `members`.
   Handle memberBlock(Vane::HwTunnelConfigEntry const& tunnelConfigEntry, std::uint16_t& members);
 
-  Kiln::HashMap<TesselL3Common::L3AdjIdKey, Made> made_;
+  Kiln::HashMap<TesselL3Common::L3AdjIdKey, Cached> cached_;
 };
 
-Dovel::Ptr<UnderlayEcmpProgrammer> underlayEcmpProgrammerFactory(
-    Dovel::Ptr<Stateway::EntityManager> const& statewayEm,
-    Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> const& fcsd,
-    Dovel::Ptr<NextHopTableProgrammer> const& nextHopTableProgrammer);
+inline constexpr Dovel::Factory<UnderlayEcmpProgrammer> underlayEcmpProgrammerFactory;
 
 }  // namespace TesselVxlan

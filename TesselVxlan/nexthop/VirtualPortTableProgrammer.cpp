@@ -21,7 +21,13 @@ IpGenAddr const default0Key{Meshal::IpAddr(0x7f000001)};
 IpGenAddr const default1Key;
 constexpr std::uint16_t defaultDvp = 1;
 
-/// What all rows have alike.
+// The numbers under which the chip's attributes have the codes of a row.
+constexpr std::uint8_t defaultRowCodeAC = 18;
+constexpr std::uint8_t defaultRowCodeB = 0;
+constexpr std::uint8_t tunnelRowCodeAC = 19;
+constexpr std::uint8_t tunnelRowCodeB = 1;
+
+/// What all rows have in common.
 VirtualPortTableMerged::Entry baseRow(VirtualPortProgrammer::Handle const& egrL3TunnelTableHandle) {
   VirtualPortTableMerged::Entry row;
   row.vp1.vp1FlagA = 1;
@@ -35,7 +41,7 @@ std::uint64_t vtepIpBits(IpGenAddr const& addr) { return addr.isIpv4() ? addr.v4
 
 }  // namespace
 
-/// Holds no pointer to the VTEP's map: the tunnel may have gone when the chip answers.
+/// Holds no pointer to the VTEP's map: the tunnel may have been removed when the chip's completion arrives.
 struct VirtualPortProgrammer::Response {
   Dovel::Ptr<VirtualPortProgrammer const> programmer;
   IpGenAddr addr;
@@ -83,9 +89,9 @@ void VirtualPortProgrammer::insertDefault0Entry(bool dataPathLearning, Handle co
   auto entry = baseRow(egrL3TunnelTableHandle);
   entry.vp1.defaultLearnEnable = dataPathLearning;
   entry.vp1.vpClassCode = 1;
-  entry.vp1.sbrCodeA = sbrAttributes()->sbrCode(18);
-  entry.vp2.sbrCodeB = sbrAttributes()->sbrCode(0);
-  entry.vp2.sbrCodeC = sbrAttributes()->sbrCode(18);
+  entry.vp1.sbrCodeA = sbrAttributes()->sbrCode(defaultRowCodeAC);
+  entry.vp2.sbrCodeB = sbrAttributes()->sbrCode(defaultRowCodeB);
+  entry.vp2.sbrCodeC = sbrAttributes()->sbrCode(defaultRowCodeAC);
   virtualPortTable()->entryWriteAtIndex(Asic::Index(0), default0Key, entry);
 }
 
@@ -95,7 +101,7 @@ void VirtualPortProgrammer::insertDefault1Entry(bool dataPathLearning, Handle co
   entry.vp1.defaultLearnEnable = dataPathLearning;
   entry.vp1.vpClassCode = vpClassCode();
   entry.vp1.capabilityFlag = capabilityFlag();
-  entry.vp2.sbrCodeB = sbrAttributes()->sbrCode(0);
+  entry.vp2.sbrCodeB = sbrAttributes()->sbrCode(defaultRowCodeB);
   entry.vp2.vp2FlagA = 1;
   virtualPortTable()->entryWriteAtIndex(Asic::Index(1), default1Key, entry);
   if (!tesselVxlanChipAttr()->defaultNetworkSvpSupported()) return;
@@ -123,6 +129,8 @@ VirtualPortProgrammer::Handle VirtualPortProgrammer::insertEntry(Vane::TunnelKey
   auto entry = tunnelRow(addr, dataPathLearning, egrL3TunnelTableHandle);
   entry.writeResponse = Response{Dovel::Ptr<VirtualPortProgrammer const>(this), addr};
   auto handle = virtualPortTable()->entryCommit(addr, entry);
+  // A chip that completes at once has written the port: its id is published before the overlay entry refers to the
+  // port.
   entry.writeResponse(handle->state());
   reverseMapsIs(addr);
   return handle;
@@ -130,7 +138,7 @@ VirtualPortProgrammer::Handle VirtualPortProgrammer::insertEntry(Vane::TunnelKey
 
 void VirtualPortProgrammer::deleteEntry(Vane::TunnelKey const& tunnelKey, IpGenAddr const& addr) {
   TRACE(1, " vtep: {} tunnelKey: {}", addr, tunnelKey);
-  // The port's number before the port goes.
+  // The port's number before the port is removed.
   auto const dvp = virtualPortTable()->index(addr);
   virtualPortTable()->entryRemove(addr);
   dvpToVtepMapping()->dvpToVtepMapDel(dvp.value());
@@ -140,9 +148,13 @@ VirtualPortProgrammer::Handle VirtualPortProgrammer::getEntry(IpGenAddr const& a
   return virtualPortTable()->entryWeakRef(addr);
 }
 
+VirtualPortProgrammer::Handle const& VirtualPortProgrammer::egrL3TunnelTableHandle(IpGenAddr const& addr) const {
+  return virtualPortTable()->virtualPort2TableEntry(addr).egrL3TunnelTableHandle;
+}
+
 VirtualPortTableMerged::Entry VirtualPortProgrammer::tunnelRow(IpGenAddr const& addr, bool dataPathLearning,
                                                                Handle const& egrL3TunnelTableHandle) const {
-  auto const& sbr = *sbrAttributes();
+  auto const& codes = tunnelCodes();
   auto row = baseRow(egrL3TunnelTableHandle);
   // The counts make each row differ from the one before it: a virtual port is always written.
   auto const& former = virtualPortTable()->entry(addr);
@@ -154,21 +166,21 @@ VirtualPortTableMerged::Entry VirtualPortProgrammer::tunnelRow(IpGenAddr const& 
   row.vp1.vpClassCode = vpClassCode();
   row.vp1.capabilityFlag = capabilityFlag();
   row.vp1.vp1FlagF = 1;
-  row.vp1.sbrCodeA = sbr.sbrCode(19);
+  row.vp1.sbrCodeA = codes.aAndC;
   row.vp2.vtepIpBits = vtepIpBits(addr);
-  row.vp2.sbrCodeB = sbr.sbrCode(1);
+  row.vp2.sbrCodeB = codes.b;
   row.vp2.vp2FlagA = 1;
   row.vp2.vp2FlagC = 1;
   row.vp2.vp2FlagD = 1;
   row.vp2.vp2FlagE = 1;
   row.vp2.vp2CodeA = 0x10;
   row.vp2.vp2FlagF = 1;
-  row.vp2.sbrCodeC = sbr.sbrCode(19);
+  row.vp2.sbrCodeC = codes.aAndC;
   return row;
 }
 
 void VirtualPortProgrammer::respond(IpGenAddr const& addr, EntryState state) const {
-  // A use of the map: watchers may remove it while it is written.
+  // A reference to the map: watchers may remove it while it is written.
   Dovel::Ptr<VtepIpToTnlIdNhIdMap> const map = vxlanToL2State()->vtepIpToTnlIdNhIdMap(addr);
   if (!map) {
     return TRACE_IN("operator()", 1, " VP Programming, not found tnlIdMap,addr {} with entry state {}", addr, state);
@@ -217,19 +229,14 @@ void VirtualPortProgrammer::reverseMapsIs(IpGenAddr const& addr) const {
 
 U4 VirtualPortProgrammer::vpClassCode() const { return U4(tesselVxlanChipAttr()->vpClassCode()); }
 
-bool VirtualPortProgrammer::capabilityFlag() const {
-  return vxlanCapabilities() && vxlanCapabilities()->capabilityFlag();
+VirtualPortProgrammer::Codes const& VirtualPortProgrammer::tunnelCodes() const {
+  auto const* of = sbrAttributes().get();
+  if (tunnelCodes_.of != of) tunnelCodes_ = {of, of->sbrCode(tunnelRowCodeB), of->sbrCode(tunnelRowCodeAC)};
+  return tunnelCodes_;
 }
 
-Dovel::Ptr<VirtualPortProgrammer> virtualPortProgrammerFactory(
-    Dovel::Ptr<Stateway::EntityManager> const& statewayEm,
-    Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> const& fcsd,
-    Dovel::Ptr<TesselCentral::VxlanToL2State> const& vxlanToL2State,
-    Dovel::Ptr<TesselCentral::VxlanCapabilities const> const& vxlanCapabilities,
-    Dovel::Ptr<TesselL3Common::VxlanDvpToVtepMap> const& dvpToVtepMapping,
-    Dovel::Ptr<TesselL3Common::VxlanTunnelIndexToVtepMap> const& tunnelIndexToVtepMapping) {
-  return Dovel::make<VirtualPortProgrammer>(statewayEm, fcsd, vxlanToL2State, vxlanCapabilities, dvpToVtepMapping,
-                                            tunnelIndexToVtepMapping);
+bool VirtualPortProgrammer::capabilityFlag() const {
+  return vxlanCapabilities() && vxlanCapabilities()->capabilityFlag();
 }
 
 }  // namespace TesselVxlan

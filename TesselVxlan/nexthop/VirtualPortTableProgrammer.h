@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/dovel/Factory.h"
 #include "platform/dovel/Publisher.h"
 #include "platform/kiln/Attribute.h"
 #include "platform/meshal/Bounded.h"
@@ -72,6 +73,8 @@ class VirtualPortProgrammer final : public Dovel::PublishingNode {
   void deleteEntry(Vane::TunnelKey const& tunnelKey, Meshal::IpGenAddr const& addr);
   /// A weak handle; null if `addr` has no port.
   Handle getEntry(Meshal::IpGenAddr const& addr) const;
+  /// The outer header that the port of `addr` holds; null if `addr` has no port.
+  Handle const& egrL3TunnelTableHandle(Meshal::IpGenAddr const& addr) const;
 
  private:
   struct Response;
@@ -85,14 +88,19 @@ class VirtualPortProgrammer final : public Dovel::PublishingNode {
   void reverseMapsIs(Meshal::IpGenAddr const& addr) const;
   U4 vpClassCode() const;
   bool capabilityFlag() const;
+
+  /// The chip's codes in tunnel rows.
+  struct Codes {
+    TesselTile::TesselSbrAttributes const* of = nullptr;
+    std::uint8_t b = 0;
+    std::uint8_t aAndC = 0;
+  };
+  /// Read again only when `sbrAttributes` is another object.
+  Codes const& tunnelCodes() const;
+
+  mutable Codes tunnelCodes_;
 };
 
-Dovel::Ptr<VirtualPortProgrammer> virtualPortProgrammerFactory(
-    Dovel::Ptr<Stateway::EntityManager> const& statewayEm,
-    Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> const& fcsd,
-    Dovel::Ptr<TesselCentral::VxlanToL2State> const& vxlanToL2State,
-    Dovel::Ptr<TesselCentral::VxlanCapabilities const> const& vxlanCapabilities,
-    Dovel::Ptr<TesselL3Common::VxlanDvpToVtepMap> const& dvpToVtepMapping,
-    Dovel::Ptr<TesselL3Common::VxlanTunnelIndexToVtepMap> const& tunnelIndexToVtepMapping);
+inline constexpr Dovel::Factory<VirtualPortProgrammer> virtualPortProgrammerFactory;
 
 }  // namespace TesselVxlan

@@ -32,10 +32,4 @@ Asic::SwTableBase::EntryHandle::PtrConst VxlanL3Oif1TableProgrammer::insertEntry
   return handle;
 }
 
-Dovel::Ptr<VxlanL3Oif1TableProgrammer> vxlanL3Oif1TableProgrammerFactory(
-    Dovel::Ptr<Stateway::EntityManager> const& statewayEm,
-    Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> const& fcsd) {
-  return Dovel::make<VxlanL3Oif1TableProgrammer>(statewayEm, fcsd);
-}
-
 }  // namespace TesselVxlan

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/dovel/Factory.h"
 #include "platform/dovel/Publisher.h"
 #include "platform/kiln/Attribute.h"
 #include "platform/kiln/Dir.h"
@@ -33,8 +34,6 @@ class VxlanL3Oif1TableProgrammer final : public Dovel::PublishingNode {
   Asic::SwTableBase::EntryHandle::PtrConst insertEntry(TunnelType key);
 };
 
-Dovel::Ptr<VxlanL3Oif1TableProgrammer> vxlanL3Oif1TableProgrammerFactory(
-    Dovel::Ptr<Stateway::EntityManager> const& statewayEm,
-    Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> const& fcsd);
+inline constexpr Dovel::Factory<VxlanL3Oif1TableProgrammer> vxlanL3Oif1TableProgrammerFactory;
 
 }  // namespace TesselVxlan

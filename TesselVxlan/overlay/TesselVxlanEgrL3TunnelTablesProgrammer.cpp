@@ -129,12 +129,4 @@ TesselVxlanEgrL3TunnelTablesProgrammer::Handle TesselVxlanEgrL3TunnelTablesProgr
   return table->entryRef(key, entry);
 }
 
-Dovel::Ptr<TesselVxlanEgrL3TunnelTablesProgrammer> tesselVxlanEgrL3TunnelTablesProgrammerFactory(
-    Dovel::Ptr<Stateway::EntityManager> const& statewayEm,
-    Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> const& fcsd,
-    Dovel::Ptr<TesselCommon::Qos::TrustStatus const> const& qosTrustStatus,
-    Dovel::Ptr<Vxlan::VxlanConfigDir const> const& vxlanConfigDir) {
-  return Dovel::make<TesselVxlanEgrL3TunnelTablesProgrammer>(statewayEm, fcsd, qosTrustStatus, vxlanConfigDir);
-}
-
 }  // namespace TesselVxlan

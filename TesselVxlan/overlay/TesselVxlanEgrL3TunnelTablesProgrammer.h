@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/dovel/Factory.h"
 #include "platform/dovel/Node.h"
 #include "platform/kiln/Attribute.h"
 #include "platform/stateway/EntityManager.h"
@@ -65,10 +66,6 @@ class TesselVxlanEgrL3TunnelTablesProgrammer final : public Dovel::Node {
                    TesselL3Common::VxlanTunnelKey const& tunnelKey, Meshal::IpGenAddr const& dip, char const* caller);
 };
 
-Dovel::Ptr<TesselVxlanEgrL3TunnelTablesProgrammer> tesselVxlanEgrL3TunnelTablesProgrammerFactory(
-    Dovel::Ptr<Stateway::EntityManager> const& statewayEm,
-    Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> const& fcsd,
-    Dovel::Ptr<TesselCommon::Qos::TrustStatus const> const& qosTrustStatus,
-    Dovel::Ptr<Vxlan::VxlanConfigDir const> const& vxlanConfigDir);
+inline constexpr Dovel::Factory<TesselVxlanEgrL3TunnelTablesProgrammer> tesselVxlanEgrL3TunnelTablesProgrammerFactory;
 
 }  // namespace TesselVxlan

@@ -193,11 +193,4 @@ void TesselVxlanTunnelTermTableProgrammer::deleteSipEntry(IpGenAddr const& addr)
   if (!valid) INVARIANT(false && "SIP is not a valid ipv4/6 address");
 }
 
-Dovel::Ptr<TesselVxlanTunnelTermTableProgrammer> tesselVxlanTunnelTermTableProgrammerFactory(
-    Dovel::Ptr<Stateway::EntityManager> const& statewayEm,
-    Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> const& fcsd,
-    Dovel::Ptr<Vxlan::VxlanConfigDir const> const& vxlanConfigDir) {
-  return Dovel::make<TesselVxlanTunnelTermTableProgrammer>(statewayEm, fcsd, vxlanConfigDir);
-}
-
 }  // namespace TesselVxlan

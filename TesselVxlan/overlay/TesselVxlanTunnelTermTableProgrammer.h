@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/dovel/Factory.h"
 #include "platform/dovel/Node.h"
 #include "platform/kiln/Attribute.h"
 #include "platform/stateway/EntityManager.h"
@@ -64,9 +65,6 @@ class TesselVxlanTunnelTermTableProgrammer final : public Dovel::Node {
   Dovel::Ptr<Table> broughtUp(Dovel::Ptr<Table> const& table, TesselCentral::ChipInfo const& chipInfo) const;
 };
 
-Dovel::Ptr<TesselVxlanTunnelTermTableProgrammer> tesselVxlanTunnelTermTableProgrammerFactory(
-    Dovel::Ptr<Stateway::EntityManager> const& statewayEm,
-    Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> const& fcsd,
-    Dovel::Ptr<Vxlan::VxlanConfigDir const> const& vxlanConfigDir);
+inline constexpr Dovel::Factory<TesselVxlanTunnelTermTableProgrammer> tesselVxlanTunnelTermTableProgrammerFactory;
 
 }  // namespace TesselVxlan

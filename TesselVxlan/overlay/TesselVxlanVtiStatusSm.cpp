@@ -22,7 +22,7 @@ namespace {
 /// The longest range of UDP source ports.
 constexpr std::uint16_t longestRange = 0x3fff;
 
-/// Where the state has an address at which tunnels end.
+/// An attribute of the state that holds an address at which tunnels end.
 using Role = IpGenAddr const& (TesselVxlanState::*)() const;
 constexpr std::array<Role, 5> roles{&TesselVxlanState::localVtep, &TesselVxlanState::localVtep6,
                                     &TesselVxlanState::vArpVtepAddr, &TesselVxlanState::vArpVtepAddr6,
@@ -59,7 +59,7 @@ TesselVxlanVtiStatusSm::TesselVxlanVtiStatusSm(
       vxlanSliceConfig_(std::move(vxlanSliceConfig)),
       vxlanConfigDir_(*this, std::move(vxlanConfigDir), Kiln::SubscribeOnly{}),
       profileSupportsVxlan_(profileSupportsVxlan) {
-  // The state may outlive a former start, whose rows were emptied since: an address that stays is not set up again.
+  // The state may outlive a former start, whose rows were removed since: an unchanged address is not set up again.
   for (auto const role : roles) {
     auto const& addr = (*vxlanState_.*role)();
     if (!addr.isUnspecified()) tunnelTermTableProgrammer_->insertOrUpdateDipEntry(addr);
@@ -225,7 +225,7 @@ bool TesselVxlanVtiStatusSm::followsGroup([[maybe_unused]] IntfId intf, Group co
     return false;
   }
   TRACE(1, " Vti: {} mcastGrp: {}", intf, mcastGrp);
-  // An interface's groups come from outside; nothing else may end its packets here.
+  // An interface's groups are input: only multicast that is forwarded may be terminated here.
   bool const isGroup = mcastGrp.isMulticast() && !isReservedMulticast(mcastGrp);
   if (!isGroup) TRACE(0, " mcastGrp: {} is no group that is forwarded, ignored", mcastGrp);
   return isGroup;
@@ -242,7 +242,7 @@ void TesselVxlanVtiStatusSm::deleteDipUnlessHeld(IpGenAddr const& addr, unsigned
   auto const holders =
       std::count_if(roles.begin(), roles.end(), [&](Role role) { return (*vxlanState().*role)() == addr; });
   if (holders > ownRoles || groupHas(addr)) return TRACE(1, " Address: {} is held by others", addr);
-  // A change that was undone before it came here has left no row.
+  // A change that was undone before its notification arrived has left no row.
   if (!tunnelTermTableProgrammer()->dipEntryHas(addr)) return TRACE(1, " Address: {} has no entry", addr);
   TRACE(1, " Deleting Address: {}", addr);
   tunnelTermTableProgrammer()->deleteDipEntry(addr);
@@ -256,29 +256,11 @@ bool TesselVxlanVtiStatusSm::groupHas(IpGenAddr const& addr) const {
   });
 }
 
-// The virtual VARP addresses stay until an interface sets others.
+// The virtual VARP addresses keep their values until an interface sets others.
 void TesselVxlanVtiStatusSm::doCleanup(IntfId intf) {
   doSetupVxlanSrcAddr(intf, IpAddr());
   doSetupVxlanSrcAddrV6(intf, Ip6Addr());
   doSetupMlagVtepAddr(intf, IpAddr());
-}
-
-Dovel::Ptr<TesselVxlanVtiStatusSm> tesselVxlanVtiStatusSmFactory(
-    Dovel::String const& name, Dovel::Ptr<Vxlan::VtiStatusDir const> const& vtiStatusDir,
-    Dovel::Ptr<Bridging::HwCapabilities const> const& bridgingHwCapabilities,
-    Dovel::Ptr<Stateway::EntityManager> const& statewayEm,
-    Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> const& fcsd,
-    Dovel::Ptr<TesselCentral::VxlanCapabilities const> const& vxlanCapabilities,
-    Dovel::Ptr<TesselL3Common::TesselVxlanConfig> const& vxlanConfig,
-    Dovel::Ptr<TesselVxlanTunnelTermTableProgrammer> const& tunnelTermTableProgrammer,
-    Dovel::Ptr<TesselVxlanEgrL3TunnelTablesProgrammer> const& egrL3TunnelTablesProgrammer,
-    Dovel::Ptr<TesselCentral::VxlanState const> const& tesselCentralVxlanState,
-    Dovel::Ptr<TesselVxlanState> const& vxlanState, Dovel::Ptr<TesselCentral::VxlanSliceConfig> const& vxlanSliceConfig,
-    Dovel::Ptr<Vxlan::VxlanConfigDir const> const& vxlanConfigDir, bool profileSupportsVxlan) {
-  return Dovel::make<TesselVxlanVtiStatusSm>(name, vtiStatusDir, bridgingHwCapabilities, statewayEm, fcsd,
-                                             vxlanCapabilities, vxlanConfig, tunnelTermTableProgrammer,
-                                             egrL3TunnelTablesProgrammer, tesselCentralVxlanState, vxlanState,
-                                             vxlanSliceConfig, vxlanConfigDir, profileSupportsVxlan);
 }
 
 }  // namespace TesselVxlan

@@ -3,6 +3,7 @@
 #include "TesselVxlan/overlay/TesselVxlanEgrL3TunnelTablesProgrammer.h"
 #include "TesselVxlan/overlay/TesselVxlanTunnelTermTableProgrammer.h"
 #include "TesselVxlan/overlay/VxlanUnsupportedLogger.h"
+#include "platform/dovel/Factory.h"
 #include "platform/tessel/central/VxlanRecords.h"
 #include "platform/tessel/l3common/TesselVxlanState.h"
 #include "platform/tessel/l3common/VxlanDirs.h"
@@ -10,20 +11,20 @@
 
 namespace TesselVxlan {
 
-/// Makes the addresses and ports of the VXLAN interfaces those of the agent.
+/// Publishes the addresses and ports of the VXLAN interfaces to the rest of the agent.
 ///
-/// In: the interfaces, through the base's calls; the outer-header PHB setting; three flags of the agent's centre. Out:
-/// DIP rows, of which this is the only writer; addresses and ports in `vxlanState`, whose watchers rewrite tunnels; the
-/// same and the flags in `vxlanSliceConfig`, for the rest of the agent.
-/// There is one address for each role (source, MLAG, virtual VARP), not one for each interface: the last that is set
-/// counts. An address has its DIP row while a role or a group of an interface holds it.
-/// Main thread only. A write of `vxlanState` may run any other part of the feature before it returns; the DIP row is
-/// written before.
+/// In: the interfaces, through the base's calls; the outer-header PHB setting; three flags of
+/// `tesselCentralVxlanState`. Out: DIP rows, of which this is the only writer; addresses and ports in `vxlanState`,
+/// whose watchers rewrite tunnels; the same and the flags in `vxlanSliceConfig`, for the rest of the agent. There is
+/// one address for each role (source, MLAG, virtual VARP), not one for each interface: the last that is set counts. An
+/// address has its DIP row while a role or a group of an interface holds it. Main thread only. A write of `vxlanState`
+/// may run any other part of the feature before it returns; the DIP row is written before.
 class TesselVxlanVtiStatusSm final : public Vane::VXLAN::VtiStatusDirSm {
   KILN_TYPE(TesselVxlan::TesselVxlanVtiStatusSm, Vane::VXLAN::VtiStatusDirSm)
 
  public:
-  /// Takes over the addresses that `vxlanState` holds, copies the flags, and sets up the interfaces that stand.
+  /// Writes the rows of the addresses that `vxlanState` holds, copies the flags, sets up the present interfaces, and
+  /// brings `vxlanSliceConfig` up to `vxlanState`.
   TesselVxlanVtiStatusSm(Dovel::String name, Dovel::Ptr<Vxlan::VtiStatusDir const> vtiStatusDir,
                          Dovel::Ptr<Bridging::HwCapabilities const> bridgingHwCapabilities,
                          Dovel::Ptr<Stateway::EntityManager> statewayEm,
@@ -85,7 +86,7 @@ class TesselVxlanVtiStatusSm final : public Vane::VXLAN::VtiStatusDirSm {
   /// Whether a group change is to be followed.
   template <class Group>
   bool followsGroup(Meshal::IntfId intf, Group const& mcastGrp) const;
-  /// Gives a group its DIP row or takes it away. REQUIRES: `mcastGrp` is a multicast group and not a reserved one.
+  /// Writes or removes the DIP row of a group. REQUIRES: `mcastGrp` is a multicast group and not a reserved one.
   template <class Group>
   void setupGroup(Group const& mcastGrp, bool present);
   /// Removes the DIP row of `addr` unless more than `ownRoles` roles or a group hold the address.
@@ -93,18 +94,6 @@ class TesselVxlanVtiStatusSm final : public Vane::VXLAN::VtiStatusDirSm {
   bool groupHas(Meshal::IpGenAddr const& addr) const;
 };
 
-Dovel::Ptr<TesselVxlanVtiStatusSm> tesselVxlanVtiStatusSmFactory(
-    Dovel::String const& name, Dovel::Ptr<Vxlan::VtiStatusDir const> const& vtiStatusDir,
-    Dovel::Ptr<Bridging::HwCapabilities const> const& bridgingHwCapabilities,
-    Dovel::Ptr<Stateway::EntityManager> const& statewayEm,
-    Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> const& fcsd,
-    Dovel::Ptr<TesselCentral::VxlanCapabilities const> const& vxlanCapabilities,
-    Dovel::Ptr<TesselL3Common::TesselVxlanConfig> const& vxlanConfig,
-    Dovel::Ptr<TesselVxlanTunnelTermTableProgrammer> const& tunnelTermTableProgrammer,
-    Dovel::Ptr<TesselVxlanEgrL3TunnelTablesProgrammer> const& egrL3TunnelTablesProgrammer,
-    Dovel::Ptr<TesselCentral::VxlanState const> const& tesselCentralVxlanState,
-    Dovel::Ptr<TesselL3Common::TesselVxlanState> const& vxlanState,
-    Dovel::Ptr<TesselCentral::VxlanSliceConfig> const& vxlanSliceConfig,
-    Dovel::Ptr<Vxlan::VxlanConfigDir const> const& vxlanConfigDir, bool profileSupportsVxlan);
+inline constexpr Dovel::Factory<TesselVxlanVtiStatusSm> tesselVxlanVtiStatusSmFactory;
 
 }  // namespace TesselVxlan

@@ -21,9 +21,16 @@ NestedSm_TunnelIdMap::NestedSm_TunnelIdMap(Dovel::Ptr<VtepIpToTnlIdNhIdMap> cons
 void NestedSm_TunnelIdMap::mapIs(Dovel::Ptr<VtepIpToTnlIdNhIdMap> const& map) {
   if (map == map_) return;
   map_ = map;
+  entryIs(nullptr);
   notifierIs(map_);
   updateTunnelIdStatus();
   updateCascadingNextHopIdInStatus();
+}
+
+void NestedSm_TunnelIdMap::entryIs(ConfigEntry const& entry) {
+  if (entry == entry_) return;
+  entry_ = entry;
+  created_ = false;
 }
 
 void NestedSm_TunnelIdMap::onAttribute(Dovel::Change const& change) {
@@ -34,14 +41,14 @@ void NestedSm_TunnelIdMap::onAttribute(Dovel::Change const& change) {
 void NestedSm_TunnelIdMap::updateTunnelIdStatus() {
   if (!owner_) return;
   TRACE(1, " tunnelType: {} vtepIp: {}", owner_->tunnelType(), key());
-  owner_->maybeUpdateHwTunnelStatus(key());
+  owner_->maybeUpdateHwTunnelStatus(map_);
 }
 
 // A next-hop id matters to unicast tunnels alone: the other types publish the tunnel id as their next-hop id.
 void NestedSm_TunnelIdMap::updateCascadingNextHopIdInStatus() {
   if (!owner_) return;
   TRACE(1, " tunnelType: {} vtepIp: {}", owner_->tunnelType(), key());
-  if (owner_->tunnelType() == Vane::vxlanTunnel_) owner_->maybeUpdateHwTunnelStatus(key());
+  if (owner_->tunnelType() == Vane::vxlanTunnel_) owner_->maybeUpdateHwTunnelStatus(map_);
 }
 
 HwTunnelProgrammerBase::HwTunnelProgrammerBase(TunnelProgrammerInputs const& inputs)
@@ -68,13 +75,14 @@ HwTunnelProgrammerBase::HwTunnelProgrammerBase(TunnelProgrammerInputs const& inp
       l3Oif1TableProgrammer_(inputs.l3Oif1TableProgrammer),
       evpnStatus_(inputs.evpnStatus) {
   handleInitialized();
+  // Finds the overlay programmer created: for logical chips that `handleInitialized` did not see.
   handleLogicalFapId();
   for (auto const& map : vxlanToL2State()->vtepIpToTnlIdNhIdMapColl()) tunnelIdMapIs(map);
 }
 
 void HwTunnelProgrammerBase::handleInitialized() {
   TRACE(1, "tunnelType: {}", tunnelType());
-  // Before the chip's overlay programmer, which rings it.
+  // Before the chip's overlay programmer, which increments its counters.
   tnlNhUpdateConfigIs(tunnelNextHopUpdateConfigFactory());
   handleLogicalFapId();
 }
@@ -153,7 +161,18 @@ void HwTunnelProgrammerBase::tunnelIdMapIs(Dovel::Ptr<VtepIpToTnlIdNhIdMap> cons
 
 Dovel::Ptr<VtepIpToTnlIdNhIdMap> HwTunnelProgrammerBase::tunnelIdMapDel(Meshal::IpGenAddr const& vtep) {
   auto const watcher = tunnelIdMap_.del(vtep);
-  return watcher ? watcher->map() : nullptr;
+  if (!watcher) return nullptr;
+  publishedNextHopIdIs(*watcher, Vane::VaneNextHopId());
+  return watcher->map();
+}
+
+void HwTunnelProgrammerBase::tunnelIdMapDelAll() {
+  for (auto const& vtep : Kiln::keysOf(tunnelIdMap())) tunnelIdMapDel(vtep);
+}
+
+bool HwTunnelProgrammerBase::isInForce(ConfigEntry const& entry) const {
+  auto const& watcher = tunnelIdMap_.at(entry->tunnelKey().dst());
+  return watcher && watcher->entry() == entry;
 }
 
 Meshal::IpGenAddr HwTunnelProgrammerBase::getVtepIpHelper(Meshal::AddressFamily af) const {
@@ -170,15 +189,21 @@ Meshal::IpGenAddr HwTunnelProgrammerBase::getVtepIp(Meshal::AddressFamily af) co
   return vxlanState()->getLocalVtep(af);
 }
 
+Meshal::IpGenAddr HwTunnelProgrammerBase::headerSource(Meshal::IpGenAddr const& vtep,
+                                                       Meshal::IpGenAddr const& localVtep) const {
+  if (tunnelType() != Vane::vxlanMemberTunnel_) return localVtep;
+  auto const& map = vtepMap(vtep);
+  return map && map->tnlKeysHas(Vane::vxlanTunnel_) ? getVtepIpHelper(vtep.af()) : localVtep;
+}
+
 bool HwTunnelProgrammerBase::isHerEvpnTunnel(Meshal::IpGenAddr const& vtep) const {
   TRACE(1, " vtep : {}", vtep);
   auto const& map = vtepMap(vtep);
   return map && map->tnlKeysHas(Vane::vxlanHerTunnel_) && evpnStatus()->evpnEnabled();
 }
 
-bool HwTunnelProgrammerBase::isNexthopIdProgrammed(Vane::HwTunnelConfigEntry const& entry) const {
+bool HwTunnelProgrammerBase::isNexthopIdProgrammed(Vane::HwTunnelConfigEntry const& entry, VtepMap const& map) const {
   auto const& status = hwTunnelStatus()->tunnelStatus(entry.tunnelKey());
-  auto const& map = vtepMap(entry.tunnelKey().dst());
   if (status && map && status->hwTunnelId() == map->tnlId() &&
       status->hwNextHopStatusEntry().hwNextHopId() == Vane::VaneNextHopId::unprogrammed()) {
     TRACE(1, " nextHopEntryList is null, skip further programming as nextHopId is unprogrammed");

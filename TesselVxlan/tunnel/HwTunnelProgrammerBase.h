@@ -55,21 +55,38 @@ struct TunnelProgrammerInputs {
   Dovel::Ptr<TesselL3Common::FloodUnderlayVlanToVtepListDir> floodUnderlayVlanToVtepListDir;
 };
 
-/// Watches the record of one remote VTEP for one tunnel programmer and has the tunnel's status brought up to date when
-/// the tunnel id or the next-hop id changes. The first look is the next change's: making the reactor runs no handler.
-/// The owner is not counted; it clears itself here before it goes.
+/// Watches the record of one remote VTEP for one tunnel programmer, and holds what that programmer remembers about its
+/// own tunnel at the VTEP.
+///
+/// A change of the tunnel id or of the next-hop id brings the tunnel's status up to date. Construction runs no handler.
+/// The owner is not counted; it clears itself here before it is destroyed.
 class NestedSm_TunnelIdMap final : public Kiln::NotifieeConst {
   KILN_BASE_TYPE(TesselVxlan::NestedSm_TunnelIdMap)
 
  public:
+  using ConfigEntry = Dovel::Ptr<Vane::HwTunnelConfigEntry const>;
+
   NestedSm_TunnelIdMap(Dovel::Ptr<TesselCentral::VtepIpToTnlIdNhIdMap> const& map, HwTunnelProgrammerBase* owner);
 
   /// The VTEP, which is the key of the record that is watched.
   Meshal::IpGenAddr const& key() const { return map_->vtepIp(); }
   Dovel::Ptr<TesselCentral::VtepIpToTnlIdNhIdMap> const& map() const { return map_; }
-  /// Watches another record of the same VTEP and runs both handlers for what it holds.
+  /// Watches another record of the same VTEP, at which no tunnel is in force yet, and runs both handlers for it.
   void mapIs(Dovel::Ptr<TesselCentral::VtepIpToTnlIdNhIdMap> const& map);
   void ownerClear() { owner_ = nullptr; }
+
+  /// The configuration whose generation is in force; null if the VTEP has no tunnel of the owner's type.
+  ConfigEntry const& entry() const { return entry_; }
+  /// Puts a configuration in force, not yet created; null ends the tunnel.
+  void entryIs(ConfigEntry const& entry);
+  /// Whether the configuration in force has its virtual port and the tables behind it. Not inferred from the status:
+  /// another tunnel type's port can bring that about, and a failed write can keep it away.
+  bool created() const { return created_; }
+  void createdIs(bool created) { created_ = created; }
+
+  /// The next-hop id under which the owner finds the VTEP; invalid if there is none.
+  Vane::VaneNextHopId nhId() const { return nhId_; }
+  void nhIdIs(Vane::VaneNextHopId nhId) { nhId_ = nhId; }
 
   void updateTunnelIdStatus();
   void updateCascadingNextHopIdInStatus();
@@ -80,26 +97,34 @@ class NestedSm_TunnelIdMap final : public Kiln::NotifieeConst {
  private:
   Dovel::Ptr<TesselCentral::VtepIpToTnlIdNhIdMap> map_;
   HwTunnelProgrammerBase* owner_;
+  ConfigEntry entry_;
+  Vane::VaneNextHopId nhId_;
+  bool created_ = false;
 };
 
-/// Turns the life of the tunnels of one type into table entries and status.
+/// Programs the tunnels of one type into table entries and publishes their status.
 ///
 /// In: configuration entries, through the helper state machine's calls; the ids that table programmers publish in the
 /// record of a VTEP; local VTEP, UDP ports, learning, DSCP and TOS settings. Out: outer header, virtual port, underlay
 /// and overlay entries, through the table programmers; one status entry per tunnel.
 ///
-///   no record ──create──▶ recorded ──virtual port──▶ tunnel id ──overlay──▶ programmed: status stands
+///   no record ──create──▶ recorded ──virtual port──▶ tunnel id ──overlay──▶ programmed: status published
 ///
-/// A status is written only from ids that have reached the VTEP's record, and a replaced generation's status goes only
-/// after the new one stands. Nothing is kept here about a tunnel but its watcher and the reverse of its next-hop id.
-/// Main thread only. Re-entrant at each write of shared state: a table programmer that publishes an id runs
-/// `maybeUpdateHwTunnelStatus` inside its own write, so each operation ends with the state it has found, not the state
-/// it began with. Table programmers are shared; the overlay programmer is this object's own, on a table that all share.
+/// A status is written only from ids that have reached the VTEP's record, and a replaced generation's status is removed
+/// only after the new one is written. The watcher of a VTEP keeps which configuration is in force there and whether it
+/// has been created; nothing else is kept about a tunnel but the reverse of its next-hop id.
+/// Main thread only. Re-entrant at each write of shared state: a virtual port that is written at once publishes its id
+/// inside the creation, and a subscriber of a status may delete the tunnel, replace its generation or change its next
+/// hops on that stack. After such a write an operation goes on only while its configuration is still the one in force.
+/// Table programmers are shared; the overlay programmer is this object's own, on a table that all programmers share.
 class HwTunnelProgrammerBase : public Kiln::Sm {
  public:
   using ConfigEntry = Dovel::Ptr<Vane::HwTunnelConfigEntry const>;
   using Handle = Asic::SwTableBase::EntryHandle::PtrConst;
   using TunnelIdMaps = Kiln::NestedSms<Meshal::IpGenAddr, NestedSm_TunnelIdMap>;
+
+ private:
+  KILN_BASE_TYPE(TesselVxlan::HwTunnelProgrammerBase)
 
   void fcsdDispatch(Dovel::Change const& change);
   void vxlanToL2StateDispatch(Dovel::Change const& change);
@@ -107,7 +132,6 @@ class HwTunnelProgrammerBase : public Kiln::Sm {
   void vxlanConfigDirDispatch(Dovel::Change const& change);
   void tnlNhUpdateConfigDispatch(Dovel::Change const& change);
 
-  KILN_BASE_TYPE(TesselVxlan::HwTunnelProgrammerBase)
   KILN_FIXED(0x102, Dovel::Ptr<Stateway::EntityManager>, statewayEm)
   KILN_WATCHED(0x103, TesselCentral::FeatureAgentCommonSmData const, fcsd, &KilnSelf::fcsdDispatch, nullptr)
   KILN_RESERVED(0x104, "TesselCentral::ChipInfo", chipInfo)
@@ -142,21 +166,23 @@ class HwTunnelProgrammerBase : public Kiln::Sm {
   KILN_WATCHED(0x121, TunnelNextHopUpdateConfig, tnlNhUpdateConfig, &KilnSelf::tnlNhUpdateConfigDispatch, nullptr)
 
  public:
-  /// The chip of the logical FAP that came last.
+  /// The chip of the logical FAP that was added last.
   TesselCentral::ChipInfo const& chipInfo() const { return chipInfo_; }
 
   // Operations of the helper state machine.
 
-  /// Brings the tunnel as far as the state of the system allows; also takes up a newer generation of a known tunnel.
+  /// Programs the tunnel as far as the state of the system allows; also switches to a newer generation of a known
+  /// tunnel.
   void doTunnelCreate(ConfigEntry const& entry);
-  /// Undoes what belongs to this type and generation; what tunnel types share at a VTEP goes with its last key.
+  /// Removes what belongs to this type and generation; what tunnel types share at a VTEP is removed with its last key.
   void doTunnelDelete(ConfigEntry const& entry);
   /// The next hops of `entry` changed.
   void doUpdateNextHop(ConfigEntry const& entry);
   /// Adds or removes the entry that assigns traffic from the VTEP behind `nhId` to its virtual port.
   void handleActiveNextHopId(Vane::VaneNextHopId nhId);
-  /// Rewrites the outer headers of all tunnels, and the virtual ports whose header moved or, with
-  /// `vxlanUdpPortChanged`, all; creates tunnels that waited for a local VTEP. Ids stay.
+  /// Rewrites the outer headers of all tunnels, and the virtual ports that hold another header or, with
+  /// `vxlanUdpPortChanged`, all; creates tunnels that waited for a local VTEP or a UDP port. Ids stay the same. Ends at
+  /// the first created tunnel whose family has no local VTEP: those after it keep their headers until the next pass.
   void updateEgrL3TunnelTable(bool vxlanUdpPortChanged);
   /// Stores the flag and rewrites default and tunnel virtual ports with it.
   void updateVxlanDataPathLearning(bool dataPathLearning);
@@ -171,17 +197,19 @@ class HwTunnelProgrammerBase : public Kiln::Sm {
   void tunnelIdMapIs(Dovel::Ptr<TesselCentral::VtepIpToTnlIdNhIdMap> const& map);
   /// The record that was watched; null if there was none.
   Dovel::Ptr<TesselCentral::VtepIpToTnlIdNhIdMap> tunnelIdMapDel(Meshal::IpGenAddr const& vtep);
-  void tunnelIdMapDelAll() { tunnelIdMap_.delAll(); }
-  /// Writes the tunnel's status if the ids that its type needs are in.
+  void tunnelIdMapDelAll();
+  /// Writes the tunnel's status if the ids that its type needs are in. REQUIRES: the VTEP has a record.
   void maybeUpdateHwTunnelStatus(Meshal::IpGenAddr const& dstIpAddr);
+  /// The same for a caller that has the VTEP's record at hand.
+  void maybeUpdateHwTunnelStatus(Dovel::Ptr<TesselCentral::VtepIpToTnlIdNhIdMap> const& record);
 
-  /// Whether an EVPN flood tunnel stands at the VTEP as well; false for a VTEP without a record.
+  /// Whether the VTEP has an EVPN flood tunnel as well; false for a VTEP without a record.
   bool isHerEvpnTunnel(Meshal::IpGenAddr const& vtep) const;
   void handleLogicalFapId();
   void handleLogicalFapId(LogicalFap::LogicalFapId fapId);
 
  protected:
-  /// Subscribes, makes the doorbell and the overlay programmer of the chip, and watches the records that stand.
+  /// Subscribes, creates the doorbell and the overlay programmer of the chip, and watches the present records.
   explicit HwTunnelProgrammerBase(TunnelProgrammerInputs const& inputs);
 
   // What tunnel types change.
@@ -193,7 +221,7 @@ class HwTunnelProgrammerBase : public Kiln::Sm {
   virtual Meshal::IpGenAddr getVtepIp(Meshal::AddressFamily af) const;
   /// Writes what lies behind the virtual port of the tunnel.
   virtual void programTunnelTables(ConfigEntry const& entry, Handle const& vpHandle);
-  /// Writes both ids into the tunnel's status and ends the former generation's.
+  /// Writes both ids into the tunnel's status and removes the former generation's. REQUIRES: the VTEP has a record.
   virtual void maybeUpdateHwTunnelIdNhId(Meshal::IpGenAddr const& vtep);
 
   // What tunnel types share.
@@ -217,27 +245,38 @@ class HwTunnelProgrammerBase : public Kiln::Sm {
   void handleDscpPropagation();
   void handleTosBasePtr();
 
+  /// Whether the tables were reached with `entry` in force.
   bool doTunnelCreateCommon(ConfigEntry const& entry);
-  /// The VTEP's record with `key` in force; null for a generation older than the one in force.
-  VtepMap recordTunnelKey(Vane::TunnelKey const& key);
+  /// The VTEP's record with the key of `entry` in force; null for a generation older than the one in force.
+  VtepMap recordTunnelKey(ConfigEntry const& entry);
   /// What brought a generation.
   enum class Event : std::uint8_t { creation, nextHop };
-  /// False if a newer generation than `key`'s is in force.
-  bool takeUpGeneration(TesselCentral::VtepIpToTnlIdNhIdMap& map, Vane::TunnelKey const& key, Event event);
+  /// Puts the generation of `entry` in force; false if a newer one is.
+  bool acceptGeneration(TesselCentral::VtepIpToTnlIdNhIdMap& map, ConfigEntry const& entry, Event event);
+  /// Whether `entry` is still the configuration in force at its VTEP.
+  bool isInForce(ConfigEntry const& entry) const;
+  /// The address that the port's header is sourced from: `localVtep`, but the unicast tunnel's at a VTEP that a member
+  /// tunnel shares with one, so that they do not rewrite their port in turns.
+  Meshal::IpGenAddr headerSource(Meshal::IpGenAddr const& vtep, Meshal::IpGenAddr const& localVtep) const;
   /// The outer header's handle; null while it can't be built.
   Handle programEgrL3TunnelTable(Meshal::IpGenAddr const& srcIpAddr, Meshal::IpGenAddr const& dstIpAddr);
   /// False while the status shows that the tunnel's overlay entry failed under its present tunnel id.
-  bool isNexthopIdProgrammed(Vane::HwTunnelConfigEntry const& entry) const;
+  bool isNexthopIdProgrammed(Vane::HwTunnelConfigEntry const& entry, VtepMap const& map) const;
   void handleSipEntry(Meshal::IpGenAddr const& vtepIp, Handle const& vpHandle, bool add);
 
   void deleteTunnelUnderlayTables(Vane::TunnelKey const& tunnelKey);
   void deleteOverlayTableEntry(Vane::TunnelKey const& tunnelKey);
-  void deleteTunnelStatus(Vane::TunnelKey const& received, Vane::TunnelKey const& stored);
+  /// Removes the status of `key`, unless a subscriber has put the key in force again. Traces `why`.
+  void deleteTunnelStatus(Vane::TunnelKey const& key, char const* why);
 
   void writeNextHopStatus(TesselCentral::VtepIpToTnlIdNhIdMap& map, Vane::TunnelKey const& key,
                           Vane::HwTunnelStatusEntry& status);
   void keepUniqueNhId(TesselCentral::VtepIpToTnlIdNhIdMap& map);
   void endOldGeneration(TesselCentral::VtepIpToTnlIdNhIdMap& map);
+  /// Finds the VTEP by `nhId` from now on, no longer by a former id; by none for an id that is not one.
+  void publishedNextHopIdIs(NestedSm_TunnelIdMap& watcher, Vane::VaneNextHopId nhId);
+  /// Forgets the VTEP of `nhId` unless it is still active, when its end has an entry to remove.
+  void forgetInactive(Vane::VaneNextHopId nhId, Meshal::IpGenAddr const& vtep);
 
   /// One pass of `updateEgrL3TunnelTable`.
   struct HeaderPass {
@@ -245,8 +284,8 @@ class HwTunnelProgrammerBase : public Kiln::Sm {
     bool oneHeaderForAll;        ///< IPv4 headers are keyed by source alone.
     bool sharedWritten = false;  ///< The one IPv4 header of the pass has been written.
   };
-  /// Whether the tunnel of this type has come as far as a status; null stands for a VTEP without a record.
-  bool isCreated(TesselCentral::VtepIpToTnlIdNhIdMap const* map) const;
+  /// Whether the configuration, or a newer generation of it, is in force and created.
+  bool isCreated(Vane::HwTunnelConfigEntry const& entry) const;
   /// False ends the pass.
   bool updateHeader(HeaderPass& pass, ConfigEntry const& entry);
   Handle headerOf(HeaderPass& pass, Meshal::IpGenAddr const& local, Meshal::IpGenAddr const& vtep);

@@ -20,52 +20,59 @@ bool HwTunnelProgrammerBase::doTunnelCreateCommon(ConfigEntry const& entry) {
   auto const& vtep = key.dst();
   auto const localVtep = getVtepIp(vtep.af());
   TRACE(1, " tunnelType: {} vtepIp: {} localVtep: {}", tunnelType(), vtep, localVtep);
-  // For a VTEP without a family the address of another one may stand in: there is no header for it either.
+  // A VTEP without a family may get the address of another one here, but there is no header for it either.
   if (localVtep.isUnspecified() || vtep.af() == Meshal::AddressFamily::unknown) {
     TRACE(1, "Bailing out since localVtep not present");
     return false;
   }
   auto const nextHopEntryList = entry->nextHopEntryList();
-  auto const map = recordTunnelKey(key);
+  auto const map = recordTunnelKey(entry);
   if (!map) return false;
-  map->setLocalVtep(localVtep);
+  auto const source = headerSource(vtep, localVtep);
+  map->setLocalVtep(source);
   if (nextHopEntryList) {
     TRACE(1, " updating AdjId tnlIdMap to : {}", nextHopEntryList->adjId());
     map->adjIdIs(nextHopEntryList->adjId());
   }
 
-  // Each entry holds the handle of the next: the header comes first, the port second, what lies behind it last.
-  auto const egrL3Handle = programEgrL3TunnelTable(localVtep, vtep);
+  // Each entry holds the handle of the next: the header first, the port second, what lies behind it last.
+  auto const egrL3Handle = programEgrL3TunnelTable(source, vtep);
   if (!egrL3Handle) {
     TRACE(1, " egrL3TunnelTableHandle is NULL");
     return false;
   }
+  // Before the port: its success is published inside its write, and the status of a new generation would then show the
+  // former one's failure.
+  bool const programmable = isNexthopIdProgrammed(*entry, map);
   TRACE(1, " egrL3TunnelTableHandle: {} Programming Virtual Port tables for vtep ip: {}", egrL3Handle, vtep);
   auto const vpHandle = virtualPortTableProgrammer()->insertEntry(key, tunnelType(), vtep,
                                                                   vxlanToL2State()->dataPathLearning(), egrL3Handle);
-  if (isNexthopIdProgrammed(*entry)) programTunnelTables(entry, vpHandle);
-  // The ids may all have come inside the writes above, when not everything that a status needs was in.
-  maybeUpdateHwTunnelStatus(vtep);
-  return true;
+  if (!isInForce(entry)) {
+    TRACE(1, " Replaced or deleted while its virtual port was written: {}", key);
+    return false;
+  }
+  if (programmable) programTunnelTables(entry, vpHandle);
+  tunnelIdMap_.at(vtep)->createdIs(true);
+  // All ids may have been published inside the writes above, before everything that a status needs was there.
+  maybeUpdateHwTunnelStatus(map);
+  return isInForce(entry);
 }
 
-Dovel::Ptr<VtepIpToTnlIdNhIdMap> HwTunnelProgrammerBase::recordTunnelKey(Vane::TunnelKey const& key) {
+Dovel::Ptr<VtepIpToTnlIdNhIdMap> HwTunnelProgrammerBase::recordTunnelKey(ConfigEntry const& entry) {
+  auto const& key = entry->tunnelKey();
   auto map = vtepMap(key.dst());
-  if (!map) {
-    // The notification of the new record makes its watcher before this returns.
-    map = vxlanToL2State()->vtepIpToTnlIdNhIdMapIs(key.dst());
-    map->tnlKeysIs(tunnelType(), key);
-    return map;
-  }
-  if (!map->tnlKeysHas(tunnelType())) {
-    map->tnlKeysIs(tunnelType(), key);
-    TRACE(1, " Updated New TunnelKey into tnlIdMap ");
-    return map;
-  }
-  return takeUpGeneration(*map, key, Event::creation) ? map : nullptr;
+  if (map && map->tnlKeysHas(tunnelType())) return acceptGeneration(*map, entry, Event::creation) ? map : nullptr;
+  bool const known = bool(map);
+  // The notification of a new record creates its watcher before this returns.
+  if (!known) map = vxlanToL2State()->vtepIpToTnlIdNhIdMapIs(key.dst());
+  map->tnlKeysIs(tunnelType(), key);
+  if (known) TRACE(1, " Updated New TunnelKey into tnlIdMap ");
+  tunnelIdMap_.at(key.dst())->entryIs(entry);
+  return map;
 }
 
-bool HwTunnelProgrammerBase::takeUpGeneration(VtepIpToTnlIdNhIdMap& map, Vane::TunnelKey const& key, Event event) {
+bool HwTunnelProgrammerBase::acceptGeneration(VtepIpToTnlIdNhIdMap& map, ConfigEntry const& entry, Event event) {
+  auto const& key = entry->tunnelKey();
   auto const storedKey = map.tnlKeys(tunnelType());
   if (storedKey.genId() > key.genId()) {
     TRACE(1, " Skipping due to rcvdGenId : {} < tnlIdMapGenId : {}", key.genId(), storedKey.genId());
@@ -78,11 +85,12 @@ bool HwTunnelProgrammerBase::takeUpGeneration(VtepIpToTnlIdNhIdMap& map, Vane::T
       TRACE(1, " Updating tnlKey with new genId : {}", key.genId());
     }
     map.tnlKeysIs(tunnelType(), key);
-    // A generation that was replaced before it got a status has none to end; that of an earlier one still stands.
+    // A generation that was replaced before it got a status has none to remove; an earlier one's is still there.
     if (!hwTunnelStatus()->tunnelStatusHas(map.oldTnlKey(tunnelType()))) map.oldTnlKeyIs(tunnelType(), storedKey);
   } else if (event == Event::creation) {
     TRACE(1, " rcvd same genId proceeding ");
   }
+  tunnelIdMap_.at(key.dst())->entryIs(entry);
   return true;
 }
 

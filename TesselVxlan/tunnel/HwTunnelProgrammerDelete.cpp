@@ -18,8 +18,9 @@ void HwTunnelProgrammerBase::doTunnelDelete(ConfigEntry const& entry) {
     }
     return TRACE(1, " Skipping as tnlIdMap is not present ");
   }
-  // A copy: the record may go below, and the status of this key goes after it.
+  // Copies: the record may be removed below, and the statuses of these keys are removed after it.
   auto const storedKey = map->tnlKeys(tunnelType());
+  auto const oldKey = map->oldTnlKey(tunnelType());
   if (storedKey.genId() > key.genId()) {
     return TRACE(1, " Skipping due to rcvdGenId : {} < tnlIdMapGenId : {}", key.genId(), storedKey.genId());
   }
@@ -31,28 +32,32 @@ void HwTunnelProgrammerBase::doTunnelDelete(ConfigEntry const& entry) {
   if (map->tnlKeysHas(tunnelType())) {
     TRACE(1, "Removing tunnelKey : {} for tunnelType : {}", storedKey, tunnelType());
     map->tnlKeysDel(tunnelType());
+    map->oldTnlKeyDel(tunnelType());
   }
-  // After the key has gone: it looks at the types that remain.
+  auto const watcher = tunnelIdMap_.at(vtep);
+  watcher->entryIs(nullptr);
+  // After the key is removed: it looks at the types that remain.
   deleteTunnelUnderlayTables(key);
+  publishedNextHopIdIs(*watcher, Vane::VaneNextHopId());
   if (map->tnlKeysColl().empty()) {
     virtualPortTableProgrammer()->deleteEntry(key, vtep);
     TRACE(1, "Deleting tnlIdMap for vtepIp: {}", vtep);
     vxlanToL2State()->vtepIpToTnlIdNhIdMapDel(vtep);
   }
-  deleteTunnelStatus(key, storedKey);
+  // The tables before the statuses, so that no status claims more than the chip holds.
+  TRACE(1, " Nhop2 and VP tables deleted. Deleting hwTunnelStatus entry now. ");
+  deleteTunnelStatus(key, " Deleting the tunnelStatus for rcvd tnlKey");
+  if (storedKey != key) deleteTunnelStatus(storedKey, " Deleting the tunnelStatus for tnlIdMap->tnlKey");
+  // A generation that was replaced, and its successor deleted before it had a status of its own.
+  if (oldKey != key) deleteTunnelStatus(oldKey, " Deleting the oldTnl status");
 }
 
-// The tables go before the status, so that no status stands for less than the chip holds.
-void HwTunnelProgrammerBase::deleteTunnelStatus(Vane::TunnelKey const& received, Vane::TunnelKey const& stored) {
-  TRACE(1, " Nhop2 and VP tables deleted. Deleting hwTunnelStatus entry now. ");
-  if (hwTunnelStatus()->tunnelStatusHas(received)) {
-    TRACE(1, " Deleting the tunnelStatus for rcvd tnlKey");
-    hwTunnelStatus()->tunnelStatusDel(received);
-  }
-  if (hwTunnelStatus()->tunnelStatusHas(stored)) {
-    TRACE(1, " Deleting the tunnelStatus for tnlIdMap->tnlKey");
-    hwTunnelStatus()->tunnelStatusDel(stored);
-  }
+void HwTunnelProgrammerBase::deleteTunnelStatus(Vane::TunnelKey const& key, [[maybe_unused]] char const* why) {
+  if (!hwTunnelStatus()->tunnelStatusHas(key)) return;
+  auto const& map = vtepMap(key.dst());
+  if (map && map->tnlKeysHas(tunnelType()) && map->tnlKeys(tunnelType()) == key) return;
+  TRACE_IN("doTunnelDelete", 1, "{}", why);
+  hwTunnelStatus()->tunnelStatusDel(key);
 }
 
 void HwTunnelProgrammerBase::deleteTunnelUnderlayTables(Vane::TunnelKey const& tunnelKey) {
@@ -60,8 +65,11 @@ void HwTunnelProgrammerBase::deleteTunnelUnderlayTables(Vane::TunnelKey const& t
   auto const tnlIdMap = vtepMap(tunnelKey.dst());
   INVARIANT(tnlIdMap);
   if (tunnelType() != Vane::vxlanTunnel_ && tunnelType() != Vane::vxlanMemberTunnel_) return;
-  // Unicast and member tunnel of a VTEP share its overlay entry: the second to go takes it along.
-  if (tnlIdMap->tnlKeysHas(Vane::vxlanTunnel_) || tnlIdMap->tnlKeysHas(Vane::vxlanMemberTunnel_)) return;
+  // Unicast and member tunnel of a VTEP share its overlay entry: the second one's deletion removes it.
+  if (tnlIdMap->tnlKeysHas(Vane::vxlanTunnel_) || tnlIdMap->tnlKeysHas(Vane::vxlanMemberTunnel_)) {
+    tnlNhUpdateConfig()->tunnelNhUpdateDel(tunnelKey.dst());
+    return;
+  }
   TRACE(1, "Deleting EcmpMember0 table for vtepIp: {}", tunnelKey.dst());
   deleteOverlayTableEntry(tunnelKey);
 }
@@ -72,7 +80,7 @@ void HwTunnelProgrammerBase::deleteOverlayTableEntry(Vane::TunnelKey const& tunn
   INVARIANT(tnlIdMap);
   INVARIANT((tunnelType() == Vane::vxlanTunnel_) || (tunnelType() == Vane::vxlanMemberTunnel_));
   TRACE(1, " EcmpMember0Table, swKey: {} Invalidating tnlIdMap for vtepIp: {}", tunnelKey.dst(), tunnelKey.dst());
-  // Before nhId: its watchers must find the record not ready, and write no status.
+  // Before nhId: its watchers must find the record not ready and write no status.
   tnlIdMap->nhIdEntryStatusIs(TesselCentral::EntryWriteStatus::entryWriteNone);
   nhIdToVtepIpMapDel(tnlIdMap->nhId());
   tnlIdMap->nhIdIs(Vane::VaneNextHopId::invalidNextHopId());

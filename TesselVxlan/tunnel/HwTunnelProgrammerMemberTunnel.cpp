@@ -9,10 +9,6 @@ KILN_TRACE_FILE("HwTunnelProgrammerMemberTunnel");
 
 namespace TesselVxlan {
 
-Dovel::Ptr<HwTunnelProgrammerMemberTunnel> hwTunnelProgrammerMemberTunnelFactory(TunnelProgrammerInputs const& inputs) {
-  return Dovel::make<HwTunnelProgrammerMemberTunnel>(inputs);
-}
-
 void HwTunnelProgrammerMemberTunnel::programTunnelTables(ConfigEntry const& entry, Handle const& vpHandle) {
   TRACE(1, " tunnelType: {} key: {}", tunnelType(), entry->tunnelKey());
   auto underlay = programUnderlay(entry);
@@ -44,6 +40,8 @@ HwTunnelProgrammerMemberTunnel::Underlay HwTunnelProgrammerMemberTunnel::program
   return {nextHopTableProgrammer()->insertEntry(entry->tunnelKey(), *nextHop), false};
 }
 
+// Where the overlay row is an ECMP level of its own, some chips forward from it to a group alone, and test chips
+// model those.
 bool HwTunnelProgrammerMemberTunnel::groupOfOne() const {
   auto const chipAttrs = TesselCentral::chipAttributes(chipInfo());
   return (chipInfo().isTestChip() || chipAttrs->memberSingleHopEcmp()) && vxlanAttr()->vxlanCascadedForwardingSupport();

@@ -1,12 +1,13 @@
 #pragma once
 
 #include "TesselVxlan/tunnel/HwTunnelProgrammerBase.h"
+#include "platform/dovel/Factory.h"
 
 namespace TesselVxlan {
 
 /// Programs member tunnels: remote VTEPs that belong to a group of VTEPs.
 ///
-/// Unlike a unicast tunnel, a single next hop goes through the next-hop table, unless the chip wants a group of one;
+/// Unlike a unicast tunnel's, a single next hop is a row of the next-hop table, unless the chip needs a group of one;
 /// and the published next-hop id is the tunnel id, with an id beside it that changes with the adjacency.
 class HwTunnelProgrammerMemberTunnel final : public HwTunnelProgrammerBase {
   KILN_TYPE(TesselVxlan::HwTunnelProgrammerMemberTunnel, TesselVxlan::HwTunnelProgrammerBase)
@@ -28,6 +29,6 @@ class HwTunnelProgrammerMemberTunnel final : public HwTunnelProgrammerBase {
   bool groupOfOne() const;
 };
 
-Dovel::Ptr<HwTunnelProgrammerMemberTunnel> hwTunnelProgrammerMemberTunnelFactory(TunnelProgrammerInputs const& inputs);
+inline constexpr Dovel::Factory<HwTunnelProgrammerMemberTunnel> hwTunnelProgrammerMemberTunnelFactory;
 
 }  // namespace TesselVxlan

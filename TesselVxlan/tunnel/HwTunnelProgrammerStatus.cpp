@@ -10,11 +10,15 @@ using TesselCentral::EntryWriteStatus;
 using TesselCentral::VtepIpToTnlIdNhIdMap;
 
 void HwTunnelProgrammerBase::maybeUpdateHwTunnelStatus(Meshal::IpGenAddr const& dstIpAddr) {
-  TRACE(1, " tunnelType: {} vtepIp: {}", tunnelType(), dstIpAddr);
   INVARIANT(tunnelIdMapHas(dstIpAddr));
-  // Copies: what is written below may end the record.
-  auto const vtep = dstIpAddr;
-  auto const tnlIdMap = vtepMap(vtep);
+  maybeUpdateHwTunnelStatus(vtepMap(dstIpAddr));
+}
+
+void HwTunnelProgrammerBase::maybeUpdateHwTunnelStatus(VtepMap const& record) {
+  // A reference and a copy: a subscriber of what is written below may remove the record.
+  auto const tnlIdMap = record;
+  auto const vtep = record->vtepIp();
+  TRACE(1, " tunnelType: {} vtepIp: {}", tunnelType(), vtep);
   if (!tnlIdMap->tnlKeysHas(tunnelType())) {
     return TRACE(1, " Skipping update tunnelId as {} tunnelType not in tnlKeys for vtepIp={}", tunnelType(), vtep);
   }
@@ -28,9 +32,10 @@ void HwTunnelProgrammerBase::maybeUpdateHwTunnelStatus(Meshal::IpGenAddr const& 
     case Vane::vxlanTunnel_: {
       if (tnlIdMap->nhIdEntryStatus() == EntryWriteStatus::entryWriteNone) return;
       INVARIANT(tnlIdMap->nhId() != Vane::VaneNextHopId::invalidNextHopId());
-      auto const nhId = tnlIdMap->nhId();
       maybeUpdateHwTunnelIdNhId(vtep);
-      nhIdToVtepIpMapIs(nhId, vtep);
+      // Unless a subscriber of the status has deleted the tunnel: its id must not find the VTEP any more.
+      auto const& watcher = tunnelIdMap_.at(vtep);
+      if (watcher && watcher->map()->tnlKeysHas(tunnelType())) publishedNextHopIdIs(*watcher, watcher->map()->nhId());
       return;
     }
     default:
@@ -38,18 +43,24 @@ void HwTunnelProgrammerBase::maybeUpdateHwTunnelStatus(Meshal::IpGenAddr const& 
   }
 }
 
+// Each write may run a subscriber that deletes the tunnel or replaces its generation: the rest is then not this call's.
 void HwTunnelProgrammerBase::maybeUpdateHwTunnelIdNhId(Meshal::IpGenAddr const& vtep) {
   auto const map = vtepMap(vtep);
   auto const key = map->tnlKeys(tunnelType());
   auto const status = hwTunnelStatus()->tunnelStatusIs(key);
+  auto const isCurrent = [&] {
+    return map->tnlKeys(tunnelType()) == key && hwTunnelStatus()->tunnelStatus(key) == status;
+  };
+  if (!isCurrent()) return;
   status->hwTunnelIdIs(map->tnlId());
+  if (!isCurrent()) return;
   writeNextHopStatus(*map, key, *status);
-  endOldGeneration(*map);
+  if (isCurrent()) endOldGeneration(*map);
 }
 
 void HwTunnelProgrammerBase::writeNextHopStatus(VtepIpToTnlIdNhIdMap& map, Vane::TunnelKey const& key,
                                                 Vane::HwTunnelStatusEntry& status) {
-  // A watcher can come here after the configuration has left the list and before its deletion is handled.
+  // A watcher can call this after the configuration has left the list and before its deletion is handled.
   auto const& config = hwTunnelConfig()->hwTunnelConfigList(key);
   Dovel::Ptr<Vane::NextHopEntryList> const list = config ? config->nextHopEntryList() : nullptr;
   auto nhId = Vane::VaneNextHopId(map.tnlId().value());
@@ -67,7 +78,7 @@ void HwTunnelProgrammerBase::writeNextHopStatus(VtepIpToTnlIdNhIdMap& map, Vane:
   status.hwNextHopStatusEntryIs({nhId, list});
 }
 
-// An unchanged adjacency keeps its value; a value is never given out twice in a run.
+// An unchanged adjacency keeps its value; a value is never used twice in a run.
 void HwTunnelProgrammerBase::keepUniqueNhId(VtepIpToTnlIdNhIdMap& map) {
   auto const& kept = map.mbrTnlUniqueNhId();
   if (kept != TesselCentral::MemberTunnelUniqueNhId{} && kept.adjId() == map.adjId()) return;
@@ -75,15 +86,31 @@ void HwTunnelProgrammerBase::keepUniqueNhId(VtepIpToTnlIdNhIdMap& map) {
   map.mbrTnlUniqueNhIdIs({map.adjId(), uniqueNhIdValue()});
 }
 
-// Only now that the new generation's status stands: a reader never sees the tunnel without one.
+// Called once the new generation's status is written: a reader never sees the tunnel without one.
 void HwTunnelProgrammerBase::endOldGeneration(VtepIpToTnlIdNhIdMap& map) {
   if (!map.oldTnlKeyHas(tunnelType())) return;
-  auto const oldKey = map.oldTnlKey(tunnelType());
-  if (hwTunnelStatus()->tunnelStatusHas(oldKey)) {
-    TRACE_IN("maybeUpdateHwTunnelIdNhId", 1, " Deleting the oldTnl status of {}", oldKey);
-    hwTunnelStatus()->tunnelStatusDel(oldKey);
-  }
-  map.oldTnlKeyDel(tunnelType());
+  auto const oldKey = map.oldTnlKeyDel(tunnelType());
+  if (!hwTunnelStatus()->tunnelStatusHas(oldKey)) return;
+  TRACE_IN("maybeUpdateHwTunnelIdNhId", 1, " Deleting the oldTnl status of {}", oldKey);
+  hwTunnelStatus()->tunnelStatusDel(oldKey);
+}
+
+void HwTunnelProgrammerBase::publishedNextHopIdIs(NestedSm_TunnelIdMap& watcher, Vane::VaneNextHopId nhId) {
+  // The mark of a failed write is many VTEPs' and finds none of them.
+  auto const id = nhId == Vane::VaneNextHopId::unprogrammed() ? Vane::VaneNextHopId() : nhId;
+  auto const former = watcher.nhId();
+  if (id == former) return;
+  watcher.nhIdIs(id);
+  if (former.valid()) forgetInactive(former, watcher.key());
+  if (!id.valid()) return;
+  nhIdToVtepIpMapIs(id, watcher.key());
+  // A subscriber of the status may have made the id active before its VTEP could be found.
+  if (hwTunnelConfig()->activeNextHopIdListHas(id)) handleActiveNextHopId(id);
+}
+
+void HwTunnelProgrammerBase::forgetInactive(Vane::VaneNextHopId nhId, Meshal::IpGenAddr const& vtep) {
+  if (hwTunnelConfig()->activeNextHopIdListHas(nhId) || nhIdToVtepIpMap(nhId) != vtep) return;
+  nhIdToVtepIpMapDel(nhId);
 }
 
 void HwTunnelProgrammerBase::doUpdateNextHop(ConfigEntry const& entry) {
@@ -92,20 +119,25 @@ void HwTunnelProgrammerBase::doUpdateNextHop(ConfigEntry const& entry) {
   auto const key = entry->tunnelKey();
   auto const map = vtepMap(key.dst());
   if (!map) return TRACE(1, " Skipping as tnlIdMap is not present ");
-  if (map->tnlKeysHas(tunnelType()) && !takeUpGeneration(*map, key, Event::nextHop)) return;
+  if (map->tnlKeysHas(tunnelType()) && !acceptGeneration(*map, entry, Event::nextHop)) return;
   if (nextHopEntryList) {
     TRACE(1, " updating AdjId tnlIdMap to : {}", nextHopEntryList->adjId());
     map->adjIdIs(nextHopEntryList->adjId());
   }
   auto const vpHandle = virtualPortTableProgrammer()->getEntry(key.dst());
-  if (isNexthopIdProgrammed(*entry)) programTunnelTables(entry, vpHandle);
-  maybeUpdateHwTunnelStatus(key.dst());
+  // The creation that writes the port reads the next hops of that time; an overlay entry written now would have none.
+  if (!vpHandle) return TRACE(1, " No virtual port yet for vtepIp: {}", key.dst());
+  if (isNexthopIdProgrammed(*entry, map)) programTunnelTables(entry, vpHandle);
+  maybeUpdateHwTunnelStatus(map);
 }
 
 void HwTunnelProgrammerBase::handleHwTunnelNextHopUpdate(Meshal::IpGenAddr const& vtep) {
   if (!tnlNhUpdateConfig()->tunnelNhUpdateHas(vtep)) return;
   TRACE(1, ", vtepIp: {}", vtep);
   maybeUpdateHwTunnelStatus(vtep);
+  // The overlay entry is another type's by now; nothing else would remove the counter.
+  auto const& map = vtepMap(vtep);
+  if (!map || !map->tnlKeysHas(tunnelType())) tnlNhUpdateConfig()->tunnelNhUpdateDel(vtep);
 }
 
 void HwTunnelProgrammerBase::handleActiveNextHopId(Vane::VaneNextHopId nhId) {
@@ -120,6 +152,8 @@ void HwTunnelProgrammerBase::handleActiveNextHopId(Vane::VaneNextHopId nhId) {
     TRACE(1, "Deletion of nhID {} for vtepIp={}", nhId, vtep);
     handleSipEntry(vtep, vpHandle, false);
   }
+  auto const& watcher = tunnelIdMap_.at(vtep);
+  if (!watcher || watcher->nhId() != nhId) forgetInactive(nhId, vtep);
 }
 
 void HwTunnelProgrammerBase::handleSipEntry(Meshal::IpGenAddr const& vtepIp, Handle const& vpHandle, bool add) {

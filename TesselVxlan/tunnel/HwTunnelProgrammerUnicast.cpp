@@ -6,10 +6,6 @@ KILN_TRACE_FILE("HwTunnelProgrammerUnicast");
 
 namespace TesselVxlan {
 
-Dovel::Ptr<HwTunnelProgrammerUnicast> hwTunnelProgrammerUnicastFactory(TunnelProgrammerInputs const& inputs) {
-  return Dovel::make<HwTunnelProgrammerUnicast>(inputs);
-}
-
 void HwTunnelProgrammerUnicast::programTunnelTables(ConfigEntry const& entry, Handle const& vpHandle) {
   TRACE(1, " tunnelType: {} key: {}", tunnelType(), entry->tunnelKey());
   Handle ulNhHandle;

@@ -1,13 +1,14 @@
 #pragma once
 
 #include "TesselVxlan/tunnel/HwTunnelProgrammerBase.h"
+#include "platform/dovel/Factory.h"
 
 namespace TesselVxlan {
 
 /// Programs unicast tunnels: traffic to one remote VTEP, through an overlay entry over the underlay.
 ///
-/// Every tunnel with a resolved next hop goes through an ECMP group, also with a single one; a tunnel without goes to
-/// the default next hop, and its overlay entry is rewritten when next hops come. Its ids are published in both cases.
+/// Every tunnel with a resolved next hop uses an ECMP group, also for a single one; a tunnel without uses the default
+/// next hop, and its overlay entry is rewritten when next hops are resolved. Its ids are published in both cases.
 class HwTunnelProgrammerUnicast final : public HwTunnelProgrammerBase {
   KILN_TYPE(TesselVxlan::HwTunnelProgrammerUnicast, TesselVxlan::HwTunnelProgrammerBase)
 
@@ -20,6 +21,6 @@ class HwTunnelProgrammerUnicast final : public HwTunnelProgrammerBase {
   void programTunnelTables(ConfigEntry const& entry, Handle const& vpHandle) override;
 };
 
-Dovel::Ptr<HwTunnelProgrammerUnicast> hwTunnelProgrammerUnicastFactory(TunnelProgrammerInputs const& inputs);
+inline constexpr Dovel::Factory<HwTunnelProgrammerUnicast> hwTunnelProgrammerUnicastFactory;
 
 }  // namespace TesselVxlan

@@ -10,17 +10,6 @@ namespace TesselVxlan {
 using TesselL3Common::TesselVxlanState;
 using ConfigEntry = Dovel::Ptr<Vane::HwTunnelConfigEntry const>;
 
-Dovel::Ptr<TunnelBaseHelperSm> tunnelBaseHelperSmFactory(Dovel::Ptr<Vane::VaneCommonSmData const> const& vcsd,
-                                                         Vane::TunnelType tunnelType,
-                                                         Dovel::Ptr<Vane::HwTunnelConfig const> const& hwTunnelConfig,
-                                                         Dovel::Ptr<Vane::HwTunnelStatus> const& hwTunnelStatus,
-                                                         Dovel::Ptr<HwTunnelProgrammerBase> const& hwTunnelProgrammer,
-                                                         Dovel::Ptr<TesselVxlanState> const& vxlanState,
-                                                         Dovel::Ptr<Vane::VXLAN::VaneVxlanInfo> const& vaneVxlanInfo) {
-  return Dovel::make<TunnelBaseHelperSm>(vcsd, tunnelType, hwTunnelConfig, hwTunnelStatus, hwTunnelProgrammer,
-                                         vxlanState, vaneVxlanInfo);
-}
-
 TunnelBaseHelperSm::TunnelBaseHelperSm(Dovel::Ptr<Vane::VaneCommonSmData const> const& vcsd,
                                        Vane::TunnelType tunnelType,
                                        Dovel::Ptr<Vane::HwTunnelConfig const> const& hwTunnelConfig,

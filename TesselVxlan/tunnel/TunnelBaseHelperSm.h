@@ -1,31 +1,34 @@
 #pragma once
 
 #include "TesselVxlan/tunnel/HwTunnelProgrammerBase.h"
+#include "platform/dovel/Factory.h"
 #include "platform/vane/VaneHelperTunnelSm.h"
 #include "platform/vane/VxlanInfo.h"
 
 namespace TesselVxlan {
 
-/// Hands the events of one tunnel type to its programmer.
+/// Passes the events of one tunnel type to its programmer.
 ///
 /// In: the tunnels, counters and active next hops of the type's configuration, through the base; local VTEP, UDP ports
 /// and data-path learning, which it watches itself. Out: calls of the programmer, and the status's counters, which echo
-/// the configuration's so that its producer sees them taken up. A next-hop change is passed on only for a tunnel that
-/// the programmer has taken up: creation reads the entry as it then stands. Main thread only; the programmer is shared
-/// with the wrapper.
+/// the configuration's so that its producer sees that they were handled. A next-hop change is passed on only for a
+/// tunnel that the programmer has recorded: creation reads the next hops of its own time. Main thread only; the
+/// programmer is shared with the wrapper.
 class TunnelBaseHelperSm : public VaneHelper::VaneHelperTunnelSm {
- public:
+  KILN_TYPE(TesselVxlan::TunnelBaseHelperSm, VaneHelper::VaneHelperTunnelSm)
+
   void vxlanStateDispatch(Dovel::Change const& change);
   void vaneVxlanInfoDispatch(Dovel::Change const& change);
   void globalVtiStatusDispatch(Dovel::Change const& change);
   void handleVaneVxlanInfo();
+
+ public:
   void handleUdpSrcPortUpdate();
   void handleUdpPortUpdate();
   void handleLocalVtepUpdate();
-  /// Reads the flag where it now stands and hands it to the programmer.
+  /// Reads the present flag and passes it to the programmer.
   void handleVxlanDataPathLearning();
 
-  KILN_TYPE(TesselVxlan::TunnelBaseHelperSm, VaneHelper::VaneHelperTunnelSm)
   KILN_FIXED(0x202, Dovel::Ptr<HwTunnelProgrammerBase>, hwTunnelProgrammer)
   KILN_WATCHED(0x203, TesselL3Common::TesselVxlanState, vxlanState, &KilnSelf::vxlanStateDispatch,
                &KilnSelf::handleLocalVtepUpdate)
@@ -44,7 +47,7 @@ class TunnelBaseHelperSm : public VaneHelper::VaneHelperTunnelSm {
                      Dovel::Ptr<TesselL3Common::TesselVxlanState> const& vxlanState,
                      Dovel::Ptr<Vane::VXLAN::VaneVxlanInfo> const& vaneVxlanInfo);
 
-  /// The holder's global VTI status is watched beside the holder; null ends that.
+  /// Watches the holder's global VTI status beside the holder; null ends that.
   void globalVtiStatusIs(Dovel::Ptr<Vane::VXLAN::VaneGlobalVtiStatus const> const& status) {
     globalVtiStatus_.notifierIs(status);
   }
@@ -65,12 +68,6 @@ class TunnelBaseHelperSm : public VaneHelper::VaneHelperTunnelSm {
       globalVtiStatus_{*this};
 };
 
-Dovel::Ptr<TunnelBaseHelperSm> tunnelBaseHelperSmFactory(Dovel::Ptr<Vane::VaneCommonSmData const> const& vcsd,
-                                                         Vane::TunnelType tunnelType,
-                                                         Dovel::Ptr<Vane::HwTunnelConfig const> const& hwTunnelConfig,
-                                                         Dovel::Ptr<Vane::HwTunnelStatus> const& hwTunnelStatus,
-                                                         Dovel::Ptr<HwTunnelProgrammerBase> const& hwTunnelProgrammer,
-                                                         Dovel::Ptr<TesselL3Common::TesselVxlanState> const& vxlanState,
-                                                         Dovel::Ptr<Vane::VXLAN::VaneVxlanInfo> const& vaneVxlanInfo);
+inline constexpr Dovel::Factory<TunnelBaseHelperSm> tunnelBaseHelperSmFactory;
 
 }  // namespace TesselVxlan

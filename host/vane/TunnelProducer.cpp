@@ -110,8 +110,8 @@ void TunnelProducer::placeTunnel(Vane::VaneTunnelConfigEntry const& wanted) {
                     (wanted.genId() == 0 || wanted.genId() == found->second.key.genId());
   if (same) return config()->hwTunnelConfigList(found->second.key)->nextHopEntryListIs(listOf(wanted));
   auto const key = newKey(wanted);
-  // The feature takes an earlier generation than the one in force for a late event: it can only follow its end.
-  if (found != standing_.end() && key.genId() < found->second.key.genId()) removeTunnel(wanted.vtep());
+  // The feature takes another key of no newer generation for a late event: it can only follow the former one's end.
+  if (found != standing_.end() && key.genId() <= found->second.key.genId()) removeTunnel(wanted.vtep());
   auto const entry = Dovel::make<Vane::HwTunnelConfigEntry>(key);
   entry->nextHopEntryListIs(listOf(wanted));
   // The new generation before the end of the former one: the tunnel is never without a status.

@@ -5,7 +5,10 @@
 namespace Vane {
 
 NextHopEntryList::NextHopEntryList(std::uint32_t adjId, NextHopEntrySet nextHopEntry)
-    : adjId_(adjId), nextHopEntry_(std::move(nextHopEntry)) {}
+    : adjId_(adjId), nextHopEntry_(std::move(nextHopEntry)) {
+  static std::uint64_t last = 0;
+  serial_ = ++last;
+}
 
 void appendText(std::string& out, HwNextHopStatusEntry const& entry) {
   out += "{hwNextHopId=";

@@ -25,6 +25,12 @@ class NextHopEntryList final : public Kiln::Entity {
 
  public:
   NextHopEntryList(std::uint32_t adjId, NextHopEntrySet nextHopEntry);
+
+  /// Tells this list from every other one of the process: lists of equal serial number have the same next hops.
+  std::uint64_t serial() const { return serial_; }
+
+ private:
+  std::uint64_t serial_;
 };
 
 /// One configured tunnel. Written by the forwarding abstraction; the feature only reads it.

@@ -105,6 +105,7 @@ TEST(Keys, textReadsBack) {
   expectText(TesselL3Common::L3NextHop2Key{EthAddr(0xffffffffffffu), IntfId()}, "ff:ff:ff:ff:ff:ff");
   expectText(TesselL3Common::L3AdjIdKey::l3Underlay(36), "adj:36");
   expectText(TesselL3Common::L3AdjIdKey(36), "other:36");
+  expectText(TesselL3Common::L3AdjIdKey::l3Underlay(2147483684u), "adj:2147483684");
   expectText(TesselL3Common::L3IpmcKey{1, 10}, "1, vlanId:10");
   expectText(TesselL3Common::EgrL3TunnelKey{one, IpGenAddr("10.0.0.2")}, "10.0.0.1 > 10.0.0.2");
   expectText(TesselL3Common::EgrL3Ipv6TunnelKey{IpGenAddr(), two}, " > 2001:db8::2");
@@ -124,7 +125,7 @@ TEST(Keys, brokenTextsAreRefusedAndChangeNothing) {
   using namespace TesselL3Common;
   EXPECT_FALSE(Kiln::fromText<VxlanTunnelKey>(
       "Vxlan1, srcIp:10.0.0.1, udpDestPort:4789, udpSrcPortValid:true, udpSrcPort:1, ttl:65"));
-  EXPECT_FALSE(Kiln::fromText<L3AdjIdKey>("adj:2147483648"));
+  EXPECT_FALSE(Kiln::fromText<L3AdjIdKey>("adj:4294967296"));
   EXPECT_FALSE(Kiln::fromText<L3AdjIdKey>("36"));
   EXPECT_FALSE(Kiln::fromText<EgrL3TunnelKey>("10.0.0.1"));
   EXPECT_FALSE(Kiln::fromText<L3IpmcKey>("256, vlanId:1"));

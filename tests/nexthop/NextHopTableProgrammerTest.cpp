@@ -39,7 +39,12 @@ TEST_P(UnderlayNextHops, leaveRowZeroToAChipThatReservesItItself) {
 
 TEST_P(UnderlayNextHops, holdPortOrGroupAndVlan) {
   TableWorld world(chipAsked());
+  TesselCentral::PortInfo subPort;
+  subPort.kindIs(TesselCentral::PortKind::subPort);
+  subPort.numberIs(77);
+  world.fcsd->portConfigDir()->portIs(Meshal::IntfId("Ethernet4"), subPort);
   auto const port = insert(world, nextHop(3));
+  auto const sub = insert(world, nextHop(4));
   auto const lag = insert(world, nextHop(9));
   world.settle();
   EXPECT_EQ(port->state(), Asic::EntryState::written);
@@ -47,7 +52,9 @@ TEST_P(UnderlayNextHops, holdPortOrGroupAndVlan) {
       world.show("L3NextHop2Table", "02:"),
       "02:00:00:00:00:03 Vlan3 row 2: destinationHandle=#0 destinationKind=2 ingressViewCode=5 destination=3 vlanId=3 "
       "l3Oif2Handle=EgrL3Oif2[3] macAddr=02:00:00:00:00:03 egressViewCode=9\n"
-      "02:00:00:00:00:09 Vlan9 row 3: destinationHandle=#0 destinationKind=2 ingressViewCode=5 destination=9 isLag=1 "
+      "02:00:00:00:00:04 Vlan4 row 3: destinationHandle=#0 destinationKind=2 ingressViewCode=5 destination=77 vlanId=4 "
+      "l3Oif2Handle=EgrL3Oif2[4] macAddr=02:00:00:00:00:04 egressViewCode=9\n"
+      "02:00:00:00:00:09 Vlan9 row 4: destinationHandle=#0 destinationKind=2 ingressViewCode=5 destination=9 isLag=1 "
       "vlanId=9 l3Oif2Handle=EgrL3Oif2[9] macAddr=02:00:00:00:00:09 egressViewCode=9\n");
 }
 
@@ -116,6 +123,19 @@ TEST_P(UnderlayNextHops, floodTheirVlanWhereTheyHaveNoPort) {
       "vlanId=4 l3Oif2Handle=EgrL3Oif2[4] macAddr=02:00:00:00:00:04 egressViewCode=9\n"
       "02:00:00:00:00:05 Vlan5 row 4: destinationHandle=#0 destinationKind=2 ingressViewCode=5 "
       "vlanId=5 l3Oif2Handle=EgrL3Oif2[5] macAddr=02:00:00:00:00:05 egressViewCode=9\n");
+}
+
+TEST_P(UnderlayNextHops, thatWereRefusedAreWrittenAgainWithoutAMessage) {
+  TableWorld world(chipAsked());
+  world.hardware().refuseTable("IngL3NextHop2Table", Asic::EntryState::failed);
+  auto const handle = insert(world, nextHop(3));
+  world.settle();
+  EXPECT_EQ(handle->state(), Asic::EntryState::failed);
+  EXPECT_EQ(world.messages(), "");
+  world.hardware().refuseNone();
+  EXPECT_TRUE(Asic::sameEntry(insert(world, nextHop(3)), handle));
+  world.settle();
+  EXPECT_EQ(handle->state(), Asic::EntryState::written);
 }
 
 TEST_P(UnderlayNextHops, beyondTheTableAreToldOnceAndHeal) {

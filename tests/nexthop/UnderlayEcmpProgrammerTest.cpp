@@ -21,9 +21,13 @@ INSTANTIATE_TEST_SUITE_P(Chips, UnderlayGroups, testing::Values(Asic::Completion
                          completionName);
 
 TEST_P(UnderlayGroups, countTheirResolvedMembersAlone) {
-  auto unresolved = nextHop(2);
-  unresolved.typeIs(Vane::nextHopUnresolved);
-  auto const group = insert(2, 36, {nextHop(1), unresolved, nextHop(3)});
+  Vane::NextHopEntrySet nextHops{nextHop(1), nextHop(3)};
+  for (unsigned const type : {0, 1, 3, 12}) {
+    auto other = nextHop(type + 4);
+    other.typeIs(static_cast<Vane::NextHopEntryType>(type));
+    nextHops.insert(other);
+  }
+  auto const group = insert(2, 36, nextHops);
   world.settle();
   EXPECT_EQ(groups(),
             "adj:36 row 0: memberBlockHandle=EcmpMember1Table[[02:00:00:00:00:01 Vlan1, 02:00:00:00:00:03 Vlan3]] "
@@ -51,8 +55,10 @@ TEST_P(UnderlayGroups, standOrFallWithEachMember) {
   auto const before = groups();
   auto lost = nextHop(3);
   lost.l2IntfIs(Meshal::IntfId("Ethernet77"));
-  EXPECT_EQ(insert(2, 36, {nextHop(1), nextHop(2), lost}), nullptr);
-  EXPECT_EQ(insert(3, 37, {nextHop(4), lost}), nullptr);
+  for (unsigned n = 0; n < 2; ++n) {
+    EXPECT_EQ(insert(2, 36, {nextHop(1), nextHop(2), lost}), nullptr);
+    EXPECT_EQ(insert(3, 37, {nextHop(4), lost}), nullptr);
+  }
   EXPECT_EQ(groups(), before);
   EXPECT_EQ(world.keys("L3NextHop2Table").find("02:00:00:00:00:04"), std::string::npos)
       << "what was written for the lost group goes again";
@@ -93,6 +99,56 @@ TEST_P(UnderlayGroups, followWhatTheirNextHopsAreReadFrom) {
   elsewhere.l2IntfIs(Meshal::IntfId("Ethernet2"));
   auto const other = insert(4, 37, {elsewhere});
   EXPECT_THAT(rowNow(), testing::HasSubstr("destination=55 vlanId=99 ")) << "the last who asks has the row";
+}
+
+TEST_P(UnderlayGroups, followAnotherPortConfiguration) {
+  auto const group = insert(2, 36, {nextHop(1)});
+  auto const former = world.fcsd->portConfigDir();
+  // As often changed as the former one: its own count alone does not tell them apart.
+  auto const ports = Dovel::make<TesselCentral::PortConfigDir>();
+  for (unsigned n = 0; ports->revision() < former->revision(); ++n) {
+    TesselCentral::PortInfo info;
+    info.numberIs(static_cast<std::uint16_t>(55 + n));
+    ports->portIs(Meshal::IntfId("Ethernet1"), info);
+  }
+  world.fcsd->portConfigDirIs(ports);
+  auto const again = insert(3, 36, {nextHop(1)});
+  EXPECT_EQ(world.show("L3NextHop2Table", "02:").find("destination=1 "), std::string::npos);
+}
+
+TEST_P(UnderlayGroups, ofTheTopHalfOfIdsAreGroupsOfTheirOwn) {
+  auto const group = insert(2, 36, {nextHop(1)});
+  auto const other = insert(3, 36 + 0x80000000u, {nextHop(2)});
+  EXPECT_FALSE(Asic::sameEntry(group, other));
+  EXPECT_THAT(groups(),
+              testing::HasSubstr("adj:2147483684 row 1: memberBlockHandle=EcmpMember1Table[[02:00:00:00:00:02"));
+  EXPECT_THAT(groups(), testing::HasSubstr("adj:36 row 0: memberBlockHandle=EcmpMember1Table[[02:00:00:00:00:01"));
+}
+
+TEST_P(UnderlayGroups, areWrittenAgainWhereTheyOrTheirNextHopsWereRefused) {
+  for (auto const* table : {"EcmpGroup1Table", "EgrL3NextHop2"}) {
+    world.hardware().refuseTable(table, Asic::EntryState::failed);
+    auto const group = insert(2, 36, {nextHop(1), nextHop(2)});
+    world.settle();
+    world.hardware().refuseNone();
+    auto const again = insert(3, 36, {nextHop(1), nextHop(2)});
+    world.settle();
+    EXPECT_EQ(group->state(), Asic::EntryState::written);
+    EXPECT_EQ(world.nextHops->l3NextHop2Table()->entryWeakRef({mac(1), Meshal::IntfId("Vlan1")})->state(),
+              Asic::EntryState::written)
+        << table;
+  }
+}
+
+TEST(UnderlayGroupsOfAFloodingChip, followTheMulticastGroup) {
+  TableWorld world({.floods = true});
+  auto flooding = nextHop(3);
+  flooding.l2IntfIs({});
+  auto const kept = world.ecmp->insertEntry(config(tunnel(vtep(2)), 36, {flooding}));
+  EXPECT_EQ(world.show("L3NextHop2Table", "02:").find("IpmcTable"), std::string::npos);
+  world.ipmc->entryCommit({1, 3}, {});
+  auto const again = world.ecmp->insertEntry(config(tunnel(vtep(3)), 36, {flooding}));
+  EXPECT_NE(world.show("L3NextHop2Table", "02:").find("destinationHandle=IpmcTable[1, vlanId:3]"), std::string::npos);
 }
 
 TEST(UnderlayGroupsOfAChipWithoutMembers, areNull) {

@@ -16,10 +16,20 @@ class VirtualPorts : public testing::TestWithParam<Asic::Completion> {
     wanted.completion = GetParam();
     return wanted;
   }
-  static Handle insert(TableWorld& world, Meshal::IpGenAddr const& addr, Handle const& header = {}) {
-    return world.virtualPorts->insertEntry(tunnel(addr), Vane::vxlanTunnel_, addr, true, header);
+  static Handle insert(TableWorld& world, Meshal::IpGenAddr const& addr, Handle const& header = {},
+                       bool learning = true) {
+    return world.virtualPorts->insertEntry(tunnel(addr), Vane::vxlanTunnel_, addr, learning, header);
+  }
+  /// A header from 10.0.0.1 to VTEP 2.
+  Handle headerOf(TableWorld& world) {
+    headers_ = TesselVxlan::egrL3Ipv4TunnelTableFactory();
+    headers_->doInit(Asic::kSharedUnit, nullptr, world.chipInfo());
+    return headers_->entryRef({vtep(1), vtep(2)}, {});
   }
   static constexpr char const* table = "VirtualPortTableMerged";
+
+ private:
+  Dovel::Ptr<TesselVxlan::EgrL3Ipv4TunnelTable> headers_;
 };
 
 INSTANTIATE_TEST_SUITE_P(Chips, VirtualPorts, testing::Values(Asic::Completion::direct, Asic::Completion::deferred),
@@ -27,13 +37,18 @@ INSTANTIATE_TEST_SUITE_P(Chips, VirtualPorts, testing::Values(Asic::Completion::
 
 TEST_P(VirtualPorts, haveTwoDefaultRowsBelowThem) {
   TableWorld world(chipAsked());
-  world.virtualPorts->insertDefaultEntries(true, nullptr);
-  world.settle();
-  EXPECT_EQ(world.show(table),
-            " row 1: vp1FlagA=1 vp1FlagB=1 vp1FlagC=7 vp1FlagD=1 defaultLearnEnable=1 vpClassCode=3 capabilityFlag=1 "
-            "sbrCodeB=100 vp2FlagA=1\n"
-            "127.0.0.1 row 0: vp1FlagA=1 vp1FlagB=1 vp1FlagD=1 defaultLearnEnable=1 vpClassCode=1 "
-            "sbrCodeA=118 sbrCodeB=100 sbrCodeC=118\n");
+  auto const header = headerOf(world);
+  for (bool const learning : {true, false}) {
+    world.virtualPorts->insertDefaultEntries(learning, header);
+    world.settle();
+    std::string const learn = learning ? "defaultLearnEnable=1 " : "";
+    std::string const held = "egrL3TunnelTableHandle=EgrL3Ipv4TunnelTable[10.0.0.1 > 10.0.0.2] tunnelIndex=1 ";
+    EXPECT_EQ(world.show(table), " row 1: vp1FlagA=1 vp1FlagB=1 vp1FlagC=7 vp1FlagD=1 " + learn +
+                                     "vpClassCode=3 capabilityFlag=1 " + held +
+                                     "sbrCodeB=100 vp2FlagA=1\n"
+                                     "127.0.0.1 row 0: vp1FlagA=1 vp1FlagB=1 vp1FlagD=1 " +
+                                     learn + "vpClassCode=1 sbrCodeA=118 " + held + "sbrCodeB=100 sbrCodeC=118\n");
+  }
   EXPECT_EQ(world.show("RL2TunnelDefaultNetworkSvp"), "0 row 0: svp=1\n1 row 1: svp=1\n");
   EXPECT_EQ(world.dvpMap->dvpToVtepMap(1), Meshal::IpGenAddr("0.0.0.0"));
 
@@ -56,9 +71,7 @@ TEST_P(VirtualPorts, doWithoutWhatTheirChipLacks) {
 
 TEST_P(VirtualPorts, holdTheirVtepAndItsHeader) {
   TableWorld world(chipAsked());
-  auto const headers = TesselVxlan::egrL3Ipv4TunnelTableFactory();
-  headers->doInit(Asic::kSharedUnit, nullptr, world.chipInfo());
-  auto const header = headers->entryRef({vtep(1), vtep(2)}, {});
+  auto const header = headerOf(world);
   world.vtepIs(vtep(2));
   world.vtepIs(vtep6(2));
   insert(world, vtep(2), header);
@@ -74,6 +87,10 @@ TEST_P(VirtualPorts, holdTheirVtepAndItsHeader) {
                 " egrL3TunnelTableHandle=EgrL3Ipv4TunnelTable[10.0.0.1 > 10.0.0.2] tunnelIndex=1 vtepIpBits=167772162" +
                 vp2 + "2001:db8::2 row 3:" + vp1 + " vtepIpBits=2" + vp2);
   EXPECT_EQ(world.tunnelIndexMap->tunnelIndexToVtepMap(header->row()->value()), vtep(2));
+  EXPECT_TRUE(Asic::sameEntry(world.virtualPorts->egrL3TunnelTableHandle(vtep(2)), header));
+  EXPECT_EQ(world.virtualPorts->egrL3TunnelTableHandle(vtep(3)), nullptr);
+  insert(world, vtep(2), header, false);
+  EXPECT_EQ(world.show(table, "10.0.0.2").find("learn"), std::string::npos);
 }
 
 TEST_P(VirtualPorts, areWrittenByEachInsert) {

@@ -112,6 +112,20 @@ TEST_P(Headers, refuseATrustMapBeyondTheirField) {
   EXPECT_EQ(world.show(v4) + world.show(v6), defaultHeader);
 }
 
+TEST_P(Headers, thatWereRefusedRaiseNoMessageAndAreWrittenAgain) {
+  OverlayWorld world(chip());
+  for (auto const& [table, sip, dip] :
+       {std::tuple(v4, "10.0.0.1", "10.0.0.2"), std::tuple(v6, "2001:db8::1", "2001:db8::2")}) {
+    world.hardware().refuseTable(table, Asic::EntryState::failed);
+    auto const handle = world.headers->insertEntry(header(sip), ip(dip));
+    EXPECT_EQ(world.messages(), "");
+    world.hardware().refuseNone();
+    auto const again = world.headers->insertEntry(header(sip), ip(dip));
+    world.settle();
+    EXPECT_EQ(handle->state(), Asic::EntryState::written);
+  }
+}
+
 TEST_P(Headers, thatFindNoRoomAreToldOncePerWriteAndHeal) {
   auto chipAsked = chip();
   chipAsked.rows = {{v4, 2}, {v6, 1}};

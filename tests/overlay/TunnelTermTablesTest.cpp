@@ -128,6 +128,21 @@ TEST_P(TunnelEnds, ofRemoteVtepsThatFindNoRoomAreToldWithTheirPort) {
   EXPECT_EQ(world.hardware().field(family().sipTable, 0, "svp"), port->row()->value());
 }
 
+TEST_P(TunnelEnds, thatWereRefusedRaiseNoMessageOfAFullTable) {
+  OverlayWorld world(chip());
+  for (auto const* table : {family().dipTable, family().sipTable}) {
+    world.hardware().refuseTable(table, Asic::EntryState::failed);
+  }
+  world.term->insertOrUpdateDipEntry(addr(0));
+  world.term->insertSipEntry(addr(0), world.virtualPortIs(addr(0)));
+  EXPECT_EQ(world.messages(), "");
+  world.hardware().refuseNone();
+  world.writes();
+  world.term->insertOrUpdateDipEntry(addr(0));
+  world.term->insertSipEntry(addr(0), world.virtualPorts->entryWeakRef(addr(0)));
+  EXPECT_EQ(world.writes(), 2) << "the same again is written again";
+}
+
 TEST_P(TunnelEnds, ofRemoteVtepsThatAreAbsentMayBeDeleted) {
   OverlayWorld world(chip());
   world.term->insertSipEntry(addr(0), world.virtualPortIs(addr(0)));

@@ -24,8 +24,9 @@ class Watcher final : public Kiln::Sm {
  private:
   void stateDispatch(Dovel::Change const& change) {
     using State = TesselL3Common::TesselVxlanState;
-    if (change.id == State::udpPortId) seen += "port ";
-    if (change.id == State::localVtepId) seen += "vtep with ends " + world_.ends() + " ";
+    auto const slice = Kiln::toText(world_.slice->localVtepAddr()) + ':' + Kiln::toText(world_.slice->vxlanUdpPort());
+    if (change.id == State::udpPortId) seen += "port, slice " + slice + "; ";
+    if (change.id == State::localVtepId) seen += "vtep, ends " + world_.ends() + ", slice " + slice + "; ";
   }
   OverlayWorld& world_;
   Kiln::Watch<TesselL3Common::TesselVxlanState, &Watcher::stateDispatch> state_;
@@ -96,7 +97,18 @@ TEST_P(Vtis, endTunnelsBeforeTheyBeginAndSayTheirPortFirst) {
   configure(*other);
   auto const watcher = Dovel::make<Watcher>(world);
   world.vtis->vtiStatusIs(other);
-  EXPECT_EQ(watcher->seen, "port vtep with ends 10.0.0.1 ");
+  EXPECT_EQ(watcher->seen, "port, slice 0.0.0.0:0; vtep, ends 10.0.0.1, slice 0.0.0.0:4789; ")
+      << "the slice follows the state";
+}
+
+TEST(VtiStatusSm, removesAFormerEndBeforeTheNewOne) {
+  OverlayWorld world({.rows = {{"L2TunnelIpv4DipTable", 1}}});
+  auto const sm = world.vtiSmIs();
+  for (auto const* addr : {"10.0.0.1", "10.0.0.2"}) {
+    world.vti().srcAddrIs(v4(addr));
+    EXPECT_EQ(world.messages(), "") << "there is room for one";
+    EXPECT_EQ(world.ends(), addr);
+  }
 }
 
 TEST_P(Vtis, moveWhatChangesAndNothingElse) {
@@ -165,6 +177,9 @@ TEST_P(Vtis, followNoGroupThatIsNoneOrThatTheChipCannotFollow) {
   vti.mcastGrpDecapIs(v4("239.1.1.1"), true);
   EXPECT_TRUE(traces.contains("vxlanUnderlayMcastSupported = false, returning"));
   EXPECT_EQ(world.ends(), "");
+  vti.varpVtepAddrIs(v4("239.1.1.1"));
+  vti.varpVtepAddrIs(IpAddr());
+  EXPECT_EQ(world.ends(), "") << "no group holds the address";
   world.capabilities->underlayMcastSupportedIs(true);
   vti.mcastGrpDecapDel(v4("239.1.1.1"));
   EXPECT_EQ(world.ends(), "") << "a group that was never followed may leave";

@@ -187,6 +187,74 @@ TEST_P(TunnelLife, aMemberTunnelsUniqueIdFollowsItsAdjacencyAlone) {
   EXPECT_EQ(unique(), 4) << "never given out twice";
 }
 
+TEST_P(TunnelLife, anAdjacencyOfNumberZeroHasAUniqueIdToo) {
+  configure(member, key(vtep(2), 1), list(0, {1}));
+  EXPECT_EQ(map(vtep(2))->mbrTnlUniqueNhId().uniqueNhId(), 1);
+}
+
+TEST_P(TunnelLife, aLaterLogicalChipLeavesTheTables) {
+  agent.tunnel(unicast, vtep(2)).via(uplink(1), uplink(2));
+  auto const before = agent.chip();
+  auto const& fcsd = agent.agent().world().fcsd;
+  fcsd->logicalFapIs(LogicalFap::LogicalFapId(1), fcsd->logicalFap(LogicalFap::LogicalFapId(0)));
+  EXPECT_EQ(agent.chip(), before);
+  fcsd->logicalFapDel(LogicalFap::LogicalFapId(1));
+  agent.tunnel(unicast, vtep(3)).via(uplink(1));
+  EXPECT_THAT(overlay(vtep(3)), HasSubstr("EcmpGroup1Table[adj:102]"));
+}
+
+TEST_P(TunnelLife, aReplacedRecordIsWatched) {
+  configure(member, key(vtep(2), 1));
+  auto const former = map(vtep(2));
+  auto const record = Dovel::make<TesselCentral::VtepIpToTnlIdNhIdMap>(former->vtepIp());
+  record->tnlKeysIs(member, key(vtep(2), 1));
+  record->tnlIdEntryStatusIs(TesselCentral::entryWriteDone);
+  record->tnlIdIs(Vane::VaneTunnelId(77));
+  auto const status = agent.agent().hwTunnelStatus(member)->tunnelStatus(key(vtep(2), 1));
+  auto const& records = programmer(member).vxlanToL2State();
+  records->vtepIpToTnlIdNhIdMapIs(record);
+  EXPECT_EQ(status->hwTunnelId().value(), 77);
+  records->vtepIpToTnlIdNhIdMapIs(former);
+  dismiss(member, key(vtep(2), 1));
+}
+
+TEST_P(TunnelLife, theDeletionOfWhatWasNeverRecordedRemovesItsStatus) {
+  // The status of a former process, and one of a generation that a newer, waiting one takes along.
+  agent.localVtep("");
+  configure(unicast, key(vtep(2), 1));
+  agent.agent().hwTunnelStatus(unicast)->tunnelStatusIs(key(vtep(2), 1));
+  dismiss(unicast, key(vtep(2), 1));
+  EXPECT_EQ(agent.status(unicast), "");
+  agent.localVtep(vtep(1));
+  configure(unicast, key(vtep(2), 5));
+  agent.localVtep("");
+  configure(unicast, key(vtep(2), 7));
+  dismiss(unicast, key(vtep(2), 7));
+  EXPECT_EQ(agent.status(unicast), "");
+  dismiss(unicast, key(vtep(2), 5));
+  agent.localVtep(vtep(1));
+  EXPECT_EQ(agent.chip(), start);
+}
+
+TEST_P(TunnelLife, nextHopsOfATunnelThatIsNotRecordedWait) {
+  configure(member, key(vtep(2), 1), list(7, {1, 2}));
+  agent.localVtep("");
+  configure(unicast, key(vtep(2), 1), list(7, {1, 2}));
+  auto const before = agent.chip();
+  config(unicast).hwTunnelConfigList(key(vtep(2), 1))->nextHopEntryListIs(list(8, {3}));
+  EXPECT_EQ(agent.chip(), before);
+  agent.localVtep(vtep(1));
+  EXPECT_THAT(overlay(vtep(2)), HasSubstr("adj:8"));
+  dismiss(unicast, key(vtep(2), 1));
+  dismiss(member, key(vtep(2), 1));
+}
+
+TEST_P(TunnelLife, headersHaveTheTtlOfTheState) {
+  programmer(unicast).vxlanState()->ttlIs(17);
+  agent.tunnel(unicast, vtep(2)).via(uplink(1));
+  EXPECT_THAT(header(vtep(2)), HasSubstr("ttl=17"));
+}
+
 TEST_P(TunnelLife, theHandshakeEchoesCounters) {
   auto const config = agent.agent().hwTunnelConfig(unicast);
   auto const status = agent.agent().hwTunnelStatus(unicast);

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "tests/tunnel/TunnelFixture.h"
 
 namespace AgentTest {
@@ -87,6 +89,7 @@ TEST_P(LocalVtep, changesInPlace) {
       << "one rewrite a VTEP, whatever types it has";
   agent.udpPort(8472);
   EXPECT_EQ(status(), before);
+  EXPECT_THAT(agent.writes(), HasSubstr("VirtualPort1Table 4, VirtualPort2Table 4, ")) << "once for each type";
   EXPECT_THAT(agent.table("EgrL3Ipv4TunnelTable"), HasSubstr("udpDestPort=8472"));
 }
 
@@ -132,7 +135,14 @@ TEST_P(Settings, rewriteWhatTheyAreInAndNoMore) {
   auto const status = agent.status(unicast);
   auto const headers = GetParam().profile == "compact" ? "EgrL3Ipv4TunnelTable 1" : "EgrL3Ipv4TunnelTable 2";
   agent.writes();
-  agent.dscp(true);
+  {
+    Kiln::TraceCapture trace("HwTunnelProgrammerBase");
+    agent.dscp(true);
+    auto const passes = std::count_if(trace.lines().begin(), trace.lines().end(), [](auto const& line) {
+      return line.find("programEgrL3TunnelTable:  srcIp: ") != std::string::npos;
+    });
+    EXPECT_EQ(passes, GetParam().profile == "compact" ? 1 : 2) << "a header that all share is built once";
+  }
   EXPECT_EQ(agent.writes(), headers);
   agent.tos(7);
   EXPECT_EQ(agent.writes(), headers);
@@ -143,6 +153,17 @@ TEST_P(Settings, rewriteWhatTheyAreInAndNoMore) {
   EXPECT_EQ(agent.writes().find("Egr"), std::string::npos);
   EXPECT_THAT(agent.row("VirtualPortTableMerged", vtep(2)), HasSubstr("learnEnableA=1 learnEnableB=1"));
   EXPECT_EQ(agent.status(unicast), status);
+}
+
+TEST_P(Settings, ofTheSourcePortReachTheHeaders) {
+  agent.tunnel(unicast, vtep(2)).via(uplink(1));
+  for (auto const port : {std::uint16_t{49152}, std::uint16_t{50000}}) {
+    auto wish = agent.wish();
+    wish.udpSrcPort = port;
+    wish.udpSrcPorts = 1024;
+    agent.want(wish);
+  }
+  EXPECT_THAT(agent.table("EgrL3Ipv4TunnelTable"), HasSubstr("udpSrcPort=50000"));
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include "TesselVxlan/frame/TesselVxlanMounter.h"
+#include "TesselVxlan/frame/TesselVxlanMounterSmWrapper.h"
 #include "platform/kiln/Trace.h"
 #include "platform/tessel/central/VxlanToL2State.h"
 #include "tests/support/AgentWorld.h"
@@ -17,17 +19,45 @@ class Tunnels : public OnChips {
     agent.writes();
   }
 
-  // Past the forwarding abstraction: the test is the one that configures.
+  // Past the forwarding abstraction: the test itself configures.
   static Vane::TunnelKey key(std::string const& vtep, std::uint64_t genId) {
     return {{}, Meshal::IpGenAddr(vtep), 0, genId, Meshal::IntfId("Vxlan1")};
   }
-  void configure(Vane::TunnelType type, Vane::TunnelKey const& key) {
-    agent.agent().hwTunnelConfig(type)->hwTunnelConfigListIs(Dovel::make<Vane::HwTunnelConfigEntry>(key));
+  static Dovel::Ptr<Vane::NextHopEntryList> list(std::uint32_t adjId, std::initializer_list<unsigned> uplinks) {
+    Vane::NextHopEntrySet nextHops;
+    for (auto const n : uplinks) {
+      Vane::NextHopEntry entry;
+      entry.ethAddrIs(Meshal::EthAddr(0x020000000000u + n));
+      entry.l2IntfIs(Meshal::IntfId("Ethernet" + std::to_string(n)));
+      entry.l3IntfIs(Meshal::IntfId("Vlan" + std::to_string(100 + n)));
+      nextHops.insert(entry);
+    }
+    return Dovel::make<Vane::NextHopEntryList>(adjId, nextHops);
+  }
+  Vane::HwTunnelConfig& config(Vane::TunnelType type) { return *agent.agent().hwTunnelConfig(type); }
+  void configure(Vane::TunnelType type, Vane::TunnelKey const& key,
+                 Dovel::Ptr<Vane::NextHopEntryList> const& nextHops = nullptr) {
+    auto const entry = Dovel::make<Vane::HwTunnelConfigEntry>(key);
+    entry->nextHopEntryListIs(nextHops);
+    config(type).hwTunnelConfigListIs(entry);
     agent.settle();
   }
   void dismiss(Vane::TunnelType type, Vane::TunnelKey const& key) {
-    agent.agent().hwTunnelConfig(type)->hwTunnelConfigListDel(key);
+    config(type).hwTunnelConfigListDel(key);
     agent.settle();
+  }
+  TesselVxlan::HwTunnelProgrammerBase& programmer(Vane::TunnelType type) {
+    auto const mounter = Dovel::cast<TesselVxlan::TesselVxlanMounter>(agent.agent().mounter());
+    return *mounter->vxlanMounterSmWrapper()->hwTunnelProgrammer(type);
+  }
+  /// What a programmer remembers of VTEPs beside their records: "10.255.0.2 by id, 10.255.0.2 rung, ".
+  std::string remembered(Vane::TunnelType type) {
+    std::string text;
+    auto const& of = programmer(type);
+    for (auto const& [nhId, vtep] : of.nhIdToVtepIpMapColl()) text += Kiln::toText(vtep) + " by id, ";
+    for (auto const& [vtep, count] : of.tnlNhUpdateConfig()->tunnelNhUpdateColl())
+      text += Kiln::toText(vtep) + " rung, ";
+    return text;
   }
   Dovel::Ptr<TesselCentral::VtepIpToTnlIdNhIdMap> map(std::string const& vtep) const {
     return agent.agent()
@@ -36,7 +66,7 @@ class Tunnels : public OnChips {
   }
   std::string overlay(std::string const& vtep) const { return agent.row(agent.overlayTable(), vtep); }
   std::string header(std::string const& vtep, std::string const& local = "10.255.0.1") const {
-    return agent.row("EgrL3Ipv4TunnelTable", local + ' ' + vtep);
+    return agent.row("EgrL3Ipv4TunnelTable", local + " > " + vtep);
   }
 
   std::string start;  ///< The chip without tunnels.

@@ -40,8 +40,10 @@ TEST_P(TunnelUnderlay, ofAMemberTunnelNeedsNoGroupForOneNextHop) {
     EXPECT_THAT(single, HasSubstr("ulEntryHandle=L3NextHop2Table[02:00:00:00:00:01 Vlan101]"));
     EXPECT_THAT(single, Not(HasSubstr("ecmp=1")));
   }
+  agent.tunnel(member, vtep(2)).via(unresolved(1), uplink(2));
+  EXPECT_THAT(overlay(vtep(2)), HasSubstr(cascaded() ? "EcmpGroup1Table[adj:102]" : "[02:00:00:00:00:02 Vlan102]"));
   agent.tunnel(member, vtep(2)).via(uplink(1), uplink(2));
-  EXPECT_THAT(overlay(vtep(2)), HasSubstr("ulEntryHandle=EcmpGroup1Table[adj:102] ecmp=1"));
+  EXPECT_THAT(overlay(vtep(2)), HasSubstr("ulEntryHandle=EcmpGroup1Table[adj:103] ecmp=1"));
 }
 
 TEST_P(TunnelUnderlay, changesInPlaceForAllTunnelsOverAnAdjacency) {

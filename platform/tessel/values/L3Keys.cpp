@@ -56,7 +56,6 @@ bool parseText(std::string_view text, L3AdjIdKey& out) {
   auto const prefix = text.starts_with(underlayPrefix) ? underlayPrefix : otherPrefix;
   std::uint32_t adjId = 0;
   if (!text.starts_with(prefix) || !Kiln::readText(text.substr(prefix.size()), adjId)) return false;
-  if ((adjId & L3AdjIdKey::underlayBit) != 0) return false;
   out = prefix == underlayPrefix ? L3AdjIdKey::l3Underlay(adjId) : L3AdjIdKey(adjId);
   return true;
 }

@@ -35,28 +35,31 @@ bool parseText(std::string_view text, L3NextHop2Key& out);
 constexpr char const* expectedText(L3NextHop2Key const*) { return "a next hop such as \"02:00:00:00:00:01 up1\""; }
 KILN_VALUE_STREAM(L3NextHop2Key)
 
-/// An adjacency of the underlay or of another layer, told apart by the top bit: "adj:36" in the underlay, "other:36"
-/// else.
+/// An adjacency of the underlay or of another layer: "adj:36" in the underlay, "other:36" else. Ids of the two layers
+/// never name the same adjacency.
 class L3AdjIdKey {
  public:
-  static constexpr std::uint32_t underlayBit = 0x80000000;
-
   constexpr L3AdjIdKey() = default;
-  constexpr explicit L3AdjIdKey(std::uint32_t value) : value_(value) {}
-  static constexpr L3AdjIdKey l3Underlay(std::uint32_t adjId) { return L3AdjIdKey(adjId | underlayBit); }
+  /// Of another layer than the underlay.
+  constexpr explicit L3AdjIdKey(std::uint32_t adjId) : value_(adjId) {}
+  static constexpr L3AdjIdKey l3Underlay(std::uint32_t adjId) {
+    L3AdjIdKey key(adjId);
+    key.value_ |= underlayBit;
+    return key;
+  }
 
-  /// The id with the bit of its layer.
-  constexpr std::uint32_t value() const { return value_; }
-  constexpr std::uint32_t adjId() const { return value_ & ~underlayBit; }
+  constexpr std::uint32_t adjId() const { return static_cast<std::uint32_t>(value_); }
   constexpr bool isUnderlay() const { return (value_ & underlayBit) != 0; }
 
   friend constexpr bool operator==(L3AdjIdKey const&, L3AdjIdKey const&) = default;
   friend constexpr auto operator<=>(L3AdjIdKey const&, L3AdjIdKey const&) = default;
+  friend std::size_t hash_value(L3AdjIdKey const& key) { return Kiln::mix(key.value_); }
 
  private:
-  std::uint32_t value_ = 0;
+  static constexpr std::uint64_t underlayBit = std::uint64_t{1} << 32;  // above every id
+
+  std::uint64_t value_ = 0;
 };
-inline std::size_t hash_value(L3AdjIdKey const& key) { return Kiln::mix(key.value()); }
 void appendText(std::string& out, L3AdjIdKey const& key);
 bool parseText(std::string_view text, L3AdjIdKey& out);
 constexpr char const* expectedText(L3AdjIdKey const*) { return "an adjacency such as adj:36"; }
