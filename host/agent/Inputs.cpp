@@ -1,25 +1,33 @@
 #include "host/agent/Inputs.h"
 
 #include <filesystem>
+#include <ostream>
+#include <set>
 
 #include "host/defaults/DefaultLeaf.h"
 #include "host/import/CaptureSet.h"
-#include "host/json/JsonFile.h"
 
 namespace Host {
 
-std::vector<Input> readInputs(std::vector<std::string> const& paths) {
-  std::vector<Input> inputs;
-  if (paths.empty()) inputs.push_back({"the built-in leaf", Stateway::StateDocument::parse(defaultLeaf())});
+using Stateway::StateDocument;
+
+std::vector<StateDocument> readInputs(std::vector<std::string> const& paths, std::ostream& err) {
+  std::vector<StateDocument> inputs;
+  if (paths.empty()) inputs.push_back(StateDocument::parse(defaultLeaf(), "the built-in leaf"));
   CaptureSet captures;
+  std::vector<std::string> warnings;
   for (auto const& path : paths) {
     std::error_code error;
     if (std::filesystem::is_directory(path, error)) {
       captures.overlay(path);
-      inputs.push_back({path, Stateway::StateDocument(captures.stateDocument())});
+      inputs.emplace_back(Kiln::JsonDocument(captures.stateDocument(warnings), path));
     } else {
-      inputs.push_back({path, Stateway::StateDocument(JsonFile(path).documentTake())});
+      inputs.push_back(StateDocument::read(path));
     }
+  }
+  std::set<std::string_view> printed;
+  for (auto const& warning : warnings) {
+    if (printed.insert(warning).second) err << "warning: " << warning << '\n';
   }
   return inputs;
 }

@@ -1,17 +1,24 @@
+#include <rapidjson/ostreamwrapper.h>
+#include <rapidjson/prettywriter.h>
+
 #include <ostream>
 
 #include "host/commands/CommandLine.h"
 #include "host/commands/Commands.h"
 #include "host/import/CaptureSet.h"
-#include "host/show/Json.h"
 
 namespace Host {
 
-int importCommand(std::vector<std::string> const& directories, std::ostream& out) {
+int importCommand(std::vector<std::string> const& directories, std::ostream& out, std::ostream& err) {
   CaptureSet captures;
   for (auto const& directory : directories) captures.overlay(directory);
-  auto const document = captures.stateDocument();
-  JsonWriter(out).value(document);
+  std::vector<std::string> warnings;
+  auto const document = captures.stateDocument(warnings);
+  for (auto const& warning : warnings) err << "warning: " << warning << '\n';
+  rapidjson::OStreamWrapper stream(out);
+  rapidjson::PrettyWriter writer(stream);
+  writer.SetIndent(' ', 2);
+  document.Accept(writer);
   out << '\n';
   return kGood;
 }

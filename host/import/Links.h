@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "host/import/Address.h"
-#include "host/json/JsonFile.h"
+#include "host/import/Fields.h"
 
 namespace Host::Import {
 
@@ -18,7 +18,7 @@ enum class DeviceKind { port, lag, bridge, vlan, vxlan, vrf, dummy, loopback };
 
 /// A network device of the kernel.
 struct Device {
-  JsonAt at;
+  JsonIn at;
   std::string name;
   std::uint32_t ifindex = 0;
   DeviceKind kind = DeviceKind::port;
@@ -31,23 +31,25 @@ struct Device {
 
 /// The VXLAN tunnel interface that all VXLAN devices together make up.
 struct Vti {
-  std::optional<IpAddr> srcAddr;
-  std::optional<IpAddr> srcAddrV6;
+  std::optional<IpGenAddr> srcAddr;
+  std::optional<IpGenAddr> srcAddrV6;
   std::optional<std::uint32_t> udpPort;
 };
 
 /// The network devices of a switch, their numbers as layer 3 interfaces, and the VXLAN tunnel interface.
 ///
-/// Numbers are given to every device that could be a layer 3 interface, in order of ifindex, so that a number does not
-/// depend on who uses it. The id of a VLAN that has an interface of its own is not given to another one.
+/// Every device that could be a layer 3 interface has a number, in order of ifindex, so that a number does not depend
+/// on its users. The id of a VLAN that has an interface of its own is not the number of another one.
 class Links {
  public:
   /// `links` has all devices, `vxlanLinks` the VXLAN devices; one may be null. Where both have VXLAN devices the newer
   /// one counts, and both must agree if neither is (`vxlanLinksAge`: the age of `vxlanLinks` against `links`).
-  /// Throws InputError where a value is of a wrong type, VXLAN devices disagree or the VLAN ids do not suffice.
-  Links(JsonFile const* links, JsonFile const* vxlanLinks, std::strong_ordering vxlanLinksAge);
+  /// Throws InputError where a value is of a wrong type, or VXLAN devices disagree.
+  Links(JsonDocument const* links, JsonDocument const* vxlanLinks, std::strong_ordering vxlanLinksAge);
   Links(Links const&) = delete;
   Links& operator=(Links const&) = delete;
+
+  static constexpr std::uint32_t noL3Number = 0;
 
   Vti const& vti() const { return vti_; }
   /// The routing table of the VXLAN devices' underlay; main as well where they do not agree.
@@ -60,7 +62,8 @@ class Links {
   /// Whether all devices are known, not only the VXLAN devices.
   bool complete() const { return complete_; }
 
-  /// The VLAN, or internal VLAN, of a device as layer 3 interface; nothing for one that cannot be one.
+  /// The VLAN, or internal VLAN, of a device as layer 3 interface; nothing for one that cannot be one, `noL3Number`
+  /// where the VLAN ids did not suffice.
   std::optional<std::uint32_t> l3Number(Device const& device) const;
   /// The kernel's name, but "VlanN" for the interface of a bridge's VLAN.
   std::string l3Name(Device const& device) const;
@@ -72,16 +75,16 @@ class Links {
   bool isPort(Device const& device) const;
 
  private:
-  void addDevices(JsonFile const& file);
-  void addVxlanDevices(JsonFile const& file);
-  void mergeVti(JsonAt data, std::string const& name);
+  void addDevices(JsonDocument const& file);
+  void addVxlanDevices(JsonDocument const& file);
+  void mergeVti(JsonIn data, std::string const& name);
   void numberInterfaces();
 
   bool complete_;
   std::map<std::string, Device> devices_;
   std::vector<Device const*> ordered_;
-  std::map<std::string, JsonAt> vxlanData_;                       ///< `info_data` of each VXLAN device.
-  std::map<std::string, std::pair<JsonAt, std::string>> agreed_;  ///< By key: first value, and the device that has it.
+  std::map<std::string, JsonIn> vxlanData_;                       ///< `info_data` of each VXLAN device.
+  std::map<std::string, std::pair<JsonIn, std::string>> agreed_;  ///< By key: first value, and the device that has it.
   Vti vti_;
   std::map<std::string, std::uint32_t> l3Numbers_;
 };

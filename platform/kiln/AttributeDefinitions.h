@@ -186,6 +186,20 @@ void dropOthers(Coll const& coll, JsonIn const& in, Del&& del) {
   }
 }
 
+[[noreturn]] void failKeyAgain(JsonIn const& in);
+
+/// Calls `check` for each member of `in`. Refuses a key that is no `K`, and one that is there a second time in another
+/// text.
+template <class K, class Check>
+void keysCheck(JsonIn const& in, Check check) {
+  boost::unordered_flat_set<K, Hash<K>> keys;
+  eachMember(in, [&](std::string_view text, JsonIn const& member) {
+    auto const key = keyIn<K>(text, member);
+    if (!keys.insert(key).second) failKeyAgain(member);
+    check(key, member);
+  });
+}
+
 template <class C, class K, class V, auto Coll, auto Is, auto Del>
 Attribute collection(AttributeId id, std::string_view name) {
   Attribute a{id,
@@ -207,10 +221,7 @@ Attribute collection(AttributeId id, std::string_view name) {
               nullptr};
   if constexpr (!isPtr<V>) {
     a.check = [](Dovel::Node const&, JsonIn const& in) {
-      eachMember(in, [](std::string_view text, JsonIn const& member) {
-        keyIn<K>(text, member);
-        valueIn<V>(member);
-      });
+      keysCheck<K>(in, [](K const&, JsonIn const& member) { valueIn<V>(member); });
     };
     a.fromJson = [](Dovel::Node& owner, JsonIn const& in) {
       auto& self = static_cast<C&>(owner);
@@ -244,8 +255,7 @@ Attribute entityCollection(AttributeId id, std::string_view name) {
           },
           [](Dovel::Node const& owner, JsonIn const& in) {
             auto const& map = (static_cast<C const&>(owner).*Coll)();
-            eachMember(in, [&](std::string_view text, JsonIn const& member) {
-              auto const key = keyIn<K>(text, member);
+            keysCheck<K>(in, [&](K const& key, JsonIn const& member) {
               auto const present = map.at(key);
               entityCheck(present ? *present : *Dovel::make<V>(key), member);
             });

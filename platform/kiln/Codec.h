@@ -16,7 +16,7 @@ struct ValueCodec {
   /// As in "Meshal::IpGenAddr", "u16", "bool".
   std::string_view typeName;
   void (*toJson)(void const* value, JsonOut& out);
-  /// Throws `Kiln::ValueError`; the value is then as it was. Members that the document leaves out get their defaults.
+  /// Throws `Kiln::InputError`; the value is then as it was. Members that the document leaves out get their defaults.
   void (*fromJson)(void* value, JsonIn const& in);
   /// Appends.
   void (*toText)(void const* value, std::string& out);

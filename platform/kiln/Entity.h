@@ -50,7 +50,7 @@ class RevisedEntity : public NamedEntity {
 
 /// All attributes of `entity` as one JSON object.
 void entityToJson(Entity const& entity, JsonOut& out);
-/// Throws `ValueError` unless `in` is an object that can be read into `entity`. An attribute without a setter may be
+/// Throws `InputError` unless `in` is an object that can be read into `entity`. An attribute without a setter may be
 /// named with the value that it has, so that what `entityToJson` writes can be read.
 void entityCheck(Entity const& entity, JsonIn const& in);
 /// Makes `entity` what `in` says: attributes that `in` doesn't name become what they are in a new object.

@@ -27,7 +27,7 @@ struct Attribute {
   AttributeKind kind;
   bool writable;  ///< False where there is no setter.
   void (*toJson)(Dovel::Node const& owner, JsonOut& out);
-  /// Throws `ValueError` unless `in` can be read into this attribute of `owner`; changes nothing. REQUIRES: `writable`.
+  /// Throws `InputError` unless `in` can be read into this attribute of `owner`; changes nothing. REQUIRES: `writable`.
   void (*check)(Dovel::Node const& owner, JsonIn const& in);
   /// Makes the attribute what `in` says, through the owner's setters: only differences are written. A collection ends
   /// with exactly the members of `in`. REQUIRES: `writable`, and `in` passes `check`.
