@@ -1,7 +1,5 @@
 #include "platform/kiln/Entity.h"
 
-#include <rapidjson/document.h>
-
 #include "platform/kiln/Json.h"
 
 namespace Kiln {
@@ -17,10 +15,8 @@ std::string writableNames(Type const& type) {
 }
 
 bool holds(Entity const& entity, Attribute const& attribute, JsonIn const& in) {
-  rapidjson::Document present;
-  JsonOut place(present, present.GetAllocator());
-  attribute.toJson(entity, place);
-  return present == in.value();
+  auto const present = jsonText([&](JsonOut out) { attribute.toJson(entity, out); });
+  return JsonDocument::parse(present, in.source()).json() == in.value();
 }
 
 }  // namespace

@@ -241,6 +241,7 @@ class Thrower final : public Kiln::Sm {
  private:
   std::function<void()> act;
 };
+KILN_DESCRIBE(Thrower)
 
 TEST(NotificationDeathTest, AnExceptionThatLeavesAHandlerEndsTheProcessWithTheLastTraces) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
@@ -298,6 +299,7 @@ class Early final : public Dovel::PublishingNode {
  private:
   Dovel::Ptr<Early const> former_;
 };
+KILN_DESCRIBE(Early)
 
 TEST(Node, IsNotDeletedByItsConstructor) {
   auto const before = Dovel::Node::aliveCount();

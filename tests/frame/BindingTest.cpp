@@ -107,13 +107,11 @@ TEST_F(Bindings, areTheEntitiesAtTheirPaths) {
 }
 
 TEST_F(Bindings, leaveNoPointerNullButThoseOfLaterFeatures) {
-  rapidjson::Document document;
   std::string null;
   for (auto const& attribute : w.typeData().ownAttributes()) {
     if (attribute.kind != Kiln::AttributeKind::pointer) continue;
-    Kiln::JsonOut out(document, document.GetAllocator());
-    attribute.toJson(w, out);
-    if (document.IsNull()) null.append(attribute.name).append(" ");
+    auto const json = Kiln::jsonText([&](Kiln::JsonOut out) { attribute.toJson(w, out); });
+    if (json == "null") null.append(attribute.name).append(" ");
   }
   EXPECT_EQ(null,
             "helperVni vxlanMcastTunnelHelperSm herTunnelHelperSm tesselVxlanHelperPortGroupSm "

@@ -1,10 +1,9 @@
 #pragma once
 
 #include <gmock/gmock.h>
-#include <rapidjson/prettywriter.h>
-#include <rapidjson/stringbuffer.h>
 
 #include <memory>
+#include <sstream>
 #include <string>
 #include <utility>
 
@@ -145,21 +144,26 @@ class FrameWorld {
   std::string rows() const { return AgentTest::chipText(chip(), *world_->driver); }
   /// The entities of the local store and the slice configuration, as JSON.
   std::string published() const {
-    rapidjson::Document document;
-    Kiln::JsonOut out(document, document.GetAllocator());
-    out.object();
-    auto const add = [&](std::string const& path, Dovel::Ptr<Dovel::Node> const& node) {
-      auto const entity = Dovel::cast<Kiln::Entity>(node);
-      auto place = out.member(path);
-      if (entity) Kiln::entityToJson(*entity, place);
-    };
-    for (auto const& path : stores().local->paths()) add(path, stores().local->getEntity(path));
-    std::string const slice = "hardware/tessel/tunnel/vxlan/sliceConfig";
-    add(slice, stores().stateway->getEntity(slice));
-    rapidjson::StringBuffer buffer;
-    rapidjson::PrettyWriter<rapidjson::StringBuffer> writer(buffer);
-    document.Accept(writer);
-    return buffer.GetString();
+    std::ostringstream text;
+    {
+      Kiln::JsonWriter writer(text, Kiln::JsonWriter::Layout::indented);
+      Kiln::JsonRoot root(writer);
+      auto out = root.out();
+      out.object();
+      auto const add = [&](std::string const& path, Dovel::Ptr<Dovel::Node> const& node) {
+        auto const entity = Dovel::cast<Kiln::Entity>(node);
+        auto place = out.member(path);
+        if (entity) {
+          Kiln::entityToJson(*entity, place);
+        } else {
+          place.null();
+        }
+      };
+      for (auto const& path : stores().local->paths()) add(path, stores().local->getEntity(path));
+      std::string const slice = "hardware/tessel/tunnel/vxlan/sliceConfig";
+      add(slice, stores().stateway->getEntity(slice));
+    }
+    return text.str();
   }
 
  private:

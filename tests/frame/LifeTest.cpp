@@ -92,6 +92,7 @@ class Restless final : public Kiln::Sm {
   Ptr<TesselL3Common::TesselVxlanBootStatus> boot_;
   Kiln::Watch<TesselL3Common::TesselVxlanState, &Restless::stateDispatch> state_;
 };
+KILN_DESCRIBE(Restless)
 
 TEST(Wrapper, startsOnceAlsoWhenAGateMovesInsideTheStart) {
   FrameWorld world;
@@ -135,6 +136,7 @@ class Flags final : public Kiln::Sm {
   }
   Kiln::Watch<TesselL3Common::TesselVxlanState, &Flags::stateDispatch> state_;
 };
+KILN_DESCRIBE(Flags)
 
 TEST(Wrapper, setsTheFlagsOfTheFixedRowsInOrder) {
   FrameWorld world;

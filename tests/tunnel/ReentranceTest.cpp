@@ -65,6 +65,8 @@ class AtOnce final : public Kiln::Sm {
   Kiln::Watch<Vane::HwTunnelStatus const, &AtOnce::statusDispatch> status_{*this};
   Kiln::NestedSms<Vane::TunnelKey, Entry> entries_{*this};
 };
+KILN_DESCRIBE(AtOnce)
+KILN_DESCRIBE(AtOnce::Entry)
 
 /// A subscriber that acts on the stack of a status, for both types at each moment.
 class Reentrance : public Tunnels {
