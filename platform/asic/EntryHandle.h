@@ -41,7 +41,7 @@ class EntryHandle : public Dovel::Node {
 
  protected:
   enum class Kind : std::uint8_t { strong, weak, dontCare };
-  explicit EntryHandle(Kind kind) noexcept : kind_(kind) {}
+  explicit EntryHandle(Kind kind) noexcept : Node(kind == Kind::dontCare ? 1 : 0), kind_(kind) {}
 
  private:
   Kind kind_;

@@ -68,7 +68,9 @@ class Node {
   static void operator delete(void* memory, std::size_t size) { Scree::slabFreeOrStdFree(memory, size); }
 
  protected:
-  Node() noexcept { ++alive_; }
+  Node() noexcept : Node(1) {}
+  /// For a node that is part of another object: that object has no reference to it, so `references` is 0.
+  explicit Node(std::uint32_t references) noexcept : word_(references) { ++alive_; }
   virtual ~Node() { --alive_; }
 
   /// Runs once, when the last reference was released and the object is still whole.
@@ -94,7 +96,7 @@ class Node {
   void lastUserGoneImpl() const noexcept;
   std::uint32_t word() const noexcept { return std::atomic_ref(word_).load(std::memory_order_relaxed); }
 
-  mutable std::uint32_t word_ = 1;
+  mutable std::uint32_t word_;
   inline static std::size_t alive_ = 0;
 };
 
