@@ -346,6 +346,7 @@ class Fickle final : public Kiln::Sm {
   int heard = 0;
   std::optional<Kiln::Watch<Site, &Fickle::siteDispatch>> first{*this}, second{*this};
 };
+KILN_DESCRIBE(Fickle)
 
 TEST_F(Objects, AWatchMayEndBeforeItsStateMachine) {
   watcher = nullptr;
