@@ -27,21 +27,19 @@ TableLink tableLink() {
 
 template <class Table, class K, class E>
 Dovel::Ptr<StoreBase> KeyedStore<Table, K, E>::makeStore(Chip& chip, UnitId) {
-  TableSpec tableShape{Table::kilnType(), Table::reservedRows, {}};
+  TableSpec spec{Table::kilnType(), Table::reservedRows, {}};
   auto const names = partNames<Table>();
   forEachPart([&](std::size_t part, auto const& of) {
     using PartEntry = std::remove_cvref_t<decltype(of(std::declval<E const&>()))>;
-    tableShape.parts.push_back(
-        Row::layoutOf<PartEntry>(names.empty() ? shortName(Table::kilnType().name()) : names[part]));
+    spec.parts.push_back(Row::layoutOf<PartEntry>(names.empty() ? shortName(Table::kilnType().name()) : names[part]));
   });
-  return Dovel::make<KeyedStore>(chip, tableShape);
+  return Dovel::make<KeyedStore>(chip, spec);
 }
 
 template <class Table, class E>
 Dovel::Ptr<StoreBase> BlockStore<Table, E>::makeStore(Chip& chip, UnitId) {
-  TableSpec const tableShape{
-      Table::kilnType(), Table::reservedRows, {Row::layoutOf<E>(shortName(Table::kilnType().name()))}};
-  return Dovel::make<BlockStore>(chip, tableShape);
+  TableSpec const spec{Table::kilnType(), Table::reservedRows, {Row::layoutOf<E>(shortName(Table::kilnType().name()))}};
+  return Dovel::make<BlockStore>(chip, spec);
 }
 
 }  // namespace Asic

@@ -28,7 +28,7 @@ bool isRowOfHandle(std::string_view field) { return field == "tunnelIndex" || fi
 std::string nameOf(EntryHandle const& target) {
   auto const* record = target.record();
   if (!record) return fmt::format("row {}", target.dontCareIndex().value());
-  return fmt::format("{}{}[{}]", record->goneBy ? "gone " : "", target.tableName(), target.keyText());
+  return fmt::format("{}{}[{}]", record->expired ? "gone " : "", target.tableName(), target.keyText());
 }
 
 /// Rows of the chip's tables that entries account for.
