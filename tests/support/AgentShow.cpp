@@ -117,11 +117,6 @@ class ChipText {
       accounted_[report.name];
     }
     for (auto const& [store, parts] : parts_) {
-      // Outgoing interfaces are made with their first use and stay: they tell of the past.
-      if (store->name() == "EgrL3Oif2") {
-        accounted_.erase("EgrL3Oif2");
-        continue;
-      }
       lines_[std::string(store->name())];
       store->forEachEntry([&, store = store](EntryView const& entry) { add(*store, entry); });
     }
