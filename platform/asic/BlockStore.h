@@ -47,8 +47,7 @@ class BlockStore final : public StoreBase {
   /// The returned handle is a reference to the block. `former` is what it replaces for the caller, null for nothing:
   /// if nothing else refers to that block and its rows suffice, they become the new block's.
   EntryHandle::PtrConst ref(Block const& block, EntryHandle::PtrConst const& former) {
-    if (auto const found = records_.find(block); found != records_.end())
-      return EntryHandle::PtrConst(&(*found)->strong());
+    if (auto const found = records_.find(block); found != records_.end()) return refAgain(**found);
     auto* const replaced = replaceable(former);
     auto* const record = ::new (Scree::slabAllocOrStdMalloc(sizeof(Record))) Record(*this, block);
     records_.insert(record);
@@ -105,6 +104,15 @@ class BlockStore final : public StoreBase {
     }
   };
 
+  /// A reference to a block that exists, which is sent again if the chip refused it.
+  EntryHandle::PtrConst refAgain(Record& record) {
+    EntryHandle::PtrConst handle(&record.strong());
+    if (!record.sent && record.hasRow()) {
+      WriteResponseFn none;
+      finishWrite(record, sendAll(record), none);
+    }
+    return handle;
+  }
   /// The block of `former` if the caller's reference is the only one.
   Record* replaceable(EntryHandle::PtrConst const& former) {
     auto* const record = former ? former->record() : nullptr;

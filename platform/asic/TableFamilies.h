@@ -120,7 +120,8 @@ class BlockTable : public SwTable {
 
   using SwTable::SwTable;
 
-  /// A reference to the block of these members, which is written if it doesn't exist yet. Never null.
+  /// A reference to the block of these members, which is written if it doesn't exist yet or the chip refused it before.
+  /// Never null.
   ///
   /// `former` is the handle that the caller is going to replace by the returned one, null if there is none. The new
   /// block then keeps the place of the former one: it takes over its rows if nothing else refers to them and they

@@ -144,6 +144,19 @@ TEST_P(Queue, GroupThatWaitsKeepsItsPlaceToo) {
   EXPECT_EQ(rowsOf(4), "8+2");
 }
 
+TEST_P(Queue, BlockThatTheChipRefusedIsSentAgainWithTheNextReference) {
+  world.sim->refuseNth(2, EntryState::failed);
+  auto const first = block(3, 10);
+  world.take();
+  EXPECT_EQ(first->state(), EntryState::failed);
+  auto const writes = world.chip->writes();
+  auto const again = block(3, 10);
+  world.take();
+  EXPECT_EQ(again->state(), EntryState::written);
+  block(3, 10);
+  EXPECT_EQ(world.chip->writes(), writes + 3);
+}
+
 TEST_P(Queue, SharedBlockStaysWithItsOtherUser) {
   group(1, 8, 100);
   group(2, 8, 100);
