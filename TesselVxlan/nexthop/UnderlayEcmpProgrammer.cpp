@@ -85,7 +85,8 @@ NextHopTableProgrammerBase::Handle UnderlayEcmpProgrammer::memberBlock(
     block.entryIs(entryNum++, member);
   }
   INVARIANT(entryNum >= 1);
-  auto ecmpBlockHandle = ecmpMember1Table()->entryBlockRef(block);
+  auto const groupKey = L3AdjIdKey::l3Underlay(tunnelConfigEntry.nextHopEntryList()->adjId());
+  auto ecmpBlockHandle = ecmpMember1Table()->entryBlockRef(block, ecmpGroup1Table()->entry(groupKey).memberBlockHandle);
   INVARIANT(ecmpBlockHandle);
   return ecmpBlockHandle;
 }

@@ -4,7 +4,7 @@
 
 namespace Asic {
 
-/// An ordered array of members, built on the stack and handed to a block table.
+/// An ordered array of members, built on the stack and passed to a block table.
 template <class E>
 class EntryBlock {
  public:
@@ -28,7 +28,7 @@ class EntryBlock {
   Members members_;
 };
 
-/// Blocks of consecutive rows. A block is known by its contents: equal members give the block that stands.
+/// Blocks of consecutive rows. A block is identified by its contents: equal members are the same block.
 template <class Table, class E>
 class BlockStore final : public StoreBase {
  public:
@@ -36,23 +36,34 @@ class BlockStore final : public StoreBase {
   struct Record final : RecordBase {
     Record(StoreBase& store, Block const& block) : RecordBase(store), key(block) {}
     Block key;
+    RowRange surplus;  ///< Rows that it still owns though it is displaced.
   };
 
-  BlockStore(Chip& chip, TableSpec const& tableShape) : StoreBase(chip, tableShape) {}
+  BlockStore(Chip& chip, TableSpec const& spec) : StoreBase(chip, spec) {}
   /// How the table's entries become rows. Defined by TableDefinitions.h.
   static TableSpec tableSpec();
 
   std::size_t entrys() const override { return records_.size(); }
-  /// The handle that is returned is a use of the block.
-  EntryHandle::PtrConst ref(Block const& block) {
-    if (auto const found = records_.find(block); found != records_.end())
-      return EntryHandle::PtrConst(&(*found)->strong());
+  /// The returned handle is a reference to the block. `former` is what it replaces for the caller, null for nothing:
+  /// if nothing else refers to that block and its rows suffice, they become the new block's.
+  EntryHandle::PtrConst ref(Block const& block, EntryHandle::PtrConst const& former) {
+    if (auto const found = records_.find(block); found != records_.end()) return refAgain(**found);
+    auto* const replaced = replaceable(former);
     auto* const record = ::new (Scree::slabAllocOrStdMalloc(sizeof(Record))) Record(*this, block);
     records_.insert(record);
     EntryHandle::PtrConst handle(&record->strong());
-    usesTake(*record);
-    rowTake(*record, length(*record));
-    conclude(*record, record->hasRow() ? sendAll(*record) : EntryState::full, {});
+    storeMembers(*record);
+    WriteResponseFn none;
+    if (replaced && replaced->hasRow() && length(*record) <= length(*replaced)) {
+      takeOver(*record, *replaced);
+      finishWrite(*record, sendReplacing(*record, *replaced), none);
+    } else {
+      record->replaces = former && former->row();
+      allocateRows(*record);
+      if (replaced) inheritPlace(*record, *replaced);
+      finishWrite(*record, record->hasRow() ? sendAll(*record) : EntryState::full, none);
+      if (replaced) retryWaiting();
+    }
     return handle;
   }
   /// Null if there is no block of those members.
@@ -61,11 +72,16 @@ class BlockStore final : public StoreBase {
     return found == records_.end() ? nullptr : EntryHandle::PtrConst(&(*found)->weak());
   }
   void removeAll() override {
-    std::vector<Record*> const all(records_.begin(), records_.end());
-    for (auto* record : all) keyRemoved(*record);
+    std::vector<EntryHandle::PtrConst> all;
+    for (auto const* record : records_) all.emplace_back(&record->weak());
+    for (auto const& handle : all) {
+      if (handle->record()->keyed) removeKey(*handle->record());
+    }
   }
 
-  void forEachEntry(Kiln::FunctionRef<void(EntryView const&)> show) const override { showSorted(records_, show); }
+  void forEachEntry(Kiln::FunctionRef<void(EntryView const&)> show) const override {
+    showSorted({records_.begin(), records_.end()}, show);
+  }
   /// The text of the members' handles in brackets.
   void keyText(RecordBase const& record, std::string& out) const override;
   void showFields(RecordBase const& record, FieldVisitor& visitor) const override;
@@ -88,31 +104,62 @@ class BlockStore final : public StoreBase {
     }
   };
 
-  void usesTake(Record& record) {
+  /// A reference to a block that exists, which is sent again if the chip refused it.
+  EntryHandle::PtrConst refAgain(Record& record) {
+    EntryHandle::PtrConst handle(&record.strong());
+    if (!record.sent && record.hasRow()) {
+      WriteResponseFn none;
+      finishWrite(record, sendAll(record), none);
+    }
+    return handle;
+  }
+  /// The block of `former` if the caller's reference is the only one.
+  Record* replaceable(EntryHandle::PtrConst const& former) {
+    auto* const record = former ? former->record() : nullptr;
+    if (!record || &record->store() != this || !record->keyed || record->strong().useCount() != 1) return nullptr;
+    return &typed(*record);
+  }
+  // What is left over stays with the former block until its holder has let go of it: up to then the chip may use it.
+  void takeOver(Record& record, Record& former) {
+    record.row = former.row;
+    former.surplus = {former.row + length(record), length(former) - length(record)};
+    displace(former);
+  }
+  void storeMembers(Record& record) {
     for (auto& member : record.key.members()) {
-      if (!Row::takeUses(member)) continue;
-      Row::forEachHandle(member, [&](EntryHandle::PtrConst const& handle) {
-        auto* const target = handle ? handle->record() : nullptr;
-        if (target && !target->goneBy && !target->hasRow()) dependOn(*target, record);
-      });
+      Row::markPresent(member);
+      if (!Row::takeReferences(member)) continue;
+      Row::forEachRowless(member, [&](RecordBase& target) { addDependant(target, record); });
     }
   }
-  EntryState sendAll(RecordBase& record) override { return send(typed(record), nullptr); }
-  EntryState sendSince(RecordBase& record, RecordBase const& target) override {
-    return send(typed(record), record.sent ? &target : nullptr);
+  EntryState sendAll(RecordBase& record) override {
+    return send(typed(record), [](std::size_t, auto const&) { return true; });
   }
-  /// Sends all members, or those that hold `target`.
-  EntryState send(Record& record, RecordBase const* target) {
-    auto row = record.row;
-    for (auto const& member : record.key.members()) {
-      Row::Words<E> words;
-      Row::Words<E> before;
-      Row::encode(member, words);
-      Row::encode(member, before, target);
-      if (!target || words != before) {
-        if (auto const outcome = rowWrite(record, 0, row, words); outcome != EntryState::written) return outcome;
-      }
-      ++row;
+  EntryState sendSince(RecordBase& base, RecordBase const& target) override {
+    auto& record = typed(base);
+    return send(record, [&](std::size_t i, auto const& words) {
+      return !record.sent || words != encoded(record.key.entry(i), &target);
+    });
+  }
+  /// Sends the members that differ from those of `former`, whose rows these were.
+  EntryState sendReplacing(Record& record, Record const& former) {
+    return send(record, [&](std::size_t i, auto const& words) {
+      return !former.sent || words != encoded(former.key.entry(i), nullptr);
+    });
+  }
+  static Row::Words<E> encoded(E const& member, RecordBase const* rowless) {
+    Row::Words<E> words;
+    Row::encode(member, words, rowless);
+    return words;
+  }
+  /// Sends the members for which `differs(number of the member, its words)`.
+  template <class Differs>
+  EntryState send(Record& record, Differs const& differs) {
+    for (std::uint32_t i = 0; i < record.key.size(); ++i) {
+      auto const words = encoded(record.key.entry(i), nullptr);
+      if (!differs(i, words)) continue;
+      if (auto const outcome = writeRow(record, 0, record.row + i, words); outcome != EntryState::written)
+        return outcome;
     }
     return EntryState::written;
   }
@@ -120,20 +167,22 @@ class BlockStore final : public StoreBase {
   std::uint32_t length(RecordBase const& record) const override {
     return static_cast<std::uint32_t>(typed(record).key.size());
   }
-  void keyErase(RecordBase& record) override { records_.erase(records_.find(typed(record).key)); }
-  // Its contents are its key, which has been taken out by now.
-  void contentsDrop(RecordBase& base) override {
+  RowRange surplusRows(RecordBase const& record) const override { return typed(record).surplus; }
+  bool refersToRowless(RecordBase const& record) const override {
+    auto const& members = typed(record).key.members();
+    return std::any_of(members.begin(), members.end(), [](E const& member) { return Row::refersToRowless(member); });
+  }
+  void eraseKey(RecordBase& record) override { records_.erase(records_.find(typed(record).key)); }
+  // The members are the key, which was erased before.
+  void dropContents(RecordBase& base) override {
     auto& record = typed(base);
     Block const former(std::move(record.key));
     if (!record.dependant) return;
-    for (auto const& member : former.members()) {
-      Row::forEachHandle(member, [&](EntryHandle::PtrConst const& handle) {
-        if (auto* const target = handle ? handle->record() : nullptr) dependOff(*target, record);
-      });
-    }
+    for (auto const& member : former.members())
+      Row::forEachTarget(member, [&](RecordBase& target) { removeDependant(target, record); });
     record.dependant = false;
   }
-  void recordFree(RecordBase& record) override {
+  void freeRecord(RecordBase& record) override {
     typed(record).~Record();
     Scree::slabFreeOrStdFree(&typed(record), sizeof(Record));
   }

@@ -14,28 +14,31 @@ Chip::Chip(Dovel::Ptr<ChipProfile const> profile, std::unique_ptr<ChipDriver> dr
 
 Chip::~Chip() {
   stop();
-  // Stores hold uses of each other's entries: all learn that the chip has gone before the first gives up an entry's
-  // row.
+  // Stores refer to each other's entries: none may write for another that has been emptied already.
   for (auto& [key, store] : stores_) store->chipGone();
   for (auto& [key, store] : stores_) store->removeAll();
 }
 
+// A response may do anything: write, deliver, stop the chip, release the last reference to it.
 std::size_t Chip::deliver() {
+  Dovel::Ptr<Chip> const alive(this);
+  auto const last = lastWrite_;
   std::size_t delivered = 0;
-  for (auto left = queue_.size() - head_; left > 0; --left) delivered += deliverFront() ? 1 : 0;
+  while (head_ < queue_.size() && !isLater(queue_[head_].number, last)) delivered += deliverFront() ? 1 : 0;
   return delivered;
 }
 
 bool Chip::deliverOne() {
+  Dovel::Ptr<Chip> const alive(this);
   while (head_ < queue_.size()) {
     if (deliverFront()) return true;
   }
   return false;
 }
 
-// A response may write, and so the queue may grow while an outcome is delivered: it is taken out first.
+// The outcome is taken out first: the queue may change while it is delivered.
 bool Chip::deliverFront() {
-  auto const outcome = std::move(queue_[head_]);
+  auto outcome = std::move(queue_[head_]);
   if (++head_ == queue_.size()) {
     queue_.clear();
     head_ = 0;
@@ -44,7 +47,7 @@ bool Chip::deliverFront() {
     head_ = 0;
   }
   if (!holds_.empty() && isHeld(outcome)) {
-    held_.push_back(outcome);
+    held_.push_back(std::move(outcome));
     return false;
   }
   settle(outcome);
@@ -73,18 +76,19 @@ void Chip::release() {
   release(std::string_view());
 }
 
+// Destroying a response may do what calling one may: all are taken out before the first is destroyed.
 void Chip::stop() {
-  // Destroying a response may destroy an object that drops entries, which may not find the queue half gone.
   auto const queue = std::exchange(queue_, {});
   auto const held = std::exchange(held_, {});
   for (auto at = std::exchange(head_, 0); at < queue.size(); ++at) settle(queue[at]);
   for (auto const& outcome : held) settle(outcome);
-  for (auto& [key, store] : stores_) store->responsesDrop();
+  std::vector<WriteResponseFn> responses;
+  for (auto& [key, store] : stores_) store->takeResponses(responses);
 }
 
 void Chip::settle(Outcome const& outcome) {
   auto& record = *outcome.entry->record();
-  if (record.lastWrite == outcome.number && !record.goneBy) record.state = outcome.state;
+  if (record.lastWrite == outcome.number && !record.expired) record.state = outcome.state;
 }
 
 std::vector<StoreBase const*> Chip::stores() const {
@@ -120,7 +124,7 @@ Dovel::Ptr<StoreBase> const& Chip::storeOf(Kiln::Type const& table, UnitId unit,
   return stores_.emplace_back(key, make(*this, unit)).second;
 }
 
-void Chip::outcomeIs(RecordBase& record, EntryState outcome, WriteResponseFn const& response) {
+void Chip::outcomeIs(RecordBase& record, EntryState outcome, WriteResponseFn response) {
   record.lastWrite = ++lastWrite_;
   if (completion_ == Completion::direct) {
     record.state = outcome;
@@ -128,26 +132,25 @@ void Chip::outcomeIs(RecordBase& record, EntryState outcome, WriteResponseFn con
   } else {
     record.state = EntryState::inProgress;
   }
-  queue_.push_back({EntryHandle::PtrConst(&record.weak()), response, lastWrite_, outcome});
+  queue_.push_back({EntryHandle::PtrConst(&record.weak()), std::move(response), lastWrite_, outcome});
 }
 
 void Chip::dependantIs(RecordBase& target, RecordBase& dependant) {
-  auto& all = dependants_[&target];
-  if (std::find(all.begin(), all.end(), &dependant) == all.end()) all.push_back(&dependant);
+  dependants_.try_emplace({&target, &dependant}, ++lastDependant_);
 }
 
-void Chip::dependantDel(RecordBase& target, RecordBase& dependant) {
-  auto const found = dependants_.find(&target);
-  if (found == dependants_.end()) return;
-  std::erase(found->second, &dependant);
-  if (found->second.empty()) dependants_.erase(found);
-}
+void Chip::dependantDel(RecordBase& target, RecordBase& dependant) { dependants_.erase({&target, &dependant}); }
 
 std::vector<RecordBase*> Chip::dependantsTake(RecordBase& target) {
-  auto const found = dependants_.find(&target);
-  if (found == dependants_.end()) return {};
-  auto taken = std::move(found->second);
-  dependants_.erase(found);
+  auto const first = dependants_.lower_bound({&target, nullptr});
+  auto last = first;
+  std::vector<std::pair<std::uint64_t, RecordBase*>> byAge;
+  for (; last != dependants_.end() && last->first.first == &target; ++last)
+    byAge.emplace_back(last->second, last->first.second);
+  dependants_.erase(first, last);
+  std::sort(byAge.begin(), byAge.end());
+  std::vector<RecordBase*> taken;
+  for (auto const& [age, dependant] : byAge) taken.push_back(dependant);
   return taken;
 }
 

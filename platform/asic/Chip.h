@@ -14,26 +14,26 @@ namespace Asic {
 
 class StoreBase;
 
-/// What has gone to one chip table, for show and for tests.
+/// Counters of one chip table, for show and for tests.
 struct ChipTableReport {
-  std::string name;  ///< Of the chip's table: a part of a merged table stands by itself.
+  std::string name;  ///< Of the chip's table: each part of a merged table has a report.
   std::uint32_t base = 0;
   std::uint32_t rows = 0;
-  std::uint32_t used = 0;  ///< Rows that are given out.
+  std::uint32_t used = 0;  ///< Allocated rows.
   std::uint64_t writes = 0;
   std::uint64_t clears = 0;
   std::uint64_t refused = 0;  ///< Writes that the chip refused, and entries that found no row.
   StoreBase const* store = nullptr;
 };
 
-/// A chip with its software tables: the stores by table class and unit, the driver, and the answers that wait for the
-/// loop.
+/// A chip with its software tables: the stores by table class and unit, the driver, and the outcomes to be delivered.
 ///
 /// Outcomes of writes are queued in the order of the writes; the host's loop delivers them, and responses run then and
 /// never inside a write. With direct completion an entry's state is final when the write returns and only responses are
-/// queued; with deferred completion the outcome shows when it is delivered.
-/// The chip outlives its stop: entries stay until they are removed or the chip goes. Main thread only. Writes that a
-/// response makes are queued behind.
+/// queued; with deferred completion the state changes when the outcome is delivered. The last state that an entry's
+/// response is called with is the entry's state, also where the table wrote the entry again on its own.
+/// After `stop` entries exist until they are removed or the chip is destroyed. Main thread only. What a response writes
+/// is queued behind; a response may also deliver, stop the chip and release the last reference to it.
 class Chip final : public Dovel::Node {
   KILN_BASE_TYPE(Asic::Chip)
 
@@ -46,20 +46,20 @@ class Chip final : public Dovel::Node {
   ChipDriver& driver() const { return *driver_; }
   Completion completion() const { return completion_; }
 
-  /// Delivers what is queued now, in order; gives how many. What these cause is left for the next call.
+  /// Delivers what is queued now, in order; returns how many. What these cause is left for the next call.
   std::size_t deliver();
   /// Delivers the oldest; false if there was none that is not held.
   bool deliverOne();
   /// Outcomes not delivered yet, held ones too.
   std::size_t pending() const { return queue_.size() - head_ + held_.size(); }
 
-  /// Keeps back the outcomes of a table, by its name without namespace, until the release. Others pass them.
+  /// Holds back the outcomes of a table, by its name without namespace, until the release. Others overtake them.
   void hold(std::string_view table);
   void release(std::string_view table);
   /// Of all tables.
   void release();
 
-  /// Drops every response that was not delivered: after this no table keeps alive who wrote to it.
+  /// Drops every response: after this no pending response keeps a programmer alive.
   void stop();
 
   /// The stores in order of bring-up.
@@ -73,15 +73,15 @@ class Chip final : public Dovel::Node {
 
   // For the table library.
   using MakeStore = Dovel::Ptr<StoreBase> (*)(Chip& chip, UnitId unit);
-  /// The store of a table class and unit; made by the first who asks.
+  /// The store of a table class and unit; created by the first call.
   Dovel::Ptr<StoreBase> const& storeOf(Kiln::Type const& table, UnitId unit, MakeStore make);
   TableId newTableId() { return nextTable_++; }
   /// Takes the outcome of a write of `record`.
-  void outcomeIs(RecordBase& record, EntryState outcome, WriteResponseFn const& response);
+  void outcomeIs(RecordBase& record, EntryState outcome, WriteResponseFn response);
   /// `dependant` stores a handle of `target`, which has no row.
   void dependantIs(RecordBase& target, RecordBase& dependant);
   void dependantDel(RecordBase& target, RecordBase& dependant);
-  /// Those who wait for the row of `target`; they are forgotten by this call.
+  /// The dependants of `target` in order of registration, which are unregistered.
   std::vector<RecordBase*> dependantsTake(RecordBase& target);
 
  private:
@@ -94,6 +94,8 @@ class Chip final : public Dovel::Node {
 
   static constexpr std::size_t kCompactAt = 256;
 
+  /// Whether write `a` was made after write `b`, the numbers of which may have wrapped.
+  static bool isLater(std::uint32_t a, std::uint32_t b) { return static_cast<std::int32_t>(a - b) > 0; }
   /// False if the front of the queue is held.
   bool deliverFront();
   static void settle(Outcome const& outcome);
@@ -109,7 +111,8 @@ class Chip final : public Dovel::Node {
   std::vector<Outcome> held_;
   std::vector<std::string> holds_;
   std::uint32_t lastWrite_ = 0;
-  std::map<RecordBase*, std::vector<RecordBase*>> dependants_;
+  std::map<std::pair<RecordBase*, RecordBase*>, std::uint64_t> dependants_;  ///< Target and dependant; by age.
+  std::uint64_t lastDependant_ = 0;
 };
 
 }  // namespace Asic

@@ -35,7 +35,7 @@ EntryState EntryHandle::state() const {
 
 bool EntryHandle::gone() const {
   auto const* of = record();
-  return of && of->goneBy;
+  return of && of->expired;
 }
 
 std::optional<Index> EntryHandle::row() const {

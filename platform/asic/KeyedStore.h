@@ -27,12 +27,11 @@ struct RecordSet {
   using type = boost::unordered_flat_set<Record*, KeyHash, KeyEqual>;
 };
 
-/// Shows the records of `set` in the order of their keys' text.
-template <class Set>
-void showSorted(Set const& set, Kiln::FunctionRef<void(EntryView const&)> show) {
+/// Shows records in the order of their keys' text.
+inline void showSorted(std::vector<RecordBase const*> const& records, Kiln::FunctionRef<void(EntryView const&)> show) {
   std::vector<std::pair<std::string, RecordBase const*>> order;
-  for (auto const* record : set) order.emplace_back(EntryView(*record).key(), record);
-  std::sort(order.begin(), order.end());
+  for (auto const* record : records) order.emplace_back(EntryView(*record).key(), record);
+  std::stable_sort(order.begin(), order.end(), [](auto const& a, auto const& b) { return a.first < b.first; });
   for (auto const& [key, record] : order) show(EntryView(*record));
 }
 
@@ -46,121 +45,141 @@ class KeyedStore final : public StoreBase {
     E entry{};
   };
 
-  KeyedStore(Chip& chip, TableSpec const& tableShape) : StoreBase(chip, tableShape) { records_.reserve(capacity()); }
+  KeyedStore(Chip& chip, TableSpec const& spec) : StoreBase(chip, spec) { records_.reserve(capacity()); }
   /// How the table's entries become rows. Defined by TableDefinitions.h.
   static TableSpec tableSpec();
 
-  std::size_t entrys() const override { return records_.size(); }
+  std::size_t entrys() const override { return records_.size() + fixed_.size(); }
+  /// The entry that an ordinary write of `key` made, otherwise the one at a fixed row; null if there is none.
   Record* find(K const& key) const {
-    if (last_ && last_->key == key) return last_;
-    auto const found = records_.find(key);
-    if (found == records_.end()) return nullptr;
-    last_ = *found;
-    return last_;
+    if (auto* const ordinary = findOrdinary(key)) return ordinary;
+    return fixed_.empty() ? nullptr : lookUp(fixed_, key);
   }
 
-  /// Writes the entry of `key` in place, or makes it; the handle that is returned is a use of it.
+  /// Inserts the entry of `key`, or replaces it in place; the returned handle is a reference to it.
   EntryHandle::PtrConst ref(K const& key, E const& entry) {
-    if (auto* const present = find(key)) {
+    if (auto* const present = findOrdinary(key)) {
       EntryHandle::PtrConst handle(&present->strong());
       rewrite(*present, entry);
       return handle;
     }
     auto& record = make(key);
     EntryHandle::PtrConst handle(&record.strong());
-    rowTake(record, 1);
+    allocateRows(record);
     firstWrite(record, entry);
     return handle;
   }
-  /// The same, pinned; the handle that is returned is weak.
+  /// The same, pinned; the returned handle is weak.
   EntryHandle::PtrConst commit(K const& key, E const& entry) {
-    auto* record = find(key);
-    if (record) {
-      recordPin(*record);
-      rewrite(*record, entry);
-    } else {
-      record = &make(key);
-      recordPin(*record);
-      rowTake(*record, 1);
-      firstWrite(*record, entry);
-    }
-    return EntryHandle::PtrConst(&record->weak());
+    if (auto* const present = findOrdinary(key)) return rewritePinned(*present, entry);
+    auto& record = make(key);
+    pin(record);
+    allocateRows(record);
+    return firstWritePinned(record, entry);
   }
   /// The same at a given row.
   EntryHandle::PtrConst commitAt(Index index, K const& key, E const& entry) {
-    auto* record = find(key);
-    if (record) {
-      INVARIANT(record->fixedRow && (!record->hasRow() || record->row == index.value()));
-      recordPin(*record);
-      rewrite(*record, entry);
-    } else {
-      record = &make(key);
-      recordPin(*record);
-      rowTakeAt(*record, index);
-      firstWrite(*record, entry);
+    if (auto* const present = lookUp(fixed_, key)) {
+      INVARIANT(!present->hasRow() || present->row == index.value());
+      return rewritePinned(*present, entry);
     }
-    return EntryHandle::PtrConst(&record->weak());
+    auto& record = newRecord(key);
+    fixed_.insert(&record);
+    pin(record);
+    allocateFixedRow(record, index);
+    return firstWritePinned(record, entry);
   }
   void remove(K const& key) {
-    if (auto* const record = find(key)) keyRemoved(*record);
+    if (auto* const record = find(key)) removeKey(*record);
   }
+  // Weak handles: removing one entry may be the end of another.
   void removeAll() override {
-    std::vector<Record*> all(records_.begin(), records_.end());
-    std::sort(all.begin(), all.end(), [](auto const* a, auto const* b) { return a->row < b->row; });
-    for (auto* record : all) keyRemoved(*record);
+    std::vector<Record*> order(records_.begin(), records_.end());
+    order.insert(order.end(), fixed_.begin(), fixed_.end());
+    std::sort(order.begin(), order.end(), [](auto const* a, auto const* b) { return a->row < b->row; });
+    std::vector<EntryHandle::PtrConst> handles;
+    handles.reserve(order.size());
+    for (auto const* record : order) handles.emplace_back(&record->weak());
+    for (auto const& handle : handles) {
+      if (handle->record()->keyed) removeKey(*handle->record());
+    }
   }
 
-  void forEachEntry(Kiln::FunctionRef<void(EntryView const&)> show) const override { showSorted(records_, show); }
+  void forEachEntry(Kiln::FunctionRef<void(EntryView const&)> show) const override {
+    std::vector<RecordBase const*> all(records_.begin(), records_.end());
+    all.insert(all.end(), fixed_.begin(), fixed_.end());
+    showSorted(all, show);
+  }
   void keyText(RecordBase const& record, std::string& out) const override { Kiln::writeText(out, typed(record).key); }
   void showFields(RecordBase const& record, FieldVisitor& visitor) const override {
     Row::show(typed(record).entry, visitor);
   }
 
  private:
+  using Records = typename RecordSet<Record, K, Kiln::Hash<K>, std::equal_to<K>>::type;
+
   static Record& typed(RecordBase& record) { return static_cast<Record&>(record); }
   static Record const& typed(RecordBase const& record) { return static_cast<Record const&>(record); }
 
+  static Record* lookUp(Records const& records, K const& key) {
+    auto const found = records.find(key);
+    return found == records.end() ? nullptr : *found;
+  }
+  Record* findOrdinary(K const& key) const {
+    if (last_ && last_->key == key) return last_;
+    auto* const found = lookUp(records_, key);
+    if (found) last_ = found;
+    return found;
+  }
+  Record& newRecord(K const& key) { return *::new (Scree::slabAllocOrStdMalloc(sizeof(Record))) Record(*this, key); }
   Record& make(K const& key) {
-    last_ = ::new (Scree::slabAllocOrStdMalloc(sizeof(Record))) Record(*this, key);
+    last_ = &newRecord(key);
     records_.insert(last_);
     return *last_;
   }
+
   void firstWrite(Record& record, E const& entry) {
-    contentsIs(record, E(entry));
-    conclude(record, record.hasRow() ? sendAll(record) : EntryState::full, responseOf(entry));
+    record.entry = entry;
+    auto response = contentsStored(record);
+    finishWrite(record, record.hasRow() ? sendAll(record) : EntryState::full, response);
   }
-  // Uses of the former contents are dropped last, when the chip no longer has them.
+  // The handles of the former contents are dropped last, when the chip no longer has their numbers. `entry` may be the
+  // record's own.
   void rewrite(Record& record, E const& entry) {
-    E former(std::move(record.entry));
-    if (record.dependant) contentsForget(record, former);
-    contentsIs(record, E(entry));
-    auto const outcome = record.hasRow() ? sendChanges(record, former, nullptr) : EntryState::full;
-    conclude(record, outcome, responseOf(entry));
+    E former(entry);
+    std::swap(former, record.entry);
+    if (record.dependant) forgetTargets(record, former);
+    auto response = contentsStored(record);
+    finishWrite(record, record.hasRow() ? sendChanges(record, former, nullptr) : EntryState::full, response);
   }
-  void contentsIs(Record& record, E&& entry) {
-    record.entry = std::move(entry);
-    if constexpr (requires { record.entry.writeResponse; }) record.entry.writeResponse = {};
-    auto const rowless = Row::takeUses(record.entry);
+  // The handle is taken first: a former response may remove the entry when it is destroyed.
+  EntryHandle::PtrConst firstWritePinned(Record& record, E const& entry) {
+    EntryHandle::PtrConst handle(&record.weak());
+    firstWrite(record, entry);
+    if (!hasChip()) [[unlikely]]
+      removeKey(record);
+    return handle;
+  }
+  EntryHandle::PtrConst rewritePinned(Record& record, E const& entry) {
+    EntryHandle::PtrConst handle(&record.weak());
+    if (hasChip()) pin(record);
+    rewrite(record, entry);
+    return handle;
+  }
+  /// Makes new contents the record's own: its handles become references, and its response is returned instead of kept.
+  WriteResponseFn contentsStored(Record& record) {
+    WriteResponseFn response;
+    if constexpr (requires { record.entry.writeResponse; }) response = std::move(record.entry.writeResponse);
+    Row::markPresent(record.entry);
+    auto const rowless = Row::takeReferences(record.entry);
     fill(record.entry);
-    if (rowless) [[unlikely]] {
-      Row::forEachHandle(record.entry, [&](EntryHandle::PtrConst const& handle) {
-        auto* const target = handle ? handle->record() : nullptr;
-        if (target && !target->goneBy && !target->hasRow()) dependOn(*target, record);
-      });
-    }
+    if (rowless) [[unlikely]]
+      Row::forEachRowless(record.entry, [&](RecordBase& target) { addDependant(target, record); });
+    return response;
   }
-  void contentsForget(Record& record, E const& entry) {
-    Row::forEachHandle(entry, [&](EntryHandle::PtrConst const& handle) {
-      if (auto* const target = handle ? handle->record() : nullptr) dependOff(*target, record);
-    });
+  void forgetTargets(Record& record, E const& entry) {
+    Row::forEachTarget(entry, [&](RecordBase& target) { removeDependant(target, record); });
     record.dependant = false;
-  }
-  static WriteResponseFn responseOf(E const& entry) {
-    if constexpr (requires { entry.writeResponse; }) {
-      return entry.writeResponse;
-    } else {
-      return {};
-    }
   }
   static void fill(E& entry) {
     if constexpr (requires { Table::fill(entry); }) Table::fill(entry);
@@ -191,7 +210,7 @@ class KeyedStore final : public StoreBase {
       using PartEntry = std::remove_cvref_t<decltype(of(record.entry))>;
       Row::Words<PartEntry> words;
       Row::encode(of(record.entry), words);
-      if (outcome == EntryState::written) outcome = rowWrite(record, part, record.row, words);
+      if (outcome == EntryState::written) outcome = writeRow(record, part, record.row, words);
     });
     return outcome;
   }
@@ -211,28 +230,32 @@ class KeyedStore final : public StoreBase {
       Row::Words<PartEntry> now;
       Row::encode(of(former), before, rowless);
       Row::encode(of(record.entry), now);
-      if (before != now && outcome == EntryState::written) outcome = rowWrite(record, part, record.row, now);
+      if (before != now && outcome == EntryState::written) outcome = writeRow(record, part, record.row, now);
     });
     return outcome;
   }
 
   std::uint32_t length(RecordBase const&) const override { return 1; }
-  void keyErase(RecordBase& record) override {
+  bool refersToRowless(RecordBase const& record) const override { return Row::refersToRowless(typed(record).entry); }
+  void eraseKey(RecordBase& base) override {
+    auto& record = typed(base);
     if (last_ == &record) last_ = nullptr;
-    records_.erase(records_.find(typed(record).key));
+    auto& records = record.fixedRow ? fixed_ : records_;
+    records.erase(records.find(record.key));
   }
-  void contentsDrop(RecordBase& base) override {
+  void dropContents(RecordBase& base) override {
     auto& record = typed(base);
     E const former(std::move(record.entry));
-    if (record.dependant) contentsForget(record, former);
+    if (record.dependant) forgetTargets(record, former);
   }
-  void recordFree(RecordBase& record) override {
+  void freeRecord(RecordBase& record) override {
     typed(record).~Record();
     Scree::slabFreeOrStdFree(&typed(record), sizeof(Record));
   }
 
-  typename RecordSet<Record, K, Kiln::Hash<K>, std::equal_to<K>>::type records_;
-  mutable Record* last_ = nullptr;  ///< Found last: a row is mostly asked for several times in a row.
+  Records records_;
+  Records fixed_;                   ///< Entries at fixed rows.
+  mutable Record* last_ = nullptr;  ///< The ordinary entry found last: one is mostly asked for several times in a row.
 };
 
 }  // namespace Asic

@@ -20,9 +20,10 @@ class WeakHandle : public EntryHandle {
 
 /// What a table keeps of one entry, whatever its type: one allocation, with both of its handles inside.
 ///
-/// Lives in three steps. While the strong handle is used the entry stands; pinning is such a use. With its last use the
-/// row is given back, the stored handles are dropped and the key leaves the table. The memory goes with the last weak
-/// handle; the standing entry counts as one of those. A key that is removed leaves the table at once, the rest stays.
+/// Life cycle: an entry exists while its strong handle is referenced; pinning is such a reference. With the last one it
+/// expires: its row is released, the handles that it stores are dropped, and its key leaves the table. The memory is
+/// freed with the last weak handle; the existing entry counts as one of those. A key that is removed leaves the table
+/// at once, the rest remains until the last reference.
 class RecordBase : public StrongHandle, public WeakHandle {
  public:
   static constexpr std::uint32_t kNoRow = Index::none;
@@ -34,18 +35,20 @@ class RecordBase : public StrongHandle, public WeakHandle {
 
   // Written by the table library alone.
   std::uint32_t row = kNoRow;   ///< The first row.
-  std::uint32_t lastWrite = 0;  ///< Number of the last write whose outcome is still to show.
-  std::uint32_t waitingAs = 0;  ///< Place in the table's queue. REQUIRES: `waiting`.
+  std::uint32_t lastWrite = 0;  ///< Number of the last write; its outcome is the entry's state.
   EntryState state = EntryState::none;
   bool pinned : 1 = false;
   bool keyed : 1 = true;       ///< The table finds it by its key.
-  bool goneBy : 1 = false;     ///< The last use has gone.
-  bool waiting : 1 = false;    ///< Stands in the table's queue.
+  bool expired : 1 = false;    ///< The last reference was released.
+  bool waiting : 1 = false;    ///< Is in the table's queue.
+  bool replaces : 1 = false;   ///< Was written in place of an entry that had rows: waits before new entries.
   bool sent : 1 = false;       ///< The chip has the numbers of the entry as it is.
   bool fixedRow : 1 = false;   ///< Was written at a row of the writer's choice.
+  bool displaced : 1 = false;  ///< Another entry owns its row; entries that refer to this one still hold the number.
+  bool kept : 1 = false;       ///< The store keeps its response for a later write.
   bool dependant : 1 = false;  ///< Stores a handle whose entry has no row yet.
 
-  /// Runs when the last use of either handle goes; see the steps above.
+  /// Runs when the last reference to either handle is released; see the life cycle above.
   static void operator delete(RecordBase* record, std::destroying_delete_t);
 
  protected:

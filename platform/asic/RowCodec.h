@@ -15,8 +15,8 @@
 
 /// How an entry becomes numbers, from its description. Of the table library.
 ///
-/// Integers, flags and enumerations are one word as they are: a field that is narrower on the chip than its C++ type is
-/// the writer's to keep in range. An Ethernet or IPv4 address is one word, an address of either family three (family,
+/// Integers, flags and enumerations are one word as they are: callers check the range of a field that is narrower on
+/// the chip than its C++ type. An Ethernet or IPv4 address is one word, an address of either family three (family,
 /// upper, lower half), a port bitmap six. A handle is the first row of its target, or `Index::none`.
 namespace Asic::Row {
 
@@ -120,17 +120,50 @@ void forEachHandle(E& entry, Visit const& visit) {
   });
 }
 
-/// Makes each handle of a stored entry a use of its target. Says whether a target has no row.
+/// Calls `visit(record)` for the target of each handle field but don't-care ones.
+template <class E, class Visit>
+void forEachTarget(E& entry, Visit const& visit) {
+  forEachHandle(entry, [&](EntryHandle::PtrConst const& handle) {
+    if (auto* const target = handle ? handle->record() : nullptr) visit(*target);
+  });
+}
+
+/// The same for targets that may still get a row.
+template <class E, class Visit>
+void forEachRowless(E& entry, Visit const& visit) {
+  forEachTarget(entry, [&](RecordBase& target) {
+    if (!target.expired && !target.hasRow()) visit(target);
+  });
+}
+
 template <class E>
-bool takeUses(E& entry) {
+bool refersToRowless(E const& entry) {
+  bool rowless = false;
+  forEachRowless(entry, [&](RecordBase const&) { rowless = true; });
+  return rowless;
+}
+
+/// Makes each handle of a stored entry a reference to its target. True if a target has no row.
+template <class E>
+bool takeReferences(E& entry) {
   bool rowless = false;
   forEachHandle(entry, [&](EntryHandle::PtrConst& handle) {
     auto const* target = handle ? handle->record() : nullptr;
-    if (!target || target->goneBy) return;
+    if (!target || target->expired) return;
     handle = EntryHandle::PtrConst(&target->strong());
     rowless |= !target->hasRow();
   });
   return rowless;
+}
+
+/// Removes the mark of absence, which an entry has that was read from a missing key and then changed.
+template <class E>
+void markPresent(E& entry) {
+  entry.absent = false;
+  boost::mp11::mp_for_each<Kiln::described::Fields<E>>([&](auto field) {
+    auto& value = entry.*field.pointer;
+    if constexpr (EntryType<std::remove_cvref_t<decltype(value)>>) markPresent(value);
+  });
 }
 
 template <class E>

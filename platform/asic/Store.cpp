@@ -20,25 +20,24 @@ RecordBase::~RecordBase() = default;
 
 void RecordBase::operator delete(RecordBase* record, std::destroying_delete_t) {
   Dovel::Ptr<StoreBase> const store(&record->store());
-  if (!record->goneBy) {
-    store->lastUse(*record);
-    record->weak().useDec();  // the standing entry's own; may come here again
+  if (!record->expired) {
+    store->expire(*record);
+    record->weak().useDec();  // the existing entry's own reference; may enter here again
   } else {
     store->useDec();
-    store->recordFree(*record);
+    store->freeRecord(*record);
   }
 }
 
-StoreBase::StoreBase(Chip& chip, TableSpec const& tableShape)
-    : table_(tableShape.table), name_(shortName(tableShape.table.name())), chip_(&chip), capacity_(Index::none) {
-  parts_.reserve(tableShape.parts.size());
-  for (auto const& layout : tableShape.parts) {
+StoreBase::StoreBase(Chip& chip, TableSpec const& spec)
+    : table_(spec.table), name_(shortName(spec.table.name())), chip_(&chip), capacity_(Index::none) {
+  parts_.reserve(spec.parts.size());
+  for (auto const& layout : spec.parts) {
     auto& part = parts_.emplace_back(Part{.layout = layout, .id = chip.newTableId()});
     part.layout.base = chip.profile()->table(layout.table).base;
     capacity_ = std::min(capacity_, chip.driver().capacity(part.id, part.layout));
   }
-  reserved_ = std::min(tableShape.reservedRows, capacity_);
-  reservedHolders_.resize(reserved_);
+  reserved_ = std::min(spec.reservedRows, capacity_);
   pool_ = Anvil::HBitmap(capacity_);
   pool_.setRange(0, reserved_);
 }
@@ -58,27 +57,27 @@ void StoreBase::report(std::vector<ChipTableReport>& out) const {
   }
 }
 
-void StoreBase::responsesDrop() {
-  for (auto& [number, waiting] : waiting_) waiting.response = {};
-}
-
 void StoreBase::chipGone() { chip_ = nullptr; }
 
-std::optional<std::uint32_t> StoreBase::rowFind(std::uint32_t length) const {
+// Rows.
+
+std::optional<std::uint32_t> StoreBase::findRows(std::uint32_t length) const {
   if (length == 1) return pool_.findClearBit();
   return length == 0 ? std::optional<std::uint32_t>() : pool_.findClearRange(length);
 }
 
-void StoreBase::rowTake(RecordBase& record, std::uint32_t length) {
-  // Who came first is served first: a short block doesn't pass a long one that finds no room.
-  if (!waiting_.empty()) [[unlikely]] {
-    auto const& oldest = *waiting_.begin()->second.record;
-    if (!oldest.hasRow() && !rowFind(this->length(oldest))) return;
-  }
-  if (auto const first = rowFind(length)) rowGive(record, *first, length);
+bool StoreBase::fits(RecordBase const& record) const {
+  auto const length = this->length(record);
+  return !record.fixedRow && length != 0 && length <= capacity_ - reserved_;
 }
 
-void StoreBase::rowGive(RecordBase& record, std::uint32_t first, std::uint32_t length) {
+void StoreBase::allocateRows(RecordBase& record) {
+  if (!record.replaces && rowlessWait()) return;
+  if (auto const first = findRows(length(record))) assignRows(record, *first);
+}
+
+void StoreBase::assignRows(RecordBase& record, std::uint32_t first) {
+  auto const length = this->length(record);
   if (length == 1) {
     pool_.setBit(first);
   } else {
@@ -88,46 +87,50 @@ void StoreBase::rowGive(RecordBase& record, std::uint32_t first, std::uint32_t l
   record.row = first;
 }
 
-void StoreBase::rowTakeAt(RecordBase& record, Index index) {
+void StoreBase::allocateFixedRow(RecordBase& record, Index index) {
   record.fixedRow = true;
   if (index.value() >= capacity_) return;
-  if (index.value() < reserved_) {
-    auto& holder = reservedHolders_[index.value()];
-    if (holder) {
-      INVARIANT(!holder->keyed);
-      holder->row = RecordBase::kNoRow;
-      --used_;
-    }
-    holder = &record;
+  auto& owner = fixedRows_[index.value()];
+  if (owner) {
+    INVARIANT(!owner->keyed);
+    displace(*owner);
   } else {
-    INVARIANT(!pool_.isSet(index.value()));
+    INVARIANT(index.value() < reserved_ || !pool_.isSet(index.value()));
+    pool_.setBit(index.value());
+    ++used_;
   }
-  rowGive(record, index.value(), 1);
+  owner = &record;
+  record.row = index.value();
 }
 
-void StoreBase::rowBack(RecordBase& record) {
-  auto const length = this->length(record);
+void StoreBase::displace(RecordBase& record) {
+  if (record.keyed) eraseKey(record);
+  record.keyed = false;
+  if (record.waiting) dequeue(record);
+  record.displaced = true;
+}
+
+bool StoreBase::releaseRows(RecordBase& record) {
+  if (!record.hasRow()) return false;
+  auto const [first, count] = record.displaced ? surplusRows(record) : RowRange{record.row, length(record)};
+  record.row = RecordBase::kNoRow;
+  if (count == 0) return false;
   if (chip_) {
     for (auto& part : parts_) {
-      for (auto row = record.row; row != record.row + length; ++row) {
-        chip_->driver().clearRow(part.id, row + part.layout.base);
-        ++part.clears;
-      }
+      for (std::uint32_t i = 0; i < count; ++i) chip_->driver().clearRow(part.id, first + i + part.layout.base);
+      part.clears += count;
     }
   }
-  if (record.row < reserved_) {
-    reservedHolders_[record.row] = nullptr;
-  } else if (length == 1) {
-    pool_.clearBit(record.row);
-  } else {
-    pool_.clearRange(record.row, length);
-  }
-  used_ -= length;
-  record.row = RecordBase::kNoRow;
+  if (record.fixedRow) fixedRows_.erase(first);
+  if (first >= reserved_) pool_.clearRange(first, count);
+  used_ -= count;
+  return true;
 }
 
-EntryState StoreBase::rowWrite(RecordBase const& record, std::size_t part, std::uint32_t row,
+EntryState StoreBase::writeRow(RecordBase const& record, std::size_t part, std::uint32_t row,
                                std::span<std::uint64_t const> words) {
+  if (!chip_) [[unlikely]]
+    return EntryState::failed;
   auto& to = parts_[part];
   auto const outcome =
       chip_->driver().writeRow({.table = to.id, .row = row + to.layout.base, .words = words, .entry = record.strong()});
@@ -139,99 +142,175 @@ EntryState StoreBase::rowWrite(RecordBase const& record, std::size_t part, std::
   return outcome;
 }
 
-void StoreBase::conclude(RecordBase& record, EntryState outcome, WriteResponseFn const& response) {
+// Outcomes and the responses that are kept.
+
+void StoreBase::finishWrite(RecordBase& record, EntryState outcome, WriteResponseFn& response) {
+  if (!chip_) [[unlikely]] {
+    record.state = EntryState::failed;
+    return;
+  }
+  reportOutcome(record, outcome, response);
+  if (record.waiting || record.dependant || record.kept) [[unlikely]]
+    keepResponse(record, response);
+  if (outcome == EntryState::written && !queue_.empty()) [[unlikely]]
+    retryWaiting();
+}
+
+void StoreBase::finishRewrite(RecordBase& record, EntryState outcome) {
+  auto response = takeResponse(record);
+  reportOutcome(record, outcome, response);
+  keepResponse(record, response);
+}
+
+void StoreBase::reportOutcome(RecordBase& record, EntryState outcome, WriteResponseFn response) {
   record.sent = outcome == EntryState::written;
   if (outcome == EntryState::full) [[unlikely]] {
-    if (!record.hasRow()) {
-      for (auto& part : parts_) ++part.refused;
-    } else if (record.lastWrite == 0 && !record.fixedRow) {
-      rowBack(record);  // nobody has stored its number yet
-    }
-    waitingIs(record, response);
+    refusedForRoom(record);
   } else if (record.waiting) [[unlikely]] {
-    waitingDel(record);
+    dequeue(record);
   }
-  chip_->outcomeIs(record, outcome, response);
+  chip_->outcomeIs(record, outcome, std::move(response));
 }
 
-void StoreBase::waitingIs(RecordBase& record, WriteResponseFn const& response) {
-  if (record.fixedRow && !record.hasRow()) return;
-  if (!record.waiting) {
-    record.waiting = true;
-    record.waitingAs = ++lastWaiting_;
-  }
-  waiting_[record.waitingAs] = {&record, response};
-}
-
-void StoreBase::waitingDel(RecordBase& record) {
-  record.waiting = false;
-  waiting_.erase(record.waitingAs);
-}
-
-// A row has come free. Strictly first come, first served: the oldest that still finds no room keeps the others waiting.
-void StoreBase::waitingServe() {
-  while (!waiting_.empty()) {
-    auto& record = *waiting_.begin()->second.record;
-    auto const response = waiting_.begin()->second.response;
-    auto const given = !record.hasRow();
-    if (given) {
-      auto const length = this->length(record);
-      auto const first = rowFind(length);
-      if (!first) return;
-      rowGive(record, *first, length);
-    }
-    auto const outcome = sendAll(record);
-    conclude(record, outcome, response);
-    if (outcome == EntryState::full) {
-      if (given) rowBack(record);
+void StoreBase::refusedForRoom(RecordBase& record) {
+  if (!record.hasRow()) {
+    for (auto& part : parts_) ++part.refused;
+    if (!fits(record)) {
+      if (record.waiting) dequeue(record);
       return;
     }
-    dependantsRewrite(record);
+  }
+  if (!record.waiting)
+    enqueue(record, record.hasRow() ? Rank::refused : record.replaces ? Rank::replacing : Rank::arriving);
+}
+
+void StoreBase::keepResponse(RecordBase& record, WriteResponseFn& response) {
+  if (record.waiting || record.dependant) {
+    record.kept = true;
+    std::swap(pending_[&record].response, response);
+  } else {
+    response = takeResponse(record);
   }
 }
 
-void StoreBase::dependantsRewrite(RecordBase& target) {
+WriteResponseFn StoreBase::takeResponse(RecordBase& record) {
+  auto const found = pending_.find(&record);
+  if (found == pending_.end()) return {};
+  auto response = std::move(found->second.response);
+  if (!record.waiting && !record.dependant) {
+    pending_.erase(found);
+    record.kept = false;
+  }
+  return response;
+}
+
+void StoreBase::takeResponses(std::vector<WriteResponseFn>& out) {
+  for (auto& [record, pending] : pending_) out.push_back(std::move(pending.response));
+}
+
+// The queue.
+
+void StoreBase::enqueue(RecordBase& record, Rank rank) {
+  record.waiting = true;
+  record.kept = true;
+  auto const place = firstPlace(rank) + ++lastPlace_;
+  pending_[&record].place = place;
+  queue_.emplace(place, &record);
+}
+
+void StoreBase::dequeue(RecordBase& record) {
+  record.waiting = false;
+  queue_.erase(pending_.at(&record).place);
+}
+
+void StoreBase::inheritPlace(RecordBase& record, RecordBase& former) {
+  if (!former.waiting || former.hasRow()) return;
+  auto const place = pending_.at(&former).place;
+  dequeue(former);
+  record.waiting = true;
+  record.kept = true;
+  record.replaces = former.replaces;
+  pending_[&record].place = place;
+  queue_.emplace(place, &record);
+}
+
+void StoreBase::retryWaiting() {
+  if (!chip_) return;
+  retryRefused();
+  for (;;) {
+    auto const oldest = queue_.lower_bound(firstPlace(Rank::replacing));
+    if (oldest == queue_.end()) return;
+    auto& record = *oldest->second;
+    auto const first = findRows(length(record));
+    if (!first) return;
+    dequeue(record);
+    assignRows(record, *first);
+    finishRewrite(record, sendAll(record));
+    rewriteDependants(record);
+  }
+}
+
+// One that the chip refuses again goes behind the others: it must not hold them back, for it waits for something else.
+void StoreBase::retryRefused() {
+  while (!queue_.empty() && queue_.begin()->first < firstPlace(Rank::replacing)) {
+    auto& record = *queue_.begin()->second;
+    auto const outcome = sendAll(record);
+    if (outcome == EntryState::full) {
+      dequeue(record);
+      enqueue(record, Rank::refused);
+      return;
+    }
+    finishRewrite(record, outcome);
+  }
+}
+
+void StoreBase::rewriteDependants(RecordBase& target) {
   for (auto* const dependant : chip_->dependantsTake(target)) {
-    if (!dependant->hasRow()) continue;
     auto& store = dependant->store();
-    store.conclude(*dependant, store.sendSince(*dependant, target), {});
+    dependant->dependant = store.refersToRowless(*dependant);
+    if (dependant->hasRow() && !dependant->displaced)
+      store.finishRewrite(*dependant, store.sendSince(*dependant, target));
   }
 }
 
-void StoreBase::dependOn(RecordBase& target, RecordBase& record) {
+void StoreBase::addDependant(RecordBase& target, RecordBase& record) {
+  if (!chip_) return;
   record.dependant = true;
   chip_->dependantIs(target, record);
 }
 
-void StoreBase::dependOff(RecordBase& target, RecordBase& record) {
+void StoreBase::removeDependant(RecordBase& target, RecordBase& record) {
   if (chip_) chip_->dependantDel(target, record);
 }
 
-void StoreBase::recordPin(RecordBase& record) {
+// Life and end of a record.
+
+void StoreBase::pin(RecordBase& record) {
   if (record.pinned) return;
   record.pinned = true;
   record.strong().useInc();
 }
 
-void StoreBase::keyRemoved(RecordBase& record) {
-  keyErase(record);
+void StoreBase::removeKey(RecordBase& record) {
+  eraseKey(record);
   record.keyed = false;
+  auto const response = record.kept ? takeResponse(record) : WriteResponseFn();
   if (!record.pinned) return;
   record.pinned = false;
   record.strong().useDec();
 }
 
-void StoreBase::lastUse(RecordBase& record) {
-  record.goneBy = true;
-  if (record.keyed) keyErase(record);
+void StoreBase::expire(RecordBase& record) {
+  record.expired = true;
+  if (record.keyed) eraseKey(record);
   record.keyed = false;
-  if (record.waiting) waitingDel(record);
-  auto const hadRow = record.hasRow();
-  if (hadRow) rowBack(record);
+  auto const left = record.waiting;
+  if (left) dequeue(record);
+  auto const released = releaseRows(record);
   record.state = EntryState::none;
-  contentsDrop(record);
-  if (hadRow && chip_ && !waiting_.empty()) [[unlikely]]
-    waitingServe();
+  dropContents(record);
+  auto const response = record.kept ? takeResponse(record) : WriteResponseFn();
+  if (left || released) retryWaiting();
 }
 
 }  // namespace Asic

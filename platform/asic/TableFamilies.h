@@ -4,13 +4,15 @@
 #include "platform/asic/KeyedStore.h"
 #include "platform/asic/SwTable.h"
 
-/// The families of tables. One template does the work; a family opens the operations that fit its rule of life.
+/// The families of tables. One template does the work; a family publishes the operations that fit its lifetime rule.
 ///
-/// A table class names itself, its key and its entry, and is put into the list of classes by
-/// `ASIC_TABLE`; `ASIC_DESCRIBE_TABLE` defines what that declares. It may declare
+/// A table class names itself, its key and its entry; `ASIC_TABLE` adds it to the list of classes, and
+/// `ASIC_DESCRIBE_TABLE` defines what that declares. It may declare
 /// - `reservedRows`: rows from 0 on that only `entryWriteAtIndex` writes;
 /// - `Parts`: the classes of the parts of a merged entry, whose first fields are the parts' entries in that order;
-/// - `static void fill(Entry&)`: works out what the table itself puts into an entry that is written.
+/// - `static void fill(Entry&)`: computes the fields of a written entry that the table itself provides.
+///
+/// A key may have two entries, one from `entryWriteAtIndex` and one from ordinary writes: see `StoreBase`.
 namespace Asic {
 
 /// What all tables with a key offer.
@@ -26,13 +28,14 @@ class KeyedTable : public SwTable {
   /// How many keys there are.
   std::size_t entrys() const { return store()->entrys(); }
   bool entryHas(K const& key) const { return store()->find(key) != nullptr; }
-  /// The entry of `key`, good until the next write to any table. A missing key gives zeros that equal nothing.
+  /// The entry of `key`, valid until the next write to any table. A missing key reads as zeros that equal nothing; a
+  /// changed copy of that may be written.
   E const& entry(K const& key) const {
     static E const absent = makeAbsent<E>();
     auto const* const record = store()->find(key);
     return record ? record->entry : absent;
   }
-  /// A handle on the entry of `key` that is no use of it; null if there is none.
+  /// A weak handle of the entry of `key`; null if there is none.
   EntryHandle::PtrConst entryWeakRef(K const& key) const {
     auto const* const record = store()->find(key);
     return record ? EntryHandle::PtrConst(&record->weak()) : nullptr;
@@ -42,30 +45,30 @@ class KeyedTable : public SwTable {
     auto const* const record = store()->find(key);
     return record ? record->row : Index::none;
   }
-  /// The same, by the lookup that all tables have alike.
+  /// The same as an index.
   Index index(K const& key) const { return Index(hwIndexOnlyForCrossAgentCommunication(key)); }
-  /// Removes all keys; entries that others use stay, without key, until they are not used any more.
+  /// Removes all keys; entries that are referenced remain, without key, until they are not.
   void entryRemoveAll() { store()->removeAll(); }
 
   using Store = KeyedStore<Self, K, E>;
   Store* store() const { return static_cast<Store*>(SwTable::store().get()); }
 
  protected:
-  /// Inserts, or replaces in place: row and handles stay. An entry lives until it is removed. Gives a weak handle,
-  /// whose state is the one of this write.
+  /// Inserts, or replaces in place: row and handles remain. The entry exists until it is removed. Returns a weak
+  /// handle, whose state is that of this write.
   EntryHandle::PtrConst entryCommit(K const& key, E const& entry) { return store()->commit(key, entry); }
-  /// The same at a given row. REQUIRES: index < reservedRows, unless rows are keys.
+  /// The same for the entry at a given row. REQUIRES: index < reservedRows, unless rows are keys; a key is always
+  /// written at the same row.
   EntryHandle::PtrConst entryWriteAtIndex(Index index, K const& key, E const& entry) {
     return store()->commitAt(index, key, entry);
   }
-  /// Inserts, or replaces in place. An entry lives as long as it is used; the handle that is returned is a use.
+  /// Inserts, or replaces in place. The entry exists while it is referenced; the returned handle is a reference.
   EntryHandle::PtrConst entryRef(K const& key, E const& entry) { return store()->ref(key, entry); }
-  /// Takes the key away at once; the row is given back when nobody uses the entry any more. Nothing happens to a
-  /// missing key.
+  /// Removes the key at once; the row is released with the last reference to the entry. A missing key is ignored.
   void entryRemove(K const& key) { store()->remove(key); }
 };
 
-/// Entries that stand until they are removed.
+/// Entries that exist until they are removed.
 template <class Self, class K, class E>
 class CommittedTable : public KeyedTable<Self, K, E> {
   using Base = KeyedTable<Self, K, E>;
@@ -77,7 +80,8 @@ class CommittedTable : public KeyedTable<Self, K, E> {
   using Base::entryWriteAtIndex;
 };
 
-/// Entries that stand while they are used. A table with fixed rows opens `entryCommit` or `entryWriteAtIndex` besides.
+/// Entries that exist while they are referenced. A table with fixed rows publishes `entryCommit` or `entryWriteAtIndex`
+/// too.
 template <class Self, class K, class E>
 class RefCountedTable : public KeyedTable<Self, K, E> {
   using Base = KeyedTable<Self, K, E>;
@@ -101,7 +105,7 @@ class IndexTable : public KeyedTable<Self, Index, E> {
   EntryHandle::PtrConst entryWriteAtIndex(Index index, E const& entry) { return entryCommit(index, entry); }
 };
 
-/// Blocks of consecutive rows, known by their contents, that stand while they are used.
+/// Blocks of consecutive rows, identified by their contents, that exist while they are referenced.
 template <class Self, class E>
 class BlockTable : public SwTable {
  public:
@@ -112,11 +116,18 @@ class BlockTable : public SwTable {
 
   using SwTable::SwTable;
 
-  /// A use of the block of these members, which is written if it doesn't stand yet. Never null.
-  EntryHandle::PtrConst entryBlockRef(EntryBlock const& block) { return store()->ref(block); }
-  /// A handle that is no use; null if there is no such block.
+  /// A reference to the block of these members, which is written if it doesn't exist yet or the chip refused it before.
+  /// Never null.
+  ///
+  /// `former` is the handle that the caller is going to replace by the returned one, null if there is none. The new
+  /// block then keeps the place of the former one: it takes over its rows if nothing else refers to them and they
+  /// suffice, and otherwise goes before blocks that wait. REQUIRES: the caller releases `former` next.
+  EntryHandle::PtrConst entryBlockRef(EntryBlock const& block, EntryHandle::PtrConst const& former = nullptr) {
+    return store()->ref(block, former);
+  }
+  /// A weak handle; null if there is no such block.
   EntryHandle::PtrConst entryBlockWeakRef(EntryBlock const& block) const { return store()->weakRef(block); }
-  /// How many different blocks stand.
+  /// How many different blocks exist.
   std::size_t entryBlocks() const { return store()->entrys(); }
   void entryBlockRemoveAll() { store()->removeAll(); }
   Store* store() const { return static_cast<Store*>(SwTable::store().get()); }
@@ -129,7 +140,7 @@ class PartTable : public SwTable {
   static constexpr std::uint32_t reservedRows = 0;
   using SwTable::SwTable;
 
-  /// The part's row of a merged row; `Index::none` stays what it is. REQUIRES: made by its merged table.
+  /// The part's row of a merged row; `Index::none` remains. REQUIRES: created by its merged table.
   std::uint32_t hwIndexOnlyForCrossAgentCommunication(Index merged) const {
     return merged.value() == Index::none ? Index::none : merged.value() + base_;
   }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <type_traits>
 #include <utility>
 
@@ -9,10 +10,10 @@
 
 namespace Asic {
 
-/// What is to be done when the chip has answered a write; default-constructed it holds nothing.
+/// What is to be done when the chip has completed a write; default-constructed it holds nothing.
 ///
-/// A pointer to a callable in the slab that its copies share: copying an entry copies a word. It runs once per state: a
-/// call with a state that it has run for does nothing, so that who ran it at once with the state in the handle is not
+/// A pointer to a callable in the slab that its copies share: copying an entry copies a word. A call with the state
+/// that it was last called with does nothing: a writer that calls it at once, with the state in the handle, is not
 /// called again by the loop with the same. Make a new one for each write. Main thread only.
 class WriteResponseFn {
  public:
@@ -35,11 +36,10 @@ class WriteResponseFn {
 
   explicit operator bool() const noexcept { return body_ != nullptr; }
 
-  /// Runs the callable unless it has run for `state`. Nothing happens where there is none.
+  /// Calls the callable unless the last call was with `state` too. Does nothing if there is none.
   void operator()(EntryState state) const {
-    auto const bit = static_cast<std::uint32_t>(1U << static_cast<unsigned>(state));
-    if (!body_ || (body_->ran & bit)) return;
-    body_->ran |= bit;
+    if (!body_ || body_->last == state) return;
+    body_->last = state;
     auto const alive = *this;
     alive.body_->call(alive.body_, state);
   }
@@ -49,7 +49,7 @@ class WriteResponseFn {
     void (*call)(Body*, EntryState);
     void (*destroy)(Body*);
     std::uint32_t uses = 1;
-    std::uint32_t ran = 0;  ///< A bit per state.
+    std::optional<EntryState> last = {};  ///< What it was called with.
   };
 
   template <class F>

@@ -47,6 +47,9 @@ class Family : public testing::Test {
       this->table().entryRemove(key(n));
     }
   }
+  static std::string_view chipTable() {
+    return std::is_same_v<Table, PairTable> ? "PairIn" : Asic::shortName(Table::kilnType().name());
+  }
   std::uint64_t writes() const { return world.chip->writes(); }
   EntryState stateOf(std::uint32_t n) { return table().entryWeakRef(key(n))->state(); }
 
@@ -68,6 +71,22 @@ TYPED_TEST(Family, MissingKeyReadsAsZerosAndEqualsNothing) {
   EXPECT_EQ(table.index(this->key(3)), Index(Index::none));
   this->remove(3);  // nothing happens
   EXPECT_EQ(table.entrys(), 0U);
+}
+
+TYPED_TEST(Family, EntryThatWasReadMayBeWritten) {
+  auto& table = this->table();
+  auto entry = table.entry(this->key(2));
+  entry.writeResponse = this->world.note("a");
+  this->write(2, entry);
+  EXPECT_TRUE(isEq(table.entry(this->key(2)), this->entry(0))) << "it is not absent any more";
+  if constexpr (requires { entry.target; }) {
+    auto const writes = this->writes();
+    entry.target = this->world.leafRef(1);
+    this->write(2, entry);
+    this->write(2, table.entry(this->key(2)));
+    EXPECT_TRUE(sameEntry(table.entry(this->key(2)).target, this->world.leaf->entryWeakRef(1)));
+    EXPECT_EQ(this->writes(), writes + 2) << "the target and its number";
+  }
 }
 
 TYPED_TEST(Family, CommitShowsItsStateAndDeliversOnce) {
@@ -124,12 +143,12 @@ TYPED_TEST(Family, EntryInUseOutlivesItsKey) {
   EXPECT_EQ(this->table().entrys(), this->table().entryHas(this->key(900)) ? 1U : 0U);
   EXPECT_FALSE(handle->gone());
   EXPECT_EQ(handle->row(), row);
-  if constexpr (!std::is_same_v<typename TypeParam::Table, SlotTable>) {  // where the key is the row, it is taken
-    auto const again = this->write(2, this->entry(7));
-    EXPECT_NE(again->row(), row);
-    EXPECT_FALSE(sameEntry(again, handle));
-    this->remove(2);
-  }
+  auto const writes = this->writes();
+  auto const again = this->write(2, this->entry(7));
+  EXPECT_EQ(again->row() == row, (std::is_same_v<typename TypeParam::Table, SlotTable>)) << "where the key is the row";
+  EXPECT_FALSE(sameEntry(again, handle));
+  EXPECT_GT(this->writes(), writes);
+  this->remove(2);
   this->world.user->entryRemove(900);
   EXPECT_TRUE(handle->gone());
   EXPECT_EQ(this->table().store()->used(), 0U);
@@ -226,28 +245,54 @@ TYPED_TEST(Pooled, ReservedRowsAreNeverGivenOut) {
     EXPECT_EQ(this->stateOf(50), handle->state());
     this->remove(50);
     EXPECT_TRUE(handle->gone());
-    // Again while the former is still used: the row goes over.
+    // Again while the former is still used: it keeps the number, the new entry has the row.
     auto const former = this->table().entryWriteAtIndex(Index(0), this->key(51), this->entry(5));
     this->world.userOf(900, former);
     this->remove(51);
     EXPECT_EQ(this->table().entryWriteAtIndex(Index(0), this->key(51), this->entry(6))->row(), Index(0));
-    EXPECT_FALSE(former->row());
+    EXPECT_EQ(former->row(), Index(0));
     this->world.user->entryRemove(900);
     EXPECT_TRUE(former->gone());
     EXPECT_EQ(this->table().index(this->key(51)), Index(0));
+    EXPECT_EQ(this->world.sim->rows(this->chipTable()), this->table().store()->used());
+    EXPECT_TRUE(isEq(this->table().entry(this->key(51)), this->entry(6)));
   }
 }
 
-TYPED_TEST(Pooled, RefusedForRoomByTheChipWaitsForARowToComeBack) {
+TYPED_TEST(Pooled, FixedRowIsBesideTheOrdinaryEntryOfItsKey) {
+  if constexpr (TypeParam::Table::reservedRows > 0) {
+    auto& table = this->table();
+    auto const chipAtFirst = this->world.sim->dump();
+    auto const ordinaryFirst = this->write(51, this->entry(3));
+    auto const fixed = table.entryWriteAtIndex(Index(0), this->key(51), this->entry(5));
+    EXPECT_FALSE(sameEntry(ordinaryFirst, fixed));
+    this->remove(51);
+    auto const chip = this->world.sim->dump();
+    auto const row = this->write(51, this->entry(7))->row();
+    EXPECT_GE(row, Index(TypeParam::Table::reservedRows));
+    EXPECT_TRUE(isEq(table.entry(this->key(51)), this->entry(7)));
+    EXPECT_EQ(table.entrys(), 2U);
+    table.entryWriteAtIndex(Index(0), this->key(51), this->entry(5));
+    this->remove(51);
+    EXPECT_EQ(this->world.sim->dump(), chip) << "the fixed row is as it was";
+    EXPECT_TRUE(isEq(table.entry(this->key(51)), this->entry(5)));
+    this->remove(51);
+    EXPECT_EQ(this->world.sim->dump(), chipAtFirst);
+  }
+}
+
+TYPED_TEST(Pooled, RefusedForRoomByTheChipIsSentAgainWhenARowIsReleased) {
   this->write(1, this->entry(1));
   this->world.sim->refuseNth(1, EntryState::full);
   auto const handle = this->write(2, this->entry(2, "b"));
   EXPECT_EQ(this->world.take(), "b:5 ");
-  EXPECT_FALSE(handle->row());
-  EXPECT_EQ(this->write(3, this->entry(3))->row().has_value(), true);
+  auto const row = handle->row();
+  EXPECT_TRUE(row);
+  this->world.sim->refuseNth(1, EntryState::full);
+  this->write(2, this->entry(3, "c"));
   this->remove(1);
-  EXPECT_EQ(this->world.take(), "b:3 ");
-  EXPECT_TRUE(handle->row());
+  EXPECT_EQ(this->world.take(), "c:5 c:3 ");
+  EXPECT_EQ(handle->row(), row);
 }
 
 }  // namespace

@@ -90,23 +90,6 @@ TEST_P(Handles, BlockIsKnownByItsContents) {
   EXPECT_EQ(block->keyText(), "[1, 2]");
 }
 
-TEST_P(Handles, BlocksWaitInStrictOrder) {
-  auto const leaf = world.leafRef(1);
-  auto const nine = world.block(std::vector<Handle>(9, leaf));
-  auto const eight = world.block(std::vector<Handle>(8, leaf));
-  auto const six = world.block(std::vector<Handle>(6, leaf));
-  EXPECT_FALSE(eight->row());
-  EXPECT_FALSE(six->row()) << "what would fit waits behind what came first";
-  world.take();
-  EXPECT_EQ(six->state(), EntryState::full);
-  auto moved = nine;
-  const_cast<Handle&>(nine) = nullptr;
-  moved = nullptr;
-  world.take();
-  EXPECT_EQ(eight->state(), EntryState::written);
-  EXPECT_EQ(six->state(), EntryState::written);
-}
-
 TEST_P(Handles, DependantsAreWrittenAgainWhenTheirTargetGetsARow) {
   std::vector<Handle> fillers;
   for (std::uint32_t n = 0; n < 15; ++n) fillers.push_back(world.leafRef(n));
@@ -175,6 +158,22 @@ TEST_P(Handles, HandleMayOutliveTheChip) {
   EXPECT_TRUE(weak->gone());
   EXPECT_FALSE(strong->gone());
   EXPECT_EQ(strong->keyText(), "1");
+}
+
+TEST_P(Handles, WhatIsWrittenAfterTheChipIsRefused) {
+  auto const nodes = Dovel::Node::aliveCount();
+  world.chip = nullptr;
+  {
+    auto const strong = world.leafRef(1, 11);
+    EXPECT_EQ(strong->state(), EntryState::failed);
+    EXPECT_TRUE(world.userOf(5, strong)->gone());
+    EXPECT_TRUE(world.leaf->entryCommit(1, World::leafEntry(12)));
+    auto const block = world.block({strong});
+    EXPECT_EQ(block->state(), EntryState::failed);
+    world.slot->entryCommit(Index(3), {});
+  }
+  EXPECT_EQ(world.leaf->entrys() + world.user->entrys() + world.slot->entrys(), 0U);
+  EXPECT_LT(Dovel::Node::aliveCount(), nodes);
 }
 
 TEST_P(Handles, NothingIsAliveAfterTheChipHasGone) {

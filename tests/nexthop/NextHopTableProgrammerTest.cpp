@@ -153,4 +153,22 @@ TEST_P(UnderlayNextHops, beyondTheTableAreToldOnceAndHeal) {
   EXPECT_EQ(world.messages(), "");
 }
 
+TEST_P(UnderlayNextHops, shareTheirOutgoingInterfaceAndTakeItAlong) {
+  TableWorld world(chipAsked());
+  world.hardware().refuseTable("EgrL3Oif2", Asic::EntryState::failed);
+  auto first = insert(world, nextHop(3));
+  world.settle();
+  EXPECT_TRUE(world.hardware().row("EgrL3Oif2", 0).empty());
+  world.hardware().refuseNone();
+  auto other = nextHop(3);
+  other.ethAddrIs(nextHop(4).ethAddr());
+  auto second = insert(world, other);
+  world.settle();
+  EXPECT_EQ(world.hardware().field("EgrL3Oif2", 0, "vlanId"), 3U) << "what the chip refused is sent again";
+  first = nullptr;
+  EXPECT_EQ(world.keys("EgrL3Oif2"), "3\n");
+  second = nullptr;
+  EXPECT_EQ(world.keys("EgrL3Oif2"), "");
+}
+
 }  // namespace

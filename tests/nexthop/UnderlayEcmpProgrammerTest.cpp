@@ -74,10 +74,32 @@ TEST_P(UnderlayGroups, changeInPlace) {
   EXPECT_EQ(groups(),
             "adj:36 row 0: memberBlockHandle=EcmpMember1Table[[02:00:00:00:00:01 Vlan1, 02:00:00:00:00:03 Vlan3]] "
             "lastMemberIndex=1\n"
-            "[02:00:00:00:00:01 Vlan1, 02:00:00:00:00:03 Vlan3] row 3: nextHopHandle=L3NextHop2Table[02:00:00:00:00:01 "
+            "[02:00:00:00:00:01 Vlan1, 02:00:00:00:00:03 Vlan3] row 0: nextHopHandle=L3NextHop2Table[02:00:00:00:00:01 "
             "Vlan1] "
             "nextHopHandle=L3NextHop2Table[02:00:00:00:00:03 Vlan3]\n");
   EXPECT_EQ(world.keys("L3NextHop2Table").find("02:00:00:00:00:02"), std::string::npos);
+}
+
+TEST_P(UnderlayGroups, keepTheirRowsWhileOthersWait) {
+  TableWorld full({.completion = GetParam(), .rows = {{"EcmpMember1Table", 4}}});
+  std::vector<Handle> kept;
+  auto const insertFull = [&](std::uint32_t adjId, Vane::NextHopEntrySet const& nextHops) {
+    kept.push_back(full.ecmp->insertEntry(config(tunnel(vtep(2)), adjId, nextHops)));
+    full.settle();
+  };
+  insertFull(36, {nextHop(1), nextHop(2)});
+  insertFull(37, {nextHop(3), nextHop(4)});
+  insertFull(38, {nextHop(5)});
+  auto const members = [&](unsigned row) { return full.hardware().row("EcmpMember1Table", row); };
+  auto const nextHopRow = [&](unsigned n) {
+    return full.nextHops->l3NextHop2Table()->index({nextHop(n).ethAddr(), nextHop(n).l3Intf()}).value();
+  };
+  insertFull(36, {nextHop(1), nextHop(6)});
+  EXPECT_EQ(members(1)[0], nextHopRow(6)) << "one member was exchanged";
+  insertFull(36, {nextHop(6)});
+  EXPECT_EQ(members(0)[0], nextHopRow(6)) << "the group became smaller";
+  EXPECT_EQ(members(1)[0], nextHopRow(5)) << "the one that waited has what was left over";
+  EXPECT_EQ(full.hardware().field("EcmpGroup1Table", 2, "memberBlockHandle"), 1U);
 }
 
 TEST_P(UnderlayGroups, followWhatTheirNextHopsAreReadFrom) {

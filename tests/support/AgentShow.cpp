@@ -28,7 +28,7 @@ bool isRowOfHandle(std::string_view field) { return field == "tunnelIndex" || fi
 std::string nameOf(EntryHandle const& target) {
   auto const* record = target.record();
   if (!record) return fmt::format("row {}", target.dontCareIndex().value());
-  return fmt::format("{}{}[{}]", record->goneBy ? "gone " : "", target.tableName(), target.keyText());
+  return fmt::format("{}{}[{}]", record->expired ? "gone " : "", target.tableName(), target.keyText());
 }
 
 /// Rows of the chip's tables that entries account for.
@@ -117,11 +117,6 @@ class ChipText {
       accounted_[report.name];
     }
     for (auto const& [store, parts] : parts_) {
-      // Outgoing interfaces are made with their first use and stay: they tell of the past.
-      if (store->name() == "EgrL3Oif2") {
-        accounted_.erase("EgrL3Oif2");
-        continue;
-      }
       lines_[std::string(store->name())];
       store->forEachEntry([&, store = store](EntryView const& entry) { add(*store, entry); });
     }

@@ -16,11 +16,9 @@ void L3TunnelEgrL3OifHelper::initTables(TesselCentral::ChipInfo const& chipInfo)
 
 Asic::EntryHandle::PtrConst L3TunnelEgrL3OifHelper::getEgrL3OifHandle(Bridging::VlanIdOrNone vlanId) const {
   INVARIANT(initialized());
-  auto& table = *egrL3Oif2();
-  if (auto const present = table.entryWeakRef(vlanId.value())) return present;
   EgrL3Oif2::Entry entry;
   entry.vlanId = vlanId.value();
-  return table.entryCommit(vlanId.value(), entry);
+  return egrL3Oif2()->entryRef(vlanId.value(), entry);
 }
 
 }  // namespace TesselL3Tunnel

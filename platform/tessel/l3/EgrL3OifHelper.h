@@ -8,10 +8,10 @@
 
 namespace TesselL3Tunnel {
 
-/// Keeps the outgoing interfaces of the underlay: one entry of `EgrL3Oif2` for each VLAN that was asked for.
+/// Keeps the outgoing interfaces of the underlay: one entry of `EgrL3Oif2` for each VLAN that next hops refer to.
 ///
-/// Writes `EgrL3Oif2` and nothing else. Main thread only. An entry is written on first use and stays; the next hops
-/// that store its handle share it.
+/// Writes `EgrL3Oif2` and nothing else. Main thread only. The next hops that store an entry's handle share it; it
+/// exists while one does.
 class L3TunnelEgrL3OifHelper final : public Dovel::Node {
   KILN_BASE_TYPE(TesselL3Tunnel::L3TunnelEgrL3OifHelper)
   KILN_FIXED(0x102, Dovel::Ptr<Local::EntityManager>, localEntityManager)
@@ -24,7 +24,8 @@ class L3TunnelEgrL3OifHelper final : public Dovel::Node {
   void initTables(TesselCentral::ChipInfo const& chipInfo);
   bool initialized() const { return egrL3Oif2() != nullptr; }
 
-  /// The entry of a VLAN, or of 0 for packets without one. Never null. REQUIRES: `initialized()`.
+  /// A reference to the entry of a VLAN, or of 0 for packets without one; sent again if the chip refused it before.
+  /// Never null. REQUIRES: `initialized()`.
   Asic::EntryHandle::PtrConst getEgrL3OifHandle(Bridging::VlanIdOrNone vlanId) const;
 };
 

@@ -10,11 +10,11 @@ struct EgrL3Oif2Entry : Asic::EntryBase {
 };
 
 /// Outgoing interfaces of the underlay, by VLAN number.
-class EgrL3Oif2 final : public Asic::CommittedTable<EgrL3Oif2, std::uint16_t, EgrL3Oif2Entry> {
+class EgrL3Oif2 final : public Asic::RefCountedTable<EgrL3Oif2, std::uint16_t, EgrL3Oif2Entry> {
   ASIC_TABLE(TesselL3Tunnel::EgrL3Oif2)
 
  public:
-  using CommittedTable::CommittedTable;
+  using RefCountedTable::RefCountedTable;
 };
 inline Dovel::Ptr<EgrL3Oif2> egrL3Oif2Factory() { return Dovel::make<EgrL3Oif2>("EgrL3Oif2"); }
 
