@@ -104,8 +104,8 @@ void TesselVxlanMounter::doMountsComplete(Stateway::MountStatus mountStatus,
                                           Dovel::Ptr<Stateway::EntityManager> const& em) {
   TRACE(0, ": Mounts complete...");
   INVARIANT(mountStatus == Stateway::mountSuccess());
-  auto const fcsd = Dovel::cast<TesselCentral::FeatureAgentCommonSmData>(sharedEntity("featureCommon"));
-  vxlanMounterSmWrapperIs(fcsd, em, agentSmId(), localEntityStore(), shmemEm(), agentDir());
+  fcsdIs(Dovel::cast<TesselCentral::FeatureAgentCommonSmData>(sharedEntity("featureCommon")));
+  vxlanMounterSmWrapperIs(fcsd(), em, agentSmId(), localEntityStore(), shmemEm(), agentDir());
 }
 
 void TesselVxlanMounter::vxlanMounterSmWrapperIs(Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData> const& fcsd,
