@@ -72,13 +72,9 @@ void doMount(Stateway::MountGroup& group, MountRow const& row) {
 
 }  // namespace
 
-TesselVxlanMounter::~TesselVxlanMounter() = default;
-
-void TesselVxlanMounter::lastUserGone() {
+TesselVxlanMounter::~TesselVxlanMounter() {
   nodeFlagSet(kZombie, true);
   if (vxlanMounterSmWrapper()) vxlanMounterSmWrapper()->hasNotificationActiveIs(false);
-  vxlanMounterSmWrapper_ = nullptr;
-  L3MounterBase::lastUserGone();
 }
 
 void TesselVxlanMounter::doInit() {
