@@ -9,6 +9,7 @@ namespace {
 using TesselL3Common::TesselVxlanBootStatus;
 using testing::HasSubstr;
 using testing::Not;
+using Wrapper = TesselVxlan::TesselVxlanMounterSmWrapper;
 
 constexpr char const* everything = "vti unicast member multicast ";
 
@@ -81,6 +82,26 @@ TEST(Gates, startNothingTwice) {
   EXPECT_EQ(wrapper.vxlanVtiStatusSm(), vti);
   EXPECT_EQ(wrapper.hwTunnelProgrammer(Vane::vxlanTunnel_), programmer);
   EXPECT_EQ(world.chip().writes(), writes);
+}
+
+TEST(Gates, keepTheTunnelProgrammersBack) {
+  Kiln::TraceCapture trace("TesselVxlanMounterSmWrapper");
+  auto const lastTrace = [&] { return trace.lines().back(); };
+  FrameWorld world;
+  auto& w = world.mountsComplete().wrapper();
+  w.createVxlanTunnelHelperSm();
+  EXPECT_EQ(lastTrace(), "createVxlanTunnelHelperSm: Returning TBNI");
+  world.start();
+  w.createVxlanTunnelHelperSm();
+  EXPECT_EQ(lastTrace(), "createVxlanTunnelHelperSm: Returning VTSNI");
+  for (auto const del : {&Wrapper::virtualPortTableProgrammerDel, &Wrapper::tunnelTermTableProgrammerDel,
+                         &Wrapper::nextHopTableProgrammerDel, &Wrapper::egrL3TunnelTablesProgrammerDel}) {
+    world.wrapperAgain().start();
+    (world.wrapper().*del)();
+    world.wrapper().createVxlanTunnelHelperSm();
+    EXPECT_EQ(lastTrace(), "createVxlanTunnelHelperSm: Returning TBNI");
+  }
+  EXPECT_EQ(world.running(), "");
 }
 
 /// The traces of the root object while an agent starts, a line each.
