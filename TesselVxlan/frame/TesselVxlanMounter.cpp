@@ -72,13 +72,9 @@ void doMount(Stateway::MountGroup& group, MountRow const& row) {
 
 }  // namespace
 
-TesselVxlanMounter::~TesselVxlanMounter() = default;
-
-void TesselVxlanMounter::lastUserGone() {
+TesselVxlanMounter::~TesselVxlanMounter() {
   nodeFlagSet(kZombie, true);
   if (vxlanMounterSmWrapper()) vxlanMounterSmWrapper()->hasNotificationActiveIs(false);
-  vxlanMounterSmWrapper_ = nullptr;
-  L3MounterBase::lastUserGone();
 }
 
 void TesselVxlanMounter::doInit() {
@@ -104,8 +100,8 @@ void TesselVxlanMounter::doMountsComplete(Stateway::MountStatus mountStatus,
                                           Dovel::Ptr<Stateway::EntityManager> const& em) {
   TRACE(0, ": Mounts complete...");
   INVARIANT(mountStatus == Stateway::mountSuccess());
-  auto const fcsd = Dovel::cast<TesselCentral::FeatureAgentCommonSmData>(sharedEntity("featureCommon"));
-  vxlanMounterSmWrapperIs(fcsd, em, agentSmId(), localEntityStore(), shmemEm(), agentDir());
+  fcsdIs(Dovel::cast<TesselCentral::FeatureAgentCommonSmData>(sharedEntity("featureCommon")));
+  vxlanMounterSmWrapperIs(fcsd(), em, agentSmId(), localEntityStore(), shmemEm(), agentDir());
 }
 
 void TesselVxlanMounter::vxlanMounterSmWrapperIs(Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData> const& fcsd,

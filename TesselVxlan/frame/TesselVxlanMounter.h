@@ -31,9 +31,6 @@ class TesselVxlanMounter final : public TesselL3Unicast::L3MounterBase {
                                Dovel::Ptr<KilnSharedMem::EntityManager> const& shmemEm,
                                Dovel::Ptr<Kiln::Dir> const& agentDir);
   void vxlanMounterSmWrapperDel();
-
- protected:
-  void lastUserGone() override;
 };
 
 }  // namespace TesselVxlan

@@ -63,8 +63,7 @@ void TesselVxlanMounterSmWrapper::vxlanStateDispatch(Dovel::Change const& change
 
 void TesselVxlanMounterSmWrapper::tablesInitializedIs(bool tablesInitialized) {
   if (tablesInitialized == tablesInitialized_) return;
-  tablesInitialized_ = tablesInitialized;
-  kilnChanged(tablesInitializedId);
+  tablesInitializedSet(tablesInitialized);
   doStartVxlanSms();
 }
 

@@ -142,7 +142,7 @@ class TesselVxlanMounterSmWrapper final : public TesselL3Unicast::L3MounterSmWra
   KILN_ATTR(0x13b, Dovel::Ptr<L2Rib::FloodSetOutput const>, l2RibFloodSet)
   KILN_ATTR(0x13c, Dovel::Ptr<VxlanController::VtepStatusDirV2 const>, vxlanVtepStatusDir)
   KILN_RESERVED(0x13d, "TesselVxlan::VxlanVtepGroupDirSm", vxlanVtepGroupDirSm)
-  KILN_FIXED(0x13e, bool, tablesInitialized)
+  KILN_READONLY(0x13e, bool, tablesInitialized)
 
   // Flooding and multicast, not part of this build.
   KILN_RESERVED(0x13f, "Multicast::Tunnel::ConfigDirColl", mcastTunnelConfigDirColl)

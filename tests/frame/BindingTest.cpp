@@ -106,6 +106,17 @@ TEST_F(Bindings, areTheEntitiesAtTheirPaths) {
   for (auto const& [is, wanted] : shared) EXPECT_EQ(is, wanted);
 }
 
+TEST_F(Bindings, ofTheWrapperAreTheMountersOwn) {
+  auto const& m = world.mounter();
+  Entity const own[][2] = {{m.fcsd(), w.fcsd()},
+                           {m.statewayEm(), w.statewayEm()},
+                           {m.shmemEm(), w.shmemEm()},
+                           {m.localEntityStore(), w.localEntityStore()},
+                           {m.agentDir(), w.agentDir()}};
+  for (auto const& [is, wanted] : own) EXPECT_TRUE(is && is == wanted) << wanted->typeData().name();
+  EXPECT_EQ(w.agentSmId(), m.agentSmId());
+}
+
 TEST_F(Bindings, leaveNoPointerNullButThoseOfLaterFeatures) {
   std::string null;
   for (auto const& attribute : w.typeData().ownAttributes()) {
@@ -174,42 +185,24 @@ TEST_F(Bindings, areHandedToTheTunnelProgrammers) {
 }
 
 TEST_F(Bindings, areTakenByTheCreatorsOfProgrammers) {
-  w.tunnelTermTableProgrammerDel();
-  auto const term = w.tunnelTermTableProgrammerIs();
-  w.nextHopTableProgrammerDel();
-  auto const nextHops = w.nextHopTableProgrammerIs(w.l3Oif2TableHelper(), Dovel::Ptr<TesselMcast::IpmcTable>(), true);
-  w.l3Oif1TableProgrammerDel();
-  auto const oif1 = w.l3Oif1TableProgrammerIs();
-  w.egrL3TunnelTablesProgrammerDel();
-  auto const headers = w.egrL3TunnelTablesProgrammerIs();
-  w.virtualPortTableProgrammerDel();
-  auto const ports = w.virtualPortTableProgrammerIs();
-  w.underlayEcmpProgrammerDel();
-  auto const ecmp = w.underlayEcmpProgrammerIs();
+  auto const nextHops = (w.nextHopTableProgrammerDel(),
+                         w.nextHopTableProgrammerIs(w.l3Oif2TableHelper(), Dovel::Ptr<TesselMcast::IpmcTable>(), true));
+  auto const ports = (w.virtualPortTableProgrammerDel(), w.virtualPortTableProgrammerIs());
   Entity const taken[][2] = {
-      {term->vxlanConfigDir(), w.vxlanConfigDir()},
+      {(w.tunnelTermTableProgrammerDel(), w.tunnelTermTableProgrammerIs())->vxlanConfigDir(), w.vxlanConfigDir()},
+      {(w.egrL3TunnelTablesProgrammerDel(), w.egrL3TunnelTablesProgrammerIs())->vxlanConfigDir(), w.vxlanConfigDir()},
+      {w.egrL3TunnelTablesProgrammer()->qosTrustStatus(), w.qosTrustStatusAllLocal()},
+      {(w.l3Oif1TableProgrammerDel(), w.l3Oif1TableProgrammerIs())->fcsd(), w.fcsd()},
+      {(w.underlayEcmpProgrammerDel(), w.underlayEcmpProgrammerIs())->nextHopTableProgrammer(), nextHops},
       {nextHops->routingStatus(), w.routingStatus()},
       {nextHops->vaneL3IntfTable(), w.vaneL3IntfTable()},
       {nextHops->l3Oif2TableHelper(), w.l3Oif2TableHelper()},
-      {headers->qosTrustStatus(), w.qosTrustStatusAllLocal()},
-      {headers->vxlanConfigDir(), w.vxlanConfigDir()},
       {ports->vxlanToL2State(), w.vxlanToL2State()},
       {ports->vxlanCapabilities(), w.vxlanCapabilities()},
       {ports->dvpToVtepMapping(), w.dvpToVtepMapping()},
       {ports->tunnelIndexToVtepMapping(), w.tunnelIndexToVtepMapping()},
-      {ecmp->nextHopTableProgrammer(), nextHops},
-      {w.l3Oif2TableHelper()->localEntityManager(), world.stores().local},
   };
   for (auto const& [is, wanted] : taken) EXPECT_TRUE(is && is == wanted) << wanted->typeData().name();
-  EXPECT_TRUE(nextHops->vxlanUnderlayFloodingHw() && !nextHops->ipmcTable());
-  for (auto const& [em, fcsd] : {std::pair(term->statewayEm(), term->fcsd()),
-                                 {nextHops->statewayEm(), nextHops->fcsd()},
-                                 {oif1->statewayEm(), oif1->fcsd()},
-                                 {headers->statewayEm(), headers->fcsd()},
-                                 {ports->statewayEm(), ports->fcsd()},
-                                 {ecmp->statewayEm(), ecmp->fcsd()}}) {
-    EXPECT_TRUE(em == w.statewayEm() && Entity(fcsd) == Entity(w.fcsd()));
-  }
 }
 
 }  // namespace

@@ -9,13 +9,14 @@ namespace {
 using TesselL3Common::TesselVxlanBootStatus;
 using testing::HasSubstr;
 using testing::Not;
+using Wrapper = TesselVxlan::TesselVxlanMounterSmWrapper;
 
 constexpr char const* everything = "vti unicast member multicast ";
 
 TEST(Start, bringsTheTablesUpInOrderAndWritesTheirFixedRows) {
   struct {
     char const* profile;
-    bool serves;  ///< The chip has all that forwarding needs.
+    bool serves;  ///< The chip has every table that forwarding needs.
     char const* tables;
   } const chips[] = {
       {"cascaded", true,
@@ -83,8 +84,28 @@ TEST(Gates, startNothingTwice) {
   EXPECT_EQ(world.chip().writes(), writes);
 }
 
-/// What the root object of an agent that starts says, a line each.
-std::string told(Host::Agent::Ready ready) {
+TEST(Gates, keepTheTunnelProgrammersBack) {
+  Kiln::TraceCapture trace("TesselVxlanMounterSmWrapper");
+  auto const lastTrace = [&] { return trace.lines().back(); };
+  FrameWorld world;
+  auto& w = world.mountsComplete().wrapper();
+  w.createVxlanTunnelHelperSm();
+  EXPECT_EQ(lastTrace(), "createVxlanTunnelHelperSm: Returning TBNI");
+  world.start();
+  w.createVxlanTunnelHelperSm();
+  EXPECT_EQ(lastTrace(), "createVxlanTunnelHelperSm: Returning VTSNI");
+  for (auto const del : {&Wrapper::virtualPortTableProgrammerDel, &Wrapper::tunnelTermTableProgrammerDel,
+                         &Wrapper::nextHopTableProgrammerDel, &Wrapper::egrL3TunnelTablesProgrammerDel}) {
+    world.wrapperAgain().start();
+    (world.wrapper().*del)();
+    world.wrapper().createVxlanTunnelHelperSm();
+    EXPECT_EQ(lastTrace(), "createVxlanTunnelHelperSm: Returning TBNI");
+  }
+  EXPECT_EQ(world.running(), "");
+}
+
+/// The traces of the root object while an agent starts, a line each.
+std::string traced(Host::Agent::Ready ready) {
   Kiln::TraceCapture trace("TesselVxlanMounterSmWrapper");
   Host::Agent::Options options;
   options.ready = ready;
@@ -101,9 +122,9 @@ TEST(Gates, ofAnAgentOpenInEitherOrder) {
       " initialising underlayMcast table \n";
   std::string const started = "doStartVxlanSms\nCalling createVxlanTunnelHelperSm\n";
   std::string const serves = " vxlanSmRunningState is set to true \n";
-  EXPECT_EQ(told(Host::Agent::Ready::fromLoop),
+  EXPECT_EQ(traced(Host::Agent::Ready::fromLoop),
             bound + tables + "doStartVxlanSms\nvaneTunnelSm not ready\n" + serves + started);
-  EXPECT_EQ(told(Host::Agent::Ready::atOnce),
+  EXPECT_EQ(traced(Host::Agent::Ready::atOnce),
             bound + "doStartVxlanSms\nTable init not ready\n" + tables + started + serves);
 }
 

@@ -1,3 +1,5 @@
+#include <functional>
+
 #include "platform/kiln/AttributeDefinitions.h"
 #include "platform/kiln/Trace.h"
 #include "tests/frame/FrameWorld.h"
@@ -9,19 +11,15 @@ namespace {
 using Dovel::Ptr;
 using TesselVxlan::HwTunnelProgrammerBase;
 
-/// Counts, when it is destroyed, the uses of objects that only the wrapper has besides the test.
+/// Calls `last` when it is destroyed.
 class LastProgrammer final : public HwTunnelProgrammerBase {
  public:
-  LastProgrammer(TesselVxlan::TunnelProgrammerInputs const& inputs, std::vector<Ptr<Dovel::Node const>> others,
-                 std::string& uses)
-      : HwTunnelProgrammerBase(inputs), others_(std::move(others)), uses_(uses) {}
-  ~LastProgrammer() override {
-    for (auto const& other : others_) uses_ += std::to_string(other->useCount());
-  }
+  LastProgrammer(TesselVxlan::TunnelProgrammerInputs const& inputs, std::function<void()> last)
+      : HwTunnelProgrammerBase(inputs), last_(std::move(last)) {}
+  ~LastProgrammer() override { last_(); }
 
  private:
-  std::vector<Ptr<Dovel::Node const>> others_;
-  std::string& uses_;
+  std::function<void()> last_;
 };
 
 TEST(Wrapper, releasesTheTunnelProgrammersLast) {
@@ -35,9 +33,12 @@ TEST(Wrapper, releasesTheTunnelProgrammersLast) {
   std::vector<Ptr<Dovel::Node const>> const others{w.vxlanStatus(), w.tunnelConfigDir(), w.vxlanVtiStatusSm(),
                                                    w.vxlanTunnelHelperSm(), w.l2TunnelVnIdTable()};
   std::string uses;
-  w.hwTunnelProgrammerIs(Vane::vxlanBum_, Dovel::make<LastProgrammer>(inputs, others, uses));
-  world.wrapperGone();
-  EXPECT_EQ(uses, "22222") << "this test's and the programmer's own";
+  w.hwTunnelProgrammerIs(Vane::vxlanBum_, Dovel::make<LastProgrammer>(inputs, [&, mounter = &world.mounter()] {
+                           uses = mounter->isZombie() ? "of a zombie's wrapper: " : "";
+                           for (auto const& other : others) uses += std::to_string(other->useCount());
+                         }));
+  world.mounterGone();
+  EXPECT_EQ(uses, "of a zombie's wrapper: 11111");
 }
 
 TEST(Wrapper, passesNotificationAndItsEndToTheStateMachinesInIt) {
@@ -57,6 +58,16 @@ TEST(Wrapper, passesNotificationAndItsEndToTheStateMachinesInIt) {
   EXPECT_EQ(shown(), "---");
   w.hasNotificationActiveIs(true);
   EXPECT_EQ(shown(), "aaa");
+  nested[0]->hasNotificationActiveIs(false);
+  nested[1]->kilnDoZombieReactors(true);
+  w.hasNotificationActiveIs(true);
+  w.kilnDoZombieReactors(false);
+  EXPECT_EQ(shown(), "-za") << "an equal value is not passed on";
+  w.kilnDoZombieReactors(true);
+  EXPECT_EQ(shown(), "zzz");
+  EXPECT_TRUE(w.isZombie());
+  w.kilnDoZombieReactors(false);
+  EXPECT_EQ(shown(), "-aa");
   world.wrapperGone();
   EXPECT_EQ(shown(), "zzz");
 }
@@ -101,6 +112,9 @@ TEST(Wrapper, startsOnceAlsoWhenAGateMovesInsideTheStart) {
   Kiln::TraceCapture trace("TesselVxlanMounterSmWrapper");
   world.tunnelSmIsReady();
   EXPECT_EQ(std::ranges::count(trace.lines(), "doStartVxlanSms: Calling createVxlanTunnelHelperSm"), 1);
+  trace.clear();
+  world.wrapper().tablesInitializedIs(true);
+  EXPECT_THAT(trace.lines(), testing::IsEmpty()) << "an equal value starts nothing";
   EXPECT_THAT(world.rows(), testing::HasSubstr("10.255.0.2"));
 }
 
