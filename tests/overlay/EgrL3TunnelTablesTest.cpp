@@ -10,7 +10,7 @@ using namespace OverlayTest;
 
 constexpr char const* v4 = "EgrL3Ipv4TunnelTable";
 constexpr char const* v6 = "EgrL3Ipv6TunnelTable";
-constexpr char const* defaultHeader = " >  @0 hdrSelectA=1 hdrSelectB=2 udpDestPort=4000\n";
+constexpr char const* defaultHeader = " >  row 0: hdrSelectA=1 hdrSelectB=2 udpDestPort=4000\n";
 
 /// Outer headers on a chip of each way of completion.
 class Headers : public testing::TestWithParam<Asic::Completion> {
@@ -43,9 +43,9 @@ TEST_P(Headers, areSharedByTheTunnelsOfASourceWhereTheChipKeysBySource) {
     EXPECT_TRUE(Asic::sameEntry(first, world.headers->entryWeakRef(ip("10.0.0.1"), ip(dip)))) << dip;
   }
   EXPECT_EQ(world.show(v4), std::string(defaultHeader) +
-                                "10.0.0.1 >  @1 sip=10.0.0.1 ttl=64 hdrSelectA=3 tunnelEntry=1 udpSrcPortValid=1 "
+                                "10.0.0.1 >  row 1: sip=10.0.0.1 ttl=64 hdrSelectA=3 tunnelEntry=1 udpSrcPortValid=1 "
                                 "outerDscpFromInner=1 hdrSelectB=4 udpSrcPort=5000 udpDestPort=4789\n"
-                                "10.0.0.9 >  @2 sip=10.0.0.9 ttl=64 hdrSelectA=3 tunnelEntry=1 "
+                                "10.0.0.9 >  row 2: sip=10.0.0.9 ttl=64 hdrSelectA=3 tunnelEntry=1 "
                                 "outerDscpFromInner=1 hdrSelectB=4 udpDestPort=4789\n");
   first = nullptr;
   EXPECT_FALSE(second->gone());
@@ -60,9 +60,10 @@ TEST_P(Headers, standApartWhereTheChipKeysByDestinationToo) {
     EXPECT_TRUE(Asic::sameEntry(second, world.headers->entryWeakRef(ip("10.0.0.1"), ip("10.0.0.3"))));
   }
   EXPECT_EQ(world.headers->entryWeakRef(ip("10.0.0.1"), ip("10.0.0.3")), nullptr) << "a header goes with its last user";
-  EXPECT_EQ(world.show(v4), std::string(defaultHeader) +
-                                "10.0.0.1 > 10.0.0.2 @1 sip=10.0.0.1 dip=10.0.0.2 ttl=64 hdrSelectA=3 tunnelEntry=1 "
-                                "outerDscpFromInner=1 hdrSelectB=4 udpDestPort=4789\n");
+  EXPECT_EQ(world.show(v4),
+            std::string(defaultHeader) +
+                "10.0.0.1 > 10.0.0.2 row 1: sip=10.0.0.1 dip=10.0.0.2 ttl=64 hdrSelectA=3 tunnelEntry=1 "
+                "outerDscpFromInner=1 hdrSelectB=4 udpDestPort=4789\n");
 }
 
 TEST_P(Headers, ofIpv6HaveNoSourcePortAndMayShareHalfADestination) {
@@ -78,7 +79,7 @@ TEST_P(Headers, ofIpv6HaveNoSourcePortAndMayShareHalfADestination) {
     EXPECT_EQ(bool(world.headers->entryWeakRef(ip("2001:db8::1"), ip("2001:db8:1::4"))), upperOnly);
     std::string const dip = upperOnly ? "2001:db8:1::" : "2001:db8:1::2";
     EXPECT_EQ(world.show(v6).substr(0, world.show(v6).find('\n')),
-              "2001:db8::1 > " + dip + " @0 sip=2001:db8::1 outerDscpFromInner=1 hdrSelectA=3 ttl=64 dip=" + dip +
+              "2001:db8::1 > " + dip + " row 0: sip=2001:db8::1 outerDscpFromInner=1 hdrSelectA=3 ttl=64 dip=" + dip +
                   " hdrSelectB=4 udpDestPort=4789");
     EXPECT_EQ(world.show(v4), defaultHeader);
   }

@@ -31,27 +31,6 @@ Dovel::Ptr<Asic::ChipProfile const> makeProfile(ChipSpec const& chipAsked) {
   return profile;
 }
 
-/// " name=value", without fields that are 0 or empty.
-class FieldText final : public Asic::FieldVisitor {
- public:
-  explicit FieldText(std::string& out) : out_(out) {}
-  void number(std::string_view name, std::uint64_t value) override {
-    if (value != 0) add(name, std::to_string(value));
-  }
-  void text(std::string_view name, std::string value) override {
-    if (!value.empty()) add(name, value);
-  }
-  void handle(std::string_view name, Handle const& target) override {
-    if (target) add(name, target->keyText());
-  }
-  void groupBegin(std::string_view) override {}
-  void groupEnd() override {}
-
- private:
-  void add(std::string_view name, std::string const& value) { out_.append(" ").append(name).append("=").append(value); }
-  std::string& out_;
-};
-
 }  // namespace
 
 Meshal::IpGenAddr ip(std::string_view text) { return Meshal::IpGenAddr(text); }
@@ -61,10 +40,8 @@ TesselL3Common::VxlanTunnelKey header(std::string_view source, bool srcPortValid
 }
 
 OverlayWorld::OverlayWorld(ChipSpec const& chipAsked)
-    : chipAsked_(chipAsked),
-      chip_(Asic::makeSimulatedChip(makeProfile(chipAsked), chipAsked.completion)),
-      chipInfo_(TesselCentral::LogicalModInfo(Asic::ChipInfo(chip_))),
-      em_(Dovel::make<Stateway::EntityManager>()),
+    : ChipWorld(makeProfile(chipAsked), chipAsked.completion),
+      chipAsked_(chipAsked),
       fcsd(Dovel::make<TesselCentral::FeatureAgentCommonSmData>()),
       trust(TesselCommon::Qos::trustStatusFactory("trust")),
       config(Dovel::make<Vxlan::VxlanConfigDir>()),
@@ -76,41 +53,26 @@ OverlayWorld::OverlayWorld(ChipSpec const& chipAsked)
   fcsd->logicalModInfosIs(true);
   capabilities->underlayMcastSupportedIs(true);
   virtualPorts = Dovel::make<TesselL3Common::VirtualPortTableMerged>("virtualPortTable");
-  Asic::bringUp(*virtualPorts, em_, chipInfo_);
+  Asic::bringUp(*virtualPorts, em_, chipInfo());
   programmersIs();
 }
 
 OverlayWorld::~OverlayWorld() {
   EXPECT_EQ(messages(), "");
-  chip_->stop();
-  term = nullptr;
-  headers = nullptr;
-  virtualPorts = nullptr;
-  fcsd = nullptr;
-  trust = nullptr;
-  config = nullptr;
-  vtis = nullptr;
-  capabilities = nullptr;
-  central = nullptr;
-  state = nullptr;
-  slice = nullptr;
-  em_ = nullptr;
-  chipInfo_ = {};
-  chip_ = nullptr;
-  EXPECT_EQ(Dovel::Node::aliveCount(), aliveBefore_);
+  chip().stop();
 }
 
 void OverlayWorld::programmersIs() {
   term = TesselVxlan::tesselVxlanTunnelTermTableProgrammerFactory(em_, fcsd, config);
-  term->initAllowedPortsProfileTable(chipInfo_);
-  term->initSipTable(chipInfo_);
-  term->initDipTable(chipInfo_);
+  term->initAllowedPortsProfileTable(chipInfo());
+  term->initSipTable(chipInfo());
+  term->initDipTable(chipInfo());
   if (chipAsked_.ipv6Ends) {
-    term->initSipV6Table(chipInfo_);
-    term->initDipV6Table(chipInfo_);
+    term->initSipV6Table(chipInfo());
+    term->initDipV6Table(chipInfo());
   }
   headers = TesselVxlan::tesselVxlanEgrL3TunnelTablesProgrammerFactory(em_, fcsd, trust, config);
-  headers->initTables(chipInfo_);
+  headers->initTables(chipInfo());
   settle();
   writes();
 }
@@ -123,33 +85,12 @@ Dovel::Ptr<TesselVxlan::TesselVxlanVtiStatusSm> OverlayWorld::vtiSmIs() {
 
 Vxlan::VtiStatus& OverlayWorld::vti(std::string_view name) { return *vtis->vtiStatusIs(Meshal::IntfId(name)); }
 
-void OverlayWorld::settle() {
-  while (chip_->deliver() != 0) {
-  }
-}
-
-std::uint64_t OverlayWorld::writes() { return chip_->writes() - std::exchange(writesSeen_, chip_->writes()); }
-
 std::string OverlayWorld::messages() {
   settle();
-  std::string text;
-  for (auto const& record : log_.records()) text += record.name + ": " + record.text + "\n";
-  log_.clear();
-  return text;
+  return ChipWorld::messages();
 }
 
-std::string OverlayWorld::show(std::string_view table) const {
-  std::string text;
-  chip_->store(table)->forEachEntry([&](Asic::EntryView const& entry) {
-    text += entry.key() + (entry.row() ? " @" + Kiln::toText(*entry.row()) : " waits");
-    FieldText fields(text);
-    entry.fields(fields);
-    text += "\n";
-  });
-  return text;
-}
-
-std::string OverlayWorld::ends() const {
+std::string OverlayWorld::ends() {
   struct Phb final : Asic::FieldVisitor {
     bool on = false;
     void number(std::string_view name, std::uint64_t value) override {
@@ -162,8 +103,8 @@ std::string OverlayWorld::ends() const {
   };
   std::string text;
   for (auto const* table : {"L2TunnelIpv4DipTable", "L2TunnelIpv6DipTable"}) {
-    if (!chip_->store(table)) continue;
-    chip_->store(table)->forEachEntry([&](Asic::EntryView const& entry) {
+    if (!chip().store(table)) continue;
+    chip().store(table)->forEachEntry([&](Asic::EntryView const& entry) {
       Phb phb;
       entry.fields(phb);
       text += (text.empty() ? "" : " ") + entry.key() + (phb.on ? "+" : "");

@@ -4,9 +4,8 @@
 #include <string>
 
 #include "TesselVxlan/overlay/TesselVxlanVtiStatusSm.h"
-#include "platform/asic/SimulatedChip.h"
-#include "platform/kiln/Log.h"
 #include "platform/tessel/tables/VirtualPortTableMerged.h"
+#include "tests/support/TableFixture.h"
 
 /// The tables of tunnel ends and outer headers on a simulated chip, with the records that decide on them.
 namespace OverlayTest {
@@ -26,27 +25,23 @@ Meshal::IpGenAddr ip(std::string_view text);
 /// An outer header from `source`, UDP port 4789.
 TesselL3Common::VxlanTunnelKey header(std::string_view source, bool srcPortValid = false, std::uint16_t srcPort = 0);
 
-/// An operator message that a test does not take away fails it, and so does an object that stays alive.
-class OverlayWorld {
+/// Fails the test if an object is alive that was not when it was made.
+struct LeavesNoObject {
+  std::size_t const before = Dovel::Node::aliveCount();
+  ~LeavesNoObject() { EXPECT_EQ(Dovel::Node::aliveCount(), before); }
+};
+
+/// Their tables on a chip of its own; an object that stays alive fails the test.
+class OverlayWorld : LeavesNoObject, public TableTest::ChipWorld {
  public:
   explicit OverlayWorld(ChipSpec const& chipAsked);
   ~OverlayWorld();
-  OverlayWorld(OverlayWorld const&) = delete;
-  OverlayWorld& operator=(OverlayWorld const&) = delete;
 
-  Asic::Chip& chip() { return *chip_; }
-  Asic::SimulatedChip& hardware() { return static_cast<Asic::SimulatedChip&>(chip_->driver()); }
-  /// Delivers what the chip has answered.
-  void settle();
-  /// Rows written since the last call.
-  std::uint64_t writes();
   /// The messages raised since the last call, delivered first: a line each.
   std::string messages();
-  /// The entries of a table, a line each: "key @row name=value …". Fields that are 0 are left out.
-  std::string show(std::string_view table) const;
   /// The addresses at which tunnels end, in the order of their texts, separated by spaces; one with its PHB setting on
   /// has a '+' behind it.
-  std::string ends() const;
+  std::string ends();
   /// A virtual port for `vtep`.
   Handle virtualPortIs(Meshal::IpGenAddr const& vtep);
 
@@ -58,13 +53,7 @@ class OverlayWorld {
   Vxlan::VtiStatus& vti(std::string_view name = "Vxlan1");
 
  private:
-  std::size_t const aliveBefore_ = Dovel::Node::aliveCount();
-  Kiln::LogCapture log_;
   ChipSpec chipAsked_;
-  Dovel::Ptr<Asic::Chip> chip_;
-  TesselCentral::ChipInfo chipInfo_;
-  Dovel::Ptr<Stateway::EntityManager> em_;
-  std::uint64_t writesSeen_ = 0;
 
  public:
   Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData> fcsd;

@@ -53,7 +53,7 @@ TEST_P(TunnelEnds, takeTheSettingOfTheirLastInsert) {
   world.config->outerHeaderPhbIs(true);
   world.term->insertOrUpdateDipEntry(addr(0));
   EXPECT_EQ(world.show(family().dipTable),
-            std::string(family().addrs[0]) + " @0 allowedPortsProfileIndex=1 useOuterHeaderPhb=1\n");
+            std::string(family().addrs[0]) + " row 0: allowedPortsProfileIndex=1 useOuterHeaderPhb=1\n");
   world.writes();
   world.term->insertOrUpdateDipEntry(addr(0));
   EXPECT_EQ(world.writes(), 0) << "the chip has it already";
@@ -75,7 +75,7 @@ TEST_P(TunnelEnds, thatFindNoRoomAreToldOncePerWriteAndHeal) {
   EXPECT_EQ(world.messages(), full);
   world.term->deleteDipEntry(addr(0));
   world.settle();
-  EXPECT_EQ(world.show(family().dipTable), std::string(family().addrs[1]) + " @0 allowedPortsProfileIndex=1\n");
+  EXPECT_EQ(world.show(family().dipTable), std::string(family().addrs[1]) + " row 0: allowedPortsProfileIndex=1\n");
 }
 
 TEST_P(TunnelEnds, ofRemoteVtepsHoldTheirVirtualPort) {
@@ -83,8 +83,9 @@ TEST_P(TunnelEnds, ofRemoteVtepsHoldTheirVirtualPort) {
   auto const port = world.virtualPortIs(addr(0));
   auto const row = Kiln::toText(*port->row());
   world.term->insertSipEntry(addr(0), port);
-  EXPECT_EQ(world.show(family().sipTable),
-            std::string(family().addrs[0]) + " @0 svpHandle=" + family().addrs[0] + " svp=" + row + "\n");
+  EXPECT_EQ(world.show(family().sipTable), std::string(family().addrs[0]) +
+                                               " row 0: svpHandle=VirtualPortTableMerged[" + family().addrs[0] +
+                                               "] svp=" + row + "\n");
   world.virtualPorts->entryRemove(addr(0));
   EXPECT_FALSE(port->gone()) << "the packets of the VTEP still come in by it";
   EXPECT_NE(world.virtualPortIs(addr(1))->row(), port->row());

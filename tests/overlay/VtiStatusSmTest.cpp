@@ -89,7 +89,7 @@ TEST_P(Vtis, giveTheAgentTheirAddressesWhetherTheyComeBeforeOrAfterTheStart) {
     EXPECT_EQ(published(*of),
               "10.0.0.1 2001:db8::1 10.0.0.2 10.0.0.3 2001:db8::3 4789 | 10.0.0.1 10.0.0.3 2001:db8::3 4789");
   }
-  EXPECT_EQ(early.show("L2TunnelIpv6DipTable").substr(0, 15), "2001:db8::1 @0 ") << "one row each";
+  EXPECT_EQ(early.show("L2TunnelIpv6DipTable").substr(0, 19), "2001:db8::1 row 0: ") << "one row each";
 }
 
 TEST_P(Vtis, endTunnelsBeforeTheyBeginAndSayTheirPortFirst) {

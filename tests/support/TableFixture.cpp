@@ -109,21 +109,22 @@ std::string completionName(testing::TestParamInfo<Asic::Completion> const& way) 
   return way.param == Asic::Completion::direct ? "direct" : "deferred";
 }
 
-TableWorld::TableWorld(ChipSpec const& chipAsked)
-    : chip_(Asic::makeSimulatedChip(makeProfile(chipAsked), chipAsked.completion)),
+ChipWorld::ChipWorld(Dovel::Ptr<ChipProfile const> const& profile, Asic::Completion completion)
+    : chip_(Asic::makeSimulatedChip(profile, completion)),
       chipInfo_(TesselCentral::LogicalModInfo(Asic::ChipInfo(chip_))),
-      em_(Dovel::make<Stateway::EntityManager>()),
-      dir_(Dovel::make<Kiln::Dir>()) {
+      em_(Dovel::make<Stateway::EntityManager>()) {}
+
+ChipWorld::~ChipWorld() { EXPECT_EQ(messages(), ""); }
+
+TableWorld::TableWorld(ChipSpec const& chipAsked)
+    : ChipWorld(makeProfile(chipAsked), chipAsked.completion), dir_(Dovel::make<Kiln::Dir>()) {
   recordsIs(chipAsked);
   programmersIs(chipAsked);
   settle();
   writes();
 }
 
-TableWorld::~TableWorld() {
-  EXPECT_EQ(messages(), "");
-  chip_->stop();
-}
+TableWorld::~TableWorld() { chip().stop(); }
 
 void TableWorld::recordsIs(ChipSpec const& chipAsked) {
   fcsd = Dovel::make<TesselCentral::FeatureAgentCommonSmData>();
@@ -146,41 +147,41 @@ void TableWorld::recordsIs(ChipSpec const& chipAsked) {
     capabilities_->capabilityFlagIs(true);
   }
   ipmc = TesselMcast::ipmcTableFactory();
-  Asic::bringUp(*ipmc, em_, chipInfo_);
+  Asic::bringUp(*ipmc, em_, chipInfo());
   oif2_ = Dovel::make<TesselL3Tunnel::L3TunnelEgrL3OifHelper>(Dovel::make<Local::EntityManager>());
-  oif2_->initTables(chipInfo_);
+  oif2_->initTables(chipInfo());
 }
 
 void TableWorld::programmersIs(ChipSpec const& chipAsked) {
   using namespace TesselVxlan;
   oif1 = vxlanL3Oif1TableProgrammerFactory(em_, fcsd);
-  oif1->initTables(chipInfo_);
+  oif1->initTables(chipInfo());
   nextHops = nextHopTableProgrammerFactory(em_, fcsd, nullptr, l3Intfs, oif2_, ipmc, chipAsked.floods);
   nextHops->mountPathIs(dir_);
-  nextHops->initTables(chipInfo_);
+  nextHops->initTables(chipInfo());
   ecmp = underlayEcmpProgrammerFactory(em_, fcsd, nextHops);
   ecmp->mountPathIs(dir_);
-  if (chipAsked.ecmp) ecmp->initTables(chipInfo_);
+  if (chipAsked.ecmp) ecmp->initTables(chipInfo());
   virtualPorts = virtualPortProgrammerFactory(em_, fcsd, l2State, capabilities_, dvpMap, tunnelIndexMap);
   virtualPorts->virtualPortTableIs(dir_->createEntity<TesselL3Common::VirtualPortTableMerged>("virtualPortTable"));
-  Asic::bringUp(*virtualPorts->virtualPortTable(), em_, chipInfo_);
-  virtualPorts->initTables(chipInfo_);
+  Asic::bringUp(*virtualPorts->virtualPortTable(), em_, chipInfo());
+  virtualPorts->initTables(chipInfo());
   if (chipAsked.cascaded) {
     overlay = overlayCascadedTableProgrammerFactory(em_, fcsd, l2State, doorbell);
   } else {
     overlay = overlayNextHopTableProgrammerFactory(em_, fcsd, l2State, doorbell, oif1, nextHops, ecmp);
   }
-  overlay->initTables(chipInfo_);
+  overlay->initTables(chipInfo());
 }
 
-void TableWorld::settle() {
+void ChipWorld::settle() {
   while (chip_->deliver() != 0) {
   }
 }
 
-std::uint64_t TableWorld::writes() { return chip_->writes() - std::exchange(writesSeen_, chip_->writes()); }
+std::uint64_t ChipWorld::writes() { return chip_->writes() - std::exchange(writesSeen_, chip_->writes()); }
 
-std::string TableWorld::messages() {
+std::string ChipWorld::messages() {
   std::string text;
   for (auto const& record : log_.records()) text += record.name + ": " + record.text + "\n";
   log_.clear();
@@ -199,7 +200,7 @@ std::string TableWorld::published(Meshal::IpGenAddr const& vtep) const {
          idText(map->nhIdEntryStatus(), map->nhId());
 }
 
-std::string TableWorld::show(std::string_view table, std::string_view keys) const {
+std::string ChipWorld::show(std::string_view table, std::string_view keys) const {
   std::string text;
   chip_->store(table)->forEachEntry([&](Asic::EntryView const& entry) {
     if (!entry.key().starts_with(keys)) return;
@@ -211,7 +212,7 @@ std::string TableWorld::show(std::string_view table, std::string_view keys) cons
   return text;
 }
 
-std::string TableWorld::keys(std::string_view table) const {
+std::string ChipWorld::keys(std::string_view table) const {
   std::string text;
   chip_->store(table)->forEachEntry([&](Asic::EntryView const& entry) { text += entry.key() + "\n"; });
   return text;

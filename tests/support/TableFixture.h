@@ -46,24 +46,46 @@ struct ChipSpec {
   std::map<std::string, std::uint32_t> rows = {};  ///< Sizes that differ, by chip table.
 };
 
-/// A chip with every table of the chain in service. An operator message that a test does not take away fails it.
-class TableWorld {
+/// A simulated chip and what a test asks of its tables. An operator message that a test does not take away fails it.
+class ChipWorld {
  public:
-  explicit TableWorld(ChipSpec const& chipAsked);
-  ~TableWorld();
-  TableWorld(TableWorld const&) = delete;
-  TableWorld& operator=(TableWorld const&) = delete;
+  ChipWorld(Dovel::Ptr<Asic::ChipProfile const> const& profile, Asic::Completion completion);
+  ~ChipWorld();
+  ChipWorld(ChipWorld const&) = delete;
+  ChipWorld& operator=(ChipWorld const&) = delete;
 
   Asic::Chip& chip() { return *chip_; }
   Asic::SimulatedChip& hardware() { return static_cast<Asic::SimulatedChip&>(chip_->driver()); }
   TesselCentral::ChipInfo const& chipInfo() const { return chipInfo_; }
-  Kiln::Dir& dir() { return *dir_; }
   /// Delivers what the chip has answered, and what that brings about.
   void settle();
   /// Rows written since the last call.
   std::uint64_t writes();
   /// The messages raised since the last call, a line each.
   std::string messages();
+  /// The entries of a table whose keys begin so, a line each: "key row N: name=value …". Fields that are 0 are left
+  /// out.
+  std::string show(std::string_view table, std::string_view keys = {}) const;
+  /// The names of the keys alone.
+  std::string keys(std::string_view table) const;
+
+ private:
+  Kiln::LogCapture log_;
+  Dovel::Ptr<Asic::Chip> chip_;
+  TesselCentral::ChipInfo chipInfo_;
+  std::uint64_t writesSeen_ = 0;
+
+ protected:
+  Dovel::Ptr<Stateway::EntityManager> em_;
+};
+
+/// A chip with every table of the chain in service.
+class TableWorld : public ChipWorld {
+ public:
+  explicit TableWorld(ChipSpec const& chipAsked);
+  ~TableWorld();
+
+  Kiln::Dir& dir() { return *dir_; }
 
   /// A VTEP with a tunnel of that type, as the tunnel programmers keep it.
   TesselCentral::VtepIpToTnlIdNhIdMap& vtepIs(Meshal::IpGenAddr const& vtep,
@@ -71,11 +93,6 @@ class TableWorld {
   /// "tnl done 2, nh done 3": what is published of a VTEP.
   std::string published(Meshal::IpGenAddr const& vtep) const;
 
-  /// The entries of a table whose keys begin so, a line each: "key row N: name=value …". Fields that are 0 are left
-  /// out.
-  std::string show(std::string_view table, std::string_view keys = {}) const;
-  /// The names of the keys alone.
-  std::string keys(std::string_view table) const;
   /// A virtual port for `vtep`, as the tunnel programmers make it before the overlay row.
   Handle virtualPort(Meshal::IpGenAddr const& vtep);
 
@@ -97,14 +114,9 @@ class TableWorld {
   void recordsIs(ChipSpec const& chipAsked);
   void programmersIs(ChipSpec const& chipAsked);
 
-  Kiln::LogCapture log_;
-  Dovel::Ptr<Asic::Chip> chip_;
-  TesselCentral::ChipInfo chipInfo_;
-  Dovel::Ptr<Stateway::EntityManager> em_;
   Dovel::Ptr<Kiln::Dir> dir_;
   Dovel::Ptr<TesselCentral::VxlanCapabilities> capabilities_;
   Dovel::Ptr<TesselL3Tunnel::L3TunnelEgrL3OifHelper> oif2_;
-  std::uint64_t writesSeen_ = 0;
 };
 
 }  // namespace TableTest

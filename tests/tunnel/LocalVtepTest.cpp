@@ -155,6 +155,25 @@ TEST_P(Settings, rewriteWhatTheyAreInAndNoMore) {
   EXPECT_EQ(agent.status(unicast), status);
 }
 
+TEST_P(Settings, ofLearningFollowTheObjectThatHoldsThem) {
+  agent.tunnel(unicast, vtep(2)).via(uplink(1));
+  auto const learns = [this] {
+    return agent.row("VirtualPortTableMerged", vtep(2)).find("learnEnableA=1") != std::string::npos;
+  };
+  auto const info = Dovel::make<Vane::VXLAN::VaneVxlanInfo>();
+  auto const status = Dovel::make<Vane::VXLAN::VaneGlobalVtiStatus>();
+  status->dataPathLearningIs(true);
+  auto const helper = Dovel::cast<TesselVxlan::TesselVxlanMounter>(agent.agent().mounter())
+                          ->vxlanMounterSmWrapper()
+                          ->vxlanTunnelHelperSm();
+  helper->vaneVxlanInfoIs(info);
+  EXPECT_FALSE(learns());
+  info->vaneGlobalVtiStatusIs(status);
+  EXPECT_TRUE(learns());
+  status->dataPathLearningIs(false);
+  EXPECT_FALSE(learns());
+}
+
 TEST_P(Settings, ofTheSourcePortReachTheHeaders) {
   agent.tunnel(unicast, vtep(2)).via(uplink(1));
   for (auto const port : {std::uint16_t{49152}, std::uint16_t{50000}}) {

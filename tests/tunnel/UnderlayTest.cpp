@@ -1,3 +1,6 @@
+#include <filesystem>
+#include <fstream>
+
 #include "tests/tunnel/TunnelFixture.h"
 
 namespace AgentTest {
@@ -80,6 +83,54 @@ TEST_P(TunnelUnderlay, isNotTriedAgainWhileTheStatusTellsAFailure) {
   agent.tunnel(member, vtep(2)).generation(9);
   EXPECT_FALSE(trace.contains("skip further programming")) << "a new generation has no status yet";
   EXPECT_THAT(agent.status(member), HasSubstr("gen=9 tnl=#1 nh=#1"));
+}
+
+/// Chips like those of the built-in profiles, with a property changed: the file of such a profile.
+std::string variant(std::string const& profile, std::vector<std::pair<std::string, std::string>> const& changes) {
+  std::ifstream in(std::string(TESSEL_SOURCE_DIR) + "/profiles/" + profile + ".json");
+  std::string text{std::istreambuf_iterator<char>(in), {}};
+  for (auto const& [before, after] : changes) {
+    auto const at = text.find(before);
+    EXPECT_NE(at, std::string::npos) << before;
+    if (at != std::string::npos) text.replace(at, before.size(), after);
+  }
+  auto const file = testing::TempDir() + "tessel-variant-" + std::to_string(std::hash<std::string>{}(text)) + ".json";
+  std::ofstream(file) << text;
+  return file;
+}
+
+TEST(TunnelUnderlayOfOtherChips, groupsOfOneNeedACascadedChipThatWantsThem) {
+  std::pair<std::string, std::string> const testChip{"\"supportsVxlan\": true",
+                                                     "\"supportsVxlan\": true, \"testChip\": true"};
+  std::pair<std::string, std::string> const wanted{"\"memberSingleHopEcmp\": false", "\"memberSingleHopEcmp\": true"};
+  struct {
+    std::string file;
+    bool group;
+  } const chips[] = {{variant("compact", {}), false},
+                     {variant("compact", {testChip}), true},
+                     {variant("compact", {wanted}), true},
+                     {variant("flat", {testChip, wanted}), false}};
+  for (auto const& [file, group] : chips) {
+    AgentWorld agent({.profile = file});
+    agent.together([](AgentWorld& a) { a.localVtep(vtep(1)).udpPort(4789); });
+    agent.tunnel(member, vtep(2)).via(uplink(1));
+    EXPECT_EQ(agent.row(agent.overlayTable(), vtep(2)).find("EcmpGroup1Table") != std::string::npos, group);
+    std::filesystem::remove(file);
+  }
+}
+
+TEST(TunnelUnderlayOfOtherChips, anIpv4HeaderForAllLeavesThoseOfIpv6) {
+  auto const file = variant("cascaded", {{"\"ipv4DipInKey\": true", "\"ipv4DipInKey\": false"}});
+  AgentWorld agent({.profile = file});
+  std::filesystem::remove(file);
+  agent.together([](AgentWorld& a) { a.localVtep(vtep(1)).localVtep(vtep6(1)).udpPort(4789); });
+  for (unsigned n = 2; n <= 5; ++n) {
+    agent.tunnel(unicast, vtep(n)).via(uplink(1));
+    agent.tunnel(unicast, vtep6(n)).via(uplink(1));
+  }
+  agent.writes();
+  agent.tos(3);
+  EXPECT_EQ(agent.writes(), "EgrL3Ipv4TunnelTable 1, EgrL3Ipv6TunnelTable 4");
 }
 
 class ActiveNextHop : public Tunnels {};
