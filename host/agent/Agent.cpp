@@ -5,6 +5,7 @@
 #include "host/agent/DocumentCheck.h"
 #include "host/agent/TunnelSmGate.h"
 #include "host/vane/TunnelProducer.h"
+#include "platform/asic/ProfileLoader.h"
 #include "platform/kiln/Json.h"
 #include "platform/kilnsharedmem/EntityManager.h"
 #include "platform/local/EntityManager.h"
@@ -61,7 +62,8 @@ Agent::Agent(Options options) : aliveBefore_(Dovel::Node::aliveCount()), options
   }
   // Before the chip: a profile may name features that the plug-in registers.
   loader_.load(options_.plugin);
-  world_ = std::make_unique<World>(options_.profile, options_.completion);
+  if (!options_.chipProfile) options_.chipProfile = Asic::loadProfile(options_.profile);
+  world_ = std::make_unique<World>(options_.chipProfile, options_.completion);
   startFeature();
 }
 
@@ -130,6 +132,7 @@ void Agent::stopFeature() {
 std::size_t Agent::stop() {
   stopFeature();
   world_.reset();
+  options_.chipProfile = nullptr;
   return Dovel::Node::aliveCount() - aliveBefore_;
 }
 

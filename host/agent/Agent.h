@@ -44,7 +44,8 @@ class Agent {
     atOnce,    ///< As soon as the status objects exist: before the feature's tables are up.
   };
   struct Options {
-    std::string profile = "cascaded";  ///< The name of a profile that is built in, or a file.
+    std::string profile = "cascaded";                   ///< The name of a profile that is built in, or a file.
+    Dovel::Ptr<Asic::ChipProfile const> chipProfile{};  ///< Used in place of `profile` unless null.
     Asic::Completion completion = Asic::Completion::direct;
     std::filesystem::path plugin = defaultPlugin();
     std::string mounterType = "TesselVxlan::TesselVxlanMounter";

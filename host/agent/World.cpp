@@ -26,11 +26,12 @@ std::string publishedTunnelsPath(Vane::TunnelType type) {
   return {};
 }
 
-World::World(std::string const& profile, Asic::Completion completion) {
-  auto const chipProfile = Asic::loadProfile(profile);
-  auto simulated = std::make_unique<Asic::SimulatedChip>(chipProfile, completion);
+World::World(std::string const& profile, Asic::Completion completion) : World(Asic::loadProfile(profile), completion) {}
+
+World::World(Dovel::Ptr<Asic::ChipProfile const> const& profile, Asic::Completion completion) {
+  auto simulated = std::make_unique<Asic::SimulatedChip>(profile, completion);
   driver = simulated.get();
-  chip = Dovel::make<Asic::Chip>(chipProfile, std::move(simulated));
+  chip = Dovel::make<Asic::Chip>(profile, std::move(simulated));
   stores.stateway = Dovel::make<Stateway::EntityManager>();
   // Found by its name in the whole process, which may have several agents.
   stores.shmem = Dovel::make<KilnSharedMem::EntityManager>(fmt::format("shmem of {}", fmt::ptr(this)));

@@ -39,7 +39,9 @@ inline constexpr std::string_view kVtiStatusPath = "interface/status/eth/vxlan";
 ///
 /// Shares all of it with the feature, which is destroyed first.
 struct World {
-  /// A chip of the named profile with one logical chip on it. Throws `InputError`.
+  /// A chip of the profile with one logical chip on it.
+  World(Dovel::Ptr<Asic::ChipProfile const> const& profile, Asic::Completion completion);
+  /// The same by the profile's name or file. Throws `InputError`.
   World(std::string const& profile, Asic::Completion completion);
   ~World();
   World(World const&) = delete;

@@ -112,16 +112,21 @@ std::span<std::uint64_t const> SimulatedChip::row(std::string_view name, std::ui
   return {of->at(row), of->layout->words};
 }
 
-std::uint64_t SimulatedChip::field(std::string_view name, std::uint32_t rowNumber, std::string_view field) const {
+std::uint64_t SimulatedChip::field(std::string_view table, std::uint32_t row, std::string_view field) const {
+  return words(table, row, field).front();
+}
+
+std::span<std::uint64_t const> SimulatedChip::words(std::string_view name, std::uint32_t rowNumber,
+                                                    std::string_view field) const {
   auto const words = row(name, rowNumber);
   INVARIANT(!words.empty());
   std::size_t at = 0;
   for (auto const& one : table(name)->layout->fields) {
-    if (one.name == field) return words[at];
+    if (one.name == field) return words.subspan(at, one.words);
     at += one.words;
   }
   INVARIANT(false && "no such field");
-  return 0;
+  return {};
 }
 
 std::uint32_t SimulatedChip::rows(std::string_view name) const {

@@ -36,7 +36,9 @@ class SimulatedChip final : public ChipDriver {
 
   /// A row's words, empty if the row is clear. REQUIRES: the table is there.
   std::span<std::uint64_t const> row(std::string_view table, std::uint32_t row) const;
-  /// One number of a row, by the field's name; the first word of a field of several. REQUIRES: the row is written.
+  /// The words of one field of a row, by the field's name. REQUIRES: the row is written.
+  std::span<std::uint64_t const> words(std::string_view table, std::uint32_t row, std::string_view field) const;
+  /// The number in a field of one word, or the first of several words. REQUIRES: as `words`.
   std::uint64_t field(std::string_view table, std::uint32_t row, std::string_view field) const;
   /// How many rows of the table are written.
   std::uint32_t rows(std::string_view table) const;

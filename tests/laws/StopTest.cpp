@@ -1,4 +1,4 @@
-#include "tests/laws/RandomStory.h"
+#include "tests/support/AgentWorld.h"
 
 namespace AgentTest {
 
@@ -7,15 +7,6 @@ namespace {
 /// Each test ends in the world's own check that no object is alive after the stop.
 class Stop : public testing::TestWithParam<ChipKind> {};
 INSTANTIATE_TEST_SUITE_P(Chips, Stop, testing::ValuesIn(chipKinds({"cascaded", "flat", "compact", "tiny"})), kindName);
-
-TEST_P(Stop, afterAnyStoryLeavesNoObject) {
-  for (auto const seed : seeds(4)) {
-    AgentWorld agent(GetParam());
-    RandomStory story(agent, seed);
-    story.run(30);
-    agent.messages();
-  }
-}
 
 TEST_P(Stop, withAnswersUnderWayLeavesNoObject) {
   for (unsigned turns = 0; turns < 8; ++turns) {

@@ -1,6 +1,7 @@
 #include <algorithm>
+#include <random>
 
-#include "tests/laws/RandomStory.h"
+#include "tests/support/AgentWorld.h"
 
 namespace AgentTest {
 
@@ -29,7 +30,7 @@ std::map<std::string, unsigned> refusedByMessage(AgentWorld& agent) {
 /// A chip with fewer rows than there are VTEPs.
 class TinyChip : public testing::TestWithParam<ChipKind> {
  protected:
-  static constexpr unsigned vteps = 10, fit = 4;
+  static constexpr unsigned vteps = 10;
 
   /// In some order, each over one of two adjacencies.
   void comeAll(AgentWorld& agent, std::mt19937_64& random) {
@@ -44,18 +45,12 @@ class TinyChip : public testing::TestWithParam<ChipKind> {
     std::shuffle(all.begin(), all.end(), random);
     return all;
   }
-  void expectAsFresh(AgentWorld const& agent) const {
-    AgentWorld fresh(GetParam());
-    fresh.want(agent.wish());
-    EXPECT_EQ(agent.chip(), fresh.chip());
-    EXPECT_EQ(agent.statusByKey(), fresh.statusByKey());
-  }
 };
 INSTANTIATE_TEST_SUITE_P(Chips, TinyChip, testing::ValuesIn(chipKinds({"tiny"})), kindName);
 
 TEST_P(TinyChip, tellsEachRefusedWriteOnce) {
-  for (auto const seed : seeds(4)) {
-    SCOPED_TRACE("TESSEL_SEED=" + std::to_string(seed));
+  for (unsigned seed = 1; seed <= 4; ++seed) {
+    SCOPED_TRACE(seed);
     std::mt19937_64 random(seed);
     AgentWorld agent(GetParam());
     comeAll(agent, random);
@@ -64,21 +59,6 @@ TEST_P(TinyChip, tellsEachRefusedWriteOnce) {
     auto const refused = refusedByMessage(agent);
     EXPECT_EQ(refused.size(), fullMessages.size() - 2) << "headers, virtual ports and overlay entries have run out";
     EXPECT_EQ(agent.messageCounts(), refused);
-  }
-}
-
-TEST_P(TinyChip, takesUpWhoWaitsWhenOthersGo) {
-  for (auto const seed : seeds(6)) {
-    SCOPED_TRACE("TESSEL_SEED=" + std::to_string(seed));
-    std::mt19937_64 random(seed);
-    AgentWorld agent(GetParam());
-    comeAll(agent, random);
-    agent.messages();
-    auto leaving = shuffled(random);
-    leaving.resize(vteps - fit);
-    for (auto const n : leaving) agent.tunnel(unicast, vtep(n)).gone();
-    EXPECT_EQ(agent.messages(), "");
-    expectAsFresh(agent);
   }
 }
 
@@ -96,30 +76,6 @@ TEST_P(TinyChip, servesInOrderOfArrival) {
   EXPECT_NE(after.find("unicast 10.255.0.6 tnl=[10.255.0.6] nh=[10.255.0.6]"), std::string::npos) << after;
   EXPECT_NE(after.find("unicast 10.255.0.7 tnl=[10.255.0.7] nh=[unprogrammed]"), std::string::npos) << after;
   EXPECT_NE(after.find("unicast 10.255.0.8 tnl=[unprogrammed] nh=[unprogrammed]"), std::string::npos) << after;
-}
-
-TEST_P(TinyChip, isWholeAgainAfterAnyStoryOnceAllFits) {
-  for (auto const seed : seeds(6)) {
-    AgentWorld agent(GetParam());
-    RandomStory story(agent, seed, {.vteps = 9});
-    story.run(60);
-    SCOPED_TRACE("TESSEL_SEED=" + std::to_string(seed) + '\n' + story.told());
-    auto wish = agent.wish();
-    wish.adjacencies = {{1, {uplink(1), uplink(2)}}, {2, {uplink(2), unresolved(3)}}};
-    std::erase_if(wish.tunnels, [](auto const& tunnel) {
-      return tunnel.first.second != vtep(2) && tunnel.first.second != vtep(4) && tunnel.first.second != vtep6(2);
-    });
-    agent.release().want(wish);
-    story.close();
-    // What changed while an overlay entry waited for its row is taken up by the next change.
-    auto moved = agent.wish();
-    auto const last = moved;
-    moved.adjacencies[98] = {uplink(1)};
-    for (auto& [key, tunnel] : moved.tunnels) tunnel.adjId = 98;
-    agent.want(moved).want(last);
-    agent.messages();
-    expectAsFresh(agent);
-  }
 }
 
 }  // namespace

@@ -6,10 +6,13 @@
 #include <set>
 #include <vector>
 
+#include "platform/anvil/PerUnitBitmap.h"
 #include "platform/asic/Chip.h"
 #include "platform/asic/FieldVisitor.h"
 #include "platform/asic/Record.h"
 #include "platform/asic/Store.h"
+#include "platform/meshal/EthAddr.h"
+#include "platform/meshal/IpGenAddr.h"
 
 namespace AgentTest {
 
@@ -24,6 +27,32 @@ using Asic::StoreBase;
 bool isCount(std::string_view field) { return field == "vp1UpdateCount" || field == "vp2UpdateCount"; }
 /// Fields that a table fills with the row of the handle that stands before them.
 bool isRowOfHandle(std::string_view field) { return field == "tunnelIndex" || field == "svp"; }
+
+/// What the words of a field say, as a text of the kind of `like`.
+std::string textOf(std::span<std::uint64_t const> words, std::string_view like) {
+  if (words.size() == 1) {
+    if (like.find(':') != like.npos) return Kiln::toText(Meshal::EthAddr(words[0]));
+    if (like.find('.') != like.npos) return Kiln::toText(Meshal::IpAddr(static_cast<std::uint32_t>(words[0])));
+    return Kiln::toText(words[0]);
+  }
+  if (words.size() == 3) {
+    Meshal::Ip6Addr::Bytes bytes;
+    for (unsigned i = 0; i < 16; ++i) bytes[i] = static_cast<std::uint8_t>(words[1 + i / 8] >> (56 - i % 8 * 8));
+    switch (words[0]) {
+      case 1:
+        return Kiln::toText(Meshal::IpGenAddr(Meshal::IpAddr(static_cast<std::uint32_t>(words[1] >> 32))));
+      case 2:
+        return Kiln::toText(Meshal::IpGenAddr(Meshal::Ip6Addr(bytes)));
+      default:
+        return "";
+    }
+  }
+  Anvil::PerUnitBitmap bitmap;
+  for (std::size_t i = 0; i < Anvil::PerUnitBitmap::kWords; ++i) {
+    bitmap.bitListIs(i, static_cast<std::uint32_t>(words[i / 2] >> (i % 2 * 32)));
+  }
+  return Kiln::toText(bitmap);
+}
 
 std::string nameOf(EntryHandle const& target) {
   auto const* record = target.record();
@@ -62,6 +91,9 @@ class EntryText final : public Asic::FieldVisitor {
   }
   void text(std::string_view name, std::string value) override {
     if (!value.empty()) text_ += fmt::format(" {}={}", name, value);
+    if (!row_ || !written_) return;
+    auto const has = textOf(hardware_.words(part_->name, chipRow_, name), value);
+    if (has != value) text_ += fmt::format(" {}={} (CHIP HAS {})", name, value, has);
   }
   void handle(std::string_view name, EntryHandle::PtrConst const& target) override {
     lastTarget_ = target ? target->record() : nullptr;

@@ -21,9 +21,9 @@ class List {
 std::string quoted(std::string const& text) { return '"' + text + '"'; }
 
 std::string hopText(Hop const& hop) {
-  return fmt::format(R"({{"type":"{}","addr":"10.1.{}.1","ethAddr":"{}","l2Intf":"Ethernet{}","l3Intf":"Vlan{}"}})",
+  return fmt::format(R"({{"type":"{}","addr":"10.1.{}.1","ethAddr":"{}","l2Intf":"{}","l3Intf":"Vlan{}"}})",
                      hop.resolved ? "nextHopResolved" : "nextHopUnresolved", hop.uplink,
-                     hop.resolved ? fmt::format("02:00:00:00:00:{:02x}", hop.uplink) : "00:00:00:00:00:00", hop.uplink,
+                     hop.resolved ? fmt::format("02:00:00:00:00:{:02x}", hop.uplink) : "00:00:00:00:00:00", portOf(hop),
                      100 + hop.uplink);
 }
 
@@ -34,6 +34,7 @@ std::string vtiText(Wish const& wish) {
   if (!wish.localVtep.empty()) fields.add(R"("srcAddr":)" + quoted(wish.localVtep));
   if (!wish.localVtep6.empty()) fields.add(R"("srcAddrV6":)" + quoted(wish.localVtep6));
   if (!wish.mlagVtep.empty()) fields.add(R"("mlagVtepAddr":)" + quoted(wish.mlagVtep));
+  if (!wish.mlagVtep6.empty()) fields.add(R"("mlagVtepAddr6":)" + quoted(wish.mlagVtep6));
   if (wish.udpSrcPorts != 0) {
     fields.add(fmt::format(R"("udpSrcPort":{},"udpSrcPortLength":{})", wish.udpSrcPort, wish.udpSrcPorts));
   }

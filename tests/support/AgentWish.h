@@ -20,7 +20,8 @@ inline std::string vtep(unsigned n) { return "10.255.0." + std::to_string(n); }
 inline std::string vtep6(unsigned n) { return "fd00::" + std::to_string(n); }
 
 /// A next hop through uplink `n`: gateway 10.1.n.1, MAC 02:00:00:00:00:0n, port "Ethernet<n>", interface "Vlan<100+n>".
-/// Uplinks 1 to 8 are ports of the switch, 9 is an aggregation of ports, and those from 10 on have no port.
+/// Uplinks 1 to 8 are ports of the switch, 9 is an aggregation of ports, 10 is a port that the chip doesn't have, and
+/// those from 11 on name no port.
 struct Hop {
   unsigned uplink;
   bool resolved = true;
@@ -28,6 +29,7 @@ struct Hop {
 };
 using Hops = std::set<Hop>;
 inline Hop uplink(unsigned n) { return {n}; }
+inline std::string portOf(Hop const& hop) { return hop.uplink > 10 ? "" : "Ethernet" + std::to_string(hop.uplink); }
 inline Hop unresolved(unsigned n) { return {n, false}; }
 
 struct TunnelWish {
@@ -39,7 +41,7 @@ struct TunnelWish {
 /// All that a test wants of the switch: the naive model of its configuration.
 struct Wish {
   bool vti = true;
-  std::string localVtep, localVtep6, mlagVtep;  ///< Empty: none.
+  std::string localVtep, localVtep6, mlagVtep, mlagVtep6;  ///< Empty: none.
   std::uint16_t udpPort = 0;
   std::uint16_t udpSrcPort = 0, udpSrcPorts = 0;
   bool learning = false;

@@ -3,10 +3,13 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <fstream>
 
+#include "platform/asic/ProfileLoader.h"
 #include "platform/asic/Store.h"
 #include "platform/tessel/qos/TrustStatus.h"
 #include "tests/support/AgentShow.h"
+#include "tests/support/AgentState.h"
 
 namespace AgentTest {
 
@@ -15,24 +18,54 @@ namespace {
 constexpr std::uint32_t firstAdjacency = 101;
 constexpr char const* trustPath = "qos/hardware/tessel/trust/status/slice";
 
-std::unique_ptr<Host::Agent> makeAgent(ChipKind const& kind) {
-  Host::Agent::Options options;
-  options.profile = kind.profile;
-  options.completion = kind.completion;
-  return std::make_unique<Host::Agent>(options);
+/// A profile that is made from one that is built in, by other values of some of its members.
+struct DerivedProfile {
+  std::string_view base;
+  std::vector<std::pair<std::string_view, std::string_view>> values;
+};
+std::map<std::string, DerivedProfile, std::less<>> const derivedProfiles{
+    {"oneHeader", {"cascaded", {{R"("ipv4DipInKey": true)", R"("ipv4DipInKey": false)"}}}},
+    {"flooding", {"flat", {{R"("vxlanUnderlayFloodingHw": false)", R"("vxlanUnderlayFloodingHw": true)"}}}},
+    {"fewMembers",
+     {"cascaded",
+      {{R"("EcmpMember1Table": {"rows": 16384})", R"("EcmpMember1Table": {"rows": 5})"},
+       {R"("EcmpGroup1Table": {"rows": 4096})", R"("EcmpGroup1Table": {"rows": 3})"}}}},
+    {"tinyFlat",
+     {"flat",
+      {{R"("IngL3NextHop1": {"rows": 32768)", R"("IngL3NextHop1": {"rows": 4)"},
+       {R"("EgrL3NextHop1": {"rows": 32768)", R"("EgrL3NextHop1": {"rows": 4)"},
+       {R"("VirtualPort1Table": {"rows": 32768)", R"("VirtualPort1Table": {"rows": 7)"},
+       {R"("VirtualPort2Table": {"rows": 32768)", R"("VirtualPort2Table": {"rows": 7)"},
+       {R"("EgrL3Ipv4TunnelTable": {"rows": 32768})", R"("EgrL3Ipv4TunnelTable": {"rows": 8})"}}}},
+};
+
+Dovel::Ptr<Asic::ChipProfile const> readProfile(std::string const& name) {
+  auto const derived = derivedProfiles.find(name);
+  if (derived == derivedProfiles.end()) return Asic::loadProfile(name);
+  std::ifstream in(fmt::format(TESSEL_SOURCE_DIR "/profiles/{}.json", derived->second.base));
+  std::string text{std::istreambuf_iterator<char>(in), {}};
+  for (auto const& [former, value] : derived->second.values) {
+    auto const at = text.find(former);
+    if (at == text.npos) throw std::logic_error(fmt::format("profile {}: no {}", derived->second.base, former));
+    text.replace(at, former.size(), value);
+  }
+  return Asic::parseProfile(text, name);
 }
 
-/// The key of the entry that has the row.
-std::string ownerOf(Asic::Chip const& chip, std::string_view table, std::uint32_t row) {
-  std::string owner = fmt::format("{}", row);
-  if (row == Vane::VaneTunnelId::unprogrammed().value()) return "unprogrammed";
-  auto const& store = *chip.store(table);
-  // The id of an overlay next hop is the row of its first part.
-  auto const base = table == "L3NextHop1Table" ? store.base(0) : 0;
-  store.forEachEntry([&](Asic::EntryView const& entry) {
-    if (entry.row() && entry.row()->value() + base == row) owner = entry.key();
-  });
-  return owner;
+/// Each profile is read once.
+Dovel::Ptr<Asic::ChipProfile const> const& profileOf(std::string const& name) {
+  static std::map<std::string, Dovel::Ptr<Asic::ChipProfile const>> known;
+  auto& profile = known[name];
+  if (!profile) profile = readProfile(name);
+  return profile;
+}
+
+std::unique_ptr<Host::Agent> makeAgent(ChipKind const& kind, Drive drive) {
+  Host::Agent::Options options;
+  options.chipProfile = profileOf(kind.profile);
+  options.completion = kind.completion;
+  options.producers = drive == Drive::documents;
+  return std::make_unique<Host::Agent>(options);
 }
 
 std::vector<Dovel::Ptr<Vane::HwTunnelStatusEntry>> sorted(Vane::HwTunnelStatus const& status) {
@@ -66,7 +99,7 @@ std::vector<ChipKind> chipKinds(std::vector<std::string> const& profiles) {
   return kinds;
 }
 
-AgentWorld::AgentWorld(ChipKind const& kind) : agent_(makeAgent(kind)) {
+AgentWorld::AgentWorld(ChipKind const& kind, Drive drive) : agent_(makeAgent(kind, drive)) {
   agent_->state<Kiln::Dir>(trustPath)->createEntity<TesselCommon::Qos::TrustStatus>("1");
   changed();
   writes();
@@ -173,20 +206,9 @@ std::string AgentWorld::status(Vane::TunnelType type) {
   return text;
 }
 
-std::string AgentWorld::statusByKey() const {
-  std::string text;
-  for (auto const type : {unicast, member}) {
-    auto const nhTable = type == unicast ? overlayTable() : "VirtualPortTableMerged";
-    for (auto const& entry : sorted(*agent_->hwTunnelStatus(type))) {
-      auto const nhId = entry->hwNextHopStatusEntry().hwNextHopId().value();
-      text += fmt::format("{} {} tnl=[{}] nh=[{}]{}\n", type == unicast ? "unicast" : "member",
-                          Kiln::toText(entry->tunnelKey().dst()),
-                          ownerOf(agent_->chip(), "VirtualPortTableMerged", entry->hwTunnelId().value()),
-                          ownerOf(agent_->chip(), nhTable, nhId), adjText(*entry));
-    }
-  }
-  return text;
-}
+std::string AgentWorld::statusByKey() const { return statusText(*agent_); }
+
+std::string AgentWorld::whole() const { return chip() + stateText(*agent_); }
 
 std::string AgentWorld::chip() const { return chipText(agent_->chip(), agent_->driver()); }
 

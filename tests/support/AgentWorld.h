@@ -12,6 +12,8 @@ namespace AgentTest {
 
 /// On what a test runs: the parameter of most suites.
 struct ChipKind {
+  /// One that is built in, or made from one: "oneHeader" (one IPv4 header for all VTEPs, IPv6 beside it), "flooding",
+  /// "fewMembers" (of groups), "tinyFlat".
   std::string profile = "cascaded";
   Asic::Completion completion = Asic::Completion::direct;
 };
@@ -21,6 +23,9 @@ inline void PrintTo(ChipKind const& kind, std::ostream* out) { *out << kindText(
 std::string kindName(testing::TestParamInfo<ChipKind> const& info);
 /// Each profile with both ways of completion.
 std::vector<ChipKind> chipKinds(std::vector<std::string> const& profiles);
+
+/// Who writes the tunnels' configuration entries: the forwarding abstraction from documents, or the test itself.
+enum class Drive { documents, test };
 
 class TunnelStory;
 
@@ -32,7 +37,7 @@ class TunnelStory;
 /// is the first to go.
 class AgentWorld {
  public:
-  explicit AgentWorld(ChipKind const& kind = {});
+  explicit AgentWorld(ChipKind const& kind = {}, Drive drive = Drive::documents);
   ~AgentWorld();
   AgentWorld(AgentWorld const&) = delete;
   AgentWorld& operator=(AgentWorld const&) = delete;
@@ -77,6 +82,8 @@ class AgentWorld {
   std::string status(Vane::TunnelType type);
   /// The same of both types with generations left out and ids named by the keys of the entries that own them.
   std::string statusByKey() const;
+  /// Rows and all that is published, as `chipText` and `stateText`: equal for agents that are in the same state.
+  std::string whole() const;
   /// All tables, as `chipText`.
   std::string chip() const;
   std::string table(std::string_view table) const;

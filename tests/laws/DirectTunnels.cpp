@@ -1,0 +1,197 @@
+#include "tests/laws/DirectTunnels.h"
+
+#include <fmt/format.h>
+
+#include "platform/kiln/AttributeDefinitions.h"
+
+namespace AgentTest {
+
+using Vane::TunnelKey;
+
+/// Calls back for each change of a node.
+class DirectTunnels::Watch final : public Kiln::NotifieeConst {
+  KILN_BASE_TYPE(Watch)
+
+ public:
+  Watch(Dovel::Ptr<Dovel::Node const> const& node, std::function<void(Dovel::Change const&)> changed)
+      : changed_(std::move(changed)) {
+    notifierIs(node);
+    isRegisteredNotifieeIs(true);
+  }
+  void end() {
+    changed_ = nullptr;
+    notifierIs(nullptr);
+  }
+
+ protected:
+  void onAttribute(Dovel::Change const& change) override {
+    // What is called may end this watch.
+    Dovel::Ptr<Watch> const self(this);
+    auto const changed = changed_;
+    if (changed) changed(change);
+  }
+
+ private:
+  std::function<void(Dovel::Change const&)> changed_;
+};
+
+namespace {
+
+Dovel::Ptr<Vane::NextHopEntryList> listOfHops(std::uint32_t adjId, Hops const& hops) {
+  Vane::NextHopEntrySet set;
+  for (auto const& hop : hops) {
+    Vane::NextHopEntry entry;
+    entry.typeIs(hop.resolved ? Vane::nextHopResolved : Vane::nextHopUnresolved);
+    entry.addrIs(Meshal::IpGenAddr(fmt::format("10.1.{}.1", hop.uplink)));
+    if (hop.resolved) entry.ethAddrIs(Meshal::EthAddr(0x020000000000 + hop.uplink));
+    entry.l2IntfIs(Meshal::IntfId(portOf(hop)));
+    entry.l3IntfIs(Meshal::IntfId(fmt::format("Vlan{}", 100 + hop.uplink)));
+    set.insert(entry);
+  }
+  return Dovel::make<Vane::NextHopEntryList>(adjId, set);
+}
+
+}  // namespace
+
+DirectTunnels::DirectTunnels(Host::Agent& agent, Vane::TunnelType type, Wish const& wish, Notified notified)
+    : agent_(agent), type_(type), wish_(wish), notified_(std::move(notified)) {
+  bind();
+}
+
+DirectTunnels::~DirectTunnels() {
+  statuses_->end();
+  for (auto const& [key, watch] : entries_) watch->end();
+}
+
+void DirectTunnels::bind() {
+  config().hwInitIs(1);
+  statuses_ = Dovel::make<Watch>(agent_.hwTunnelStatus(type_), [this](Dovel::Change const& change) {
+    if (change.id == Vane::HwTunnelStatus::tunnelStatusId) statusChanged(change.keyAs<TunnelKey>());
+  });
+}
+
+void DirectTunnels::statusChanged(TunnelKey const& key) {
+  auto const entry = agent_.hwTunnelStatus(type_)->tunnelStatus(key);
+  auto const vtep = Kiln::toText(key.dst());
+  auto& watch = entries_[key];
+  if (watch) watch->end();
+  watch = entry ? Dovel::make<Watch>(entry, [this, vtep](Dovel::Change const&) { notified_(vtep); }) : nullptr;
+  if (!entry) entries_.erase(key);
+  notified_(vtep);
+}
+
+void DirectTunnels::sync() {
+  std::set<std::string> vteps;
+  for (auto const& [key, tunnel] : wish_.tunnels) {
+    if (key.first == type_) vteps.insert(key.second);
+  }
+  for (auto const& [vtep, present] : present_) vteps.insert(vtep);
+  for (auto const& vtep : vteps) sync(vtep);
+}
+
+// What is known is changed before each write, which may lead back here.
+void DirectTunnels::sync(std::string const& vtep) {
+  auto const wanted = wish_.tunnels.find({type_, vtep});
+  if (wanted == wish_.tunnels.end()) return remove(vtep);
+  auto const list = listOf(wanted->second.adjId);
+  auto const found = present_.find(vtep);
+  if (found != present_.end() && found->second.genId == wanted->second.genId) {
+    if (auto const entry = config().hwTunnelConfigList(found->second.key)) entry->nextHopEntryListIs(list);
+    return;
+  }
+  auto& present = present_[vtep];
+  if (found != present_.end()) present.formers.push_back(present.key);
+  present.key = {{}, Meshal::IpGenAddr(vtep), 0, ++lastGenId_, Vane::defaultTunnelIntf()};
+  present.genId = wanted->second.genId;
+  last_[vtep] = present.key;
+  add(TunnelKey(present.key), list);
+}
+
+void DirectTunnels::add(TunnelKey const& key, ListPtr const& list) {
+  auto const entry = Dovel::make<Vane::HwTunnelConfigEntry>(key);
+  entry->nextHopEntryListIs(list);
+  config().hwTunnelConfigListIs(entry);
+}
+
+void DirectTunnels::remove(std::string const& vtep) {
+  auto const found = present_.find(vtep);
+  if (found == present_.end()) return;
+  auto const former = std::move(found->second);
+  present_.erase(found);
+  if (former.active.valid()) config().activeNextHopIdListDel(former.active);
+  config().hwTunnelConfigListDel(former.key);
+  for (auto const& key : former.formers) config().hwTunnelConfigListDel(key);
+}
+
+void DirectTunnels::again(std::string const& vtep) {
+  auto const wanted = wish_.tunnels.find({type_, vtep});
+  if (wanted == wish_.tunnels.end() || !last_.contains(vtep)) return;
+  auto const key = last_[vtep];
+  auto const found = present_.find(vtep);
+  if (found != present_.end()) {
+    activeIs(found->second, {});
+    config().hwTunnelConfigListDel(key);
+  } else {
+    present_[vtep] = {.key = key, .genId = wanted->second.genId, .formers = {}, .active = {}};
+  }
+  if (present_.contains(vtep) && !config().hwTunnelConfigListHas(key)) add(key, listOf(wanted->second.adjId));
+}
+
+void DirectTunnels::formerHops(std::string const& vtep, std::uint32_t adjId) {
+  auto const found = present_.find(vtep);
+  if (found == present_.end()) return;
+  for (auto const& key : std::vector(found->second.formers)) {
+    if (auto const entry = config().hwTunnelConfigList(key)) entry->nextHopEntryListIs(listOf(adjId));
+  }
+}
+
+void DirectTunnels::formersGone(std::string const& vtep) {
+  auto const found = present_.find(vtep);
+  if (found == present_.end()) return;
+  for (auto const& key : std::exchange(found->second.formers, {})) config().hwTunnelConfigListDel(key);
+}
+
+void DirectTunnels::formersGone() {
+  for (auto const& [vtep, present] : std::map(present_)) formersGone(vtep);
+}
+
+bool DirectTunnels::activate() {
+  bool changed = false;
+  for (auto& [vtep, present] : present_) {
+    auto const& status = agent_.hwTunnelStatus(type_)->tunnelStatus(present.key);
+    auto const nhId = status ? status->hwNextHopStatusEntry().hwNextHopId() : Vane::VaneNextHopId();
+    auto const active = nhId == Vane::VaneNextHopId::unprogrammed() ? Vane::VaneNextHopId() : nhId;
+    changed = changed || active != present.active;
+    activeIs(present, active);
+  }
+  return changed;
+}
+
+void DirectTunnels::activeIs(Present& present, Vane::VaneNextHopId nhId) {
+  if (present.active == nhId) return;
+  auto const former = std::exchange(present.active, nhId);
+  if (former.valid()) config().activeNextHopIdListDel(former);
+  if (nhId.valid()) config().activeNextHopIdListIs(nhId, true);
+}
+
+void DirectTunnels::restarted() {
+  statuses_->end();
+  for (auto const& [key, watch] : entries_) watch->end();
+  entries_.clear();
+  present_.clear();
+  bind();
+  sync();
+}
+
+DirectTunnels::ListPtr DirectTunnels::listOf(std::optional<std::uint32_t> adjId) {
+  auto const found = adjId ? wish_.adjacencies.find(*adjId) : wish_.adjacencies.end();
+  if (found == wish_.adjacencies.end()) return nullptr;
+  auto& [hops, list] = lists_[*adjId];
+  if (!list || hops != found->second) {
+    hops = found->second;
+    list = listOfHops(*adjId, hops);
+  }
+  return list;
+}
+
+}  // namespace AgentTest

@@ -1,0 +1,162 @@
+#include <algorithm>
+
+#include "platform/asic/Store.h"
+#include "tests/laws/Trials.h"
+
+namespace AgentTest {
+
+namespace {
+
+constexpr unsigned storyLength = 40;
+
+EventKinds const all = EventKinds().set();
+EventKinds without(std::initializer_list<Event::Kind> kinds) {
+  auto left = all;
+  for (auto const kind : kinds) left.reset(kind);
+  return left;
+}
+/// Kinds of events under which faults are known: left out until those are mended.
+EventKinds const unmended =
+    EventKinds().set(Event::udpPort).set(Event::mlag).set(Event::react).set(Event::refuseTable).set(Event::refuseNth);
+auto storiesOf(EventKinds kinds) {
+  kinds &= ~unmended;
+  return [kinds](std::uint64_t seed, std::string const& profile) { return storyOf(seed, profile, kinds, storyLength); };
+}
+
+class Laws : public testing::TestWithParam<unsigned> {};
+INSTANTIATE_TEST_SUITE_P(Shares, Laws, testing::Range(0U, kShares));
+
+/// The agent's state is that of one that was started and given the same wish at once.
+void expectAsFresh(AgentWorld const& agent, ChipKind const& kind, Drive drive, Wish const& wish) {
+  AgentWorld fresh(kind, drive);
+  Player const player(fresh, kind, drive, wish);
+  EXPECT_EQ(agent.whole(), fresh.whole());
+}
+
+void freshStart(ChipKind const& kind, Story const& story) {
+  AgentWorld agent(kind, story.drive);
+  Player player(agent, kind, story.drive);
+  player.play(story);
+  player.close();
+  expectAsFresh(agent, kind, story.drive, player.wish());
+}
+TEST_P(Laws, whateverHappensTheStateIsThatOfAFreshStart) {
+  tryLaw({.law = freshStart, .story = storiesOf(all)}, GetParam());
+}
+
+void restart(ChipKind const& kind, Story const& story) {
+  AgentWorld agent(kind, story.drive);
+  Player player(agent, kind, story.drive);
+  player.play(story);
+  player.close();
+  auto const before = agent.whole();
+  player.restart();
+  EXPECT_EQ(agent.whole(), before);
+}
+TEST_P(Laws, aRestartOverTheSameStateChangesNothing) { tryLaw({.law = restart, .story = storiesOf(all)}, GetParam()); }
+
+/// An outgoing interface of the underlay stays once it was used: two handles in one record.
+std::size_t aliveApartFromInterfaces(AgentWorld const& agent) {
+  return Dovel::Node::aliveCount() - 2 * agent.agent().chip().store("EgrL3Oif2")->entrys();
+}
+
+void nothingLeft(ChipKind const& kind, Story const& story) {
+  AgentWorld agent(kind, story.drive);
+  auto const start = agent.whole();
+  auto const alive = aliveApartFromInterfaces(agent);
+  {
+    Player player(agent, kind, story.drive);
+    player.play(story);
+    player.end();
+    EXPECT_EQ(agent.whole(), start);
+  }
+  EXPECT_EQ(aliveApartFromInterfaces(agent), alive) << "objects alive";
+}
+TEST_P(Laws, takingEverythingAwayLeavesNothing) { tryLaw({.law = nothingLeft, .story = storiesOf(all)}, GetParam()); }
+
+/// The end of the world looks for objects that are alive after the stop.
+void stop(ChipKind const& kind, Story const& story) {
+  AgentWorld agent(kind, story.drive);
+  Player(agent, kind, story.drive).play(story);
+}
+TEST_P(Laws, stoppingAnywhereLeavesNoObject) { tryLaw({.law = stop, .story = storiesOf(all)}, GetParam()); }
+
+void bothCompletions(ChipKind const& kind, Story const& story) {
+  std::string ends[2];
+  for (auto const completion : {Asic::Completion::direct, Asic::Completion::deferred}) {
+    AgentWorld agent({.profile = kind.profile, .completion = completion}, story.drive);
+    Player player(agent, kind, story.drive);
+    player.play(story);
+    player.close();
+    ends[static_cast<unsigned>(completion)] = agent.whole();
+  }
+  EXPECT_EQ(ends[0], ends[1]);
+}
+TEST_P(Laws, bothWaysOfCompletionEndAlike) {
+  tryLaw({.law = bothCompletions, .story = storiesOf(without({Event::react}))}, GetParam());
+}
+
+// But for groups that come to nothing: one of which a member has no port, and that of a member tunnel whose VTEP has a
+// unicast tunnel too. Their rows are written and go again when nobody takes them.
+void sameAgain(ChipKind const& kind, Story const& story) {
+  AgentWorld agent(kind);
+  Player player(agent, kind, Drive::documents);
+  for (auto event : story.events) {
+    std::erase_if(event.hops, [](Hop const& hop) { return hop.uplink > 9; });
+    event.type = unicast;
+    player.play(event);
+  }
+  player.close();
+  agent.writes();
+  agent.want(agent.wish());
+  EXPECT_EQ(agent.writes(), "");
+  // The same next hops in new lists: every tunnel is looked at, and nothing differs.
+  for (auto const& entry : agent.agent().hwTunnelConfig(unicast)->hwTunnelConfigListColl()) {
+    auto const list = entry->nextHopEntryList();
+    if (list) entry->nextHopEntryListIs(Dovel::make<Vane::NextHopEntryList>(list->adjId(), list->nextHopEntry()));
+  }
+  agent.settle();
+  EXPECT_EQ(agent.writes(), "");
+}
+TEST_P(Laws, theSameAgainWritesNothing) { tryLaw({.law = sameAgain, .story = storiesOf(all)}, GetParam()); }
+
+/// Events that have nothing to do with each other, in random order.
+Story independentEvents(std::uint64_t seed, std::string const& profile) {
+  std::vector<Event> events{
+      {.kind = Event::source, .n = 101},
+      {.kind = Event::source6, .n = 102},
+      {.kind = Event::udpPort, .n = 4790},
+      {.kind = Event::learning, .n = 1},
+      {.kind = Event::dscp, .n = 1},
+      {.kind = Event::tos, .n = 5},
+      {.kind = Event::adjacency, .n = 1, .hops = {uplink(1), uplink(2)}},
+      {.kind = Event::adjacency, .n = 2, .hops = {uplink(2), unresolved(3)}},
+      {.kind = Event::adjacency, .n = 3, .hops = {unresolved(1)}},
+  };
+  unsigned vtep = 2;
+  for (auto const type : {unicast, member}) {
+    for (auto const adjId : {1U, 1U, 2U, 3U, 0U}) {
+      events.push_back({.kind = Event::over, .type = type, .vtep = vtep++, .n = adjId});
+    }
+  }
+  if (profile != "compact") events.push_back({.kind = Event::over, .vtep = 102, .n = 2});
+  std::mt19937_64 random(seed);
+  std::shuffle(events.begin(), events.end(), random);
+  return {seed % 2 == 0 ? Drive::documents : Drive::test, events};
+}
+void anyOrder(ChipKind const& kind, Story const& story) {
+  AgentWorld agent(kind, story.drive);
+  Player player(agent, kind, story.drive);
+  player.play(story);
+  expectAsFresh(agent, kind, story.drive, player.wish());
+}
+TEST_P(Laws, theOrderOfIndependentEventsDoesNotMatter) {
+  tryLaw({.law = anyOrder,
+          .story = independentEvents,
+          .profiles = {"cascaded", "flat", "compact", "oneHeader", "flooding"}},
+         GetParam());
+}
+
+}  // namespace
+
+}  // namespace AgentTest

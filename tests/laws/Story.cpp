@@ -1,0 +1,433 @@
+#include "tests/laws/Story.h"
+
+#include <algorithm>
+
+#include "platform/asic/Store.h"
+
+namespace AgentTest {
+
+namespace {
+
+constexpr unsigned adjacencies = 4, uplinks = 5, vteps = 4;
+constexpr std::uint32_t scratchAdjacency = 98;
+
+/// Kinds that a story has or doesn't have together, and how often each of them happens.
+struct Group {
+  unsigned oneIn;  ///< Stories that have it; 1: all.
+  std::vector<std::pair<Event::Kind, unsigned>> weights;
+};
+std::vector<Group> const groups{
+    {1, {{Event::over, 12}, {Event::gone, 6}}},
+    {2, {{Event::adjacency, 6}, {Event::noAdjacency, 1}}},
+    {2, {{Event::generation, 4}}},
+    {3, {{Event::formerHops, 2}, {Event::formersGone, 1}}},
+    {3, {{Event::react, 4}}},
+    {2, {{Event::source, 3}, {Event::source6, 1}}},
+    {2, {{Event::udpPort, 3}}},
+    {3, {{Event::vti, 2}}},
+    {3, {{Event::learning, 1}, {Event::dscp, 1}, {Event::tos, 1}}},
+    {4, {{Event::mlag, 2}, {Event::sourcePorts, 1}}},
+    {3, {{Event::hold, 2}, {Event::release, 1}}},
+    {3, {{Event::holdAll, 2}, {Event::deliver, 6}, {Event::release, 1}}},
+    {3, {{Event::refuseTable, 2}, {Event::refuseNth, 3}, {Event::heal, 2}}},
+    {4, {{Event::restart, 1}}},
+};
+
+class Writer {
+ public:
+  Writer(std::uint64_t seed, std::string const& profile, EventKinds allowed)
+      : random_(seed), ipv6_(profile != "compact" && !oneIn(3)), bothTypes_(!oneIn(3)), portless_(oneIn(3)) {
+    for (auto const& group : groups) {
+      bool const has = oneIn(group.oneIn);
+      for (auto const& [kind, weight] : group.weights) {
+        if (has && allowed.test(kind)) kinds_.insert(kinds_.end(), weight, kind);
+      }
+    }
+    typeByVtep_ = std::count(kinds_.begin(), kinds_.end(), Event::mlag) > 0;
+  }
+  bool direct() { return oneIn(2); }
+  Event next() {
+    Event event{.kind = kinds_[below(static_cast<std::uint32_t>(kinds_.size()))]};
+    event.vtep = ipv6_ && oneIn(4) ? 102 + below(2) : 2 + below(vteps);
+    event.type = bothTypes_ && (typeByVtep_ ? event.vtep % 2 != 0 : oneIn(3)) ? member : unicast;
+    event.more = event.kind < Event::hold && event.kind != Event::react && oneIn(5);
+    fill(event);
+    return event;
+  }
+
+ private:
+  std::uint32_t below(std::uint32_t n) { return static_cast<std::uint32_t>(random_() % n); }
+  bool oneIn(std::uint32_t n) { return below(n) == 0; }
+
+  void fill(Event& event) {
+    switch (event.kind) {
+      case Event::over:
+      case Event::formerHops:
+        event.n = oneIn(8) ? 0 : 1 + below(adjacencies);
+        return;
+      case Event::generation:
+        event.n = ++lastGenId_;
+        return;
+      case Event::react:
+        event.n = below(Event::reactions);
+        event.m = 1 + below(4);
+        return;
+      case Event::adjacency:
+        event.hops = someHops();
+        [[fallthrough]];
+      case Event::noAdjacency:
+        event.n = 1 + below(adjacencies);
+        return;
+      case Event::source:
+      case Event::source6:
+        event.n = oneIn(4) ? 0 : 101 + below(3);
+        return;
+      case Event::udpPort:
+        event.n = oneIn(3) ? 0 : 4789 + below(2);
+        return;
+      case Event::mlag:
+        event.n = oneIn(3) ? 0 : 101 + below(3);
+        event.m = oneIn(2) ? 0 : 101 + below(3);
+        return;
+      case Event::sourcePorts:
+        event.n = oneIn(2) ? 0 : 49152 + below(2);
+        return;
+      case Event::tos:
+        event.n = below(4);
+        return;
+      case Event::hold:
+        event.n = below(std::size(kHeldTables));
+        return;
+      case Event::deliver:
+        event.n = 1 + below(3);
+        return;
+      case Event::refuseTable:
+        event.n = below(std::size(kRefusingTables));
+        event.m = 4 + below(2);
+        return;
+      case Event::refuseNth:
+        event.n = 1 + below(8);
+        event.m = 4 + below(2);
+        return;
+      default:
+        event.n = below(2);
+    }
+  }
+  Hops someHops() {
+    Hops hops;
+    for (unsigned n = 1; n <= uplinks; ++n) {
+      if (oneIn(2)) hops.insert(Hop{n, !oneIn(5)});
+    }
+    if (portless_ && oneIn(8)) hops.insert(uplink(10 + below(2)));
+    return hops;
+  }
+
+  std::mt19937_64 random_;
+  bool ipv6_, bothTypes_;
+  bool typeByVtep_ = false;  ///< With an MLAG address the header of two tunnels at one VTEP is that of the last.
+  bool portless_;
+  std::uint32_t lastGenId_ = 0;
+  std::vector<Event::Kind> kinds_;
+};
+
+}  // namespace
+
+std::string Story::text() const {
+  std::string lines = drive == Drive::test ? "(configuration entries written directly)\n" : "";
+  for (auto const& event : events) lines += AgentTest::text(event) + '\n';
+  return lines;
+}
+
+Story storyOf(std::uint64_t seed, std::string const& profile, EventKinds allowed, unsigned length) {
+  Writer writer(seed, profile, allowed);
+  Story story{writer.direct() ? Drive::test : Drive::documents, {}};
+  while (story.events.size() < length) story.events.push_back(writer.next());
+  return story;
+}
+
+Wish usualWish() {
+  Wish wish;
+  wish.localVtep = vtep(1);
+  wish.localVtep6 = vtep6(1);
+  wish.udpPort = 4789;
+  for (std::uint32_t id = 1; id <= adjacencies; ++id) wish.adjacencies[id] = {uplink(id), uplink(id + 1)};
+  return wish;
+}
+
+Player::Player(AgentWorld& agent, ChipKind const& kind, Drive drive, Wish wish)
+    : agent_(agent),
+      drive_(drive),
+      wish_(std::move(wish)),
+      small_(kind.profile.starts_with("tiny") || kind.profile == "fewMembers") {
+  if (direct()) {
+    auto const make = [this](Vane::TunnelType type) {
+      return std::make_unique<DirectTunnels>(agent_.agent(), type, wish_,
+                                             [this, type](std::string const& vtep) { notified(type, vtep); });
+    };
+    unicast_ = make(unicast);
+    member_ = make(member);
+  }
+  apply();
+}
+
+Player::~Player() {
+  if (small_ || refused_) agent_.messages();
+}
+
+void Player::play(Story const& story) {
+  for (auto const& event : story.events) play(event);
+  apply();
+}
+
+void Player::play(Event const& event) {
+  if (!change(event)) return act(event);
+  if (!event.more) apply();
+}
+
+bool Player::change(Event const& event) {
+  auto const address = [&](std::string const& none, std::string const& some) { return event.n == 0 ? none : some; };
+  switch (event.kind) {
+    case Event::over:
+    case Event::generation:
+    case Event::gone:
+      changeTunnel(event);
+      break;
+    case Event::adjacency:
+      wish_.adjacencies[event.n] = event.hops;
+      break;
+    case Event::noAdjacency:
+      wish_.adjacencies.erase(event.n);
+      break;
+    case Event::source:
+      wish_.localVtep = address("", vtep(event.n));
+      break;
+    case Event::source6:
+      wish_.localVtep6 = address("", vtep6(event.n));
+      break;
+    case Event::mlag:
+      wish_.mlagVtep = address("", vtep(event.n));
+      wish_.mlagVtep6 = event.m == 0 ? "" : vtep6(event.m);
+      headersAreOld_ = true;
+      break;
+    case Event::sourcePorts:
+      wish_.udpSrcPort = static_cast<std::uint16_t>(event.n);
+      wish_.udpSrcPorts = event.n == 0 ? 0 : 1024;
+      headersAreOld_ = true;
+      break;
+    case Event::udpPort:
+      wish_.udpPort = static_cast<std::uint16_t>(event.n);
+      break;
+    case Event::learning:
+      wish_.learning = event.n != 0;
+      break;
+    case Event::dscp:
+      wish_.dscp = event.n != 0;
+      break;
+    case Event::tos:
+      wish_.tos = static_cast<std::uint8_t>(event.n);
+      break;
+    case Event::vti:
+      wish_.vti = event.n != 0;
+      break;
+    default:
+      return false;
+  }
+  return true;
+}
+
+void Player::changeTunnel(Event const& event) {
+  std::pair const key(event.type, vtepOf(event.vtep));
+  if (event.kind == Event::gone) {
+    wish_.tunnels.erase(key);
+    return;
+  }
+  auto& tunnel = wish_.tunnels[key];
+  if (event.type == unicast) hadUnicast_.insert(key.second);
+  if (event.kind == Event::generation) {
+    tunnel.genId = ++lastGenId_;
+  } else {
+    tunnel.adjId.reset();
+    if (event.n != 0) tunnel.adjId = event.n;
+  }
+}
+
+void Player::act(Event const& event) {
+  switch (event.kind) {
+    case Event::formerHops:
+      if (direct()) tunnels(event.type).formerHops(vtepOf(event.vtep), event.n);
+      break;
+    case Event::formersGone:
+      if (direct()) tunnels(event.type).formersGone(vtepOf(event.vtep));
+      break;
+    case Event::react:
+      if (direct()) armed_.push_back({event, event.m});
+      break;
+    case Event::hold:
+      agent_.hold(kHeldTables[event.n]);
+      break;
+    case Event::holdAll:
+      heldAll_ = true;
+      for (auto const* store : agent_.agent().chip().stores()) agent_.hold(store->name());
+      break;
+    case Event::deliver:
+      deliver(event.n);
+      break;
+    case Event::release:
+      heldAll_ = false;
+      agent_.release();
+      break;
+    case Event::refuseTable:
+    case Event::refuseNth:
+      refuse(event);
+      break;
+    case Event::heal:
+      agent_.hardware().refuseNone();
+      break;
+    case Event::restart:
+      restart();
+      break;
+    default:
+      break;
+  }
+  settle();
+}
+
+void Player::deliver(unsigned count) {
+  auto& chip = agent_.agent().chip();
+  if (!heldAll_) return;
+  chip.release();
+  while (count-- > 0 && chip.deliverOne()) continue;
+  for (auto const* store : chip.stores()) chip.hold(store->name());
+}
+
+void Player::refuse(Event const& event) {
+  refused_ = true;
+  auto const with = event.m == 5 ? Asic::EntryState::full : Asic::EntryState::failed;
+  if (event.kind == Event::refuseNth) {
+    agent_.hardware().refuseNth(event.n, with);
+  } else {
+    agent_.hardware().refuseTable(kRefusingTables[event.n], with);
+  }
+}
+
+void Player::restart() {
+  agent_.hardware().refuseNone();
+  heldAll_ = false;
+  agent_.release().restart();
+  if (!direct()) return;
+  unicast_->restarted();
+  member_->restarted();
+  settle();
+}
+
+void Player::notified(Vane::TunnelType type, std::string const& vtep) {
+  for (auto& armed : armed_) {
+    if (armed.event.type != type || vtepOf(armed.event.vtep) != vtep || armed.left == 0) continue;
+    if (--armed.left == 0) return react(armed.event);
+  }
+}
+
+void Player::react(Event const& event) {
+  auto const vtep = vtepOf(event.vtep);
+  std::pair const key(event.type, vtep);
+  auto const reaction = event.n;
+  auto& tunnels = this->tunnels(event.type);
+  if (reaction == Event::remove) {
+    wish_.tunnels.erase(key);
+    return tunnels.sync(vtep);
+  }
+  auto& tunnel = wish_.tunnels[key];
+  if (event.type == unicast) hadUnicast_.insert(vtep);
+  if (reaction == Event::removeAndReturn) return tunnels.again(vtep);
+  if (reaction == Event::newGeneration) tunnel.genId = ++lastGenId_;
+  if (reaction == Event::otherHops) tunnel.adjId = tunnel.adjId.value_or(0) % adjacencies + 1;
+  tunnels.sync(vtep);
+}
+
+AgentWorld& Player::wish(Wish const& wish) {
+  wish_ = wish;
+  apply();
+  return agent_;
+}
+
+void Player::apply() {
+  if (!direct()) {
+    agent_.want(wish_);
+  } else {
+    auto rest = wish_;
+    rest.tunnels.clear();
+    rest.adjacencies.clear();
+    agent_.want(rest);
+    unicast_->sync();
+    member_->sync();
+  }
+  settle();
+}
+
+void Player::settle() {
+  agent_.settle();
+  if (direct()) {
+    while (unicast_->activate() || member_->activate()) agent_.settle();
+  }
+  if (small_ || refused_) agent_.messages();
+}
+
+void Player::end() {
+  calm();
+  wish({});
+}
+
+void Player::close() {
+  calm();
+  auto const last = closed();
+  wish(last);
+  refresh(last);
+  wish(last);
+}
+
+void Player::calm() {
+  armed_.clear();
+  agent_.hardware().refuseNone();
+  heldAll_ = false;
+  agent_.release();
+  if (direct()) {
+    unicast_->formersGone();
+    member_->formersGone();
+  }
+}
+
+/// The wish with what tunnels need, and no more tunnels than a small chip has rows for.
+Wish Player::closed() const {
+  auto wish = wish_;
+  wish.vti = true;
+  if (wish.localVtep.empty()) wish.localVtep = vtep(1);
+  if (wish.localVtep6.empty()) wish.localVtep6 = vtep6(1);
+  if (wish.udpPort == 0) wish.udpPort = 4789;
+  if (!small_) return wish;
+  wish.adjacencies = {{1, {uplink(1), uplink(2)}}, {2, {uplink(2), unresolved(3)}}};
+  std::erase_if(wish.tunnels, [](auto const& tunnel) {
+    return tunnel.first.second != vtep(2) && tunnel.first.second != vtep(4) && tunnel.first.second != vtep6(2);
+  });
+  return wish;
+}
+
+/// What the feature reads only at certain events gets those: see the exceptions.
+void Player::refresh(Wish const& last) {
+  auto moved = last;
+  moved.adjacencies[scratchAdjacency] = {uplink(1)};
+  for (auto& [key, tunnel] : moved.tunnels) {
+    bool const alone = !last.tunnels.contains({unicast, key.second});
+    bool const stale = key.first == member && alone && hadUnicast_.contains(key.second);
+    if (stale || small_ || refused_) tunnel.adjId = scratchAdjacency;
+    if (refused_) tunnel.genId = ++lastGenId_;
+  }
+  if (headersAreOld_ || refused_) moved.dscp = !moved.dscp;
+  if (refused_) {
+    moved.localVtep = vtep(150);
+    moved.localVtep6 = vtep6(150);
+    moved.learning = !moved.learning;
+  }
+  wish(moved);
+}
+
+}  // namespace AgentTest

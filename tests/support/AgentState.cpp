@@ -1,0 +1,196 @@
+#include "tests/support/AgentState.h"
+
+#include <fmt/format.h>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
+#include <algorithm>
+
+#include "platform/asic/Store.h"
+#include "platform/kiln/Fmt.h"
+#include "platform/kiln/Json.h"
+#include "platform/tessel/central/VxlanRecords.h"
+#include "platform/tessel/central/VxlanToL2State.h"
+#include "platform/tessel/l3common/TesselVxlanState.h"
+#include "platform/tessel/l3common/VxlanDirs.h"
+#include "tests/support/AgentWish.h"
+
+namespace AgentTest {
+
+namespace {
+
+using Asic::EntryState;
+using TesselCentral::EntryWriteStatus;
+using TesselCentral::VtepIpToTnlIdNhIdMap;
+
+constexpr auto unprogrammedId = 0xFFFFFFFE;
+constexpr auto noId = 0xFFFFFFFF;
+
+/// Which entry of a table has which row.
+class Owners {
+ public:
+  Owners(Asic::Chip const& chip, std::string_view table) {
+    auto const& store = *chip.store(table);
+    // The id of an overlay next hop is the row of its first part.
+    auto const base = table == "L3NextHop1Table" ? store.base(0) : 0;
+    store.forEachEntry([&](Asic::EntryView const& entry) {
+      auto const row = entry.row() ? entry.row()->value() + base : noId;
+      if (entry.row()) keys_[row] = entry.key();
+      entries_[entry.key()] = {row, entry.state()};
+    });
+  }
+  std::string name(std::uint32_t id) const {
+    if (id == unprogrammedId) return "unprogrammed";
+    if (id == noId) return "none";
+    auto const found = keys_.find(id);
+    return found == keys_.end() ? fmt::format("ROW {}", id) : found->second;
+  }
+  /// The id that a record should have, and the status: those of the entry's handle.
+  std::pair<std::uint32_t, EntryWriteStatus> expected(std::string const& key) const {
+    auto const found = entries_.find(key);
+    if (found == entries_.end()) return {noId, EntryWriteStatus::entryWriteNone};
+    if (found->second.second != EntryState::written) return {unprogrammedId, EntryWriteStatus::entryWriteFailed};
+    return {found->second.first, EntryWriteStatus::entryWriteDone};
+  }
+
+ private:
+  std::map<std::uint32_t, std::string> keys_;
+  std::map<std::string, std::pair<std::uint32_t, EntryState>, std::less<>> entries_;
+};
+
+std::string_view overlayTableOf(Asic::Chip const& chip) {
+  return chip.store("IngL3EcmpMember0Table") ? "IngL3EcmpMember0Table" : "L3NextHop1Table";
+}
+
+char const* nameOf(Vane::TunnelType type) { return type == unicast ? "unicast" : "member"; }
+
+std::string json(Kiln::Entity const& entity) {
+  rapidjson::Document document;
+  Kiln::JsonOut out(document, document.GetAllocator());
+  Kiln::entityToJson(entity, out);
+  rapidjson::StringBuffer text;
+  rapidjson::Writer<rapidjson::StringBuffer> writer(text);
+  document.Accept(writer);
+  return text.GetString();
+}
+
+template <class Map, class Less>
+auto sortedBy(Map const& map, Less const& less) {
+  std::vector<std::remove_cvref_t<decltype(*map.begin())>> all(map.begin(), map.end());
+  std::sort(all.begin(), all.end(), less);
+  return all;
+}
+
+class StateText {
+ public:
+  explicit StateText(Host::Agent const& agent)
+      : agent_(agent),
+        ports_(agent.chip(), "VirtualPortTableMerged"),
+        overlay_(agent.chip(), overlayTableOf(agent.chip())) {}
+
+  void addStatus() {
+    for (auto const type : {unicast, member}) {
+      auto const byVtep = [](auto const& a, auto const& b) {
+        return std::pair(a->tunnelKey().dst(), a->tunnelKey()) < std::pair(b->tunnelKey().dst(), b->tunnelKey());
+      };
+      for (auto const& entry : sortedBy(agent_.hwTunnelStatus(type)->tunnelStatusColl(), byVtep)) {
+        auto const& nextHop = entry->hwNextHopStatusEntry();
+        auto const& list = nextHop.nextHopEntryList();
+        line("{} {} tnl=[{}] nh=[{}]{}", nameOf(type), entry->tunnelKey().dst(),
+             ports_.name(entry->hwTunnelId().value()), nextHopName(type, nextHop.hwNextHopId()),
+             list ? fmt::format(" adj={}", list->adjId()) : "");
+      }
+    }
+  }
+  void addRest() {
+    auto const byVtep = [](auto const& a, auto const& b) { return a->vtepIp() < b->vtepIp(); };
+    auto const state = agent_.state<TesselCentral::VxlanToL2State>(Host::kVxlanToL2StatePath);
+    for (auto const& map : sortedBy(state->vtepIpToTnlIdNhIdMapColl(), byVtep)) addRecord(*map);
+    line("learning={}", state->dataPathLearning());
+    for (auto const type : {unicast, member}) {
+      addPublished(type);
+    }
+    addPortMap();
+    line("{}", json(*agent_.local<TesselL3Common::TesselVxlanState>(Host::kVxlanStatePath)));
+    line("{}", json(*agent_.state<TesselCentral::VxlanSliceConfig>("hardware/tessel/tunnel/vxlan/sliceConfig")));
+  }
+  std::string take() { return std::move(text_); }
+
+ private:
+  template <class... Args>
+  void line(fmt::format_string<Args...> format, Args&&... args) {
+    fmt::format_to(std::back_inserter(text_), format, std::forward<Args>(args)...);
+    text_ += '\n';
+  }
+  std::string nextHopName(Vane::TunnelType type, Vane::VaneNextHopId id) const {
+    return (type == unicast ? overlay_ : ports_).name(id.value());
+  }
+
+  void addRecord(VtepIpToTnlIdNhIdMap const& map) {
+    auto const vtep = Kiln::toText(map.vtepIp());
+    std::string types;
+    for (auto const& [type, key] : map.tnlKeysColl()) types += fmt::format(" {}", nameOf(type));
+    for (auto const& [type, key] : map.oldTnlKeyColl()) types += fmt::format(" OLD {} {}", nameOf(type), key.genId());
+    line("record {}{} tnl=[{}] nh=[{}]{}{}", vtep, types,
+         idText(ports_, vtep, map.tnlId().value(), map.tnlIdEntryStatus()),
+         idText(overlay_, vtep, map.nhId().value(), map.nhIdEntryStatus()), localText(map), memberText(map));
+  }
+  static std::string idText(Owners const& owners, std::string const& vtep, std::uint32_t id, EntryWriteStatus status) {
+    std::pair const has(id, status);
+    auto const expected = owners.expected(vtep);
+    if (has == expected) return owners.name(id);
+    return fmt::format("{} {}, HANDLE SAYS {} {}", owners.name(id), Kiln::toText(status), owners.name(expected.first),
+                       Kiln::toText(expected.second));
+  }
+  /// An MLAG address of either family replaces both: which one a record has depends on what it had.
+  std::string localText(VtepIpToTnlIdNhIdMap const& map) const {
+    auto const state = agent_.local<TesselL3Common::TesselVxlanState>(Host::kVxlanStatePath);
+    if (!state->mlagVtepAddr().isUnspecified()) return "";
+    return fmt::format(" local={}", map.getLocalVtep(map.vtepIp().af()));
+  }
+  /// The next-hop ids of member tunnels grow over a run: that they follow the adjacency is what compares. Of two
+  /// tunnels the one that came last has written the adjacency.
+  static std::string memberText(VtepIpToTnlIdNhIdMap const& map) {
+    if (!map.tnlKeysHas(member) || map.tnlIdEntryStatus() == EntryWriteStatus::entryWriteNone) return "";
+    if (map.tnlKeysColl().size() > 1) return "";
+    auto const& unique = map.mbrTnlUniqueNhId();
+    if (unique.uniqueNhId() == 0) return " NO UNIQUE ID";
+    return unique.adjId() == map.adjId() ? "" : fmt::format(" UNIQUE ID OF {} FOR {}", unique.adjId(), map.adjId());
+  }
+
+  void addPublished(Vane::TunnelType type) {
+    auto const byVtep = [](auto const& a, auto const& b) { return a->vtep() < b->vtep(); };
+    for (auto const& entry : sortedBy(agent_.publishedTunnels(type)->tunnelStatusEntryColl(), byVtep)) {
+      line("published {} {} tnl=[{}] nh=[{}]", nameOf(type), entry->vtep(), ports_.name(entry->hwTunnelId().value()),
+           nextHopName(type, entry->hwNextHopId()));
+    }
+  }
+  void addPortMap() {
+    auto const ports = agent_.local<TesselL3Common::VxlanDvpToVtepMap>("l3/dvpToVtepMap");
+    std::map<std::string, std::string> byOwner;
+    for (auto const& [row, vtep] : ports->dvpToVtepMapColl()) byOwner[ports_.name(row)] = Kiln::toText(vtep);
+    for (auto const& [owner, vtep] : byOwner) line("port of [{}] is {}", owner, vtep);
+  }
+
+  Host::Agent const& agent_;
+  Owners ports_;
+  Owners overlay_;
+  std::string text_;
+};
+
+}  // namespace
+
+std::string statusText(Host::Agent const& agent) {
+  StateText text(agent);
+  text.addStatus();
+  return text.take();
+}
+
+std::string stateText(Host::Agent const& agent) {
+  StateText text(agent);
+  text.addStatus();
+  text.addRest();
+  return text.take();
+}
+
+}  // namespace AgentTest
