@@ -84,7 +84,7 @@ TEST_P(Vtis, giveTheAgentTheirAddressesWhetherTheyComeBeforeOrAfterTheStart) {
   OverlayWorld early({.completion = GetParam()});
   configure(early.vti());
   auto const earlySm = early.vtiSmIs();
-  for (auto const* of : {&world, &early}) {
+  for (auto* const of : {&world, &early}) {
     EXPECT_EQ(of->ends(), "10.0.0.1 10.0.0.2 10.0.0.3 239.1.1.1 2001:db8::1 2001:db8::3 ff0e::1");
     EXPECT_EQ(published(*of),
               "10.0.0.1 2001:db8::1 10.0.0.2 10.0.0.3 2001:db8::3 4789 | 10.0.0.1 10.0.0.3 2001:db8::3 4789");

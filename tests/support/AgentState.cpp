@@ -1,8 +1,6 @@
 #include "tests/support/AgentState.h"
 
 #include <fmt/format.h>
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
 
 #include <algorithm>
 
@@ -65,13 +63,7 @@ std::string_view overlayTableOf(Asic::Chip const& chip) {
 char const* nameOf(Vane::TunnelType type) { return type == unicast ? "unicast" : "member"; }
 
 std::string json(Kiln::Entity const& entity) {
-  rapidjson::Document document;
-  Kiln::JsonOut out(document, document.GetAllocator());
-  Kiln::entityToJson(entity, out);
-  rapidjson::StringBuffer text;
-  rapidjson::Writer<rapidjson::StringBuffer> writer(text);
-  document.Accept(writer);
-  return text.GetString();
+  return Kiln::jsonText([&](Kiln::JsonOut out) { Kiln::entityToJson(entity, out); });
 }
 
 template <class Map, class Less>
