@@ -90,7 +90,7 @@ void Agent::startFeature() {
 void Agent::makeMounter() {
   auto const made = loader_.makeMounter(options_.mounterType, "TesselVxlan");
   mounter_ = Dovel::cast<TesselL3Unicast::L3MounterBase>(made);
-  if (!mounter_) throw Plugin::LoadError("type " + options_.mounterType + " is no mounter of a layer-3 feature");
+  if (!mounter_) throw Plugin::LoadError("type " + options_.mounterType + " is not a mounter of a layer-3 feature");
   auto const& stores = world_->stores;
   mounter_->agentSmIdIs(TesselL3Unicast::AgentSmId::vxlan);
   mounter_->sharedEntityDirIs(world_->sharedEntities);
@@ -132,30 +132,21 @@ std::size_t Agent::stop() {
   return Dovel::Node::aliveCount() - aliveBefore_;
 }
 
-void Agent::check(Stateway::StateDocument const& document, std::string const& source) const {
-  try {
-    Stateway::check(document, stores());
-    Kiln::JsonIn const root(document.json());
-    if (auto const paths = root.find("stateway")) checkPublished(*paths, stores().stateway->mounts());
-    if (auto const paths = root.find("local")) checkLocal(*paths);
-  } catch (Kiln::ValueError const& error) {
-    throw InputError::ofValue(source, error);
-  }
+void Agent::check(Stateway::StateDocument const& document) const {
+  Stateway::check(document, stores());
+  if (auto const paths = document.root().find("stateway")) checkPublished(*paths, stores().stateway->mounts());
+  if (auto const paths = document.root().find("local")) checkLocal(*paths);
 }
 
-bool Agent::apply(Stateway::StateDocument document, std::string const& source) {
-  check(document, source);
+bool Agent::apply(Stateway::StateDocument document) {
+  check(document);
   Stateway::apply(document_, document, stores());
   document_ = std::move(document);
   return settle();
 }
 
 bool Agent::apply(std::string_view json, std::string const& source) {
-  try {
-    return apply(Stateway::StateDocument::parse(json), source);
-  } catch (Stateway::DocumentError const& error) {
-    throw InputError::ofText(source, error.what());
-  }
+  return apply(Stateway::StateDocument::parse(json, source));
 }
 
 bool Agent::settle() {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "host/InputError.h"
+#include "host/Kiln::InputError.h"
 #include "host/agent/World.h"
 #include "platform/asic/SimulatedChip.h"
 #include "platform/kiln/Clock.h"
@@ -55,19 +55,19 @@ class Agent {
     bool producers = true;      ///< Without, who made the agent writes the tunnels' configuration entries itself.
   };
 
-  /// Started and settled. Throws `Asic::ProfileError` and `Plugin::LoadError`.
+  /// Started and settled. Throws `InputError` and `Plugin::LoadError`.
   explicit Agent(Options options);
   Agent() : Agent(Options()) {}
   ~Agent();
   Agent(Agent const&) = delete;
   Agent& operator=(Agent const&) = delete;
 
-  /// Throws `InputError` if the document can't be applied; `source` names it there.
-  void check(Stateway::StateDocument const& document, std::string const& source) const;
+  /// Throws `InputError` if the document can't be applied.
+  void check(Stateway::StateDocument const& document) const;
   /// Makes the state what `document` says and settles. What an earlier document named and this one doesn't goes back to
   /// what it was. Throws as `check`; then nothing has changed. Gives what `settle` gives.
-  bool apply(Stateway::StateDocument document, std::string const& source);
-  /// The same for a text. Throws `InputError` for one that is no JSON, too.
+  bool apply(Stateway::StateDocument document);
+  /// The same for a text; `source` names it in errors. Throws `InputError` also for one that is no JSON.
   bool apply(std::string_view json, std::string const& source = "document");
 
   /// Turns the loop until nothing is left to do: one review of the forwarding abstraction, one round of the chip's

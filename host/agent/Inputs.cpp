@@ -4,21 +4,22 @@
 
 #include "host/defaults/DefaultLeaf.h"
 #include "host/import/CaptureSet.h"
-#include "host/json/JsonFile.h"
 
 namespace Host {
 
-std::vector<Input> readInputs(std::vector<std::string> const& paths) {
-  std::vector<Input> inputs;
-  if (paths.empty()) inputs.push_back({"the built-in leaf", Stateway::StateDocument::parse(defaultLeaf())});
+using Stateway::StateDocument;
+
+std::vector<StateDocument> readInputs(std::vector<std::string> const& paths) {
+  std::vector<StateDocument> inputs;
+  if (paths.empty()) inputs.push_back(StateDocument::parse(defaultLeaf(), "the built-in leaf"));
   CaptureSet captures;
   for (auto const& path : paths) {
     std::error_code error;
     if (std::filesystem::is_directory(path, error)) {
       captures.overlay(path);
-      inputs.push_back({path, Stateway::StateDocument(captures.stateDocument())});
+      inputs.emplace_back(Kiln::JsonDocument(captures.stateDocument(), path));
     } else {
-      inputs.push_back({path, Stateway::StateDocument(JsonFile(path).documentTake())});
+      inputs.push_back(StateDocument::read(path));
     }
   }
   return inputs;

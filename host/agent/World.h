@@ -39,7 +39,7 @@ inline constexpr std::string_view kVtiStatusPath = "interface/status/eth/vxlan";
 ///
 /// Shares all of it with the feature, which goes first.
 struct World {
-  /// A chip of the named profile with one logical chip on it. Throws `Asic::ProfileError`.
+  /// A chip of the named profile with one logical chip on it. Throws `InputError`.
   World(std::string const& profile, Asic::Completion completion);
   ~World();
   World(World const&) = delete;

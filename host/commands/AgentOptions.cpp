@@ -3,6 +3,7 @@
 #include <CLI/Validators.hpp>
 #include <cstdlib>
 
+#include "platform/kiln/Toggle.h"
 #include "platform/kiln/Trace.h"
 
 namespace Host {
@@ -21,6 +22,7 @@ void AgentOptions::addTo(CLI::App& command) {
 }
 
 std::unique_ptr<Agent> AgentOptions::makeAgent() const {
+  Kiln::togglesCheck();
   Agent::Options options;
   options.profile = profile;
   options.completion = completion == "direct" ? Asic::Completion::direct : Asic::Completion::deferred;
@@ -28,9 +30,9 @@ std::unique_ptr<Agent> AgentOptions::makeAgent() const {
   return std::make_unique<Agent>(options);
 }
 
-std::vector<Input> readAndCheck(Agent const& agent, std::vector<std::string> const& paths) {
+std::vector<Stateway::StateDocument> readAndCheck(Agent const& agent, std::vector<std::string> const& paths) {
   auto inputs = readInputs(paths);
-  for (auto const& input : inputs) agent.check(input.document, input.name);
+  for (auto const& input : inputs) agent.check(input);
   return inputs;
 }
 

@@ -40,6 +40,6 @@ class AgentOptions::Traces {
 
 /// Reads all inputs and checks them against the agent. Throws `InputError` for the first that can't be used; then
 /// nothing has been applied.
-std::vector<Input> readAndCheck(Agent const& agent, std::vector<std::string> const& paths);
+std::vector<Stateway::StateDocument> readAndCheck(Agent const& agent, std::vector<std::string> const& paths);
 
 }  // namespace Host

@@ -9,7 +9,6 @@
 
 #include "host/commands/Commands.h"
 #include "host/show/TextReport.h"
-#include "platform/asic/ProfileLoader.h"
 #include "platform/stateway/Backend.h"
 
 namespace Host {
@@ -109,9 +108,7 @@ template <class Command>
 int guarded(std::ostream& err, Command command) {
   try {
     return command();
-  } catch (InputError const& error) {
-    err << error.what() << '\n';
-  } catch (Asic::ProfileError const& error) {
+  } catch (Kiln::InputError const& error) {
     err << error.what() << '\n';
   } catch (Plugin::LoadError const& error) {
     err << error.what() << '\n';

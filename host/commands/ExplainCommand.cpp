@@ -12,7 +12,7 @@ namespace {
 Meshal::IpGenAddr parsedVtep(std::string const& text) {
   Meshal::IpGenAddr vtep;
   if (!Kiln::readText(text, vtep) || vtep.isUnspecified()) {
-    throw InputError("VTEP", "", "'" + text + "'", "an IPv4 or IPv6 address");
+    throw Kiln::InputError("VTEP", "", "'" + text + "'", "expected an IPv4 or IPv6 address");
   }
   return vtep;
 }
@@ -20,7 +20,7 @@ Meshal::IpGenAddr parsedVtep(std::string const& text) {
 void explain(ExplainOptions const& options, Agent const& agent, Meshal::IpGenAddr const& vtep,
              std::vector<TunnelReport> const& tunnels, std::ostream& out) {
   if (options.json()) {
-    JsonWriter json(out);
+    JsonWriter json(out, JsonWriter::Layout::indented);
     json.object();
     writeExplanation(json, agent, vtep, tunnels);
     json.objectEnd();
@@ -38,7 +38,7 @@ int explainCommand(ExplainOptions const& options, std::ostream& out) {
   auto const vtep = parsedVtep(options.vtep);
   AgentOptions::Traces const traces(options);
   auto const agent = options.makeAgent();
-  for (auto& input : readAndCheck(*agent, options.inputs)) agent->apply(std::move(input.document), input.name);
+  for (auto& input : readAndCheck(*agent, options.inputs)) agent->apply(std::move(input));
   auto const tunnels = tunnelReports(*agent, vtep);
   explain(options, *agent, vtep, tunnels, out);
   bool const good = !tunnels.empty() &&

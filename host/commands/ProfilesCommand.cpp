@@ -1,6 +1,3 @@
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
-
 #include <ostream>
 #include <utility>
 
@@ -16,13 +13,6 @@ namespace {
 
 using Align = Columns::Align;
 
-std::string jsonText(rapidjson::Value const& value) {
-  rapidjson::StringBuffer buffer;
-  rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
-  value.Accept(writer);
-  return {buffer.GetString(), buffer.GetSize()};
-}
-
 void printTables(std::ostream& out, Asic::ChipProfile const& profile) {
   Columns columns({Align::left, Align::right, Align::right});
   columns.row({"TABLE", "ROWS", "FROM"});
@@ -32,16 +22,14 @@ void printTables(std::ostream& out, Asic::ChipProfile const& profile) {
   columns.print(out);
 }
 
-/// Those that say more than that a table is there.
+/// All features but those that only say that a table is present.
 void printFeatures(std::ostream& out, Asic::ChipProfile const& profile) {
   for (auto const& [name, feature] : profile.features()) {
     if (name.ends_with("::Util")) continue;
-    rapidjson::Document document;
-    Kiln::JsonOut place(document, document.GetAllocator());
-    Kiln::entityToJson(*feature, place);
     out << name << '\n';
-    for (auto const& attribute : std::as_const(document).GetObject()) {
-      out << "  " << attribute.name.GetString() << '=' << jsonText(attribute.value) << '\n';
+    for (auto const* attribute : feature->typeData().attributes()) {
+      out << "  " << attribute->name << '='
+          << Kiln::jsonText([&](Kiln::JsonOut place) { attribute->toJson(*feature, place); }) << '\n';
     }
   }
 }

@@ -18,7 +18,7 @@ bool has(std::vector<std::string> const& list, std::string_view name) {
 class Shower {
  public:
   Shower(RunOptions const& options, Agent const& agent, std::ostream& out)
-      : options_(options), agent_(agent), out_(out), json_(out) {
+      : options_(options), agent_(agent), out_(out), json_(out, JsonWriter::Layout::indented) {
     if (!options_.json()) return;
     json_.object();
     if (options_.showEach) json_.key("steps").array();
@@ -77,8 +77,9 @@ int runCommand(RunOptions const& options, std::ostream& out) {
   // From here on nothing can be wrong with the input, and something may be printed.
   Shower shower(options, *agent, out);
   for (auto& input : inputs) {
-    agent->apply(std::move(input.document), input.name);
-    shower.step(input.name);
+    auto const name = input.source();
+    agent->apply(std::move(input));
+    shower.step(name);
   }
   return shower.end();
 }

@@ -53,7 +53,8 @@ int typesCommand(std::string const& name, std::string const& plugin, std::ostrea
     return kGood;
   }
   auto const* const type = Kiln::typeByName(name);
-  if (!type) throw InputError("NAME", "", "'" + name + "'", "a registered class: see tessel-agent types");
+  if (!type)
+    throw Kiln::InputError("NAME", "", "'" + name + "'", "expected a registered class: see tessel-agent types");
   printType(out, *type);
   return kGood;
 }

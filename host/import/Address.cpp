@@ -27,36 +27,36 @@ IpAddr IpAddr::network(unsigned length) const {
   return masked;
 }
 
-IpAddr ipAddr(JsonAt at) {
-  auto const address = IpAddr::parse(at.text());
-  if (!address) at.fail("an IPv4 or IPv6 address");
+IpAddr ipAddr(JsonIn at) {
+  auto const address = IpAddr::parse(std::string(at.text()));
+  if (!address) at.fail("expected an IPv4 or IPv6 address");
   return *address;
 }
 
-Prefix prefix(JsonAt at) {
-  auto const text = at.text();
+Prefix prefix(JsonIn at) {
+  auto const text = std::string(at.text());
   auto const slash = text.find('/');
   auto const address = IpAddr::parse(text.substr(0, slash));
-  if (!address) at.fail("an IPv4 or IPv6 prefix");
+  if (!address) at.fail("expected an IPv4 or IPv6 prefix");
   auto length = address->bits();
   if (slash != std::string::npos) {
     auto const [end, error] = std::from_chars(text.data() + slash + 1, text.data() + text.size(), length);
     if (error != std::errc() || end != text.data() + text.size() || length > address->bits()) {
-      at.fail("a prefix with a length from 0 to " + std::to_string(address->bits()));
+      at.fail("expected a prefix with a length from 0 to " + std::to_string(address->bits()));
     }
   }
   return {address->network(length), length};
 }
 
-std::string ethAddr(JsonAt at) {
-  auto text = at.text();
+std::string ethAddr(JsonIn at) {
+  auto text = std::string(at.text());
   bool good = text.size() == 17;
   for (std::size_t i = 0; good && i < text.size(); ++i) {
     auto const c = static_cast<unsigned char>(text[i]);
     good = i % 3 == 2 ? c == ':' : std::isxdigit(c) != 0;
     text[i] = static_cast<char>(std::tolower(c));
   }
-  if (!good) at.fail("an Ethernet address");
+  if (!good) at.fail("expected an Ethernet address");
   return text;
 }
 

@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "host/json/JsonFile.h"
+#include "host/import/Fields.h"
 
 namespace Host::Import {
 
@@ -33,10 +33,10 @@ struct Prefix {
 };
 
 /// Each throws InputError with the value's place where it is no such text.
-IpAddr ipAddr(JsonAt at);
+IpAddr ipAddr(JsonIn at);
 /// "10.1.1.0/31", or an address alone for one host.
-Prefix prefix(JsonAt at);
+Prefix prefix(JsonIn at);
 /// "02:f1:00:00:00:01", in lower case.
-std::string ethAddr(JsonAt at);
+std::string ethAddr(JsonIn at);
 
 }  // namespace Host::Import

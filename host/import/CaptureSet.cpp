@@ -17,7 +17,7 @@ constexpr std::array otherCaptures{"ip-addr.json", "bridge-link.json", "bridge-v
                                    "bridge-vlan-tunnelshow.json", "bridge-vni.json"};
 
 constexpr auto neededFiles =
-    "captures: ip-link.json or ip-link-vxlan.json, bridge-fdb.json, and for the underlay "
+    "expected captures: ip-link.json or ip-link-vxlan.json, bridge-fdb.json, and for the underlay "
     "ip-route-all.json, ip-nexthop.json, ip-neigh.json";
 
 }  // namespace
@@ -25,15 +25,17 @@ constexpr auto neededFiles =
 void CaptureSet::overlay(std::filesystem::path const& directory) {
   std::error_code error;
   if (!std::filesystem::is_directory(directory, error)) {
-    throw InputError(directory.string(), "", "no directory there", "a directory of captures");
+    throw Kiln::InputError(directory.string(), "", "no directory there", "expected a directory of captures");
   }
   auto const has = [&](char const* name) { return std::filesystem::exists(directory / name, error); };
   std::map<std::string, Held> read;
   for (auto const name : readCaptures) {
-    if (has(name)) read[name] = {std::make_shared<JsonFile const>(directory / name), overlays_ + 1};
+    if (has(name))
+      read[name] = {std::make_shared<Kiln::JsonDocument const>(Kiln::JsonDocument::read(directory / name)),
+                    overlays_ + 1};
   }
   if (read.empty() && std::none_of(otherCaptures.begin(), otherCaptures.end(), has)) {
-    throw InputError(directory.string(), "", "no capture in the directory", neededFiles);
+    throw Kiln::InputError(directory.string(), "", "no capture in the directory", neededFiles);
   }
   read.merge(files_);  // keeps what was just read
   files_.swap(read);
@@ -41,7 +43,7 @@ void CaptureSet::overlay(std::filesystem::path const& directory) {
   ++overlays_;
 }
 
-JsonFile const* CaptureSet::file(std::string const& name) const {
+Kiln::JsonDocument const* CaptureSet::file(std::string const& name) const {
   auto const held = files_.find(name);
   return held == files_.end() ? nullptr : held->second.file.get();
 }
@@ -60,12 +62,12 @@ rapidjson::Document CaptureSet::stateDocument() const {
                             .neighbours = file("ip-neigh.json"),
                             .nextHopsName = pathOf("ip-nexthop.json")};
   if (!captures.links && !captures.vxlanLinks) {
-    throw InputError(pathOf("ip-link.json"), "", "no such file",
-                     "the links of the switch, here or in "
-                     "ip-link-vxlan.json");
+    throw Kiln::InputError(pathOf("ip-link.json"), "", "no such file",
+                           "expected the links of the switch, here or in ip-link-vxlan.json");
   }
   if (!captures.fdb) {
-    throw InputError(pathOf("bridge-fdb.json"), "", "no such file", "the forwarding database of the switch");
+    throw Kiln::InputError(pathOf("bridge-fdb.json"), "", "no such file",
+                           "expected the forwarding database of the switch");
   }
   captures.vxlanLinksAge = overlayOf("ip-link-vxlan.json") <=> overlayOf("ip-link.json");
   return Import::stateDocument(captures);

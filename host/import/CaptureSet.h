@@ -7,8 +7,7 @@
 #include <memory>
 #include <string>
 
-#include "host/InputError.h"
-#include "host/json/JsonFile.h"
+#include "platform/kiln/JsonIn.h"
 
 namespace Host {
 
@@ -32,10 +31,10 @@ class CaptureSet {
 
  private:
   struct Held {
-    std::shared_ptr<JsonFile const> file;
+    std::shared_ptr<Kiln::JsonDocument const> file;
     int overlay = 0;  ///< The number of the directory that it came with.
   };
-  JsonFile const* file(std::string const& name) const;
+  Kiln::JsonDocument const* file(std::string const& name) const;
   int overlayOf(std::string const& name) const;
   std::string pathOf(std::string const& name) const { return (directory_ / name).string(); }
 

@@ -8,13 +8,13 @@ constexpr auto floodMac = "00:00:00:00:00:00";
 
 }  // namespace
 
-Fdb::Fdb(JsonFile const& file, Links const& links, NextHopObjects const& nextHops) : vti_(links.vti()) {
-  for (auto const entry : file.top().objects()) {
-    auto const mac = ethAddr(entry.at("mac"));
-    auto const device = links.device(entry.at("ifname").text());
+Fdb::Fdb(JsonDocument const& file, Links const& links, NextHopObjects const& nextHops) : vti_(links.vti()) {
+  for (auto const entry : objects(file.root())) {
+    auto const mac = ethAddr(entry.member("mac"));
+    auto const device = links.device(std::string(entry.member("ifname").text()));
     // A device that was made after the links were captured is taken for what its entries say.
     bool const vxlan = !device || device->kind == DeviceKind::vxlan;
-    if (vxlan && (entry.has("dst") || entry.has("nhid"))) {
+    if (vxlan && (has(entry, "dst") || has(entry, "nhid"))) {
       readRemote(entry, mac, nextHops);
     } else {
       readLocal(entry, mac);
@@ -22,7 +22,7 @@ Fdb::Fdb(JsonFile const& file, Links const& links, NextHopObjects const& nextHop
   }
 }
 
-void Fdb::readRemote(JsonAt entry, std::string const& mac, NextHopObjects const& nextHops) {
+void Fdb::readRemote(JsonIn entry, std::string const& mac, NextHopObjects const& nextHops) {
   auto& vteps = mac == floodMac ? flooded_ : unicast_;
   auto const add = [&](IpAddr const& address) {
     if (isRemote(address)) vteps.insert(address);
@@ -33,11 +33,11 @@ void Fdb::readRemote(JsonAt entry, std::string const& mac, NextHopObjects const&
   }
 }
 
-void Fdb::readLocal(JsonAt entry, std::string const& mac) {
-  auto const bridge = entry.text("master");
+void Fdb::readLocal(JsonIn entry, std::string const& mac) {
+  auto const bridge = text(entry, "master");
   // Permanent entries are the bridge's own addresses.
-  if (!bridge || entry.text("state") == "permanent") return;
-  ports_[{*bridge, entry.number("vlan").value_or(0), mac}] = entry.at("ifname").text();
+  if (!bridge || text(entry, "state") == "permanent") return;
+  ports_[{*bridge, number(entry, "vlan").value_or(0), mac}] = entry.member("ifname").text();
 }
 
 bool Fdb::isRemote(IpAddr const& address) const {

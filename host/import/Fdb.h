@@ -6,9 +6,9 @@
 #include <tuple>
 
 #include "host/import/Address.h"
+#include "host/import/Fields.h"
 #include "host/import/Links.h"
 #include "host/import/NextHopObjects.h"
-#include "host/json/JsonFile.h"
 
 namespace Host::Import {
 
@@ -20,7 +20,7 @@ namespace Host::Import {
 class Fdb {
  public:
   /// Throws InputError where a value is of a wrong type, or an entry names a group that does not exist.
-  Fdb(JsonFile const& file, Links const& links, NextHopObjects const& nextHops);
+  Fdb(JsonDocument const& file, Links const& links, NextHopObjects const& nextHops);
 
   std::set<IpAddr> const& unicast() const { return unicast_; }
   std::set<IpAddr> const& flooded() const { return flooded_; }
@@ -29,8 +29,8 @@ class Fdb {
   std::string portBehind(std::string const& bridge, std::uint32_t vlan, std::string const& mac) const;
 
  private:
-  void readRemote(JsonAt entry, std::string const& mac, NextHopObjects const& nextHops);
-  void readLocal(JsonAt entry, std::string const& mac);
+  void readRemote(JsonIn entry, std::string const& mac, NextHopObjects const& nextHops);
+  void readLocal(JsonIn entry, std::string const& mac);
   bool isRemote(IpAddr const& address) const;
 
   Vti vti_;

@@ -11,40 +11,40 @@ namespace {
 
 constexpr std::uint32_t highestVlan = 4094;
 
-DeviceKind kindOf(JsonAt at, std::string const& infoKind) {
+DeviceKind kindOf(JsonIn at, std::string const& infoKind) {
   static std::map<std::string, DeviceKind> const kinds{
       {"bond", DeviceKind::lag},    {"team", DeviceKind::lag}, {"bridge", DeviceKind::bridge},
       {"vlan", DeviceKind::vlan},   {"vrf", DeviceKind::vrf},  {"vxlan", DeviceKind::vxlan},
       {"dummy", DeviceKind::dummy},
   };
-  if (at.text("link_type") == "loopback" || at.flag("flags", "LOOPBACK")) return DeviceKind::loopback;
+  if (text(at, "link_type") == "loopback" || hasFlag(at, "flags", "LOOPBACK")) return DeviceKind::loopback;
   auto const kind = kinds.find(infoKind);
   return kind == kinds.end() ? DeviceKind::port : kind->second;
 }
 
-std::string tableIn(std::optional<JsonAt> data) {
-  auto const table = data ? data->number("table") : std::nullopt;
+std::string tableIn(std::optional<JsonIn> data) {
+  auto const table = data ? number(*data, "table") : std::nullopt;
   return table ? std::to_string(*table) : "";
 }
 
-void readInfo(JsonAt info, Device& device) {
+void readInfo(JsonIn info, Device& device) {
   auto const data = info.find("info_data");
-  device.slaveKind = info.text("info_slave_kind").value_or("");
-  if (device.kind == DeviceKind::vlan && data) device.vlanId = data->at("id").number(1, highestVlan);
+  device.slaveKind = text(info, "info_slave_kind").value_or("");
+  if (device.kind == DeviceKind::vlan && data) device.vlanId = numberIn(data->member("id"), 1, highestVlan);
   if (device.kind == DeviceKind::vrf) device.table = tableIn(data);
   if (device.slaveKind == "vrf") device.table = tableIn(info.find("info_slave_data"));
 }
 
-Device readDevice(JsonAt at) {
+Device readDevice(JsonIn at) {
   auto const info = at.find("linkinfo");
-  auto const infoKind = info ? info->text("info_kind").value_or("") : "";
+  auto const infoKind = info ? text(*info, "info_kind").value_or("") : "";
   Device device{.at = at,
-                .name = at.at("ifname").text(),
-                .ifindex = at.at("ifindex").number(1),
+                .name = std::string(at.member("ifname").text()),
+                .ifindex = numberIn(at.member("ifindex"), 1),
                 .kind = kindOf(at, infoKind),
-                .master = at.text("master").value_or(""),
+                .master = text(at, "master").value_or(""),
                 .slaveKind = "",
-                .link = at.text("link").value_or(""),
+                .link = text(at, "link").value_or(""),
                 .vlanId = 0,
                 .table = ""};
   if (info) readInfo(*info, device);
@@ -52,25 +52,25 @@ Device readDevice(JsonAt at) {
 }
 
 /// Only `ip -d` tells what kind of device each is.
-bool hasDetails(JsonFile const& file) {
-  auto const all = file.top().objects();
-  return std::any_of(all.begin(), all.end(), [](JsonAt at) { return at.has("linkinfo"); });
+bool hasDetails(JsonDocument const& file) {
+  auto const all = objects(file.root());
+  return std::any_of(all.begin(), all.end(), [](JsonIn at) { return has(at, "linkinfo"); });
 }
 
 /// One device in two files of the same age.
-void requireSameSource(JsonAt known, JsonAt data, std::string const& name) {
+void requireSameSource(JsonIn known, JsonIn data, std::string const& name) {
   for (auto const key : {"local", "local6", "port"}) {
     auto const theirs = known.find(key);
     auto const mine = data.find(key);
     auto const wanted = theirs ? theirs->shown() : "nothing";
     if ((mine ? mine->shown() : "nothing") == wanted) continue;
-    mine.value_or(data).fail(fmt::format("the {} {} that {} has for {}", key, wanted, known.file(), name));
+    mine.value_or(data).fail(fmt::format("expected the {} {} that {} has for {}", key, wanted, known.source(), name));
   }
 }
 
 }  // namespace
 
-Links::Links(JsonFile const* links, JsonFile const* vxlanLinks, std::strong_ordering vxlanLinksAge)
+Links::Links(JsonDocument const* links, JsonDocument const* vxlanLinks, std::strong_ordering vxlanLinksAge)
     : complete_(links != nullptr) {
   bool const detailed = links && hasDetails(*links);
   if (links) addDevices(*links);
@@ -82,19 +82,19 @@ Links::Links(JsonFile const* links, JsonFile const* vxlanLinks, std::strong_orde
   numberInterfaces();
 }
 
-void Links::addDevices(JsonFile const& file) {
-  for (auto const at : file.top().objects()) {
+void Links::addDevices(JsonDocument const& file) {
+  for (auto const at : objects(file.root())) {
     auto device = readDevice(at);
     auto name = device.name;
     devices_.insert_or_assign(std::move(name), std::move(device));
   }
 }
 
-void Links::addVxlanDevices(JsonFile const& file) {
-  for (auto const at : file.top().objects()) {
+void Links::addVxlanDevices(JsonDocument const& file) {
+  for (auto const at : objects(file.root())) {
     auto device = readDevice(at);
     if (device.kind != DeviceKind::vxlan) continue;
-    auto const data = at.at("linkinfo").at("info_data");
+    auto const data = at.member("linkinfo").member("info_data");
     auto const [known, isNew] = vxlanData_.try_emplace(device.name, data);
     if (!isNew) requireSameSource(known->second, data, device.name);
     auto name = device.name;
@@ -102,14 +102,14 @@ void Links::addVxlanDevices(JsonFile const& file) {
   }
 }
 
-void Links::mergeVti(JsonAt data, std::string const& name) {
+void Links::mergeVti(JsonIn data, std::string const& name) {
   auto const agreed = [&](char const* key) {
     auto const value = data.find(key);
     if (!value) return value;
     auto const [first, isNew] = agreed_.try_emplace(key, *value, name);
     auto const& [theirs, owner] = first->second;
     if (!isNew && theirs.shown() != value->shown()) {
-      value->fail(fmt::format("{} for {}, as {} has it", theirs.shown(), name, owner));
+      value->fail(fmt::format("expected {} for {}, as {} has it", theirs.shown(), name, owner));
     }
     return value;
   };
@@ -117,18 +117,18 @@ void Links::mergeVti(JsonAt data, std::string const& name) {
     auto const value = agreed(key);
     if (!value) return;
     auto const parsed = ipAddr(*value);
-    if (parsed.v6 != v6) value->fail(v6 ? "an IPv6 address" : "an IPv4 address");
+    if (parsed.v6 != v6) value->fail(v6 ? "expected an IPv6 address" : "expected an IPv4 address");
     if (!parsed.unspecified()) into = parsed;
   };
   address("local", false, vti_.srcAddr);
   address("local6", true, vti_.srcAddrV6);
-  if (auto const port = agreed("port")) vti_.udpPort = port->number(0, 0xffff);
+  if (auto const port = agreed("port")) vti_.udpPort = numberIn(*port, 0, 0xffff);
 }
 
 std::string Links::underlayTable() const {
   std::set<std::string> tables;
   for (auto const& [name, data] : vxlanData_) {
-    auto const under = device(data.text("link").value_or(""));
+    auto const under = device(text(data, "link").value_or(""));
     tables.insert(under ? under->table : "");
   }
   return tables.size() == 1 && !tables.begin()->empty() ? *tables.begin() : "main";
@@ -168,7 +168,7 @@ void Links::numberInterfaces() {
     if (bridged || isBridgeVlan(*each)) continue;
     if (each->kind == DeviceKind::loopback || each->kind == DeviceKind::vxlan) continue;
     while (taken.contains(next)) --next;
-    if (next == 0) each->at.at("ifname").fail("no further interface: all VLAN ids are in use");
+    if (next == 0) each->at.member("ifname").fail("expected no further interface: all VLAN ids are in use");
     l3Numbers_[each->name] = next--;
   }
 }

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "host/import/Address.h"
-#include "host/json/JsonFile.h"
+#include "host/import/Fields.h"
 
 namespace Host::Import {
 
@@ -18,7 +18,7 @@ enum class DeviceKind { port, lag, bridge, vlan, vxlan, vrf, dummy, loopback };
 
 /// A network device of the kernel.
 struct Device {
-  JsonAt at;
+  JsonIn at;
   std::string name;
   std::uint32_t ifindex = 0;
   DeviceKind kind = DeviceKind::port;
@@ -45,7 +45,7 @@ class Links {
   /// `links` has all devices, `vxlanLinks` the VXLAN devices; one may be null. Where both have VXLAN devices the newer
   /// one counts, and both must agree if neither is (`vxlanLinksAge`: the age of `vxlanLinks` against `links`).
   /// Throws InputError where a value is of a wrong type, VXLAN devices disagree or the VLAN ids do not suffice.
-  Links(JsonFile const* links, JsonFile const* vxlanLinks, std::strong_ordering vxlanLinksAge);
+  Links(JsonDocument const* links, JsonDocument const* vxlanLinks, std::strong_ordering vxlanLinksAge);
   Links(Links const&) = delete;
   Links& operator=(Links const&) = delete;
 
@@ -72,16 +72,16 @@ class Links {
   bool isPort(Device const& device) const;
 
  private:
-  void addDevices(JsonFile const& file);
-  void addVxlanDevices(JsonFile const& file);
-  void mergeVti(JsonAt data, std::string const& name);
+  void addDevices(JsonDocument const& file);
+  void addVxlanDevices(JsonDocument const& file);
+  void mergeVti(JsonIn data, std::string const& name);
   void numberInterfaces();
 
   bool complete_;
   std::map<std::string, Device> devices_;
   std::vector<Device const*> ordered_;
-  std::map<std::string, JsonAt> vxlanData_;                       ///< `info_data` of each VXLAN device.
-  std::map<std::string, std::pair<JsonAt, std::string>> agreed_;  ///< By key: first value, and the device that has it.
+  std::map<std::string, JsonIn> vxlanData_;                       ///< `info_data` of each VXLAN device.
+  std::map<std::string, std::pair<JsonIn, std::string>> agreed_;  ///< By key: first value, and the device that has it.
   Vti vti_;
   std::map<std::string, std::uint32_t> l3Numbers_;
 };

@@ -2,12 +2,12 @@
 
 namespace Host::Import {
 
-Neighbours::Neighbours(JsonFile const* file) {
+Neighbours::Neighbours(JsonDocument const* file) {
   if (!file) return;
-  for (auto const at : file->top().objects()) {
+  for (auto const at : objects(file->root())) {
     auto const link = at.find("lladdr");
-    if (!link || at.flag("state", "FAILED") || at.flag("state", "INCOMPLETE")) continue;
-    linkAddresses_.insert_or_assign(Hop{ipAddr(at.at("dst")), at.at("dev").text()}, *link);
+    if (!link || hasFlag(at, "state", "FAILED") || hasFlag(at, "state", "INCOMPLETE")) continue;
+    linkAddresses_.insert_or_assign(Hop{ipAddr(at.member("dst")), std::string(at.member("dev").text())}, *link);
   }
 }
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <utility>
 
+#include "host/import/Fields.h"
 #include "host/import/Underlay.h"
-#include "host/json/JsonFile.h"
 
 namespace Host::Import {
 
@@ -14,14 +14,14 @@ namespace Host::Import {
 class Neighbours {
  public:
   /// Null: none is. Throws InputError where a value is of a wrong type.
-  explicit Neighbours(JsonFile const* file);
+  explicit Neighbours(JsonDocument const* file);
 
   /// Nothing where the neighbour is not resolved. Throws InputError where what stands there is no Ethernet address.
   std::optional<std::string> ethAddrOf(Hop const& hop) const;
 
  private:
   // Read when asked for: the link layer of a device that no next hop uses need not be Ethernet.
-  std::map<Hop, JsonAt> linkAddresses_;
+  std::map<Hop, JsonIn> linkAddresses_;
 };
 
 }  // namespace Host::Import

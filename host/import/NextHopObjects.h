@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "host/import/Address.h"
-#include "host/json/JsonFile.h"
+#include "host/import/Fields.h"
 
 namespace Host::Import {
 
@@ -20,33 +20,33 @@ struct RouteHop {
 };
 
 /// The next hop that an object describes by `gateway` or `via`, and `dev`; nothing where it is out of service.
-std::optional<RouteHop> routeHop(JsonAt at);
+std::optional<RouteHop> routeHop(JsonIn at);
 
 /// The kernel's next-hop objects by id, groups among them.
 class NextHopObjects {
  public:
   /// REQUIRES: `file` outlives this. Null: there are no such objects. Throws InputError on wrong types.
-  explicit NextHopObjects(JsonFile const* file, std::string const& missingFile);
+  explicit NextHopObjects(JsonDocument const* file, std::string const& missingFile);
 
   /// The members of the object that is referred to at `nhid`, groups unfolded, those out of service left out.
   /// Throws InputError where an object does not exist or a group contains itself.
-  std::vector<RouteHop> members(JsonAt nhid) const;
+  std::vector<RouteHop> members(JsonIn nhid) const;
   /// The VTEPs of an object for forwarding databases. Throws InputError as `members`, and where it is another object.
-  std::vector<IpAddr> vteps(JsonAt nhid) const;
+  std::vector<IpAddr> vteps(JsonIn nhid) const;
 
  private:
   struct Object {
-    JsonAt at;
-    std::vector<JsonAt> group;  ///< The members' ids.
+    JsonIn at;
+    std::vector<JsonIn> group;  ///< The members' ids.
   };
   struct Walk {
     std::vector<std::uint32_t> chain;  ///< The groups on the way to where the walk is.
     std::set<std::uint32_t> seen;
-    std::vector<JsonAt> leaves;
+    std::vector<JsonIn> leaves;
   };
-  Object const& object(JsonAt id) const;
-  void unfold(JsonAt id, Walk& walk) const;
-  std::vector<JsonAt> leaves(JsonAt id) const;
+  Object const& object(JsonIn id) const;
+  void unfold(JsonIn id, Walk& walk) const;
+  std::vector<JsonIn> leaves(JsonIn id) const;
 
   std::string file_;
   std::map<std::uint32_t, Object> objects_;

@@ -153,7 +153,7 @@ class Writer {
       if (!links_.isPort(*device)) continue;
       auto port = object();
       put(port, "kind", device->kind == DeviceKind::lag ? "lag" : "port", allocator_);
-      put(port, "number", Value(device->at.at("ifindex").number(1, highestPort)), allocator_);
+      put(port, "number", Value(numberIn(device->at.member("ifindex"), 1, highestPort)), allocator_);
       put(table, device->name, std::move(port), allocator_);
     }
     return wrapped("port", std::move(table));

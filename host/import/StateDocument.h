@@ -5,20 +5,20 @@
 #include <compare>
 #include <string>
 
-#include "host/json/JsonFile.h"
+#include "host/import/Fields.h"
 
 namespace Host::Import {
 
 /// The captures that a state document is made from. Not owned.
 struct Captures {
-  JsonFile const* links = nullptr;
-  JsonFile const* vxlanLinks = nullptr;                              ///< This or `links` is there.
+  JsonDocument const* links = nullptr;
+  JsonDocument const* vxlanLinks = nullptr;                          ///< This or `links` is there.
   std::strong_ordering vxlanLinksAge = std::strong_ordering::equal;  ///< Against `links`; greater: newer.
-  JsonFile const* fdb = nullptr;                                     ///< Never null.
-  JsonFile const* routes = nullptr;                                  ///< Null: no VTEP can be reached.
-  JsonFile const* nextHops = nullptr;
-  JsonFile const* neighbours = nullptr;  ///< Null: no next hop is resolved.
-  std::string nextHopsName;              ///< The next hops' file, for errors where it is missing.
+  JsonDocument const* fdb = nullptr;                                 ///< Never null.
+  JsonDocument const* routes = nullptr;                              ///< Null: no VTEP can be reached.
+  JsonDocument const* nextHops = nullptr;
+  JsonDocument const* neighbours = nullptr;  ///< Null: no next hop is resolved.
+  std::string nextHopsName;                  ///< The next hops' file, for errors where it is missing.
 };
 
 /// The state document of the switch: tunnel interface, tunnels with their adjacencies, interfaces and ports. The same

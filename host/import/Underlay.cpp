@@ -12,35 +12,35 @@ namespace {
 
 constexpr std::size_t maxRecursion = 16;
 
-bool isV6Address(std::optional<JsonAt> at) { return at && ipAddr(*at).v6; }
+bool isV6Address(std::optional<JsonIn> at) { return at && ipAddr(*at).v6; }
 
 /// "default" does not say its family; other members of the route do.
-bool isV6Default(JsonAt at) {
-  if (at.has("pref")) return true;  // only IPv6 has router preferences
+bool isV6Default(JsonIn at) {
+  if (has(at, "pref")) return true;  // only IPv6 has router preferences
   if (isV6Address(at.find("gateway"))) return true;
   auto const hops = at.find("nexthops");
   if (!hops) return false;
-  auto const all = hops->objects();
+  auto const all = objects(*hops);
   return !all.empty() && isV6Address(all.front().find("gateway"));
 }
 
-Prefix destination(JsonAt at) {
-  auto const dst = at.at("dst");
+Prefix destination(JsonIn at) {
+  auto const dst = at.member("dst");
   if (dst.text() != "default") return prefix(dst);
   return {IpAddr{isV6Default(at), {}}, 0};
 }
 
-std::vector<RouteHop> routeHops(JsonAt at, NextHopObjects const& nextHops) {
+std::vector<RouteHop> routeHops(JsonIn at, NextHopObjects const& nextHops) {
   std::vector<RouteHop> hops;
-  auto const addFrom = [&](JsonAt from) {
+  auto const addFrom = [&](JsonIn from) {
     if (auto const hop = routeHop(from)) hops.push_back(*hop);
   };
   auto const several = at.find("nexthops");
   auto const nhid = at.find("nhid");
   // What the route says itself goes before the object that it names: an id can be given to other members later.
   if (several) {
-    for (auto const each : several->objects()) addFrom(each);
-  } else if (at.has("dev") || at.has("gateway") || at.has("via") || !nhid) {
+    for (auto const each : objects(*several)) addFrom(each);
+  } else if (has(at, "dev") || has(at, "gateway") || has(at, "via") || !nhid) {
     addFrom(at);
   } else {
     hops = nextHops.members(*nhid);
@@ -48,8 +48,8 @@ std::vector<RouteHop> routeHops(JsonAt at, NextHopObjects const& nextHops) {
   return hops;
 }
 
-std::string tableOf(JsonAt at) {
-  auto table = at.text("table").value_or("main");
+std::string tableOf(JsonIn at) {
+  auto table = text(at, "table").value_or("main");
   return table == "254" ? "main" : table;
 }
 
@@ -61,10 +61,11 @@ std::string joined(std::vector<IpAddr> const& chain) {
 
 }  // namespace
 
-Underlay::Underlay(JsonFile const* routes, std::string const& table, NextHopObjects const& nextHops, Links const& links)
+Underlay::Underlay(JsonDocument const* routes, std::string const& table, NextHopObjects const& nextHops,
+                   Links const& links)
     : links_(links) {
   if (!routes) return;
-  for (auto const at : routes->top().objects()) {
+  for (auto const at : objects(routes->root())) {
     if (tableOf(at) == table) add(at, nextHops);
   }
   for (auto& [family, lengths] : routes_) {
@@ -76,9 +77,9 @@ Underlay::Underlay(JsonFile const* routes, std::string const& table, NextHopObje
   }
 }
 
-void Underlay::add(JsonAt at, NextHopObjects const& nextHops) {
+void Underlay::add(JsonIn at, NextHopObjects const& nextHops) {
   Route route{
-      at, at.number("metric").value_or(0), at.text("type").value_or("unicast") == "unicast", at.number("nhid"), {}};
+      at, number(at, "metric").value_or(0), text(at, "type").value_or("unicast") == "unicast", number(at, "nhid"), {}};
   auto const to = destination(at);
   if (route.unicast) route.hops = routeHops(at, nextHops);
   routes_[to.network.v6][to.length][to.network].push_back(std::move(route));
@@ -100,7 +101,7 @@ Underlay::Route const* Underlay::lookup(IpAddr const& address) const {
 void Underlay::addHop(Route const& route, RouteHop const& hop, IpAddr const& address, std::set<Hop>& into) const {
   auto const device = links_.device(hop.device);
   if (!device) {
-    route.at.fail(fmt::format("a route over a device that {} has, not over {}",
+    route.at.fail(fmt::format("expected a route over a device that {} has, not over {}",
                               links_.complete() ? "ip-link.json" : "the missing ip-link.json", hop.device));
   }
   // The loopback, a VXLAN device or the port of a bridge carries no underlay.
@@ -114,9 +115,10 @@ void Underlay::resolve(IpAddr const& address, std::vector<IpAddr>& chain, std::s
   bool const loop = std::find(chain.begin(), chain.end(), address) != chain.end();
   if (!loop && !seen.insert(address).second) return;
   chain.push_back(address);
-  if (loop) route->at.at("dst").fail("no route loop: " + joined(chain));
+  if (loop) route->at.member("dst").fail("expected no route loop: " + joined(chain));
   if (chain.size() > maxRecursion) {
-    route->at.at("dst").fail(fmt::format("a next hop after at most {} lookups: {}", maxRecursion, joined(chain)));
+    route->at.member("dst").fail(
+        fmt::format("expected a next hop after at most {} lookups: {}", maxRecursion, joined(chain)));
   }
   for (auto const& hop : route->hops) {
     if (hop.device.empty()) {

@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "host/import/Address.h"
+#include "host/import/Fields.h"
 #include "host/import/Links.h"
 #include "host/import/NextHopObjects.h"
-#include "host/json/JsonFile.h"
 
 namespace Host::Import {
 
@@ -39,14 +39,14 @@ class Underlay {
  public:
   /// Reads the routes of `table`. `routes` null: nothing can be reached. `links` is kept; it says which devices can
   /// carry the underlay. Throws InputError where a value is of a wrong type.
-  Underlay(JsonFile const* routes, std::string const& table, NextHopObjects const& nextHops, Links const& links);
+  Underlay(JsonDocument const* routes, std::string const& table, NextHopObjects const& nextHops, Links const& links);
 
   /// Throws InputError where routes loop or lead over a device that the captures do not have.
   Path path(IpAddr const& vtep) const;
 
  private:
   struct Route {
-    JsonAt at;
+    JsonIn at;
     std::uint32_t metric = 0;
     bool unicast = true;
     std::optional<std::uint32_t> nhid;
@@ -55,7 +55,7 @@ class Underlay {
   /// The same length together, by network.
   using Networks = std::map<IpAddr, std::vector<Route>>;
 
-  void add(JsonAt at, NextHopObjects const& nextHops);
+  void add(JsonIn at, NextHopObjects const& nextHops);
   Route const* lookup(IpAddr const& address) const;
   /// Adds the neighbours toward `address`; `chain` holds the addresses on the way from the VTEP.
   void resolve(IpAddr const& address, std::vector<IpAddr>& chain, std::set<IpAddr>& seen, std::set<Hop>& into) const;

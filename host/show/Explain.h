@@ -2,10 +2,12 @@
 
 #include <iosfwd>
 
-#include "host/show/Json.h"
 #include "host/show/Tunnels.h"
+#include "platform/kiln/JsonOut.h"
 
 namespace Host {
+
+using Kiln::JsonWriter;
 
 /// Prints the way of packets to one VTEP: what is wanted, then row by row what the chip has of it, from the overlay
 /// entry to the ports; and why it is not all there if it isn't. `tunnels` are the reports of the VTEP's tunnels.

@@ -80,6 +80,21 @@ void writeLogs(JsonWriter& json, Kiln::LogCapture const& logs) {
   json.arrayEnd();
 }
 
+void writeState(JsonWriter& json, Stateway::AgentStores const& stores) {
+  json.key("state").object();
+  for (auto const store : kStores) {
+    json.key(store).object();
+    forEachEntity(stores, store, [&](std::string const& path, Kiln::Entity const& entity) {
+      json.key(path);
+      Kiln::JsonRoot root(json);
+      auto place = root.out();
+      Kiln::entityToJson(entity, place);
+    });
+    json.objectEnd();
+  }
+  json.objectEnd();
+}
+
 }  // namespace
 
 void writeHandle(JsonWriter& json, Asic::EntryHandle::PtrConst const& handle) {
@@ -123,7 +138,7 @@ void writeReport(JsonWriter& json, Agent const& agent, std::vector<TunnelReport>
   writeTables(json, agent.chip());
   writeChip(json, agent.chip());
   writeLogs(json, agent.logs());
-  if (withState) json.key("state").value(stateDocument(agent.stores()));
+  if (withState) writeState(json, agent.stores());
 }
 
 }  // namespace Host

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "host/agent/Agent.h"
-#include "host/show/Json.h"
 #include "host/show/Tunnels.h"
+#include "platform/kiln/JsonOut.h"
 
 namespace Host {
+
+using Kiln::JsonWriter;
 
 /// Writes what there is to see of an agent as the members of one JSON object: profile, settled, tunnels, tables, chip,
 /// logs, and with `withState` the state of the three stores. Other programs read this: names and nesting stay as they

@@ -3,24 +3,11 @@
 #include <algorithm>
 
 #include "platform/asic/Store.h"
-#include "platform/kiln/Entity.h"
-#include "platform/kiln/Json.h"
 #include "platform/kilnsharedmem/EntityManager.h"
 #include "platform/local/EntityManager.h"
 #include "platform/stateway/EntityManager.h"
 
 namespace Host {
-
-namespace {
-
-void addEntity(Kiln::JsonOut& store, std::string const& path, Dovel::Ptr<Dovel::Node> const& node) {
-  auto const entity = Dovel::cast<Kiln::Entity>(node);
-  if (!entity) return;
-  auto place = store.member(path);
-  Kiln::entityToJson(*entity, place);
-}
-
-}  // namespace
 
 std::vector<Asic::StoreBase const*> sortedStores(Asic::Chip const& chip) {
   auto stores = chip.stores();
@@ -34,27 +21,18 @@ std::vector<Asic::ChipTableReport> sortedChipTables(Asic::Chip const& chip) {
   return tables;
 }
 
-rapidjson::Document stateDocument(Stateway::AgentStores const& stores) {
-  rapidjson::Document document;
-  Kiln::JsonOut root(document, document.GetAllocator());
-  root.object();
-  // A place is good until the next member of the same parent.
-  {
-    auto stateway = root.member("stateway");
-    stateway.object();
-    for (auto const& path : stores.stateway->paths()) addEntity(stateway, path, stores.stateway->entity(path));
+void forEachEntity(Stateway::AgentStores const& stores, std::string_view store,
+                   Kiln::FunctionRef<void(std::string const&, Kiln::Entity const&)> visit) {
+  auto const visitNode = [&](std::string const& path, Dovel::Ptr<Dovel::Node> const& node) {
+    if (auto const entity = Dovel::cast<Kiln::Entity>(node)) visit(path, *entity);
+  };
+  if (store == "stateway") {
+    for (auto const& path : stores.stateway->paths()) visitNode(path, stores.stateway->entity(path));
+  } else if (store == "local") {
+    for (auto const& path : stores.local->paths()) visitNode(path, stores.local->getEntity(path));
+  } else {
+    for (auto const& [path, mount] : stores.shmem->mounts()) visitNode(path, stores.shmem->getEntity(path));
   }
-  {
-    auto local = root.member("local");
-    local.object();
-    for (auto const& path : stores.local->paths()) addEntity(local, path, stores.local->getEntity(path));
-  }
-  {
-    auto shmem = root.member("shmem");
-    shmem.object();
-    for (auto const& [path, mount] : stores.shmem->mounts()) addEntity(shmem, path, stores.shmem->getEntity(path));
-  }
-  return document;
 }
 
 }  // namespace Host

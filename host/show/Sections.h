@@ -1,10 +1,13 @@
 #pragma once
 
-#include <rapidjson/document.h>
-
+#include <array>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/asic/Chip.h"
+#include "platform/kiln/Entity.h"
+#include "platform/kiln/FunctionRef.h"
 #include "platform/stateway/Document.h"
 
 namespace Host {
@@ -13,7 +16,11 @@ namespace Host {
 std::vector<Asic::StoreBase const*> sortedStores(Asic::Chip const& chip);
 /// The chip's own tables by name.
 std::vector<Asic::ChipTableReport> sortedChipTables(Asic::Chip const& chip);
-/// All attributes of all entities: {"stateway": {path: {attribute: value}}, "local": {…}, "shmem": {…}}.
-rapidjson::Document stateDocument(Stateway::AgentStores const& stores);
+
+inline constexpr std::array<std::string_view, 3> kStores{"stateway", "local", "shmem"};
+/// Calls `visit(path, entity)` for each entity of a store, in the order of the paths. REQUIRES: `store` is in
+/// `kStores`.
+void forEachEntity(Stateway::AgentStores const& stores, std::string_view store,
+                   Kiln::FunctionRef<void(std::string const&, Kiln::Entity const&)> visit);
 
 }  // namespace Host

@@ -1,8 +1,5 @@
 #include "host/show/TextReport.h"
 
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
-
 #include <algorithm>
 #include <ostream>
 
@@ -10,6 +7,7 @@
 #include "host/show/FieldText.h"
 #include "host/show/Sections.h"
 #include "platform/asic/Store.h"
+#include "platform/kiln/JsonOut.h"
 #include "platform/tessel/l3common/TesselVxlanState.h"
 
 namespace Host {
@@ -116,28 +114,22 @@ void printChip(std::ostream& out, Asic::Chip const& chip) {
   out << chip.writes() << " writes\n";
 }
 
-std::string compact(rapidjson::Value const& value) {
-  rapidjson::StringBuffer buffer;
-  rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
-  value.Accept(writer);
-  return {buffer.GetString(), buffer.GetSize()};
-}
+/// Whether a JSON text says nothing: null, or no member, element or character.
+bool isEmpty(std::string_view json) { return json == "null" || json == "{}" || json == "[]" || json == "\"\""; }
 
-bool isEmpty(rapidjson::Value const& value) {
-  return value.IsNull() || (value.IsObject() && value.MemberCount() == 0) || (value.IsArray() && value.Empty()) ||
-         (value.IsString() && value.GetStringLength() == 0);
+void printEntity(std::ostream& out, Kiln::Entity const& entity) {
+  for (auto const* attribute : entity.typeData().attributes()) {
+    auto const value = Kiln::jsonText([&](Kiln::JsonOut place) { attribute->toJson(entity, place); });
+    if (!isEmpty(value)) out << "  " << attribute->name << '=' << value << '\n';
+  }
 }
 
 void printState(std::ostream& out, Stateway::AgentStores const& stores) {
-  auto const document = stateDocument(stores);
-  for (auto const& store : document.GetObject()) {
-    for (auto const& entity : store.value.GetObject()) {
-      out << store.name.GetString() << ' ' << entity.name.GetString() << '\n';
-      for (auto const& attribute : entity.value.GetObject()) {
-        if (isEmpty(attribute.value)) continue;
-        out << "  " << attribute.name.GetString() << '=' << compact(attribute.value) << '\n';
-      }
-    }
+  for (auto const store : kStores) {
+    forEachEntity(stores, store, [&](std::string const& path, Kiln::Entity const& entity) {
+      out << store << ' ' << path << '\n';
+      printEntity(out, entity);
+    });
   }
 }
 

@@ -1,11 +1,6 @@
 #include "platform/asic/ProfileLoader.h"
 
-#include <rapidjson/error/en.h>
-
-#include <algorithm>
-#include <fstream>
-#include <iterator>
-#include <limits>
+#include <filesystem>
 
 #include "platform/asic/TableRegistry.h"
 #include "platform/kiln/Json.h"
@@ -88,50 +83,39 @@ Dovel::Ptr<ChipProfile> readProfile(Kiln::JsonIn const& in) {
   return profile;
 }
 
-[[noreturn]] void fail(std::string const& file, std::string_view place, std::string_view value, std::string_view what) {
-  std::string text = file;
-  for (auto const part : {place, value, what}) {
-    if (!part.empty()) text.append(": ").append(part);
+/// Throws `InputError` for the first feature whose values cannot go together.
+void checkFeatures(ChipProfile const& profile, Kiln::JsonIn const& in) {
+  for (auto const& [name, feature] : profile.features()) {
+    auto const fault = feature->fault();
+    if (fault.empty()) continue;
+    auto const all = in.find("features");
+    if (auto const own = all ? all->find(name) : std::nullopt) own->fail(fault);
+    throw Kiln::InputError(in.source(), "/features/" + std::string(name), "", fault);
   }
-  throw ProfileError(text);
+}
+
+Dovel::Ptr<ChipProfile const> profileOf(Kiln::JsonDocument const& document) {
+  auto const profile = readProfile(document.root());
+  checkFeatures(*profile, document.root());
+  return profile;
 }
 
 }  // namespace
 
 Dovel::Ptr<ChipProfile const> parseProfile(std::string_view json, std::string const& file) {
-  rapidjson::Document document;
-  document.Parse(json.data(), json.size());
-  if (document.HasParseError()) {
-    auto const offset = std::min(document.GetErrorOffset(), json.size());
-    auto const line = 1 + std::count(json.begin(), json.begin() + static_cast<std::ptrdiff_t>(offset), '\n');
-    fail(file, "line " + Kiln::toText(line), {}, rapidjson::GetParseError_En(document.GetParseError()));
-  }
-  Dovel::Ptr<ChipProfile> profile;
-  try {
-    profile = readProfile(Kiln::JsonIn(document));
-  } catch (Kiln::ValueError const& error) {
-    fail(file, error.path(), error.value(), error.what());
-  }
-  for (auto const& [name, feature] : profile->features()) {
-    if (auto const fault = feature->fault(); !fault.empty()) {
-      fail(file, "/features/" + std::string(name), {}, fault);
-    }
-  }
-  return profile;
+  return profileOf(Kiln::JsonDocument::parse(json, file));
 }
 
 Dovel::Ptr<ChipProfile const> loadProfile(std::string const& nameOrFile) {
   for (auto const& profile : embedded) {
     if (profile.name == nameOrFile) return parseProfile(profile.json, "profiles/" + nameOrFile + ".json");
   }
-  std::ifstream in(nameOrFile, std::ios::binary);
-  if (!in) {
-    std::string names;
-    for (auto const name : profileNames()) names.append(" ").append(name);
-    fail(nameOrFile, {}, {}, "neither a file that can be read nor one of the profiles" + names);
+  if (std::error_code error; std::filesystem::exists(nameOrFile, error)) {
+    return profileOf(Kiln::JsonDocument::read(nameOrFile));
   }
-  std::string const text{std::istreambuf_iterator<char>(in), {}};
-  return parseProfile(text, nameOrFile);
+  std::string names;
+  for (auto const name : profileNames()) names.append(" ").append(name);
+  throw Kiln::InputError(nameOrFile, "", "", "neither a file nor one of the built-in profiles" + names);
 }
 
 std::vector<std::string_view> profileNames() {

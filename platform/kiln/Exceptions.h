@@ -23,21 +23,27 @@ class ReinstantiationException : public std::logic_error {
   using std::logic_error::logic_error;
 };
 
-/// A document holds a value that its place does not take.
+/// Input from outside that cannot be used: the file, the place in it, the value found there and what is wrong with it.
 ///
-/// `what()` says what was expected, `path()` where the value stands as a JSON pointer ("" is the whole document), and
-/// `value()` is the text of the value, cut to 80 characters.
-class ValueError : public std::runtime_error {
+/// `what()` is one line for an operator: "FILE: PLACE: found VALUE, PROBLEM". Parts that are empty are left out.
+class InputError : public std::runtime_error {
  public:
-  ValueError(std::string path, std::string value, std::string const& expected)
-      : std::runtime_error(expected), path_(std::move(path)), value_(std::move(value)) {}
+  InputError(std::string file, std::string place, std::string value, std::string problem);
 
-  std::string const& path() const { return path_; }
+  /// The file, the name of another source of input, or the name of an argument.
+  std::string const& file() const { return file_; }
+  /// A JSON pointer, or "line L, column C" in text that is no JSON. Empty for the input as a whole.
+  std::string const& place() const { return place_; }
+  /// As in the file; long values are cut.
   std::string const& value() const { return value_; }
+  /// Usually "expected …".
+  std::string const& problem() const { return problem_; }
 
  private:
-  std::string path_;
+  std::string file_;
+  std::string place_;
   std::string value_;
+  std::string problem_;
 };
 
 /// Throws `RangeException` with exactly `text`.

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <rapidjson/document.h>
-
 #include <concepts>
 #include <cstdint>
 #include <limits>
@@ -11,108 +9,11 @@
 
 #include "platform/kiln/Codec.h"
 #include "platform/kiln/Describe.h"
-#include "platform/kiln/Exceptions.h"
+#include "platform/kiln/JsonIn.h"
+#include "platform/kiln/JsonOut.h"
 #include "platform/kiln/Text.h"
 
 namespace Kiln {
-
-/// One place of a JSON document that is being written.
-///
-/// A place that `member` or `element` gave is good until the next call of either on the same parent.
-class JsonOut {
- public:
-  using Allocator = rapidjson::Document::AllocatorType;
-
-  /// REQUIRES: both outlive this object; `allocator` is the one of the document.
-  JsonOut(rapidjson::Value& value, Allocator& allocator) : value_(&value), allocator_(&allocator) {}
-
-  void null() { value_->SetNull(); }
-  void boolean(bool value) { value_->SetBool(value); }
-  void number(std::uint64_t value) { value_->SetUint64(value); }
-  void number(std::int64_t value) { value_->SetInt64(value); }
-  void number(double value) { value_->SetDouble(value); }
-  void text(std::string_view value);
-  void object() { value_->SetObject(); }
-  void array() { value_->SetArray(); }
-
-  /// The place of a new member. REQUIRES: `object()` was called.
-  JsonOut member(std::string_view name);
-  /// The place of a new last element. REQUIRES: `array()` was called.
-  JsonOut element();
-
-  rapidjson::Value& value() { return *value_; }
-  Allocator& allocator() { return *allocator_; }
-
- private:
-  rapidjson::Value* value_;
-  Allocator* allocator_;
-};
-
-/// One place of a JSON document that is being read.
-///
-/// Knows the place that it was reached from, so that the path is put together only when something is wrong. Every
-/// reader throws `ValueError` with path and value when the document holds something else. A `JsonIn` lives on the
-/// stack, inside the life of its document, its parent and its key.
-class JsonIn {
- public:
-  explicit JsonIn(rapidjson::Value const& value, JsonIn const* parent = nullptr, std::string_view key = {})
-      : value_(&value), parent_(parent), key_(key) {}
-
-  /// Throws `ValueError` for this place; `expected` is its `what()`.
-  [[noreturn]] void fail(std::string const& expected) const;
-  /// As a JSON pointer: "" for the document, "/stateway/vxlan~1config/x" for a member further down.
-  std::string path() const;
-  rapidjson::Value const& value() const { return *value_; }
-
-  bool isObject() const { return value_->IsObject(); }
-  bool isArray() const { return value_->IsArray(); }
-  bool isText() const { return value_->IsString(); }
-  bool isNumber() const { return value_->IsNumber(); }
-  bool isNull() const { return value_->IsNull(); }
-
-  bool boolean() const;
-  std::string_view text() const;
-  /// A whole number from `min` to `max`.
-  std::uint64_t unsignedNumber(std::uint64_t min, std::uint64_t max) const;
-  std::int64_t signedNumber(std::int64_t min, std::int64_t max) const;
-  double number() const;
-
-  /// The member of that name; `find` answers nothing when there is none, `member` throws.
-  std::optional<JsonIn> find(std::string_view name) const&;
-  JsonIn member(std::string_view name) const&;
-  /// Members or elements. 0 for anything else.
-  std::size_t size() const;
-  /// REQUIRES: an array with more than `index` elements.
-  JsonIn element(std::size_t index) const&;
-  // A place must not outlive its parent.
-  std::optional<JsonIn> find(std::string_view name) const&& = delete;
-  JsonIn member(std::string_view name) const&& = delete;
-  JsonIn element(std::size_t index) const&& = delete;
-
-  /// Calls `visit(name, JsonIn const&)` for each member in the order of the document.
-  template <class Visit>
-  void eachMember(Visit visit) const {
-    if (!isObject()) fail("expected an object");
-    for (auto const& member : value_->GetObject()) {
-      std::string_view const name(member.name.GetString(), member.name.GetStringLength());
-      visit(name, JsonIn(member.value, this, name));
-    }
-  }
-  /// Calls `visit(JsonIn const&)` for each element.
-  template <class Visit>
-  void eachElement(Visit visit) const {
-    if (!isArray()) fail("expected an array");
-    for (std::size_t i = 0; i < size(); ++i) visit(element(i));
-  }
-
- private:
-  static constexpr std::size_t noIndex = std::numeric_limits<std::size_t>::max();
-
-  rapidjson::Value const* value_;
-  JsonIn const* parent_;
-  std::string_view key_;
-  std::size_t index_ = noIndex;
-};
 
 /// A value that is a number in a document, such as a range-checked integer or an id.
 template <class T>

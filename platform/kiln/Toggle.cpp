@@ -1,15 +1,12 @@
 #include "platform/kiln/Toggle.h"
 
-#include <rapidjson/document.h>
-#include <rapidjson/error/en.h>
-#include <rapidjson/istreamwrapper.h>
-
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
+#include <filesystem>
 #include <map>
 #include <string>
-#include <utility>
+
+#include "platform/kiln/JsonIn.h"
 
 namespace {
 
@@ -18,25 +15,22 @@ std::map<std::string, bool, std::less<>>& overrides() {
   return instance;
 }
 
-bool complain(std::string const& path, char const* what, char const* toggleName, bool byDefault) {
-  std::fprintf(stderr, "%s: %s; %s stays %s\n", path.c_str(), what, toggleName, byDefault ? "true" : "false");
-  return byDefault;
+/// The directory of the toggle files; empty if there is none.
+std::string toggleDirectory() {
+  char const* const directory = std::getenv("TESSEL_TOGGLE_DIR");
+  return directory ? directory : "";
 }
 
 bool readToggle(std::string const& path, char const* toggleName, bool byDefault) {
-  std::ifstream file(path);
-  if (!file) return byDefault;
-  rapidjson::IStreamWrapper stream(file);
-  rapidjson::Document document;
-  document.ParseStream(stream);
-  if (document.HasParseError()) {
-    return complain(path, rapidjson::GetParseError_En(document.GetParseError()), toggleName, byDefault);
+  if (std::error_code error; !std::filesystem::exists(path, error)) return byDefault;
+  try {
+    auto const document = Kiln::JsonDocument::read(path);
+    auto const toggle = document.root().find(toggleName);
+    return toggle ? toggle->boolean() : byDefault;
+  } catch (Kiln::InputError const& error) {
+    std::fprintf(stderr, "%s; %s keeps its default, %s\n", error.what(), toggleName, byDefault ? "true" : "false");
+    return byDefault;
   }
-  if (!document.IsObject()) return complain(path, "not an object of switches", toggleName, byDefault);
-  auto const member = std::as_const(document).FindMember(toggleName);
-  if (member == std::as_const(document).MemberEnd()) return byDefault;
-  if (!member->value.IsBool()) return complain(path, "a switch is true or false", toggleName, byDefault);
-  return member->value.GetBool();
 }
 
 }  // namespace
@@ -44,9 +38,20 @@ bool readToggle(std::string const& path, char const* toggleName, bool byDefault)
 bool getToggleState(char const* fileName, char const* toggleName, bool byDefault) {
   auto const found = overrides().find(std::string_view(toggleName));
   if (found != overrides().end()) return found->second;
-  char const* const directory = std::getenv("TESSEL_TOGGLE_DIR");
-  if (!directory || !*directory) return byDefault;
-  return readToggle(std::string(directory) + "/" + fileName, toggleName, byDefault);
+  auto const directory = toggleDirectory();
+  return directory.empty() ? byDefault : readToggle(directory + "/" + fileName, toggleName, byDefault);
+}
+
+void Kiln::togglesCheck() {
+  auto const directory = toggleDirectory();
+  if (directory.empty()) return;
+  std::error_code error;
+  for (std::filesystem::directory_iterator at(directory, error), end; !error && at != end; at.increment(error)) {
+    if (at->path().extension() != ".json") continue;
+    auto const document = JsonDocument::read(at->path().string());
+    document.root().eachMember([](std::string_view, JsonIn const& toggle) { toggle.boolean(); });
+  }
+  if (error) throw InputError("TESSEL_TOGGLE_DIR", "", directory, "expected a directory: " + error.message());
 }
 
 void Kiln::toggleOverrideIs(std::string_view toggleName, std::optional<bool> state) {

@@ -1,7 +1,5 @@
 #include "platform/stateway/Document.h"
 
-#include <rapidjson/error/en.h>
-
 #include <algorithm>
 #include <array>
 
@@ -28,7 +26,7 @@ constexpr std::array<Member, 3> members{{
     {"shmem", [](AgentStores const& stores, std::string_view path) { return stores.shmem->entity(path); }},
 }};
 
-/// Null if nothing stands at `path`, or nothing that has attributes.
+/// Null if there is no entity at `path`, or none with attributes.
 Dovel::Ptr<Kiln::Entity> entityAt(Member const& member, AgentStores const& stores, std::string_view path) {
   return Dovel::cast<Kiln::Entity>(member.find(stores, path));
 }
@@ -36,7 +34,7 @@ Dovel::Ptr<Kiln::Entity> entityAt(Member const& member, AgentStores const& store
 /// Calls `visit(member, path, attributes)` for each path of the document.
 template <class Visit>
 void eachPath(StateDocument const& document, Visit visit) {
-  JsonIn const root(document.json());
+  auto const root = document.root();
   for (auto const& member : members) {
     auto const paths = root.find(member.name);
     if (!paths) continue;
@@ -44,9 +42,9 @@ void eachPath(StateDocument const& document, Visit visit) {
   }
 }
 
-/// What `document` says of an attribute, or nothing.
+/// Whether `document` names the attribute.
 bool names(StateDocument const& document, Member const& member, std::string_view path, std::string_view attribute) {
-  JsonIn const root(document.json());
+  auto const root = document.root();
   auto const paths = root.find(member.name);
   if (!paths) return false;
   auto const attributes = paths->find(path);
@@ -64,7 +62,7 @@ void checkMembers(JsonIn const& root) {
 void resetLeftOut(StateDocument const& previous, StateDocument const& next, AgentStores const& stores) {
   eachPath(previous, [&](Member const& member, std::string_view path, JsonIn const& former) {
     auto const entity = entityAt(member, stores, path);
-    // A path that is gone from the stores took its state with it.
+    // The state of a removed path was removed with it.
     if (!entity) return;
     for (auto const* attribute : entity->typeData().attributes()) {
       if (!attribute->writable || !former.find(attribute->name)) continue;
@@ -82,27 +80,10 @@ void write(StateDocument const& next, AgentStores const& stores) {
   });
 }
 
-std::string placeOf(std::string_view text, std::size_t offset) {
-  auto const before = text.substr(0, offset);
-  auto const line = 1 + std::count(before.begin(), before.end(), '\n');
-  auto const lineStart = before.rfind('\n');
-  auto const column = lineStart == std::string_view::npos ? offset + 1 : offset - lineStart;
-  return "line " + std::to_string(line) + ", column " + std::to_string(column) + ": ";
-}
-
 }  // namespace
 
-StateDocument StateDocument::parse(std::string_view text) {
-  rapidjson::Document json;
-  json.Parse<rapidjson::kParseFullPrecisionFlag | rapidjson::kParseIterativeFlag>(text.data(), text.size());
-  if (json.HasParseError()) {
-    throw DocumentError(placeOf(text, json.GetErrorOffset()) + rapidjson::GetParseError_En(json.GetParseError()));
-  }
-  return StateDocument(std::move(json));
-}
-
 void check(StateDocument const& document, AgentStores const& stores) {
-  checkMembers(JsonIn(document.json()));
+  checkMembers(document.root());
   eachPath(document, [&](Member const& member, std::string_view path, JsonIn const& attributes) {
     auto const entity = entityAt(member, stores, path);
     if (!entity) attributes.fail("unknown path, nothing of this agent is mounted there");

@@ -21,7 +21,7 @@ using testing::HasSubstr;
 std::string faultOf(std::string_view json) {
   try {
     Asic::parseProfile(json, "my.json");
-  } catch (Asic::ProfileError const& error) {
+  } catch (Kiln::InputError const& error) {
     return error.what();
   }
   return "none";
@@ -66,7 +66,7 @@ TEST(Profiles, FaultsNameFilePlaceAndValue) {
     std::string_view json;
     std::vector<std::string> parts;
   } const cases[] = {
-      {"{\n\"name\":", {"my.json: line 2", "Invalid value"}},
+      {"{\n\"name\":", {"my.json: line 2", "expected a JSON value"}},
       {"[]", {"my.json", "expected"}},
       {R"({"name": 3})", {"/name", "3"}},
       {R"({"name": "x", "colour": 1})", {"/colour", "1", "unknown member"}},
@@ -85,7 +85,7 @@ TEST(Profiles, FaultsNameFilePlaceAndValue) {
     auto const fault = faultOf(one.json);
     for (auto const& part : one.parts) EXPECT_THAT(fault, HasSubstr(part)) << one.json;
   }
-  EXPECT_THROW(Asic::loadProfile("/nowhere/x.json"), Asic::ProfileError);
+  EXPECT_THROW(Asic::loadProfile("/nowhere/x.json"), Kiln::InputError);
 }
 
 }  // namespace

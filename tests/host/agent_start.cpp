@@ -57,7 +57,8 @@ TEST(AgentStart, aDocumentThatCannotBeUsedChangesNothing) {
   auto const before = chipOf(agent);
   auto const writes = agent.chip().writes();
   // The first path is good, the second is not.
-  EXPECT_THROW(agent.apply(R"({"stateway":{"vxlan/config":{"dscpPropagation":true},"vxlan/cfg":{}}})"), InputError);
+  EXPECT_THROW(agent.apply(R"({"stateway":{"vxlan/config":{"dscpPropagation":true},"vxlan/cfg":{}}})"),
+               Kiln::InputError);
   EXPECT_EQ(chipOf(agent), before);
   EXPECT_EQ(agent.chip().writes(), writes);
 }

@@ -29,6 +29,8 @@ TEST_F(BadInput, documentsThatCannotBeUsedNamePlaceAndValue) {
   for (auto const& [document, said] : std::vector<Case>{
            {"{", {"line 1, column 2", "expected"}},
            {"[]", {"expected an object"}},
+           {R"({"stateway":{},"stateway":{"no/such/path":{}}})", {": /stateway: ", "one member of this name"}},
+           {std::string(100'000, '['), {"line 1, column 65", "64 levels"}},
            {R"({"state":{}})", {"/state", "unknown member"}},
            {stateway("no/such/path", "{}"), {"/stateway/no~1such~1path", "unknown path"}},
            {stateway("vxlan/config", R"({"colour":"red"})"), {"/stateway/vxlan~1config/colour", "\"red\"", "unknown"}},
@@ -64,6 +66,29 @@ TEST_F(BadInput, aBadInputBehindGoodOnesStopsAll) {
   EXPECT_THAT(run({"run", good, (base() / "empty").string()}).err, HasSubstr("empty"));
   EXPECT_THAT(run({"run", (base() / "none.json").string()}).err, HasSubstr("none.json"));
   EXPECT_THAT(run({"import", "iproute2", (base() / "empty").string()}).err, HasSubstr("empty"));
+}
+
+TEST_F(BadInput, profilesAndTogglesAreReadAsDocumentsAre) {
+  std::string const deep(1'000'000, '[');
+  std::filesystem::create_directories(base() / "directory");
+  for (auto const& name : {file("deep.json", deep), file("twice.json", R"({"name":"x","name":"y"})"),
+                           file("text.json", R"({"name":"\xff"})"), (base() / "directory").string()}) {
+    for (auto const& arguments : {std::vector<std::string>{"run", "--profile", name}, {"profiles", name}}) {
+      auto const ran = run(arguments);
+      EXPECT_EQ(ran.code, kUnusable) << name;
+      EXPECT_EQ(ran.err.find(name + ": "), 0U) << ran.err;
+      EXPECT_THAT(ran.out, IsEmpty());
+    }
+  }
+  for (auto const& [text, said] : {std::pair(deep, ": line 1, column 65: "), {R"({"Her":1})", ": /Her: found 1"}}) {
+    std::filesystem::create_directories(base() / "toggles");
+    auto const name = file("toggles/Lib.json", text);
+    setenv("TESSEL_TOGGLE_DIR", (base() / "toggles").c_str(), 1);
+    auto const ran = run({"run"});
+    unsetenv("TESSEL_TOGGLE_DIR");
+    EXPECT_EQ(ran.code, kUnusable);
+    EXPECT_EQ(ran.err.find(name + said), 0U) << ran.err;
+  }
 }
 
 TEST_F(BadInput, usageAndNames) {

@@ -92,7 +92,7 @@ class HandMade : public testing::Test {
       set.overlay(dir());
       if (!later.empty()) set.overlay(dir(later));
       set.stateDocument();
-    } catch (InputError const& error) {
+    } catch (Kiln::InputError const& error) {
       std::string text = error.what();
       EXPECT_EQ(text.find(error.file() + ": "), 0U);
       auto const prefix = base_.string() + "/";

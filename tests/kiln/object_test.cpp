@@ -264,24 +264,17 @@ TEST_F(Objects, AWalkOfACollectionSurvivesItsHandlers) {
 }
 
 std::string json(Kiln::Entity const& entity) {
-  rapidjson::Document document;
-  Kiln::JsonOut out(document, document.GetAllocator());
-  Kiln::entityToJson(entity, out);
-  rapidjson::StringBuffer buffer;
-  rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
-  document.Accept(writer);
-  return buffer.GetString();
+  return Kiln::jsonText([&](Kiln::JsonOut out) { Kiln::entityToJson(entity, out); });
 }
 
 /// Reads `text` into `entity`; "" or what is wrong with it and where.
 std::string read(Kiln::Entity& entity, char const* text) {
-  rapidjson::Document document;
-  document.Parse(text);
-  Kiln::JsonIn const in(document);
+  auto const document = Kiln::JsonDocument::parse(text, "");
+  auto const in = document.root();
   try {
     Kiln::entityCheck(entity.typeData(), in);
-  } catch (Kiln::ValueError const& error) {
-    return error.path() + " " + error.value() + ": " + error.what();
+  } catch (Kiln::InputError const& error) {
+    return error.place() + " " + error.value() + ": " + error.problem();
   }
   Kiln::entityFromJson(entity, in);
   return "";

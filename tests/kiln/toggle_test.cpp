@@ -9,6 +9,8 @@
 #include <fstream>
 #include <string>
 
+#include "platform/kiln/Exceptions.h"
+
 namespace {
 
 class ToggleTest : public testing::Test {
@@ -50,11 +52,19 @@ TEST_F(ToggleTest, comesFromItsFileOrKeepsItsDefault) {
   EXPECT_EQ(state(), "default");
 }
 
-TEST_F(ToggleTest, aFileThatIsWrongIsComplainedOf) {
-  for (char const* text : {"", "{", "[true]", R"({"Her": 1})", R"({"Her": "true"})", R"({"Her": true} x)"}) {
+TEST_F(ToggleTest, aFileThatIsWrongIsReportedAndRefusedByTheAgent) {
+  for (char const* text : {"", "{", "[true]", R"({"Her": 1})", R"({"Her": "true"})", R"({"Her": true} x)",
+                           R"({"Her": true, "Her": false})"}) {
     file(text);
     EXPECT_EQ(state(), "default, complains") << text;
+    EXPECT_THROW(Kiln::togglesCheck(), Kiln::InputError) << text;
   }
+  file(std::string(1'000'000, '['));
+  EXPECT_EQ(state(), "default, complains");
+  file(R"({"Her": true})");
+  EXPECT_NO_THROW(Kiln::togglesCheck());
+  setenv("TESSEL_TOGGLE_DIR", (directory / "Lib.json").c_str(), 1);
+  EXPECT_THROW(Kiln::togglesCheck(), Kiln::InputError);
 }
 
 TEST_F(ToggleTest, anOverrideGoesFirstUntilItIsTakenAway) {

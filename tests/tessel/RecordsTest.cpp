@@ -27,14 +27,12 @@ using Meshal::IpGenAddr;
 
 /// Puts `json` into `entity`; "" or what is wrong with it.
 std::string apply(Kiln::Entity& entity, std::string const& json) {
-  rapidjson::Document document;
-  document.Parse(json.c_str());
-  EXPECT_FALSE(document.HasParseError()) << json;
-  Kiln::JsonIn const in(document);
+  auto const document = Kiln::JsonDocument::parse(json, "");
+  auto const in = document.root();
   try {
     Kiln::entityCheck(entity.typeData(), in);
-  } catch (Kiln::ValueError const& error) {
-    return error.path();
+  } catch (Kiln::InputError const& error) {
+    return error.place();
   }
   Kiln::entityFromJson(entity, in);
   return "";
