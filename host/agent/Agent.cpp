@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/agent/DocumentCheck.h"
 #include "host/agent/TunnelSmGate.h"
 #include "host/vane/TunnelProducer.h"
 #include "platform/kiln/Json.h"
@@ -136,6 +137,7 @@ void Agent::check(Stateway::StateDocument const& document) const {
   Stateway::check(document, stores());
   if (auto const paths = document.root().find("stateway")) checkPublished(*paths, stores().stateway->mounts());
   if (auto const paths = document.root().find("local")) checkLocal(*paths);
+  checkSemantics(document);
 }
 
 bool Agent::apply(Stateway::StateDocument document) {

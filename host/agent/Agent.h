@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "host/Kiln::InputError.h"
 #include "host/agent/World.h"
 #include "platform/asic/SimulatedChip.h"
 #include "platform/kiln/Clock.h"

@@ -1,6 +1,8 @@
 #include "host/agent/Inputs.h"
 
 #include <filesystem>
+#include <ostream>
+#include <set>
 
 #include "host/defaults/DefaultLeaf.h"
 #include "host/import/CaptureSet.h"
@@ -9,18 +11,23 @@ namespace Host {
 
 using Stateway::StateDocument;
 
-std::vector<StateDocument> readInputs(std::vector<std::string> const& paths) {
+std::vector<StateDocument> readInputs(std::vector<std::string> const& paths, std::ostream& err) {
   std::vector<StateDocument> inputs;
   if (paths.empty()) inputs.push_back(StateDocument::parse(defaultLeaf(), "the built-in leaf"));
   CaptureSet captures;
+  std::vector<std::string> warnings;
   for (auto const& path : paths) {
     std::error_code error;
     if (std::filesystem::is_directory(path, error)) {
       captures.overlay(path);
-      inputs.emplace_back(Kiln::JsonDocument(captures.stateDocument(), path));
+      inputs.emplace_back(Kiln::JsonDocument(captures.stateDocument(warnings), path));
     } else {
       inputs.push_back(StateDocument::read(path));
     }
+  }
+  std::set<std::string_view> printed;
+  for (auto const& warning : warnings) {
+    if (printed.insert(warning).second) err << "warning: " << warning << '\n';
   }
   return inputs;
 }

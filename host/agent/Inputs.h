@@ -1,5 +1,6 @@
 #pragma once
 
+#include <iosfwd>
 #include <string>
 #include <vector>
 
@@ -9,7 +10,7 @@ namespace Host {
 
 /// Reads state documents and directories of captures, in order; a directory replaces the files that it has in common
 /// with those before it. Without any, returns the built-in leaf. Each document is the state of the switch from then on.
-/// Throws `InputError` for the first that can't be read.
-std::vector<Stateway::StateDocument> readInputs(std::vector<std::string> const& paths);
+/// Throws `InputError` for the first that can't be read. Prints to `err` what captures have that is passed over.
+std::vector<Stateway::StateDocument> readInputs(std::vector<std::string> const& paths, std::ostream& err);
 
 }  // namespace Host

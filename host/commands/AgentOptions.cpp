@@ -30,8 +30,9 @@ std::unique_ptr<Agent> AgentOptions::makeAgent() const {
   return std::make_unique<Agent>(options);
 }
 
-std::vector<Stateway::StateDocument> readAndCheck(Agent const& agent, std::vector<std::string> const& paths) {
-  auto inputs = readInputs(paths);
+std::vector<Stateway::StateDocument> readAndCheck(Agent const& agent, std::vector<std::string> const& paths,
+                                                  std::ostream& err) {
+  auto inputs = readInputs(paths, err);
   for (auto const& input : inputs) agent.check(input);
   return inputs;
 }

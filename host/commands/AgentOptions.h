@@ -38,8 +38,9 @@ class AgentOptions::Traces {
   bool on_ = false;
 };
 
-/// Reads all inputs and checks them against the agent. Throws `InputError` for the first that can't be used; then
-/// nothing has been applied.
-std::vector<Stateway::StateDocument> readAndCheck(Agent const& agent, std::vector<std::string> const& paths);
+/// Reads all inputs and checks them against the agent, with warnings to `err`. Throws `InputError` for the first that
+/// can't be used; then nothing has been applied.
+std::vector<Stateway::StateDocument> readAndCheck(Agent const& agent, std::vector<std::string> const& paths,
+                                                  std::ostream& err);
 
 }  // namespace Host

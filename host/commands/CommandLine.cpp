@@ -22,7 +22,7 @@ constexpr char const* kInputs =
 /// The commands with the places that their arguments go to; parsing sets what is to be run.
 class CommandLine {
  public:
-  explicit CommandLine(std::ostream& out) : out_(out) {
+  CommandLine(std::ostream& out, std::ostream& err) : out_(out), err_(err) {
     app_.name("tessel-agent");
     app_.description("Runs the VXLAN feature of a switch's chip agent on a simulated chip.");
     app_.set_version_flag("--version", std::string("tessel-agent ") + TESSEL_VERSION);
@@ -33,7 +33,7 @@ class CommandLine {
     addProfiles();
   }
 
-  int run(std::vector<std::string> arguments, std::ostream& err) {
+  int run(std::vector<std::string> arguments) {
     try {
       std::reverse(arguments.begin(), arguments.end());
       app_.parse(arguments);
@@ -41,7 +41,7 @@ class CommandLine {
       if (!command_) throw CLI::RequiredError::Subcommand(1);
       return command_();
     } catch (CLI::ParseError const& error) {
-      return app_.exit(error, out_, err) == 0 ? kGood : kUnusable;
+      return app_.exit(error, out_, err_) == 0 ? kGood : kUnusable;
     }
   }
 
@@ -54,7 +54,7 @@ class CommandLine {
 
   void addRun() {
     auto& run = add("run", "Applies inputs to an agent, one after the other, and shows what it makes of them",
-                    [this] { return runCommand(run_, out_); });
+                    [this] { return runCommand(run_, out_, err_); });
     run.add_option("INPUT", run_.inputs, kInputs);
     run_.addTo(run);
     run.add_option("--show", run_.show, "What to show, comma-separated; json shows all and adds the state on demand")
@@ -67,7 +67,7 @@ class CommandLine {
 
   void addExplain() {
     auto& explain = add("explain", "Shows the chain of rows to one VTEP, or what is missing and why",
-                        [this] { return explainCommand(explain_, out_); });
+                        [this] { return explainCommand(explain_, out_, err_); });
     explain.add_option("VTEP", explain_.vtep, "Address of the remote VTEP")->required();
     explain.add_option("INPUT", explain_.inputs, kInputs);
     explain_.addTo(explain);
@@ -77,7 +77,7 @@ class CommandLine {
     auto* const import = app_.add_subcommand("import", "Turns what other programs print into a state document");
     auto* const iproute2 = import->add_subcommand("iproute2", "From captures of ip -j and bridge -j");
     iproute2->add_option("DIR", directories_, "Directories of captures, later ones over earlier ones")->required();
-    iproute2->callback([this] { command_ = [this] { return importCommand(directories_, out_); }; });
+    iproute2->callback([this] { command_ = [this] { return importCommand(directories_, out_, err_); }; });
   }
 
   void addTypes() {
@@ -94,6 +94,7 @@ class CommandLine {
   }
 
   std::ostream& out_;
+  std::ostream& err_;
   CLI::App app_;
   std::function<int()> command_;
   RunOptions run_;
@@ -121,7 +122,7 @@ int guarded(std::ostream& err, Command command) {
 }  // namespace
 
 int runCommandLine(std::vector<std::string> const& arguments, std::ostream& out, std::ostream& err) {
-  return guarded(err, [&] { return CommandLine(out).run(arguments, err); });
+  return guarded(err, [&] { return CommandLine(out, err).run(arguments); });
 }
 
 }  // namespace Host

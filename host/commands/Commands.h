@@ -6,7 +6,8 @@
 
 #include "host/commands/AgentOptions.h"
 
-// What each command does, once its arguments are read. All give an exit code and throw what can't be used.
+// What each command does with its arguments. All return an exit code, print results to `out` and warnings to `err`, and
+// throw for an input that can't be used.
 
 namespace Host {
 
@@ -15,15 +16,15 @@ struct RunOptions : AgentOptions {
   bool showEach = false;
 };
 /// Applies the inputs in turn and shows what the agent has made of the last, or of each.
-int runCommand(RunOptions const& options, std::ostream& out);
+int runCommand(RunOptions const& options, std::ostream& out, std::ostream& err);
 
 struct ExplainOptions : AgentOptions {
   std::string vtep;
 };
-int explainCommand(ExplainOptions const& options, std::ostream& out);
+int explainCommand(ExplainOptions const& options, std::ostream& out, std::ostream& err);
 
 /// Prints the state document that capture directories give.
-int importCommand(std::vector<std::string> const& directories, std::ostream& out);
+int importCommand(std::vector<std::string> const& directories, std::ostream& out, std::ostream& err);
 /// Lists the registered classes, or describes the named one.
 int typesCommand(std::string const& name, std::string const& plugin, std::ostream& out);
 /// Lists the built-in profiles, or describes the named one.

@@ -9,10 +9,12 @@
 
 namespace Host {
 
-int importCommand(std::vector<std::string> const& directories, std::ostream& out) {
+int importCommand(std::vector<std::string> const& directories, std::ostream& out, std::ostream& err) {
   CaptureSet captures;
   for (auto const& directory : directories) captures.overlay(directory);
-  auto const document = captures.stateDocument();
+  std::vector<std::string> warnings;
+  auto const document = captures.stateDocument(warnings);
+  for (auto const& warning : warnings) err << "warning: " << warning << '\n';
   rapidjson::OStreamWrapper stream(out);
   rapidjson::PrettyWriter writer(stream);
   writer.SetIndent(' ', 2);

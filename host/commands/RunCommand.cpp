@@ -70,10 +70,10 @@ class Shower {
 
 }  // namespace
 
-int runCommand(RunOptions const& options, std::ostream& out) {
+int runCommand(RunOptions const& options, std::ostream& out, std::ostream& err) {
   AgentOptions::Traces const traces(options);
   auto const agent = options.makeAgent();
-  auto inputs = readAndCheck(*agent, options.inputs);
+  auto inputs = readAndCheck(*agent, options.inputs, err);
   // From here on nothing can be wrong with the input, and something may be printed.
   Shower shower(options, *agent, out);
   for (auto& input : inputs) {

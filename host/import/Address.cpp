@@ -1,63 +1,57 @@
 #include "host/import/Address.h"
 
-#include <arpa/inet.h>
-
-#include <cctype>
-#include <charconv>
+#include "host/Unicast.h"
 
 namespace Host::Import {
 
-std::optional<IpAddr> IpAddr::parse(std::string const& text) {
-  IpAddr address{text.find(':') != std::string::npos, {}};
-  if (text.find('\0') != std::string::npos) return std::nullopt;
-  if (inet_pton(address.v6 ? AF_INET6 : AF_INET, text.c_str(), address.bytes.data()) != 1) return std::nullopt;
+namespace {
+
+bool parsed(std::string_view text, IpGenAddr& address) { return !text.empty() && Kiln::readText(text, address); }
+
+template <class Address>
+Address required(JsonIn at, Address const& address, std::string const& what) {
+  auto const why = whyNotUnicast(address);
+  if (!why.empty()) at.fail("expected a unicast address as " + what + ", not a " + std::string(why) + " one");
   return address;
 }
 
-std::string IpAddr::text() const {
-  std::array<char, INET6_ADDRSTRLEN> buffer{};
-  return inet_ntop(v6 ? AF_INET6 : AF_INET, bytes.data(), buffer.data(), buffer.size());
-}
+}  // namespace
 
-IpAddr IpAddr::network(unsigned length) const {
-  auto masked = *this;
-  for (unsigned bit = length; bit < bits(); ++bit) {
-    masked.bytes[bit / 8] = static_cast<std::uint8_t>(masked.bytes[bit / 8] & ~(0x80U >> bit % 8));
+IpGenAddr network(IpGenAddr const& address, unsigned length) {
+  auto bytes = address.bytes();
+  for (unsigned bit = length; bit < bitsOf(address); ++bit) {
+    bytes[bit / 8] = static_cast<std::uint8_t>(bytes[bit / 8] & ~(0x80U >> bit % 8));
   }
-  return masked;
+  Meshal::Ip6Addr const masked(bytes);
+  return address.isIpv6() ? IpGenAddr(masked)
+                          : IpGenAddr(Meshal::IpAddr(static_cast<std::uint32_t>(masked.u64(0) >> 32)));
 }
 
-IpAddr ipAddr(JsonIn at) {
-  auto const address = IpAddr::parse(std::string(at.text()));
-  if (!address) at.fail("expected an IPv4 or IPv6 address");
-  return *address;
+IpGenAddr ipAddr(JsonIn at) {
+  IpGenAddr address;
+  if (!parsed(at.text(), address)) at.fail("expected an IPv4 or IPv6 address");
+  return address;
 }
 
 Prefix prefix(JsonIn at) {
-  auto const text = std::string(at.text());
-  auto const slash = text.find('/');
-  auto const address = IpAddr::parse(text.substr(0, slash));
-  if (!address) at.fail("expected an IPv4 or IPv6 prefix");
-  auto length = address->bits();
-  if (slash != std::string::npos) {
-    auto const [end, error] = std::from_chars(text.data() + slash + 1, text.data() + text.size(), length);
-    if (error != std::errc() || end != text.data() + text.size() || length > address->bits()) {
-      at.fail("expected a prefix with a length from 0 to " + std::to_string(address->bits()));
-    }
+  auto const parts = Kiln::splitAt(at.text(), "/");
+  IpGenAddr address;
+  if (!parsed(parts ? parts->first : at.text(), address)) at.fail("expected an IPv4 or IPv6 prefix");
+  auto length = bitsOf(address);
+  if (parts && (!Kiln::readText(parts->second, length) || length > bitsOf(address))) {
+    at.fail("expected a prefix with a length from 0 to " + Kiln::toText(bitsOf(address)));
   }
-  return {address->network(length), length};
+  return {network(address, length), length};
 }
 
-std::string ethAddr(JsonIn at) {
-  auto text = std::string(at.text());
-  bool good = text.size() == 17;
-  for (std::size_t i = 0; good && i < text.size(); ++i) {
-    auto const c = static_cast<unsigned char>(text[i]);
-    good = i % 3 == 2 ? c == ':' : std::isxdigit(c) != 0;
-    text[i] = static_cast<char>(std::tolower(c));
-  }
-  if (!good) at.fail("expected an Ethernet address");
-  return text;
+EthAddr ethAddr(JsonIn at) {
+  EthAddr address;
+  if (!Kiln::readText(at.text(), address)) at.fail("expected an Ethernet address");
+  return address;
 }
+
+IpGenAddr unicastIpAddr(JsonIn at, std::string const& what) { return required(at, ipAddr(at), what); }
+
+EthAddr unicastEthAddr(JsonIn at, std::string const& what) { return required(at, ethAddr(at), what); }
 
 }  // namespace Host::Import

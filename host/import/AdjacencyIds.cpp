@@ -10,7 +10,7 @@ constexpr std::uint32_t ownIds = 0x40000000;
 /// FNV-1a: the same on every machine and in every build.
 std::uint32_t contentHash(std::set<Hop> const& hops) {
   std::string text;
-  for (auto const& hop : hops) text += hop.address.text() + '%' + hop.device + ' ';
+  for (auto const& hop : hops) text += Kiln::toText(hop.address) + '%' + hop.device + ' ';
   std::uint32_t hash = 0x811c9dc5;
   for (char const c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 0x01000193;
   return hash;

@@ -54,12 +54,18 @@ int CaptureSet::overlayOf(std::string const& name) const {
 }
 
 rapidjson::Document CaptureSet::stateDocument() const {
+  std::vector<std::string> warnings;
+  return stateDocument(warnings);
+}
+
+rapidjson::Document CaptureSet::stateDocument(std::vector<std::string>& warnings) const {
   Import::Captures captures{.links = file("ip-link.json"),
                             .vxlanLinks = file("ip-link-vxlan.json"),
                             .fdb = file("bridge-fdb.json"),
                             .routes = file("ip-route-all.json"),
                             .nextHops = file("ip-nexthop.json"),
                             .neighbours = file("ip-neigh.json"),
+                            .warnings = &warnings,
                             .nextHopsName = pathOf("ip-nexthop.json")};
   if (!captures.links && !captures.vxlanLinks) {
     throw Kiln::InputError(pathOf("ip-link.json"), "", "no such file",

@@ -1,50 +1,54 @@
 #include "host/import/Fdb.h"
 
+#include "host/Unicast.h"
+
 namespace Host::Import {
 
-namespace {
-
-constexpr auto floodMac = "00:00:00:00:00:00";
-
-}  // namespace
-
-Fdb::Fdb(JsonDocument const& file, Links const& links, NextHopObjects const& nextHops) : vti_(links.vti()) {
+Fdb::Fdb(JsonDocument const& file, Links const& links, NextHopObjects const& nextHops,
+         std::vector<std::string>& warnings)
+    : vti_(links.vti()), warnings_(warnings) {
   for (auto const entry : objects(file.root())) {
-    auto const mac = ethAddr(entry.member("mac"));
     auto const device = links.device(std::string(entry.member("ifname").text()));
-    // A device that was made after the links were captured is taken for what its entries say.
+    // A device that was added after the links were captured is taken for what its entries say.
     bool const vxlan = !device || device->kind == DeviceKind::vxlan;
     if (vxlan && (has(entry, "dst") || has(entry, "nhid"))) {
-      readRemote(entry, mac, nextHops);
+      readRemote(entry, nextHops);
     } else {
-      readLocal(entry, mac);
+      readLocal(entry);
     }
   }
 }
 
-void Fdb::readRemote(JsonIn entry, std::string const& mac, NextHopObjects const& nextHops) {
-  auto& vteps = mac == floodMac ? flooded_ : unicast_;
-  auto const add = [&](IpAddr const& address) {
-    if (isRemote(address)) vteps.insert(address);
-  };
-  if (auto const dst = entry.find("dst")) add(ipAddr(*dst));
+void Fdb::readRemote(JsonIn entry, NextHopObjects const& nextHops) {
+  // Floods are sent where the entries of the zero address point.
+  bool const flood = ethAddr(entry.member("mac")).isZero();
+  if (auto const dst = entry.find("dst")) addVtep(*dst, flood);
   if (auto const nhid = entry.find("nhid")) {
-    for (auto const& address : nextHops.vteps(*nhid)) add(address);
+    for (auto const gateway : nextHops.vteps(*nhid)) addVtep(gateway, flood);
   }
 }
 
-void Fdb::readLocal(JsonIn entry, std::string const& mac) {
+void Fdb::addVtep(JsonIn at, bool flood) {
+  auto const address = ipAddr(at);
+  if (address == vti_.srcAddr || address == vti_.srcAddrV6) {
+    warnings_.push_back(remark(at, "ignored: this switch's own address is not a remote VTEP"));
+  } else if (address.isUnspecified()) {
+    warnings_.push_back(remark(at, "ignored: the unspecified address is not a remote VTEP"));
+  } else if (!flood || whyNotUnicast(address) != "multicast") {
+    // A multicast group is where floods may go, but it is not a VTEP.
+    (flood ? flooded_ : unicast_).insert(unicastIpAddr(at, "VTEP"));
+  }
+}
+
+void Fdb::readLocal(JsonIn entry) {
   auto const bridge = text(entry, "master");
   // Permanent entries are the bridge's own addresses.
   if (!bridge || text(entry, "state") == "permanent") return;
+  auto const mac = ethAddr(entry.member("mac"));
   ports_[{*bridge, number(entry, "vlan").value_or(0), mac}] = entry.member("ifname").text();
 }
 
-bool Fdb::isRemote(IpAddr const& address) const {
-  return !address.unspecified() && !address.multicast() && address != vti_.srcAddr && address != vti_.srcAddrV6;
-}
-
-std::string Fdb::portBehind(std::string const& bridge, std::uint32_t vlan, std::string const& mac) const {
+std::string Fdb::portBehind(std::string const& bridge, std::uint32_t vlan, EthAddr const& mac) const {
   for (auto const id : {vlan, 0U}) {
     if (auto const found = ports_.find({bridge, id, mac}); found != ports_.end()) return found->second;
   }

@@ -30,7 +30,7 @@ std::string tableIn(std::optional<JsonIn> data) {
 void readInfo(JsonIn info, Device& device) {
   auto const data = info.find("info_data");
   device.slaveKind = text(info, "info_slave_kind").value_or("");
-  if (device.kind == DeviceKind::vlan && data) device.vlanId = numberIn(data->member("id"), 1, highestVlan);
+  if (device.kind == DeviceKind::vlan && data) device.vlanId = numberIn(data->member("id"), 0, highestVlan);
   if (device.kind == DeviceKind::vrf) device.table = tableIn(data);
   if (device.slaveKind == "vrf") device.table = tableIn(info.find("info_slave_data"));
 }
@@ -113,12 +113,12 @@ void Links::mergeVti(JsonIn data, std::string const& name) {
     }
     return value;
   };
-  auto const address = [&](char const* key, bool v6, std::optional<IpAddr>& into) {
+  auto const address = [&](char const* key, bool v6, std::optional<IpGenAddr>& into) {
     auto const value = agreed(key);
     if (!value) return;
     auto const parsed = ipAddr(*value);
-    if (parsed.v6 != v6) value->fail(v6 ? "expected an IPv6 address" : "expected an IPv4 address");
-    if (!parsed.unspecified()) into = parsed;
+    if (parsed.isIpv6() != v6) value->fail(v6 ? "expected an IPv6 address" : "expected an IPv4 address");
+    if (!parsed.isUnspecified()) into = unicastIpAddr(*value, "local VTEP");
   };
   address("local", false, vti_.srcAddr);
   address("local6", true, vti_.srcAddrV6);
@@ -140,7 +140,8 @@ Device const* Links::device(std::string const& name) const {
 }
 
 bool Links::isBridgeVlan(Device const& vlan) const {
-  if (vlan.kind != DeviceKind::vlan) return false;
+  // A kernel accepts 0, for frames with a priority alone.
+  if (vlan.kind != DeviceKind::vlan || vlan.vlanId == 0) return false;
   auto const under = device(vlan.link);
   return under && under->kind == DeviceKind::bridge;
 }
@@ -168,8 +169,7 @@ void Links::numberInterfaces() {
     if (bridged || isBridgeVlan(*each)) continue;
     if (each->kind == DeviceKind::loopback || each->kind == DeviceKind::vxlan) continue;
     while (taken.contains(next)) --next;
-    if (next == 0) each->at.member("ifname").fail("expected no further interface: all VLAN ids are in use");
-    l3Numbers_[each->name] = next--;
+    l3Numbers_[each->name] = next == noL3Number ? next : next--;
   }
 }
 

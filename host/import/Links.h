@@ -31,23 +31,25 @@ struct Device {
 
 /// The VXLAN tunnel interface that all VXLAN devices together make up.
 struct Vti {
-  std::optional<IpAddr> srcAddr;
-  std::optional<IpAddr> srcAddrV6;
+  std::optional<IpGenAddr> srcAddr;
+  std::optional<IpGenAddr> srcAddrV6;
   std::optional<std::uint32_t> udpPort;
 };
 
 /// The network devices of a switch, their numbers as layer 3 interfaces, and the VXLAN tunnel interface.
 ///
-/// Numbers are given to every device that could be a layer 3 interface, in order of ifindex, so that a number does not
-/// depend on who uses it. The id of a VLAN that has an interface of its own is not given to another one.
+/// Every device that could be a layer 3 interface has a number, in order of ifindex, so that a number does not depend
+/// on its users. The id of a VLAN that has an interface of its own is not the number of another one.
 class Links {
  public:
   /// `links` has all devices, `vxlanLinks` the VXLAN devices; one may be null. Where both have VXLAN devices the newer
   /// one counts, and both must agree if neither is (`vxlanLinksAge`: the age of `vxlanLinks` against `links`).
-  /// Throws InputError where a value is of a wrong type, VXLAN devices disagree or the VLAN ids do not suffice.
+  /// Throws InputError where a value is of a wrong type, or VXLAN devices disagree.
   Links(JsonDocument const* links, JsonDocument const* vxlanLinks, std::strong_ordering vxlanLinksAge);
   Links(Links const&) = delete;
   Links& operator=(Links const&) = delete;
+
+  static constexpr std::uint32_t noL3Number = 0;
 
   Vti const& vti() const { return vti_; }
   /// The routing table of the VXLAN devices' underlay; main as well where they do not agree.
@@ -60,7 +62,8 @@ class Links {
   /// Whether all devices are known, not only the VXLAN devices.
   bool complete() const { return complete_; }
 
-  /// The VLAN, or internal VLAN, of a device as layer 3 interface; nothing for one that cannot be one.
+  /// The VLAN, or internal VLAN, of a device as layer 3 interface; nothing for one that cannot be one, `noL3Number`
+  /// where the VLAN ids did not suffice.
   std::optional<std::uint32_t> l3Number(Device const& device) const;
   /// The kernel's name, but "VlanN" for the interface of a bridge's VLAN.
   std::string l3Name(Device const& device) const;

@@ -11,9 +11,10 @@ Neighbours::Neighbours(JsonDocument const* file) {
   }
 }
 
-std::optional<std::string> Neighbours::ethAddrOf(Hop const& hop) const {
+std::optional<EthAddr> Neighbours::ethAddrOf(Hop const& hop) const {
   auto const found = linkAddresses_.find(hop);
-  return found == linkAddresses_.end() ? std::nullopt : std::optional(ethAddr(found->second));
+  if (found == linkAddresses_.end()) return std::nullopt;
+  return unicastEthAddr(found->second, "MAC of a next hop");
 }
 
 }  // namespace Host::Import

@@ -16,8 +16,9 @@ class Neighbours {
   /// Null: none is. Throws InputError where a value is of a wrong type.
   explicit Neighbours(JsonDocument const* file);
 
-  /// Nothing where the neighbour is not resolved. Throws InputError where what stands there is no Ethernet address.
-  std::optional<std::string> ethAddrOf(Hop const& hop) const;
+  /// Nothing where the neighbour is not resolved. Throws InputError where its address is not a unicast Ethernet
+  /// address.
+  std::optional<EthAddr> ethAddrOf(Hop const& hop) const;
 
  private:
   // Read when asked for: the link layer of a device that no next hop uses need not be Ethernet.

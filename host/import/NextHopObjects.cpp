@@ -11,6 +11,13 @@ namespace {
 
 constexpr std::size_t maxNesting = 16;
 
+std::optional<JsonIn> gatewayOf(JsonIn at) {
+  if (auto const gateway = at.find("gateway")) return gateway;
+  // A gateway of the other family is in an object of its own.
+  auto const via = at.find("via");
+  return via ? std::optional(via->member("host")) : std::nullopt;
+}
+
 }  // namespace
 
 std::optional<RouteHop> routeHop(JsonIn at) {
@@ -18,10 +25,8 @@ std::optional<RouteHop> routeHop(JsonIn at) {
     if (hasFlag(at, "flags", flag)) return std::nullopt;
   }
   if (has(at, "blackhole")) return std::nullopt;
-  RouteHop hop{std::nullopt, text(at, "dev").value_or("")};
-  // A gateway of the other family stands in an object of its own.
-  if (auto const via = at.find("via")) hop.gateway = ipAddr(via->member("host"));
-  if (auto const gateway = at.find("gateway")) hop.gateway = ipAddr(*gateway);
+  auto const gateway = gatewayOf(at);
+  RouteHop hop{gateway ? std::optional(ipAddr(*gateway)) : std::nullopt, text(at, "dev").value_or("")};
   if (!hop.gateway && hop.device.empty()) return std::nullopt;
   return hop;
 }
@@ -71,11 +76,11 @@ std::vector<RouteHop> NextHopObjects::members(JsonIn nhid) const {
   return members;
 }
 
-std::vector<IpAddr> NextHopObjects::vteps(JsonIn nhid) const {
+std::vector<JsonIn> NextHopObjects::vteps(JsonIn nhid) const {
   if (!has(object(nhid).at, "fdb")) nhid.fail("expected the id of a next-hop object that is marked fdb");
-  std::vector<IpAddr> vteps;
+  std::vector<JsonIn> vteps;
   for (auto const leaf : leaves(nhid)) {
-    if (auto const hop = routeHop(leaf); hop && hop->gateway) vteps.push_back(*hop->gateway);
+    if (auto const hop = routeHop(leaf); hop && hop->gateway) vteps.push_back(*gatewayOf(leaf));
   }
   return vteps;
 }

@@ -15,7 +15,7 @@ namespace Host::Import {
 /// Where a route sends a packet next: to a gateway, to the destination itself on a device, or to a gateway that is
 /// looked up in turn (no device).
 struct RouteHop {
-  std::optional<IpAddr> gateway;
+  std::optional<IpGenAddr> gateway;
   std::string device;
 };
 
@@ -31,8 +31,9 @@ class NextHopObjects {
   /// The members of the object that is referred to at `nhid`, groups unfolded, those out of service left out.
   /// Throws InputError where an object does not exist or a group contains itself.
   std::vector<RouteHop> members(JsonIn nhid) const;
-  /// The VTEPs of an object for forwarding databases. Throws InputError as `members`, and where it is another object.
-  std::vector<IpAddr> vteps(JsonIn nhid) const;
+  /// The addresses of the VTEPs of an object for forwarding databases. Throws InputError as `members`, and where it is
+  /// another object.
+  std::vector<JsonIn> vteps(JsonIn nhid) const;
 
  private:
   struct Object {

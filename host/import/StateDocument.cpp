@@ -30,18 +30,19 @@ void put(Value& into, std::string const& key, std::string const& text, Allocator
 
 Value object() { return Value(rapidjson::kObjectType); }
 
-/// Turns what the captures say into the members of the document, one function for each path.
+/// Converts the captures to the members of the document, one function for each path.
 class Writer {
  public:
   Writer(Captures const& captures, Allocator& allocator)
       : allocator_(allocator),
         links_(captures.links, captures.vxlanLinks, captures.vxlanLinksAge),
         nextHops_(captures.nextHops, captures.nextHopsName),
-        fdb_(*captures.fdb, links_, nextHops_),
+        fdb_(*captures.fdb, links_, nextHops_, *captures.warnings),
         underlay_(captures.routes, links_.underlayTable(), nextHops_, links_),
         neighbours_(captures.neighbours),
         paths_(pathsOf(fdb_, underlay_)),
-        ids_(values(paths_)) {}
+        ids_(values(paths_)),
+        warnings_(*captures.warnings) {}
 
   Value stateway() {
     auto paths = object();
@@ -54,8 +55,8 @@ class Writer {
   }
 
  private:
-  static std::map<IpAddr, Path> pathsOf(Fdb const& fdb, Underlay const& underlay) {
-    std::map<IpAddr, Path> paths;
+  static std::map<IpGenAddr, Path> pathsOf(Fdb const& fdb, Underlay const& underlay) {
+    std::map<IpGenAddr, Path> paths;
     for (auto const vteps : {&fdb.unicast(), &fdb.flooded()}) {
       for (auto const& vtep : *vteps) {
         if (!paths.contains(vtep)) paths.emplace(vtep, underlay.path(vtep));
@@ -64,7 +65,7 @@ class Writer {
     return paths;
   }
 
-  static std::vector<Path> values(std::map<IpAddr, Path> const& paths) {
+  static std::vector<Path> values(std::map<IpGenAddr, Path> const& paths) {
     std::vector<Path> values;
     for (auto const& [vtep, path] : paths) values.push_back(path);
     return values;
@@ -79,13 +80,13 @@ class Writer {
   Value vtiStatus() {
     auto const& vti = links_.vti();
     auto status = object();
-    if (vti.srcAddr) put(status, "srcAddr", vti.srcAddr->text(), allocator_);
-    if (vti.srcAddrV6) put(status, "srcAddrV6", vti.srcAddrV6->text(), allocator_);
+    if (vti.srcAddr) put(status, "srcAddr", Kiln::toText(*vti.srcAddr), allocator_);
+    if (vti.srcAddrV6) put(status, "srcAddrV6", Kiln::toText(*vti.srcAddrV6), allocator_);
     if (vti.udpPort) put(status, "udpPort", Value(*vti.udpPort), allocator_);
     return wrapped("vtiStatus", wrapped("Vxlan1", std::move(status)));
   }
 
-  Value tunnels(std::set<IpAddr> const& vteps) {
+  Value tunnels(std::set<IpGenAddr> const& vteps) {
     std::map<std::uint32_t, std::set<Hop> const*> used;
     auto tunnel = object();
     for (auto const& vtep : vteps) {
@@ -96,7 +97,7 @@ class Writer {
         used.emplace(id, &path.hops);
         put(entry, "adjId", Value(id), allocator_);
       }
-      put(tunnel, vtep.text(), std::move(entry), allocator_);
+      put(tunnel, Kiln::toText(vtep), std::move(entry), allocator_);
     }
     auto adjacency = object();
     for (auto const& [id, hops] : used) put(adjacency, std::to_string(id), nextHops(*hops), allocator_);
@@ -116,15 +117,15 @@ class Writer {
     auto const mac = neighbours_.ethAddrOf(hop);
     auto value = object();
     put(value, "type", mac ? "nextHopResolved" : "nextHopUnresolved", allocator_);
-    put(value, "addr", hop.address.text(), allocator_);
-    put(value, "ethAddr", mac.value_or("00:00:00:00:00:00"), allocator_);
+    put(value, "addr", Kiln::toText(hop.address), allocator_);
+    put(value, "ethAddr", Kiln::toText(mac.value_or(EthAddr())), allocator_);
     put(value, "l2Intf", portToward(device, mac), allocator_);
     put(value, "l3Intf", links_.l3Name(device), allocator_);
     return value;
   }
 
-  /// Behind a bridge, the port is the one where the neighbour's address stands.
-  std::string portToward(Device const& device, std::optional<std::string> const& mac) const {
+  /// Behind a bridge, the port is the one behind which the neighbour's address was learned.
+  std::string portToward(Device const& device, std::optional<EthAddr> const& mac) {
     auto out = &device;
     bool const vlan = links_.isBridgeVlan(device);
     if (vlan || device.kind == DeviceKind::bridge) {
@@ -132,6 +133,7 @@ class Writer {
       out = mac ? links_.device(fdb_.portBehind(bridge, device.vlanId, *mac)) : nullptr;
     }
     auto const port = out ? links_.port(*out) : nullptr;
+    if (port) usedPorts_.insert(port->name);
     return port ? port->name : "";
   }
 
@@ -142,21 +144,34 @@ class Writer {
       auto const number = links_.l3Number(*device);
       auto const name = links_.l3Name(*device);
       // Two bridges can have an interface for the same VLAN; the switch has one.
-      if (number && names.insert(name).second) put(table, name, Value(*number), allocator_);
+      if (!number || *number == Links::noL3Number) continue;
+      if (names.insert(name).second) put(table, name, Value(*number), allocator_);
     }
     return wrapped("l3Intf", std::move(table));
   }
 
   Value ports() {
     auto table = object();
+    std::map<std::uint32_t, std::string> names;
     for (auto const device : links_.devices()) {
-      if (!links_.isPort(*device)) continue;
+      if (!links_.isPort(*device) || !hasPortNumber(*device)) continue;
+      auto const [first, isNew] = names.emplace(device->ifindex, device->name);
+      if (!isNew) device->at.member("ifindex").fail("expected a number of its own: " + first->second + " has it, too");
       auto port = object();
       put(port, "kind", device->kind == DeviceKind::lag ? "lag" : "port", allocator_);
-      put(port, "number", Value(numberIn(device->at.member("ifindex"), 1, highestPort)), allocator_);
+      put(port, "number", Value(device->ifindex), allocator_);
       put(table, device->name, std::move(port), allocator_);
     }
     return wrapped("port", std::move(table));
+  }
+
+  /// A kernel counts further than a chip: refused for the port of a next hop, passed over with a warning for another.
+  bool hasPortNumber(Device const& device) {
+    if (device.ifindex <= highestPort) return true;
+    auto const ifindex = device.at.member("ifindex");
+    if (usedPorts_.contains(device.name)) numberIn(ifindex, 1, highestPort);
+    warnings_.push_back(remark(ifindex, "ignored: a port's number is at most " + Kiln::toText(highestPort)));
+    return false;
   }
 
   Allocator& allocator_;
@@ -165,8 +180,10 @@ class Writer {
   Fdb fdb_;
   Underlay underlay_;
   Neighbours neighbours_;
-  std::map<IpAddr, Path> paths_;
+  std::map<IpGenAddr, Path> paths_;
   AdjacencyIds ids_;
+  std::vector<std::string>& warnings_;
+  std::set<std::string> usedPorts_;  ///< Of next hops; complete after the tunnels.
 };
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include <compare>
 #include <string>
+#include <vector>
 
 #include "host/import/Fields.h"
 
@@ -17,8 +18,9 @@ struct Captures {
   JsonDocument const* fdb = nullptr;                                 ///< Never null.
   JsonDocument const* routes = nullptr;                              ///< Null: no VTEP can be reached.
   JsonDocument const* nextHops = nullptr;
-  JsonDocument const* neighbours = nullptr;  ///< Null: no next hop is resolved.
-  std::string nextHopsName;                  ///< The next hops' file, for errors where it is missing.
+  JsonDocument const* neighbours = nullptr;      ///< Null: no next hop is resolved.
+  std::vector<std::string>* warnings = nullptr;  ///< Never null; filled with what is passed over.
+  std::string nextHopsName;                      ///< The next hops' file, for errors where it is missing.
 };
 
 /// The state document of the switch: tunnel interface, tunnels with their adjacencies, interfaces and ports. The same

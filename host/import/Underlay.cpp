@@ -6,13 +6,16 @@
 #include <functional>
 #include <tuple>
 
+#include "host/Unicast.h"
+#include "host/agent/DocumentCheck.h"
+
 namespace Host::Import {
 
 namespace {
 
 constexpr std::size_t maxRecursion = 16;
 
-bool isV6Address(std::optional<JsonIn> at) { return at && ipAddr(*at).v6; }
+bool isV6Address(std::optional<JsonIn> at) { return at && ipAddr(*at).isIpv6(); }
 
 /// "default" does not say its family; other members of the route do.
 bool isV6Default(JsonIn at) {
@@ -27,7 +30,7 @@ bool isV6Default(JsonIn at) {
 Prefix destination(JsonIn at) {
   auto const dst = at.member("dst");
   if (dst.text() != "default") return prefix(dst);
-  return {IpAddr{isV6Default(at), {}}, 0};
+  return {isV6Default(at) ? IpGenAddr(Meshal::Ip6Addr()) : IpGenAddr(Meshal::IpAddr()), 0};
 }
 
 std::vector<RouteHop> routeHops(JsonIn at, NextHopObjects const& nextHops) {
@@ -53,9 +56,9 @@ std::string tableOf(JsonIn at) {
   return table == "254" ? "main" : table;
 }
 
-std::string joined(std::vector<IpAddr> const& chain) {
+std::string joined(std::vector<IpGenAddr> const& chain) {
   std::string text;
-  for (auto const& address : chain) text += (text.empty() ? "" : " -> ") + address.text();
+  for (auto const& address : chain) text += (text.empty() ? "" : " -> ") + Kiln::toText(address);
   return text;
 }
 
@@ -82,14 +85,14 @@ void Underlay::add(JsonIn at, NextHopObjects const& nextHops) {
       at, number(at, "metric").value_or(0), text(at, "type").value_or("unicast") == "unicast", number(at, "nhid"), {}};
   auto const to = destination(at);
   if (route.unicast) route.hops = routeHops(at, nextHops);
-  routes_[to.network.v6][to.length][to.network].push_back(std::move(route));
+  routes_[to.network.isIpv6()][to.length][to.network].push_back(std::move(route));
 }
 
-Underlay::Route const* Underlay::lookup(IpAddr const& address) const {
-  auto const family = routes_.find(address.v6);
+Underlay::Route const* Underlay::lookup(IpGenAddr const& address) const {
+  auto const family = routes_.find(address.isIpv6());
   if (family == routes_.end()) return nullptr;
   for (auto const& [length, networks] : family->second) {
-    auto const same = networks.find(address.network(length));
+    auto const same = networks.find(network(address, length));
     if (same == networks.end()) continue;
     auto const usable = [](Route const& route) { return !route.unicast || !route.hops.empty(); };
     auto const route = std::find_if(same->second.begin(), same->second.end(), usable);
@@ -98,17 +101,26 @@ Underlay::Route const* Underlay::lookup(IpAddr const& address) const {
   return nullptr;
 }
 
-void Underlay::addHop(Route const& route, RouteHop const& hop, IpAddr const& address, std::set<Hop>& into) const {
+void Underlay::addHop(Route const& route, RouteHop const& hop, IpGenAddr const& address, std::set<Hop>& into) const {
   auto const device = links_.device(hop.device);
   if (!device) {
     route.at.fail(fmt::format("expected a route over a device that {} has, not over {}",
                               links_.complete() ? "ip-link.json" : "the missing ip-link.json", hop.device));
   }
+  auto const number = links_.l3Number(*device);
   // The loopback, a VXLAN device or the port of a bridge carries no underlay.
-  if (links_.l3Number(*device)) into.insert({hop.gateway.value_or(address), hop.device});
+  if (!number) return;
+  if (*number == Links::noL3Number) {
+    device->at.member("ifname").fail("expected an earlier interface for the underlay: all VLAN ids are in use");
+  }
+  auto const nextHop = hop.gateway.value_or(address);
+  if (auto const why = whyNotUnicast(nextHop); !why.empty()) {
+    route.at.fail(fmt::format("expected a unicast next hop, not the {} address {}", why, Kiln::toText(nextHop)));
+  }
+  into.insert({nextHop, hop.device});
 }
 
-void Underlay::resolve(IpAddr const& address, std::vector<IpAddr>& chain, std::set<IpAddr>& seen,
+void Underlay::resolve(IpGenAddr const& address, std::vector<IpGenAddr>& chain, std::set<IpGenAddr>& seen,
                        std::set<Hop>& into) const {
   auto const route = lookup(address);
   if (!route) return;
@@ -130,14 +142,16 @@ void Underlay::resolve(IpAddr const& address, std::vector<IpAddr>& chain, std::s
   chain.pop_back();
 }
 
-Path Underlay::path(IpAddr const& vtep) const {
+Path Underlay::path(IpGenAddr const& vtep) const {
   Path path;
-  std::vector<IpAddr> chain;
-  std::set<IpAddr> seen;
+  std::vector<IpGenAddr> chain;
+  std::set<IpGenAddr> seen;
   resolve(vtep, chain, seen, path.hops);
   bool const connected =
       std::any_of(path.hops.begin(), path.hops.end(), [&](Hop const& hop) { return hop.address == vtep; });
-  if (!path.hops.empty() && !connected) path.id = lookup(vtep)->nhid;
+  if (path.hops.empty() || connected) return path;
+  auto const nhid = lookup(vtep)->nhid;
+  if (nhid && *nhid <= maxAdjId) path.id = nhid;
   return path;
 }
 

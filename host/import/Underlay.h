@@ -15,9 +15,9 @@
 
 namespace Host::Import {
 
-/// A neighbour that packets are sent to, and the device on which it stands.
+/// A neighbour that packets are sent to, and the device that leads to it.
 struct Hop {
-  IpAddr address;
+  IpGenAddr address;
   std::string device;
 
   auto operator<=>(Hop const&) const = default;
@@ -26,8 +26,8 @@ struct Hop {
 /// How a VTEP is reached.
 struct Path {
   std::set<Hop> hops;  ///< Empty: the VTEP cannot be reached.
-  /// The kernel's id of these next hops. Nothing where it gave none, or where the VTEP is itself the next hop: then an
-  /// id stands for other neighbours with every destination.
+  /// The kernel's id of these next hops. Nothing where it has none or one that is no adjacency id, or where the VTEP is
+  /// itself the next hop: then one id means another neighbour for every destination.
   std::optional<std::uint32_t> id;
 };
 
@@ -42,7 +42,7 @@ class Underlay {
   Underlay(JsonDocument const* routes, std::string const& table, NextHopObjects const& nextHops, Links const& links);
 
   /// Throws InputError where routes loop or lead over a device that the captures do not have.
-  Path path(IpAddr const& vtep) const;
+  Path path(IpGenAddr const& vtep) const;
 
  private:
   struct Route {
@@ -53,13 +53,14 @@ class Underlay {
     std::vector<RouteHop> hops;
   };
   /// The same length together, by network.
-  using Networks = std::map<IpAddr, std::vector<Route>>;
+  using Networks = std::map<IpGenAddr, std::vector<Route>>;
 
   void add(JsonIn at, NextHopObjects const& nextHops);
-  Route const* lookup(IpAddr const& address) const;
+  Route const* lookup(IpGenAddr const& address) const;
   /// Adds the neighbours toward `address`; `chain` holds the addresses on the way from the VTEP.
-  void resolve(IpAddr const& address, std::vector<IpAddr>& chain, std::set<IpAddr>& seen, std::set<Hop>& into) const;
-  void addHop(Route const& route, RouteHop const& hop, IpAddr const& address, std::set<Hop>& into) const;
+  void resolve(IpGenAddr const& address, std::vector<IpGenAddr>& chain, std::set<IpGenAddr>& seen,
+               std::set<Hop>& into) const;
+  void addHop(Route const& route, RouteHop const& hop, IpGenAddr const& address, std::set<Hop>& into) const;
 
   Links const& links_;
   std::map<bool, std::map<unsigned, Networks, std::greater<>>> routes_;  ///< By family, then length, longest first.

@@ -57,14 +57,17 @@ Handle entryOf(Asic::Chip const& chip, typename Table::Key const& key) {
   return record ? Handle(&record->weak()) : nullptr;
 }
 
-/// The next hop that takes packets nowhere: where tunnels stand whose own next hops are not there.
-bool isDropNextHop(Asic::EntryHandle const& handle) {
-  return handle.tableName() == Asic::shortName(TesselL3Common::L3NextHop2Table::kilnType().name()) &&
-         handle.keyText() == "ff:ff:ff:ff:ff:ff";
+using L3NextHop2Table = TesselL3Common::L3NextHop2Table;
+
+Asic::StoreBase const* nextHopStore(Asic::Chip const& chip) {
+  return chip.store(Asic::shortName(L3NextHop2Table::kilnType().name()));
 }
 
-bool isNextHop(Asic::EntryHandle const& handle) {
-  return handle.tableName() == Asic::shortName(TesselL3Common::L3NextHop2Table::kilnType().name());
+/// Whether a row of the underlay next hops sends packets anywhere. The broadcast address is the key of the one that
+/// drops them, which tunnels without next hops of their own point to.
+bool sendsPackets(Asic::RecordBase const& record) {
+  auto const& key = static_cast<L3NextHop2Table::Store::Record const&>(record).key;
+  return key.macAddr() != Meshal::EthAddr(0xffffffffffff);
 }
 
 }  // namespace
@@ -88,7 +91,8 @@ std::uint64_t numberOf(Asic::EntryHandle const& handle, std::string_view field) 
 }
 
 Chain::Chain(Asic::Chip const& chip, Meshal::IpGenAddr const& vtep)
-    : virtualPort_(entryOf<TesselL3Common::VirtualPortTableMerged>(chip, vtep)),
+    : nextHopStore_(nextHopStore(chip)),
+      virtualPort_(entryOf<TesselL3Common::VirtualPortTableMerged>(chip, vtep)),
       overlay_(entryOf<TesselVxlan::IngL3EcmpMember0Table>(chip, vtep)) {
   if (!overlay_) overlay_ = entryOf<TesselVxlan::L3NextHop1Table>(chip, vtep);
   add(virtualPort_);
@@ -110,8 +114,35 @@ Handle Chain::firstUnwritten() const {
 }
 
 std::size_t Chain::nextHops() const {
-  return std::count_if(rows_.begin(), rows_.end(),
-                       [](Handle const& row) { return isNextHop(*row) && !isDropNextHop(*row); });
+  return std::count_if(rows_.begin(), rows_.end(), [&](Handle const& row) {
+    return &row->record()->store() == nextHopStore_ && sendsPackets(*row->record());
+  });
+}
+
+CarriedVteps::CarriedVteps(Asic::Chip const& chip) : chip_(chip), nextHopStore_(nextHopStore(chip)) {}
+
+bool CarriedVteps::carries(Meshal::IpGenAddr const& vtep) {
+  auto const virtualPort = entryOf<TesselL3Common::VirtualPortTableMerged>(chip_, vtep);
+  auto overlay = entryOf<TesselVxlan::IngL3EcmpMember0Table>(chip_, vtep);
+  if (!overlay) overlay = entryOf<TesselVxlan::L3NextHop1Table>(chip_, vtep);
+  if (!virtualPort || !overlay) return false;
+  auto const port = at(virtualPort);
+  auto const way = at(overlay);
+  return port.written && way.written && way.nextHop;
+}
+
+CarriedVteps::Verdict CarriedVteps::at(Handle const& handle) {
+  auto const* record = handle->record();
+  if (auto const known = known_.find(record); known != known_.end()) return known->second;
+  Verdict verdict{handle->state() == Asic::EntryState::written,
+                  &record->store() == nextHopStore_ && sendsPackets(*record)};
+  for (auto const& link : linksOf(*handle)) {
+    auto const below = at(link.target);
+    verdict.written = verdict.written && below.written;
+    verdict.nextHop = verdict.nextHop || below.nextHop;
+  }
+  known_.emplace(record, verdict);
+  return verdict;
 }
 
 }  // namespace Host

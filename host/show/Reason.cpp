@@ -68,14 +68,13 @@ Text missingRow(Chain const& chain) {
 
 }  // namespace
 
-Text whyNotProgrammed(Agent const& agent, Vane::VaneTunnelConfig const& wanted, TunnelReport const& report) {
+std::string whyNotProgrammed(Agent const& agent, Vane::VaneTunnelConfig const& wanted, TunnelReport const& report) {
+  if (auto const local = missingLocal(agent, report)) return *local;
+  if (auto const route = missingRoute(agent, wanted, report)) return *route;
   Chain const chain(agent.chip(), report.vtep);
   auto const row = missingRow(chain);
-  if (!row && report.tunnelId && report.nextHopId) return {};
-  if (auto local = missingLocal(agent, report)) return local;
-  if (auto route = missingRoute(agent, wanted, report)) return route;
   if (row && chain.nextHops() == 0 && !hasGroups(agent)) return "no groups of underlay next hops on this chip";
-  if (row) return row;
+  if (row) return *row;
   return report.tunnelId ? "no next-hop id" : "no tunnel id";
 }
 

@@ -1,20 +1,18 @@
 #pragma once
 
-#include <optional>
 #include <string>
 
 #include "host/show/Tunnels.h"
 
 namespace Host {
 
-/// Why the tunnel of `report` does not carry packets, in a few words; nothing if it does.
+/// Why the tunnel of `report`, which is not programmed, does not carry packets, in a few words.
 ///
 /// A tunnel is programmed when both of its ids are published, the chip has every row of its chain, and the chain ends
-/// in at least one next hop of its own. Otherwise the first of these that holds: no local address of the VTEP's family,
-/// no UDP port, no route, an adjacency that is not stated, next hops that are not resolved, next hops without a port, a
-/// row that the chip does not have (the table is full, the write failed, or it is still going on). `wanted` are the
-/// wanted tunnels of the report's type. REQUIRES: all of the report but its reason is set.
-std::optional<std::string> whyNotProgrammed(Agent const& agent, Vane::VaneTunnelConfig const& wanted,
-                                            TunnelReport const& report);
+/// in at least one next hop of its own (`CarriedVteps`). Otherwise the first of these that holds: no local address of
+/// the VTEP's family, no UDP port, no route, an adjacency that is not stated, next hops that are not resolved, next
+/// hops without a port, a row that the chip does not have (the table is full, the write failed, or it is still going
+/// on). `wanted` are the wanted tunnels of the report's type. REQUIRES: all of the report but its reason is set.
+std::string whyNotProgrammed(Agent const& agent, Vane::VaneTunnelConfig const& wanted, TunnelReport const& report);
 
 }  // namespace Host

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <unordered_map>
 
+#include "host/show/Chain.h"
 #include "host/show/Reason.h"
 #include "platform/tessel/central/VxlanToL2State.h"
 
@@ -35,11 +36,12 @@ class Collector {
         wanted_(agent.wantedTunnels(type)),
         published_(agent.publishedTunnels(type)),
         maps_(agent.state<TesselCentral::VxlanToL2State>(kVxlanToL2StatePath)),
-        genIds_(genIdsOf(*agent.hwTunnelConfig(type))) {}
+        genIds_(genIdsOf(*agent.hwTunnelConfig(type))),
+        carried_(agent.chip()) {}
 
   Vane::VaneTunnelConfig const& wanted() const { return *wanted_; }
 
-  TunnelReport of(Vane::VaneTunnelConfigEntry const& tunnel) const {
+  TunnelReport of(Vane::VaneTunnelConfigEntry const& tunnel) {
     TunnelReport report;
     report.type = type_;
     report.vtep = tunnel.vtep();
@@ -54,7 +56,8 @@ class Collector {
     if (auto const& adjacency = wanted_->adjacency(tunnel.adjId().value()); tunnel.adjId() && adjacency) {
       report.nextHops = adjacency->nextHops();
     }
-    report.reason = whyNotProgrammed(agent_, *wanted_, report);
+    bool const programmed = report.tunnelId && report.nextHopId && carried_.carries(report.vtep);
+    if (!programmed) report.reason = whyNotProgrammed(agent_, *wanted_, report);
     return report;
   }
 
@@ -65,6 +68,7 @@ class Collector {
   Dovel::Ptr<Vane::VaneTunnelStatus> published_;
   Dovel::Ptr<TesselCentral::VxlanToL2State> maps_;
   GenIds genIds_;
+  CarriedVteps carried_;
 };
 
 constexpr std::array kShownTypes{Vane::vxlanTunnel_, Vane::vxlanMemberTunnel_};
@@ -74,7 +78,7 @@ constexpr std::array kShownTypes{Vane::vxlanTunnel_, Vane::vxlanMemberTunnel_};
 std::vector<TunnelReport> tunnelReports(Agent const& agent) {
   std::vector<TunnelReport> reports;
   for (auto const type : kShownTypes) {
-    Collector const collector(agent, type);
+    Collector collector(agent, type);
     auto const begin = static_cast<std::ptrdiff_t>(reports.size());
     for (auto const& tunnel : collector.wanted().tunnelColl()) reports.push_back(collector.of(*tunnel));
     std::sort(reports.begin() + begin, reports.end(), [](auto const& a, auto const& b) { return a.vtep < b.vtep; });
@@ -85,7 +89,7 @@ std::vector<TunnelReport> tunnelReports(Agent const& agent) {
 std::vector<TunnelReport> tunnelReports(Agent const& agent, Meshal::IpGenAddr const& vtep) {
   std::vector<TunnelReport> reports;
   for (auto const type : kShownTypes) {
-    Collector const collector(agent, type);
+    Collector collector(agent, type);
     if (auto const& tunnel = collector.wanted().tunnel(vtep)) reports.push_back(collector.of(*tunnel));
   }
   return reports;

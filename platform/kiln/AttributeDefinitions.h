@@ -131,6 +131,19 @@ void dropOthers(Coll const& coll, JsonIn const& in, Del&& del) {
   }
 }
 
+[[noreturn]] void failKeyAgain(JsonIn const& in);
+
+/// Calls `check` for each member of `in`. Refuses a key that is no `K`, and one that is there a second time in another
+/// text.
+template <class K, class Check>
+void keysCheck(JsonIn const& in, Check check) {
+  boost::unordered_flat_set<K, Hash<K>> keys;
+  eachMember(in, [&](std::string_view text, JsonIn const& member) {
+    if (!keys.insert(keyIn<K>(text, member)).second) failKeyAgain(member);
+    check(member);
+  });
+}
+
 template <class C, class K, class V, auto Coll, auto Is, auto Del>
 Attribute collection(AttributeId id, std::string_view name) {
   Attribute a{id,
@@ -151,12 +164,7 @@ Attribute collection(AttributeId id, std::string_view name) {
               nullptr,
               nullptr};
   if constexpr (!isPtr<V>) {
-    a.check = [](JsonIn const& in) {
-      eachMember(in, [](std::string_view text, JsonIn const& member) {
-        keyIn<K>(text, member);
-        valueCheck<V>(member);
-      });
-    };
+    a.check = [](JsonIn const& in) { keysCheck<K>(in, [](JsonIn const& member) { valueCheck<V>(member); }); };
     a.fromJson = [](Dovel::Node& owner, JsonIn const& in) {
       auto& self = static_cast<C&>(owner);
       dropOthers<K>((self.*Coll)(), in, [&](K const& key) { (self.*Del)(key); });
@@ -187,12 +195,7 @@ Attribute entityCollection(AttributeId id, std::string_view name) {
             sortedOut(out, std::move(members),
                       [](void const* value, JsonOut& to) { entityToJson(*static_cast<V const*>(value), to); });
           },
-          [](JsonIn const& in) {
-            eachMember(in, [](std::string_view text, JsonIn const& member) {
-              keyIn<K>(text, member);
-              entityCheck(V::kilnType(), member);
-            });
-          },
+          [](JsonIn const& in) { keysCheck<K>(in, [](JsonIn const& member) { entityCheck(V::kilnType(), member); }); },
           [](Dovel::Node& owner, JsonIn const& in) {
             auto& self = static_cast<C&>(owner);
             dropOthers<K>((self.*Coll)(), in, [&](K const& key) { (self.*Del)(key); });

@@ -15,6 +15,10 @@ void failKey(JsonIn const& in, std::string_view keyType) {
   in.fail(std::string("expected a key that is a ").append(keyType));
 }
 
+[[noreturn]] void failKeyAgain(JsonIn const& in) {
+  in.fail("expected each key once: an earlier member has this one in another text");
+}
+
 void nullOut(JsonOut& out) { out.null(); }
 
 void textOut(JsonOut& out, std::string_view text) { out.text(text); }

@@ -27,11 +27,12 @@ std::string_view textOf(Value const& value) { return {value.GetString(), value.G
 /// Passes on to a document what a parser finds, until a limit is exceeded.
 class LimitedHandler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, LimitedHandler> {
  public:
-  explicit LimitedHandler(rapidjson::Document& document) : document_(document) {}
+  LimitedHandler(rapidjson::Document& document, JsonDocument::Limits const& limits)
+      : document_(document), limits_(limits) {}
 
-  /// The limit that was exceeded, as the problem of an error; null if none.
-  char const* exceeded() const { return exceeded_; }
-  char const* found() const { return found_; }
+  /// What exceeds a limit; empty if nothing does.
+  std::string const& found() const { return found_; }
+  std::string const& expected() const { return expected_; }
 
   bool Null() { return count() && document_.Null(); }
   bool Bool(bool value) { return count() && document_.Bool(value); }
@@ -48,26 +49,23 @@ class LimitedHandler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Li
   bool EndArray(SizeType elements) { return --depth_, document_.EndArray(elements); }
 
  private:
-  bool count() {
-    if (++values_ <= JsonDocument::maxValues) return true;
-    found_ = "one more value";
-    exceeded_ = "expected at most 16777216 values";
-    return false;
-  }
+  bool count() { return ++values_ <= limits_.values || exceeds("one more value", limits_.values, "values"); }
   bool enter() {
-    if (++depth_ <= JsonDocument::maxDepth) return count();
-    found_ = "one more level of nesting";
-    exceeded_ = "expected at most 64 levels";
+    return ++depth_ <= limits_.depth ? count() : exceeds("one more level of nesting", limits_.depth, "levels");
+  }
+  bool exceeds(char const* found, std::size_t limit, char const* what) {
+    found_ = found;
+    expected_ = "expected at most " + toText(limit) + " " + what;
     return false;
   }
 
   rapidjson::Document& document_;
   std::size_t depth_ = 0;
   std::size_t values_ = 0;
-  char const* found_ = nullptr;
-  char const* exceeded_ = nullptr;
+  JsonDocument::Limits limits_;
+  std::string found_;
+  std::string expected_;
 };
-static_assert(JsonDocument::maxDepth == 64 && JsonDocument::maxValues == 16777216, "the texts above name them");
 
 std::string lineAndColumn(std::string_view text, std::size_t offset) {
   auto const before = text.substr(0, offset);
@@ -204,7 +202,7 @@ class Beginning {
   std::string text_;
 };
 
-std::string readWhole(std::string const& name) {
+std::string readWhole(std::string const& name, std::size_t limit) {
   auto const unreadable = [&](int error) {
     return InputError(name, "", "nothing that can be read (" + std::generic_category().message(error) + ")",
                       "expected a JSON file");
@@ -215,7 +213,9 @@ std::string readWhole(std::string const& name) {
   std::vector<char> block(std::size_t{1} << 16);
   while (auto const size = std::fread(block.data(), 1, block.size(), file.get())) {
     text.append(block.data(), size);
-    if (text.size() > JsonDocument::maxBytes) throw InputError(name, "", "a longer file", "expected at most 256 MiB");
+    if (text.size() > limit) {
+      throw InputError(name, "", "a longer file", "expected at most " + toText(limit) + " bytes");
+    }
   }
   if (std::ferror(file.get())) throw unreadable(errno);
   return text;
@@ -228,9 +228,9 @@ std::string expectedWhole(T min, T max) {
 
 }  // namespace
 
-JsonDocument JsonDocument::parse(std::string_view text, std::string source) {
+JsonDocument JsonDocument::parse(std::string_view text, std::string source, Limits const& limits) {
   rapidjson::Document json;
-  LimitedHandler handler(json);
+  LimitedHandler handler(json, limits);
   rapidjson::MemoryStream bytes(text.data(), text.size());
   rapidjson::EncodedInputStream<rapidjson::UTF8<>, rapidjson::MemoryStream> stream(bytes);
   rapidjson::Reader reader;
@@ -249,8 +249,8 @@ JsonDocument JsonDocument::parse(std::string_view text, std::string source) {
   if (result.IsError()) {
     auto const offset = std::min(result.Offset(), text.size());
     throw InputError(std::move(source), lineAndColumn(text, offset),
-                     handler.exceeded() ? handler.found() : foundAt(text, offset),
-                     handler.exceeded() ? handler.exceeded() : expectedBy(result.Code()));
+                     handler.found().empty() ? foundAt(text, offset) : handler.found(),
+                     handler.found().empty() ? expectedBy(result.Code()) : handler.expected());
   }
   JsonDocument document(std::move(json), std::move(source));
   if (auto const* repeated = repeatedNameBelow(document.json_)) {
@@ -259,7 +259,9 @@ JsonDocument JsonDocument::parse(std::string_view text, std::string source) {
   return document;
 }
 
-JsonDocument JsonDocument::read(std::string const& file) { return parse(readWhole(file), file); }
+JsonDocument JsonDocument::read(std::string const& file, Limits const& limits) {
+  return parse(readWhole(file, limits.bytes), file, limits);
+}
 
 void JsonIn::fail(std::string const& problem) const { throw InputError(source(), path(), shown(), problem); }
 

@@ -18,21 +18,25 @@ class JsonIn;
 /// Immutable once read. A `JsonIn` refers into it and is valid until the document is moved or destroyed.
 class JsonDocument {
  public:
-  // Limits of what is read, far above any real input, so that no input exhausts stack or memory.
-  static constexpr std::size_t maxDepth = 64;
-  static constexpr std::size_t maxBytes = std::size_t{256} << 20;
-  static constexpr std::size_t maxValues = std::size_t{16} << 20;
+  /// What is read at most: far above any real input, so that no input exhausts stack or memory.
+  struct Limits {
+    std::size_t depth = 64;
+    std::size_t values = std::size_t{16} << 20;
+    std::size_t bytes = std::size_t{256} << 20;
+  };
 
   /// An empty object without a source.
   JsonDocument() { json_.SetObject(); }
   /// A document that the program made; `source` names it in errors.
   JsonDocument(rapidjson::Document json, std::string source) : json_(std::move(json)), source_(std::move(source)) {}
 
-  /// Reads a text. Throws `InputError` for one that is no JSON, is not UTF-8, exceeds a limit above, or holds an object
-  /// with two members of one name. Parsing uses no recursion.
-  static JsonDocument parse(std::string_view text, std::string source);
+  /// Reads a text. Throws `InputError` for one that is no JSON, is not UTF-8, exceeds a limit, or has an object with
+  /// two members of one name. Parsing uses no recursion.
+  static JsonDocument parse(std::string_view text, std::string source, Limits const& limits);
+  static JsonDocument parse(std::string_view text, std::string source) { return parse(text, std::move(source), {}); }
   /// The same for a file. Throws `InputError` also for one that cannot be read.
-  static JsonDocument read(std::string const& file);
+  static JsonDocument read(std::string const& file, Limits const& limits);
+  static JsonDocument read(std::string const& file) { return read(file, {}); }
 
   std::string const& source() const { return source_; }
   rapidjson::Document const& json() const { return json_; }

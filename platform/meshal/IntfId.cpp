@@ -63,8 +63,12 @@ std::string IntfId::name() const {
 void appendText(std::string& out, IntfId const& intf) { out += intf.name(); }
 
 bool parseText(std::string_view text, IntfId& out) {
-  out = IntfId(text);
-  return true;
+  try {
+    out = IntfId(text);
+    return true;
+  } catch (Kiln::RangeException const&) {
+    return false;
+  }
 }
 
 }  // namespace Meshal

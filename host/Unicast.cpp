@@ -1,0 +1,23 @@
+#include "host/Unicast.h"
+
+namespace Host {
+
+std::string_view whyNotUnicast(Meshal::IpGenAddr const& address) {
+  if (address.isUnspecified()) return "unspecified";
+  if (address.isIpv6()) {
+    if (address.u64(0) == 0 && address.u64(1) == 1) return "loopback";
+    return address.v6Addr().isMulticast() ? "multicast" : "";
+  }
+  auto const v4 = address.v4Addr();
+  if (v4.value() >> 24 == 127) return "loopback";
+  if (v4.value() == 0xffffffff) return "broadcast";
+  return v4.isMulticast() ? "multicast" : "";
+}
+
+std::string_view whyNotUnicast(Meshal::EthAddr const& address) {
+  if (address.isZero()) return "zero";
+  if (address.u64() == 0xffffffffffff) return "broadcast";
+  return (address.bytes()[0] & 1) != 0 ? "multicast" : "";
+}
+
+}  // namespace Host

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "platform/stateway/Document.h"
+
+namespace Host {
+
+/// Refuses state that no switch can have although each of its values is of the right type: throws `InputError` for
+/// - a VTEP that is not a unicast address or is an address of this switch; a source address that is not unicast;
+/// - an adjacency id above `maxAdjId`; a resolved next hop whose Ethernet address is not unicast;
+/// - two ports with one number; a layer 3 interface with VLAN 0.
+/// REQUIRES: `document` passes `Stateway::check`.
+void checkSemantics(Stateway::StateDocument const& document);
+
+/// The chip tells underlay groups from others by the top bit of the adjacency id.
+inline constexpr std::uint32_t maxAdjId = 0x7fffffff;
+
+}  // namespace Host
