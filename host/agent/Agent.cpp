@@ -30,7 +30,7 @@ bool isWantedTunnels(std::string_view path) {
                      [&](auto const& type) { return wantedTunnelsPath(type.first) == path; });
 }
 
-/// What the agent publishes is its own; what it holds as its own, too, wanted tunnels apart.
+/// Refuses paths that the agent itself writes, except the wanted tunnels.
 void checkPublished(Kiln::JsonIn const& paths, std::vector<Stateway::Mount> const& mounts) {
   paths.eachMember([&](std::string_view path, Kiln::JsonIn const& attributes) {
     bool const published = std::any_of(mounts.begin(), mounts.end(), [&](auto const& mount) {
@@ -40,7 +40,7 @@ void checkPublished(Kiln::JsonIn const& paths, std::vector<Stateway::Mount> cons
   });
 }
 
-/// Of what lives in the process alone only the VLANs and the TTL of the outer headers are left to others.
+/// Of the local store, documents may write the VLANs and the TTL of the outer headers.
 void checkLocal(Kiln::JsonIn const& paths) {
   paths.eachMember([](std::string_view path, Kiln::JsonIn const& attributes) {
     if (path == kVlanStatusPath) return;
@@ -59,7 +59,7 @@ Agent::Agent(Options options) : aliveBefore_(Dovel::Node::aliveCount()), options
     clock_ = std::make_unique<Kiln::VirtualClock>();
     clockScope_.emplace(*clock_);
   }
-  // Before the chip: what a profile may name comes with the plug-in, too.
+  // Before the chip: a profile may name features that the plug-in registers.
   loader_.load(options_.plugin);
   world_ = std::make_unique<World>(options_.profile, options_.completion);
   startFeature();
@@ -119,7 +119,7 @@ void Agent::bindStatus() {
 }
 
 void Agent::stopFeature() {
-  // While a response waits, the chip keeps alive who wrote.
+  // Pending write responses keep their programmers alive.
   chip().stop();
   producers_.clear();
   gate_ = nullptr;

@@ -29,20 +29,19 @@ std::filesystem::path defaultPlugin();
 /// An agent process in one object: chip, stores, the feature's plug-in, the forwarding abstraction above it, and the
 /// loop.
 ///
-/// In: state documents and faults of the chip. Out: rows of the chip, status, operator messages. Everything happens
-/// inside the calls: a document is written, or the loop turns, and when the call is over nothing is left to do.
+/// In: state documents and faults of the chip. Out: rows of the chip, status, operator messages. All work is done
+/// inside the calls: a document is applied, or the loop turns, and nothing is pending when the call returns.
 ///
-///   made → started (the plug-in's mounter is there and the feature runs) → stopped; `start` may follow a
-///   `stopFeature`.
+///   started (the plug-in's mounter exists and the feature runs) ⇄ feature stopped → stopped
 ///
-/// Main thread only, one agent with a virtual clock or with messages captured at a time. Owns all of it; when it stops,
-/// the feature goes first, then what it was given.
+/// Main thread only, one agent with a virtual clock or with messages captured at a time. Owns all of it; the feature is
+/// destroyed before what it shares.
 class Agent {
  public:
-  /// When the forwarding abstraction says that it is ready: both orders of the feature's two gates occur.
+  /// When the forwarding abstraction reports that it is ready: both orders of the feature's two gates occur.
   enum class Ready {
     fromLoop,  ///< With the loop's next turn: after the feature's tables are up.
-    atOnce,    ///< As soon as the status objects stand: before the feature's tables are up.
+    atOnce,    ///< As soon as the status objects exist: before the feature's tables are up.
   };
   struct Options {
     std::string profile = "cascaded";  ///< The name of a profile that is built in, or a file.
@@ -50,8 +49,8 @@ class Agent {
     std::filesystem::path plugin = defaultPlugin();
     std::string mounterType = "TesselVxlan::TesselVxlanMounter";
     Ready ready = Ready::fromLoop;
-    bool virtualClock = false;  ///< Time stands unless `clock()` is told to advance.
-    bool producers = true;      ///< Without, who made the agent writes the tunnels' configuration entries itself.
+    bool virtualClock = false;  ///< Time advances only by `clock()`.
+    bool producers = true;      ///< False: the caller writes the tunnels' configuration entries itself.
   };
 
   /// Started and settled. Throws `InputError` and `Plugin::LoadError`.
@@ -63,35 +62,35 @@ class Agent {
 
   /// Throws `InputError` if the document can't be applied.
   void check(Stateway::StateDocument const& document) const;
-  /// Makes the state what `document` says and settles. What an earlier document named and this one doesn't goes back to
-  /// what it was. Throws as `check`; then nothing has changed. Gives what `settle` gives.
+  /// Applies `document` and settles; returns the result of `settle`. Attributes that the previous document named and
+  /// this one doesn't are reset. Throws as `check`; then nothing has changed.
   bool apply(Stateway::StateDocument document);
   /// The same for a text; `source` names it in errors. Throws `InputError` also for one that is no JSON.
   bool apply(std::string_view json, std::string const& source = "document");
 
   /// Turns the loop until nothing is left to do: one review of the forwarding abstraction, one round of the chip's
-  /// answers or one round of due work at a time. False if answers are held back, or if it doesn't come to an end
-  /// (`turnLimit`).
+  /// completions or one round of due work at a time. False if completions are held back, or after `turnLimit` turns.
   bool settle();
   /// One turn of the loop. False if there was nothing to do.
   bool turn();
   static constexpr std::size_t turnLimit = 100'000;
-  /// What the last `settle` gave.
+  /// The result of the last `settle`.
   bool settled() const { return settled_; }
 
-  /// Ends what ends with the agent's process: the feature, the forwarding abstraction, the local store, and responses
-  /// that the chip still owes. The state database and the chip's rows stay. Not to be called from inside the loop.
+  /// Ends what ends with the agent's process: the feature, the forwarding abstraction, the local store, and pending
+  /// write responses. The state database and the chip's rows stay. REQUIRES: not called from inside the loop.
   void stopFeature();
   /// Loads the plug-in, runs the feature's start and settles, as a new process would. Throws `Plugin::LoadError`.
   /// REQUIRES: no feature runs.
   void startFeature();
-  /// Stops the feature and drops the rest. Gives how many objects are alive that were not before the agent was made: 0.
+  /// Stops the feature and releases the rest. Returns how many objects leaked: those alive now that were not before the
+  /// agent was constructed.
   std::size_t stop();
 
-  // To look at, and for tests to act on. REQUIRES: not stopped.
+  // For inspection and for tests. REQUIRES: not stopped.
   Asic::Chip& chip() const { return *world_->chip; }
   Asic::ChipProfile const& profile() const { return *world_->chip->profile(); }
-  /// Takes faults: what the chip refuses.
+  /// For injecting faults: writes that the chip refuses.
   Asic::SimulatedChip& driver() const { return *world_->driver; }
   Stateway::AgentStores const& stores() const { return world_->stores; }
   World const& world() const { return *world_; }
@@ -107,7 +106,7 @@ class Agent {
   }
   /// Wanted tunnels as the document states them; null for a type that has none.
   Dovel::Ptr<Vane::VaneTunnelConfig> wantedTunnels(Vane::TunnelType type) const;
-  /// The ids that came of them.
+  /// The ids that were assigned to them.
   Dovel::Ptr<Vane::VaneTunnelStatus> publishedTunnels(Vane::TunnelType type) const;
   Dovel::Ptr<Vane::HwTunnelConfig> hwTunnelConfig(Vane::TunnelType type) const;
   Dovel::Ptr<Vane::HwTunnelStatus> hwTunnelStatus(Vane::TunnelType type) const;

@@ -11,7 +11,7 @@ namespace Host {
 /// REQUIRES: `document` passes `Stateway::check`.
 void checkSemantics(Stateway::StateDocument const& document);
 
-/// The chip tells underlay groups from others by the top bit of the adjacency id.
+/// The key of an underlay group is the adjacency id with its top bit set.
 inline constexpr std::uint32_t maxAdjId = 0x7fffffff;
 
 }  // namespace Host

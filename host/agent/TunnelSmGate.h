@@ -6,17 +6,17 @@
 
 namespace Host {
 
-/// Tells the feature that the forwarding abstraction is ready, once it has seen the status objects of all tunnel types.
+/// Reports to the feature that the forwarding abstraction is ready, once the status objects of all tunnel types exist.
 ///
-/// Reads `hwTunnelStatusInitialized`; writes `vaneTunnelSmReady`, once. Either from the review that the loop asks for,
-/// or at once, inside the write that completes what it waits for. Main thread only.
+/// Reads `hwTunnelStatusInitialized`; writes `vaneTunnelSmReady`, once: from the loop's review, or at once, inside the
+/// write that completes the condition. Main thread only.
 class TunnelSmGate final : public Kiln::Sm {
   KILN_BASE_TYPE(Host::TunnelSmGate)
 
  public:
   TunnelSmGate(Dovel::Ptr<TesselL3Common::TesselVxlanBootStatus> const& bootStatus,
                Dovel::Ptr<Vane::HwTunnelStatusDir> statusDir, bool atOnce);
-  /// False if nothing was to do.
+  /// False if there was nothing to do.
   bool review();
   bool open() const;
 

@@ -21,10 +21,10 @@ inline constexpr std::array<std::pair<Vane::TunnelType, std::string_view>, 3> kT
     {Vane::vxlanMemberTunnel_, "vxlanMemberTunnel"},
     {Vane::vxlanHerTunnel_, "vxlanHwHerTunnel"},
 }};
-/// Where the wanted tunnels of a type stand in the state database. REQUIRES: one of `kTunnelTypes`.
+/// The path of the wanted tunnels of a type in the state database. REQUIRES: one of `kTunnelTypes`.
 std::string wantedTunnelsPath(Vane::TunnelType type);
 
-/// The same for the ids that came of them.
+/// The same for the ids that were assigned to them.
 std::string publishedTunnelsPath(Vane::TunnelType type);
 
 inline constexpr std::string_view kHwTunnelConfigPath = "l3/hwTunnelConfigDir";
@@ -35,9 +35,9 @@ inline constexpr std::string_view kVxlanStatePath = "tesselVxlan/vxlanState";
 inline constexpr std::string_view kVxlanToL2StatePath = "hardware/tessel/tunnel/vxlan/vxlanToL2State";
 inline constexpr std::string_view kVtiStatusPath = "interface/status/eth/vxlan";
 
-/// What is there before a feature is: the chip, empty stores, and the entities that the agent itself owns.
+/// What an agent has before its feature starts: the chip, empty stores, and the entities that the agent itself owns.
 ///
-/// Shares all of it with the feature, which goes first.
+/// Shares all of it with the feature, which is destroyed first.
 struct World {
   /// A chip of the named profile with one logical chip on it. Throws `InputError`.
   World(std::string const& profile, Asic::Completion completion);
@@ -47,9 +47,10 @@ struct World {
 
   /// Adds to a feature's mounts what the agent itself reads from documents.
   void doMount(Stateway::MountGroup& group) const;
-  /// Fills what the chip and its software can do into the state database.
+  /// Publishes the capabilities of the chip and its software in the state database.
   void capabilitiesIs() const;
-  /// Replaces what lives in the agent's process alone: the local store, with an empty configuration per tunnel type.
+  /// Replaces the state that ends with the agent's process: the local store, with an empty configuration per tunnel
+  /// type.
   void processIs();
 
   Asic::SimulatedChip* driver = nullptr;  ///< Of `chip`.

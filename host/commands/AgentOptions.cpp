@@ -9,9 +9,11 @@
 namespace Host {
 
 void AgentOptions::addTo(CLI::App& command) {
-  command.add_option("--profile", profile, "Chip profile: the name of one that is built in, or a file")
+  command.add_option("--profile", profile, "Chip profile: the name of a built-in one, or a file")
       ->capture_default_str();
-  command.add_option("--completion", completion, "When the chip's answers show")
+  command
+      .add_option("--completion", completion,
+                  "When writes to the chip complete: at once, or with the next turn of the loop")
       ->check(CLI::IsMember({"direct", "deferred"}))
       ->capture_default_str();
   command.add_option("--format", format, "How to print")->check(CLI::IsMember({"text", "json"}))->capture_default_str();
@@ -43,7 +45,7 @@ AgentOptions::Traces::Traces(AgentOptions const& options) {
   if (!masks.empty() && !options.trace.empty()) masks += ',';
   masks += options.trace;
   if (masks.empty()) return;
-  // The names are those of loaded files.
+  // Source files are known by name once they are loaded.
   Plugin::Loader().load(options.plugin.empty() ? defaultPlugin() : std::filesystem::path(options.plugin));
   if (auto const wrong = Kiln::traceMasksIs(masks); !wrong.empty()) throw CLI::ValidationError("--trace", wrong);
   Kiln::traceTextSinkIs(stderr);

@@ -20,10 +20,10 @@ struct AgentOptions {
 
   void addTo(CLI::App& command);
   bool json() const { return format == "json"; }
-  /// Switches traces on, for as long as the object lives: from `trace`, behind those of the environment (TESSEL_TRACE).
-  /// Throws `Plugin::LoadError`, or `CLI::ValidationError` for a list that can't be used.
+  /// Switches traces on for the life of the object: those of the environment (TESSEL_TRACE), then `trace`. Throws
+  /// `Plugin::LoadError`, or `CLI::ValidationError` for a list that can't be parsed.
   class Traces;
-  /// An agent in its start state.
+  /// An agent in its start state. Throws `InputError` for a profile or a toggle file that cannot be used.
   std::unique_ptr<Agent> makeAgent() const;
 };
 

@@ -19,7 +19,7 @@ constexpr char const* kInputs =
     "State documents (.json) and directories of captures (what ip -j and bridge -j print), in order; a later directory "
     "may hold only the files that changed. Default: a captured leaf that is built in";
 
-/// The commands with the places that their arguments go to; parsing sets what is to be run.
+/// The commands and the variables of their arguments; parsing selects the command to run.
 class CommandLine {
  public:
   CommandLine(std::ostream& out, std::ostream& err) : out_(out), err_(err) {
@@ -37,7 +37,7 @@ class CommandLine {
     try {
       std::reverse(arguments.begin(), arguments.end());
       app_.parse(arguments);
-      // Not left to the parser: it would not name a word that is no command.
+      // The parser itself would not name a word that is no command.
       if (!command_) throw CLI::RequiredError::Subcommand(1);
       return command_();
     } catch (CLI::ParseError const& error) {
@@ -53,7 +53,7 @@ class CommandLine {
   }
 
   void addRun() {
-    auto& run = add("run", "Applies inputs to an agent, one after the other, and shows what it makes of them",
+    auto& run = add("run", "Applies inputs to an agent, one after the other, and shows the result",
                     [this] { return runCommand(run_, out_, err_); });
     run.add_option("INPUT", run_.inputs, kInputs);
     run_.addTo(run);
@@ -74,7 +74,7 @@ class CommandLine {
   }
 
   void addImport() {
-    auto* const import = app_.add_subcommand("import", "Turns what other programs print into a state document");
+    auto* const import = app_.add_subcommand("import", "Converts the output of other programs to a state document");
     auto* const iproute2 = import->add_subcommand("iproute2", "From captures of ip -j and bridge -j");
     iproute2->add_option("DIR", directories_, "Directories of captures, later ones over earlier ones")->required();
     iproute2->callback([this] { command_ = [this] { return importCommand(directories_, out_, err_); }; });
@@ -104,7 +104,7 @@ class CommandLine {
   std::string plugin_;
 };
 
-/// Runs `command` and turns what it throws about input into a message.
+/// Runs `command` and prints what it throws about input.
 template <class Command>
 int guarded(std::ostream& err, Command command) {
   try {

@@ -6,7 +6,7 @@
 
 namespace Host {
 
-/// How a command ends: what a process exits with.
+/// Exit codes of the program.
 enum ExitCode : int {
   kGood = 0,
   kNotProgrammed = 1,  ///< The input was read, but something of it is not in the chip.
@@ -14,7 +14,7 @@ enum ExitCode : int {
 };
 
 /// Runs `tessel-agent` with these arguments (without the program's name). Prints to `out`, what is wrong to `err`.
-/// Throws nothing that comes from arguments or input.
+/// Throws nothing because of arguments or input.
 int runCommandLine(std::vector<std::string> const& arguments, std::ostream& out, std::ostream& err);
 
 }  // namespace Host

@@ -15,7 +15,7 @@ struct RunOptions : AgentOptions {
   std::vector<std::string> show{"summary"};
   bool showEach = false;
 };
-/// Applies the inputs in turn and shows what the agent has made of the last, or of each.
+/// Applies the inputs in turn and shows the state of the agent after the last, or after each.
 int runCommand(RunOptions const& options, std::ostream& out, std::ostream& err);
 
 struct ExplainOptions : AgentOptions {
@@ -23,7 +23,7 @@ struct ExplainOptions : AgentOptions {
 };
 int explainCommand(ExplainOptions const& options, std::ostream& out, std::ostream& err);
 
-/// Prints the state document that capture directories give.
+/// Prints the state document of capture directories.
 int importCommand(std::vector<std::string> const& directories, std::ostream& out, std::ostream& err);
 /// Lists the registered classes, or describes the named one.
 int typesCommand(std::string const& name, std::string const& plugin, std::ostream& out);

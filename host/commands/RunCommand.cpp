@@ -14,7 +14,7 @@ bool has(std::vector<std::string> const& list, std::string_view name) {
   return std::find(list.begin(), list.end(), name) != list.end();
 }
 
-/// Prints what there is to see after an input, and notes whether all of it is programmed.
+/// Prints the sections after an input, and notes whether every tunnel is programmed.
 class Shower {
  public:
   Shower(RunOptions const& options, Agent const& agent, std::ostream& out)
@@ -38,7 +38,7 @@ class Shower {
     }
   }
 
-  /// Gives the exit code.
+  /// Returns the exit code.
   int end() {
     if (!options_.showEach) show();
     if (options_.json()) {
@@ -74,7 +74,7 @@ int runCommand(RunOptions const& options, std::ostream& out, std::ostream& err) 
   AgentOptions::Traces const traces(options);
   auto const agent = options.makeAgent();
   auto inputs = readAndCheck(*agent, options.inputs, err);
-  // From here on nothing can be wrong with the input, and something may be printed.
+  // Every input is good: from here on output may be printed.
   Shower shower(options, *agent, out);
   for (auto& input : inputs) {
     auto const name = input.source();

@@ -25,7 +25,7 @@ std::string valueTypeText(Kiln::Attribute const& attribute) {
 void printType(std::ostream& out, Kiln::Type const& type) {
   out << type.name() << '\n';
   for (auto const* base = type.base(); base; base = base->base()) out << "  is a " << base->name() << '\n';
-  if (type.constructible()) out << "  can be made by its name\n";
+  if (type.constructible()) out << "  can be created by name\n";
   Columns columns({Columns::Align::right, Columns::Align::left, Columns::Align::left, Columns::Align::left});
   columns.row({"ID", "ATTRIBUTE", "TYPE", "WRITABLE"});
   for (auto const* attribute : type.attributes()) {

@@ -9,7 +9,7 @@ Fdb::Fdb(JsonDocument const& file, Links const& links, NextHopObjects const& nex
     : vti_(links.vti()), warnings_(warnings) {
   for (auto const entry : objects(file.root())) {
     auto const device = links.device(std::string(entry.member("ifname").text()));
-    // A device that was added after the links were captured is taken for what its entries say.
+    // A device that was added after the links were captured is a VXLAN device if its entries are those of one.
     bool const vxlan = !device || device->kind == DeviceKind::vxlan;
     if (vxlan && (has(entry, "dst") || has(entry, "nhid"))) {
       readRemote(entry, nextHops);

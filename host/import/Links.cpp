@@ -51,7 +51,7 @@ Device readDevice(JsonIn at) {
   return device;
 }
 
-/// Only `ip -d` tells what kind of device each is.
+/// Only `ip -d` prints the kinds of devices.
 bool hasDetails(JsonDocument const& file) {
   auto const all = objects(file.root());
   return std::any_of(all.begin(), all.end(), [](JsonIn at) { return has(at, "linkinfo"); });
@@ -180,7 +180,7 @@ bool Links::isPort(Device const& device) const {
 
 Device const* Links::port(Device const& from) const {
   auto at = &from;
-  // Sub-interfaces stand on one another at most as often as there are devices; a capture can claim otherwise.
+  // Limited by the number of devices: a capture can claim a cycle of sub-interfaces.
   for (std::size_t steps = 0; at && at->kind == DeviceKind::vlan && steps < devices_.size(); ++steps) {
     at = device(at->link);
   }

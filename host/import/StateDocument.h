@@ -10,7 +10,7 @@
 
 namespace Host::Import {
 
-/// The captures that a state document is made from. Not owned.
+/// The captures that a state document is built from. Not owned.
 struct Captures {
   JsonDocument const* links = nullptr;
   JsonDocument const* vxlanLinks = nullptr;                          ///< This or `links` is there.
@@ -24,7 +24,7 @@ struct Captures {
 };
 
 /// The state document of the switch: tunnel interface, tunnels with their adjacencies, interfaces and ports. The same
-/// captures give the same document, member for member. Throws InputError.
+/// captures always result in the same document, member for member. Throws InputError.
 rapidjson::Document stateDocument(Captures const& captures);
 
 }  // namespace Host::Import

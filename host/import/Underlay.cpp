@@ -40,7 +40,7 @@ std::vector<RouteHop> routeHops(JsonIn at, NextHopObjects const& nextHops) {
   };
   auto const several = at.find("nexthops");
   auto const nhid = at.find("nhid");
-  // What the route says itself goes before the object that it names: an id can be given to other members later.
+  // The members in the route itself have precedence over the object that it names: an id can be reassigned later.
   if (several) {
     for (auto const each : objects(*several)) addFrom(each);
   } else if (has(at, "dev") || has(at, "gateway") || has(at, "via") || !nhid) {

@@ -33,7 +33,7 @@ struct Path {
 
 /// The routing table of the underlay.
 ///
-/// Looks up by longest prefix, then least metric; passes over routes whose next hops are all out of service. A route of
+/// Looks up by longest prefix, then least metric; skips routes whose next hops are all out of service. A route of
 /// another type than unicast ends the lookup without a next hop.
 class Underlay {
  public:

@@ -14,7 +14,7 @@ class Columns {
   explicit Columns(std::vector<Align> align) : align_(std::move(align)) {}
   /// A row may have fewer cells than there are columns.
   void row(std::vector<std::string> cells) { rows_.push_back(std::move(cells)); }
-  /// A line that stands as it is, between the rows.
+  /// A line that is printed as it is, between the rows.
   void line(std::string text) { rows_.push_back({std::move(text)}), lines_.push_back(rows_.size() - 1); }
   void print(std::ostream& out) const;
 

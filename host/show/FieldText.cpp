@@ -38,7 +38,7 @@ void FieldText::groupEnd() {
 std::string_view stateText(Asic::EntryState state) {
   switch (state) {
     case Asic::EntryState::none:
-      return "gone";
+      return "removed";
     case Asic::EntryState::inProgress:
       return "in progress";
     case Asic::EntryState::written:

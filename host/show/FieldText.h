@@ -32,7 +32,7 @@ class FieldText final : public Asic::FieldVisitor {
   std::string text_;
 };
 
-/// "written", "full", …; "gone" for an entry that is no more.
+/// "written", "waits for a row", …; "removed" for an entry that no longer exists.
 std::string_view stateText(Asic::EntryState state);
 /// "row 7", or "no row".
 std::string rowText(std::optional<Asic::Index> row);

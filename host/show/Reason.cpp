@@ -17,7 +17,7 @@ Text missingLocal(Agent const& agent, TunnelReport const& report) {
   auto const& vtep = report.vtep;
   auto const state = agent.local<TesselL3Common::TesselVxlanState>(kVxlanStatePath);
   auto local = state ? state->getLocalVtep(vtep.af()) : Meshal::IpGenAddr();
-  // The common address of a pair of switches stands in for the one of its own, and serves unicast tunnels alone.
+  // The common address of a pair of switches replaces its own, for unicast tunnels alone.
   if (state && report.type == Vane::vxlanTunnel_ && !state->mlagVtepAddr().isUnspecified())
     local = state->mlagVtepAddr();
   if (local.isUnspecified()) return vtep.isIpv6() ? "no local VTEP for IPv6" : "no local VTEP";
@@ -46,7 +46,7 @@ Text missingRoute(Agent const& agent, Vane::VaneTunnelConfig const& wanted, Tunn
   return "no port for the next hop's interface " + intf.name();
 }
 
-/// On a chip without groups of underlay next hops unicast tunnels have no way to their own.
+/// Whether the chip has groups of underlay next hops, which unicast tunnels need.
 bool hasGroups(Agent const& agent) { return agent.chip().store("EcmpGroup1Table") != nullptr; }
 
 Text missingRow(Chain const& chain) {

@@ -68,7 +68,8 @@ void printSummary(std::ostream& out, Agent const& agent, std::vector<TunnelRepor
   if (!tunnels.empty()) columns.print(out), out << '\n';
   auto const programmed = std::count_if(tunnels.begin(), tunnels.end(), [](auto const& t) { return t.programmed(); });
   out << tunnels.size() << (tunnels.size() == 1 ? " tunnel, " : " tunnels, ") << programmed << " programmed\n";
-  if (!agent.settled()) out << "Not settled: the chip holds back answers, or the agent finds no end\n";
+  if (!agent.settled())
+    out << "Not settled: writes to the chip are still pending, or the agent does not come to rest\n";
   printLogs(out, agent);
 }
 

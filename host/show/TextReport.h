@@ -10,7 +10,7 @@
 
 namespace Host {
 
-/// The parts of what there is to see of an agent, as people name them.
+/// The sections of a report, by the names of the command line.
 inline constexpr std::array<std::string_view, 6> kSections{"summary", "tunnels", "tables", "chip", "logs", "state"};
 
 /// Prints one section. REQUIRES: `section` is one of `kSections`.

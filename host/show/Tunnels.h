@@ -8,14 +8,14 @@
 
 namespace Host {
 
-/// What became of one wanted tunnel, for show.
+/// The state of one wanted tunnel, for show.
 struct TunnelReport {
   Vane::TunnelType type{};
   Meshal::IpGenAddr vtep;
   std::uint64_t genId = 0;
-  Meshal::IpGenAddr localVtep;  ///< With which it was last programmed; without a family if it never was.
+  Meshal::IpGenAddr localVtep;  ///< Of the last programming; without a family if it was never programmed.
   Vane::AdjIdOrNone adjId;
-  std::optional<std::uint32_t> tunnelId;  ///< As published; nothing where there is none or the write failed.
+  std::optional<std::uint32_t> tunnelId;  ///< As published; nothing if there is none or the write failed.
   std::optional<std::uint32_t> nextHopId;
   Vane::NextHopEntrySet nextHops;     ///< Of its adjacency.
   std::optional<std::string> reason;  ///< Why it is not programmed; nothing if it is.

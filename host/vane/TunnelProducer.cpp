@@ -13,7 +13,7 @@ TunnelProducer::TunnelProducer(Dovel::Ptr<VaneTunnelConfig> const& wanted,
     : wanted_(*this, wanted, Kiln::SubscribeOnly{}), published_(published), config_(config) {
   for (auto const& adjacency : wanted->adjacencyColl()) watchAdjacency(adjacency->adjId());
   for (auto const& tunnel : wanted->tunnelColl()) watchTunnel(tunnel->vtep());
-  // A former process may have left the ids of tunnels that nobody wants any more.
+  // A former process may have left ids of tunnels that are no longer wanted.
   for (auto const& vtep : Kiln::keysOf(published->tunnelStatusEntryColl())) {
     if (!wanted->tunnelHas(vtep)) published->tunnelStatusEntryDel(vtep);
   }
@@ -60,7 +60,7 @@ bool TunnelProducer::review() {
   for (auto const adjId : adjIds) reviewAdjacency(adjId);
   if (!adjIds.empty()) touchUsers(adjIds);
   auto const vteps = touchedTunnels_.take();
-  // What goes first makes room for what comes.
+  // Removals first: they free rows for what is added.
   for (auto const& vtep : vteps) {
     if (!wanted()->tunnelHas(vtep)) removeTunnel(vtep);
   }
@@ -89,33 +89,33 @@ void TunnelProducer::touchUsers(std::vector<std::uint32_t> const& adjIds) {
 }
 
 void TunnelProducer::removeTunnel(Meshal::IpGenAddr const& vtep) {
-  auto const found = standing_.find(vtep);
-  if (found == standing_.end()) return;
+  auto const found = placed_.find(vtep);
+  if (found == placed_.end()) return;
   activeIs(found->second, Vane::VaneNextHopId());
   auto const key = found->second.key;
-  standing_.erase(found);
+  placed_.erase(found);
   config()->hwTunnelConfigListDel(key);
   published()->tunnelStatusEntryDel(vtep);
 }
 
 void TunnelProducer::placeTunnel(Vane::VaneTunnelConfigEntry const& wanted) {
-  auto const found = standing_.find(wanted.vtep());
-  bool const same = found != standing_.end() && found->second.key.src() == wanted.src() &&
+  auto const found = placed_.find(wanted.vtep());
+  bool const same = found != placed_.end() && found->second.key.src() == wanted.src() &&
                     found->second.key.vrf() == wanted.vrf() && found->second.key.intfId() == wanted.intfId() &&
                     (wanted.genId() == 0 || wanted.genId() == found->second.key.genId());
   if (same) return config()->hwTunnelConfigList(found->second.key)->nextHopEntryListIs(listOf(wanted));
   auto const key = newKey(wanted);
-  // The feature takes another key of no newer generation for a late event: it can only follow the former one's end.
-  if (found != standing_.end() && key.genId() <= found->second.key.genId()) removeTunnel(wanted.vtep());
+  // The feature ignores another key of no newer generation as a late event: it can only follow the end of the former.
+  if (found != placed_.end() && key.genId() <= found->second.key.genId()) removeTunnel(wanted.vtep());
   auto const entry = Dovel::make<Vane::HwTunnelConfigEntry>(key);
   entry->nextHopEntryListIs(listOf(wanted));
   // The new generation before the end of the former one: the tunnel is never without a status.
-  auto& standing = standing_[wanted.vtep()];
-  auto const former = std::exchange(standing.key, key);
+  auto& placed = placed_[wanted.vtep()];
+  auto const former = std::exchange(placed.key, key);
   config()->hwTunnelConfigListIs(entry);
   if (former == Vane::TunnelKey{}) return;
-  // Not taken up yet: the former's end takes the tunnel along, and its next hop is no longer known then.
-  if (status() && status()->tunnelStatusHas(former)) activeIs(standing, Vane::VaneNextHopId());
+  // The new generation is not in force yet: the end of the former removes the tunnel, and its next-hop id with it.
+  if (status() && status()->tunnelStatusHas(former)) activeIs(placed, Vane::VaneNextHopId());
   config()->hwTunnelConfigListDel(former);
 }
 
@@ -131,8 +131,8 @@ Dovel::Ptr<Vane::NextHopEntryList> TunnelProducer::listOf(Vane::VaneTunnelConfig
 }
 
 void TunnelProducer::reviewStatus(Vane::TunnelKey const& key) {
-  auto const found = standing_.find(key.dst());
-  if (found == standing_.end() || found->second.key != key) return;
+  auto const found = placed_.find(key.dst());
+  if (found == placed_.end() || found->second.key != key) return;
   auto const& entry = status()->tunnelStatus(key);
   auto const nhId = entry ? entry->hwNextHopStatusEntry().hwNextHopId() : Vane::VaneNextHopId();
   activeIs(found->second, nhId == Vane::VaneNextHopId::unprogrammed() ? Vane::VaneNextHopId() : nhId);
@@ -145,10 +145,10 @@ void TunnelProducer::reviewStatus(Vane::TunnelKey const& key) {
   shown->hwNextHopIdIs(nhId);
 }
 
-// The former id goes first: both stand for the one VTEP, and its end must not undo what the new one sets up.
-void TunnelProducer::activeIs(Standing& standing, Vane::VaneNextHopId nhId) {
-  if (standing.active == nhId) return;
-  auto const former = std::exchange(standing.active, nhId);
+// The former id is removed first: both belong to one VTEP, and a later removal would undo what the new one sets up.
+void TunnelProducer::activeIs(Placed& placed, Vane::VaneNextHopId nhId) {
+  if (placed.active == nhId) return;
+  auto const former = std::exchange(placed.active, nhId);
   if (former.valid()) config()->activeNextHopIdListDel(former);
   if (nhId.valid()) config()->activeNextHopIdListIs(nhId, true);
 }

@@ -52,13 +52,13 @@ class NestedSm_Wanted final : public Kiln::NotifieeConst {
   Touched<Key>* touched_;
 };
 
-/// The least of the forwarding abstraction that drives the feature, for the tunnels of one type.
+/// The part of the forwarding abstraction that drives the feature, for the tunnels of one type.
 ///
 /// In: the wanted tunnels with their adjacencies, and the feature's status. Out: one configuration entry per tunnel
 /// with a generation id that grows with each new configuration of a VTEP, the shared next-hop list of each adjacency,
-/// the ids of the next hops that stand in a status as active ones, and the published ids by VTEP. Changes are only
-/// noted where they happen; `review`, called by the host's loop, acts on them. A next hop is made inactive before its
-/// tunnel is taken away: the feature finds a tunnel by its next-hop id only while both stand. Main thread only.
+/// the next-hop ids of all statuses as active ones, and the published ids by VTEP. Changes are only noted where they
+/// happen; `review`, called by the host's loop, acts on them. A next hop is made inactive before its tunnel is removed:
+/// the feature finds a tunnel by its next-hop id only while both exist. Main thread only.
 /// Configuration and status are shared with the feature.
 class TunnelProducer final : public Kiln::Sm {
  public:
@@ -73,16 +73,16 @@ class TunnelProducer final : public Kiln::Sm {
   KILN_WATCHED(0x105, Vane::HwTunnelStatus const, status, &KilnSelf::statusDispatch, &KilnSelf::statusCatchUp)
 
  public:
-  /// Starts the handshake: `config` asks for hardware that is initialised.
+  /// Starts the handshake: sets `hwInit` of `config`.
   TunnelProducer(Dovel::Ptr<Vane::VaneTunnelConfig> const& wanted, Dovel::Ptr<Vane::VaneTunnelStatus> const& published,
                  Dovel::Ptr<Vane::HwTunnelConfig> const& config);
 
-  /// Acts on what was noted since the last call. False if there was nothing.
+  /// Acts on the changes since the last call. False if there were none.
   bool review();
 
  private:
-  /// A tunnel that stands in the configuration.
-  struct Standing {
+  /// A tunnel that is in the configuration.
+  struct Placed {
     Vane::TunnelKey key;
     Vane::VaneNextHopId active;
   };
@@ -101,15 +101,15 @@ class TunnelProducer final : public Kiln::Sm {
   void removeTunnel(Meshal::IpGenAddr const& vtep);
   void placeTunnel(Vane::VaneTunnelConfigEntry const& wanted);
   void reviewStatus(Vane::TunnelKey const& key);
-  void activeIs(Standing& standing, Vane::VaneNextHopId nhId);
-  /// The key that `wanted` gets as a configuration newer than all before it at the VTEP.
+  void activeIs(Placed& placed, Vane::VaneNextHopId nhId);
+  /// The key of `wanted` with a generation id newer than all before it at the VTEP.
   Vane::TunnelKey newKey(Vane::VaneTunnelConfigEntry const& wanted);
   Dovel::Ptr<Vane::NextHopEntryList> listOf(Vane::VaneTunnelConfigEntry const& wanted) const;
 
   Touched<Meshal::IpGenAddr> touchedTunnels_;
   Touched<std::uint32_t> touchedAdjacencies_;
   Touched<Vane::TunnelKey> touchedStatus_;
-  boost::unordered_flat_map<Meshal::IpGenAddr, Standing, Kiln::Hash<Meshal::IpGenAddr>> standing_;
+  boost::unordered_flat_map<Meshal::IpGenAddr, Placed, Kiln::Hash<Meshal::IpGenAddr>> placed_;
   boost::unordered_flat_map<Meshal::IpGenAddr, std::uint64_t, Kiln::Hash<Meshal::IpGenAddr>> lastGenId_;
   boost::unordered_flat_map<std::uint32_t, Dovel::Ptr<Vane::NextHopEntryList>, Kiln::Hash<std::uint32_t>> lists_;
   Kiln::NestedSms<Meshal::IpGenAddr, NestedTunnel> tunnels_{*this};

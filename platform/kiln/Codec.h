@@ -16,12 +16,12 @@ struct ValueCodec {
   /// As in "Meshal::IpGenAddr", "u16", "bool".
   std::string_view typeName;
   void (*toJson)(void const* value, JsonOut& out);
-  /// Throws `Kiln::ValueError`; the value is then as it was. Members that the document leaves out get their defaults.
+  /// Throws `Kiln::InputError` and then leaves the value unchanged. Members that the document leaves out have defaults.
   void (*fromJson)(void* value, JsonIn const& in);
   /// Appends.
   void (*toText)(void const* value, std::string& out);
-  /// False when the whole of `text` is not a value; the value is then as it was. Null for types whose text does not
-  /// read back.
+  /// False unless the whole of `text` is a value; the value is then unchanged. Null for types whose text cannot be
+  /// parsed.
   bool (*fromText)(std::string_view text, void* value);
 };
 

@@ -50,7 +50,7 @@ class RevisedEntity : public NamedEntity {
 
 /// All attributes of `entity` as one JSON object.
 void entityToJson(Entity const& entity, JsonOut& out);
-/// Throws `ValueError` unless `in` is an object that can be read into an entity of `type`.
+/// Throws `InputError` unless `in` is an object that can be read into an entity of `type`.
 void entityCheck(Type const& type, JsonIn const& in);
 /// Makes `entity` what `in` says: attributes that `in` doesn't name become what they are in a new object.
 /// REQUIRES: `in` passes `entityCheck`.

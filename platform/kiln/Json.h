@@ -108,7 +108,7 @@ void readNumberLike(T& value, JsonIn const& in) {
   value = *number;
 }
 
-/// A number-like value that has no number, such as "none", goes out as its text.
+/// A number-like value that has no number, such as "none", is written as its text.
 template <class T>
 void writeNumberLike(T const& value, JsonOut& out) {
   auto const text = toText(value);

@@ -242,7 +242,7 @@ JsonDocument JsonDocument::parse(std::string_view text, std::string source, Limi
     return !result.IsError();
   };
   json.Populate(generate);
-  // The parser takes a zero byte for the end.
+  // The parser regards a zero byte as the end.
   if (!result.IsError() && bytes.Tell() < text.size()) {
     result.Set(rapidjson::kParseErrorDocumentRootNotSingular, bytes.Tell());
   }

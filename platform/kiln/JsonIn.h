@@ -27,7 +27,7 @@ class JsonDocument {
 
   /// An empty object without a source.
   JsonDocument() { json_.SetObject(); }
-  /// A document that the program made; `source` names it in errors.
+  /// A document that the program built; `source` names it in errors.
   JsonDocument(rapidjson::Document json, std::string source) : json_(std::move(json)), source_(std::move(source)) {}
 
   /// Reads a text. Throws `InputError` for one that is no JSON, is not UTF-8, exceeds a limit, or has an object with

@@ -14,9 +14,9 @@
 
 /// Text forms of values.
 ///
-/// A type has a text form when `appendText(std::string&, T const&)` stands in its namespace, and one that reads back
-/// when `bool parseText(std::string_view, T&)` stands there too. `parseText` takes the whole text or answers false, and
-/// then leaves the value alone. Numbers, strings, ranges and described enumerations have their forms here.
+/// A type has a text form when `appendText(std::string&, T const&)` exists in its namespace, and one that can be parsed
+/// when `bool parseText(std::string_view, T&)` exists there too. `parseText` accepts the whole text or returns false
+/// and leaves the value unchanged. Numbers, strings, ranges and described enumerations have their forms here.
 ///
 /// An enumerator's text is its name without a trailing underscore; a number that has no name is written in decimal.
 namespace Kiln {
@@ -24,7 +24,7 @@ namespace Kiln {
 template <class E>
 concept DescribedEnum = std::is_enum_v<E> && boost::describe::has_describe_enumerators<E>::value;
 
-/// An enumeration that takes numbers without a name says so by `constexpr bool isOpenEnum(E) { return true; }` beside
+/// An enumeration that accepts numbers without a name declares `constexpr bool isOpenEnum(E) { return true; }` beside
 /// it.
 template <class E>
 concept OpenEnum = DescribedEnum<E> && requires(E e) {
@@ -92,7 +92,7 @@ bool parseText(std::string_view text, T& out) {
   }
 }
 
-/// Takes a name, or the number of one, or any number for an open enumeration.
+/// Accepts a name, or the number of one, or any number for an open enumeration.
 template <DescribedEnum E>
 bool parseText(std::string_view text, E& out) {
   bool found = false;

@@ -27,7 +27,7 @@ struct Attribute {
   AttributeKind kind;
   bool writable;  ///< False where there is no setter.
   void (*toJson)(Dovel::Node const& owner, JsonOut& out);
-  /// Throws `ValueError` for what `in` can't be; changes nothing.
+  /// Throws `InputError` for what `in` can't be; changes nothing.
   void (*check)(JsonIn const& in);
   /// Makes the attribute what `in` says, through the owner's setters: only differences are written. A collection ends
   /// with exactly the members of `in`. REQUIRES: `writable`, and `in` passes `check`.

@@ -21,7 +21,7 @@ Dovel::Ptr<Mounter> Loader::makeMounter(std::string_view typeName, std::string c
     throw LoadError("type " + type + " is not registered" + loaded);
   }
   auto const mounter = Dovel::cast<Mounter>(Kiln::newByTypeName(typeName, name));
-  if (!mounter) throw LoadError("type " + type + " is none of a mounter that can be made by its name");
+  if (!mounter) throw LoadError("type " + type + " is not a mounter that can be created by name");
   return mounter;
 }
 

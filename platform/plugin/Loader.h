@@ -25,7 +25,7 @@ class Loader {
   /// Throws `LoadError`. A file that is loaded already is not loaded again.
   void load(std::filesystem::path const& file);
   /// A mounter of the named class. Never null. Throws `LoadError` if no class of that name is registered, or if it is
-  /// none of a mounter that can be made by its name.
+  /// not a mounter that can be created by name.
   Dovel::Ptr<Mounter> makeMounter(std::string_view typeName, std::string const& name) const;
   std::vector<std::filesystem::path> const& files() const { return files_; }
 

@@ -49,15 +49,14 @@ Store::Store(std::unique_ptr<Backend> backend) : backend_(std::move(backend)) {
 Dovel::Ptr<Dovel::Node> Store::entityIs(std::string const& path, std::string_view typeName) {
   auto const* type = Kiln::typeByName(typeName);
   if (!type || !type->constructible()) {
-    auto const* why = type ? " can't be made by its name" : " is not loaded";
+    auto const* why = type ? " cannot be created by name" : " is not loaded";
     throw MountError(path, std::string(typeName), path + ": the type " + std::string(typeName) + why);
   }
   auto const present = backend_->find(path);
   if (!present) return backend_->create(path, *type);
   if (present->typeData().isA(*type)) return present;
-  throw MountError(
-      path, std::string(typeName),
-      path + " is a " + std::string(present->typeData().name()) + ", wanted is a " + std::string(typeName));
+  throw MountError(path, std::string(typeName),
+                   path + " is a " + std::string(present->typeData().name()) + ", expected a " + std::string(typeName));
 }
 
 }  // namespace Stateway

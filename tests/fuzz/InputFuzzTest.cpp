@@ -213,7 +213,7 @@ bool endsWell(pid_t process, Progress const& progress) {
 
 TEST(InputFuzz, everyInputEndsInAnExitCode) {
   auto const first = setting("TESSEL_FUZZ_SEED", 1);
-  auto const end = first + setting("TESSEL_FUZZ_COUNT", 2000);
+  auto const end = first + setting("TESSEL_FUZZ_COUNT", 1000);
   auto const base = fs::temp_directory_path() / ("tessel-fuzz-" + std::to_string(getpid()));
   Corpus const corpus;
   auto* const memory = mmap(nullptr, sizeof(Progress), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);

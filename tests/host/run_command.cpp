@@ -147,17 +147,6 @@ TEST_P(FabricEvents, backWhereItBeganTheChipIsAsItWas) {
   EXPECT_EQ(again["chip"]["writes"], once["chip"]["writes"]);
 }
 
-TEST_P(FabricEvents, completionMakesNoDifference) {
-  auto const leaf = capture(std::string(GetParam().name) + "/leaf1");
-  for (auto const* profile : {"cascaded", "flat"}) {
-    auto const direct = run({"run", "--format", "json", "--profile", profile, leaf});
-    auto const deferred = run({"run", "--format", "json", "--profile", profile, "--completion", "deferred", leaf});
-    EXPECT_EQ(direct.code, kGood) << profile << direct.err;
-    EXPECT_EQ(chipByKeys(deferred.json()["tables"]), chipByKeys(direct.json()["tables"])) << profile;
-    EXPECT_EQ(tunnelsOf(deferred.json()), tunnelsOf(direct.json())) << profile;
-  }
-}
-
 INSTANTIATE_TEST_SUITE_P(Run, FabricEvents,
                          testing::Values(Fabric{"bridge-per-vni", 36, 37}, Fabric{"vlan-aware-multihomed", 42, 36}),
                          [](auto const& fabric) { return std::string(fabric.index == 0 ? "bridges" : "vlans"); });

@@ -94,8 +94,7 @@ TEST(Loader, SaysWhichFileOrTypeIsMissing) {
   EXPECT_TRUE(loader.files().empty());
   EXPECT_THAT(loadError([&] { loader.makeMounter("PluginTest::Nobody", "x"); }),
               HasSubstr("type PluginTest::Nobody is not registered"));
-  EXPECT_THAT(loadError([&] { loader.makeMounter("Kiln::Dir", "x"); }),
-              HasSubstr("type Kiln::Dir is none of a mounter"));
+  EXPECT_THAT(loadError([&] { loader.makeMounter("Kiln::Dir", "x"); }), HasSubstr("type Kiln::Dir is not a mounter"));
   EXPECT_EQ(loader.makeMounter("PluginTest::Mounter", "x")->typeData().name(), "PluginTest::Mounter");
 }
 

@@ -140,8 +140,8 @@ TEST_F(Mounts, AWrongTypeSaysPathAndTypes) {
   };
   for (auto const& wrong : std::vector<Case>{
            {"MountTest::Nobody", "room/lamp: the type MountTest::Nobody is not loaded"},
-           {"MountTest::Nameless", "room/lamp: the type MountTest::Nameless can't be made by its name"},
-           {"Kiln::Dir", "room/lamp is a MountTest::Lamp, wanted is a Kiln::Dir"},
+           {"MountTest::Nameless", "room/lamp: the type MountTest::Nameless cannot be created by name"},
+           {"Kiln::Dir", "room/lamp is a MountTest::Lamp, expected a Kiln::Dir"},
            {"Kiln::NamedEntity", ""},  // Which it is as well.
        }) {
     EXPECT_EQ(mountError([&] { group->doMount(mount("room/lamp", wrong.type, "r")); }), wrong.why);
