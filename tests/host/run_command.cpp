@@ -203,7 +203,7 @@ TEST_F(RunCommand, reasonsOfTunnelsThatAreNotProgrammed) {
   EXPECT_THAT(
       shown(),
       ElementsAre("10.255.0.2 7", "10.255.0.3 7", "10.255.0.4 !no route", "10.255.0.5 8 !next hop unresolved: 10.1.1.1",
-                  "10.255.0.6 9 !no port for the next hop's interface Ethernet11",
+                  "10.255.0.6 9 !no port for the next hop's interface Vlan111",
                   "10.255.0.7 10 !adjacency 10 has no next hop", "10.255.0.8 99 !adjacency 99 is not in the state",
                   "fd00::2 7 !no local VTEP for IPv6"));
   wish.tunnels.clear();

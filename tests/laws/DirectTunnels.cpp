@@ -34,6 +34,7 @@ class DirectTunnels::Watch final : public Kiln::NotifieeConst {
  private:
   std::function<void(Dovel::Change const&)> changed_;
 };
+KILN_DESCRIBE(DirectTunnels::Watch)
 
 namespace {
 

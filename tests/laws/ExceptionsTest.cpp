@@ -2,17 +2,18 @@
 
 #include "tests/support/AgentWorld.h"
 
-// Where an agent's chip is not that of a fresh start with its last configuration, and what makes it so again.
+// Where an agent's state is not that of a fresh start with its last configuration, and what makes it so again.
 //
-//   1. Without a local VTEP, and with UDP port 0, the tables stay as they were: until both are there again.
-//   2. A member tunnel whose VTEP loses its unicast tunnel keeps the overlay entry as that one wrote it: until the next
-//      change of the member tunnel.
-//   3. Ports and layer 3 interfaces are read when a next hop is written: until the next change of its adjacency.
-//   4. The MLAG address, and whether there is a range of UDP source ports, are read when outer headers are written:
-//   until
-//      the next pass over them.
-//   5. Next hops that change while the overlay entry of their tunnel waits for a row are not taken up: until the next
-//      change after the row has come.
+// - Without a local VTEP, and with UDP port 0, the tables stay as they were: until both are there again.
+// - A pass over the outer headers ends at the first tunnel whose family has no local VTEP, and a generation that was
+//   replaced returns when its successor is removed: with the next pass (both in tests/tunnel/SequenceTest.cpp).
+// - A member tunnel that loses the unicast tunnel of its VTEP keeps that one's overlay entry, until its own next
+//   change, and that one's source address, until the next pass.
+// - Ports and layer 3 interfaces are read when a next hop is written: until the next change of its adjacency.
+// - The MLAG address and the range of UDP source ports are read when headers are written: until the next pass.
+// - Next hops that change while an overlay entry waits for its row: until the next change after it got one.
+// - What the chip refused is written again with its next write: that of a new generation, a new local VTEP, a change
+//   of learning.
 
 namespace AgentTest {
 

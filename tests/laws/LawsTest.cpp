@@ -1,6 +1,5 @@
 #include <algorithm>
 
-#include "platform/asic/Store.h"
 #include "tests/laws/Trials.h"
 
 namespace AgentTest {
@@ -15,13 +14,13 @@ EventKinds without(std::initializer_list<Event::Kind> kinds) {
   for (auto const kind : kinds) left.reset(kind);
   return left;
 }
-/// Kinds of events under which faults are known: left out until those are mended.
-EventKinds const unmended =
-    EventKinds().set(Event::udpPort).set(Event::mlag).set(Event::react).set(Event::refuseTable).set(Event::refuseNth);
 auto storiesOf(EventKinds kinds) {
-  kinds &= ~unmended;
   return [kinds](std::uint64_t seed, std::string const& profile) { return storyOf(seed, profile, kinds, storyLength); };
 }
+
+/// A refused row that lets a VTEP in is sent again only with the next activation of its next hop: stories whose end
+/// must not depend on refusals have none.
+EventKinds const unrefused = without({Event::refuseTable, Event::refuseNth});
 
 class Laws : public testing::TestWithParam<unsigned> {};
 INSTANTIATE_TEST_SUITE_P(Shares, Laws, testing::Range(0U, kShares));
@@ -41,7 +40,7 @@ void freshStart(ChipKind const& kind, Story const& story) {
   expectAsFresh(agent, kind, story.drive, player.wish());
 }
 TEST_P(Laws, whateverHappensTheStateIsThatOfAFreshStart) {
-  tryLaw({.law = freshStart, .story = storiesOf(all)}, GetParam());
+  tryLaw({.law = freshStart, .story = storiesOf(unrefused)}, GetParam());
 }
 
 void restart(ChipKind const& kind, Story const& story) {
@@ -53,24 +52,21 @@ void restart(ChipKind const& kind, Story const& story) {
   player.restart();
   EXPECT_EQ(agent.whole(), before);
 }
-TEST_P(Laws, aRestartOverTheSameStateChangesNothing) { tryLaw({.law = restart, .story = storiesOf(all)}, GetParam()); }
-
-/// An outgoing interface of the underlay stays once it was used: two handles in one record.
-std::size_t aliveApartFromInterfaces(AgentWorld const& agent) {
-  return Dovel::Node::aliveCount() - 2 * agent.agent().chip().store("EgrL3Oif2")->entrys();
+TEST_P(Laws, aRestartOverTheSameStateChangesNothing) {
+  tryLaw({.law = restart, .story = storiesOf(unrefused)}, GetParam());
 }
 
 void nothingLeft(ChipKind const& kind, Story const& story) {
   AgentWorld agent(kind, story.drive);
   auto const start = agent.whole();
-  auto const alive = aliveApartFromInterfaces(agent);
+  auto const alive = Dovel::Node::aliveCount();
   {
     Player player(agent, kind, story.drive);
     player.play(story);
     player.end();
     EXPECT_EQ(agent.whole(), start);
   }
-  EXPECT_EQ(aliveApartFromInterfaces(agent), alive) << "objects alive";
+  EXPECT_EQ(Dovel::Node::aliveCount(), alive) << "objects alive";
 }
 TEST_P(Laws, takingEverythingAwayLeavesNothing) { tryLaw({.law = nothingLeft, .story = storiesOf(all)}, GetParam()); }
 
@@ -93,7 +89,7 @@ void bothCompletions(ChipKind const& kind, Story const& story) {
   EXPECT_EQ(ends[0], ends[1]);
 }
 TEST_P(Laws, bothWaysOfCompletionEndAlike) {
-  tryLaw({.law = bothCompletions, .story = storiesOf(without({Event::react}))}, GetParam());
+  tryLaw({.law = bothCompletions, .story = storiesOf(unrefused & without({Event::react}))}, GetParam());
 }
 
 // But for groups that come to nothing: one of which a member has no port, and that of a member tunnel whose VTEP has a

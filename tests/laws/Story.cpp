@@ -43,13 +43,12 @@ class Writer {
         if (has && allowed.test(kind)) kinds_.insert(kinds_.end(), weight, kind);
       }
     }
-    typeByVtep_ = std::count(kinds_.begin(), kinds_.end(), Event::mlag) > 0;
   }
   bool direct() { return oneIn(2); }
   Event next() {
     Event event{.kind = kinds_[below(static_cast<std::uint32_t>(kinds_.size()))]};
     event.vtep = ipv6_ && oneIn(4) ? 102 + below(2) : 2 + below(vteps);
-    event.type = bothTypes_ && (typeByVtep_ ? event.vtep % 2 != 0 : oneIn(3)) ? member : unicast;
+    event.type = bothTypes_ && oneIn(3) ? member : unicast;
     event.more = event.kind < Event::hold && event.kind != Event::react && oneIn(5);
     fill(event);
     return event;
@@ -124,7 +123,6 @@ class Writer {
 
   std::mt19937_64 random_;
   bool ipv6_, bothTypes_;
-  bool typeByVtep_ = false;  ///< With an MLAG address the header of two tunnels at one VTEP is that of the last.
   bool portless_;
   std::uint32_t lastGenId_ = 0;
   std::vector<Event::Kind> kinds_;

@@ -103,12 +103,13 @@ TEST(TunnelUnderlayOfOtherChips, groupsOfOneNeedACascadedChipThatWantsThem) {
   std::pair<std::string, std::string> const testChip{"\"supportsVxlan\": true",
                                                      "\"supportsVxlan\": true, \"testChip\": true"};
   std::pair<std::string, std::string> const wanted{"\"memberSingleHopEcmp\": false", "\"memberSingleHopEcmp\": true"};
+  std::pair<std::string, std::string> const unwanted{wanted.second, wanted.first};
   struct {
     std::string file;
     bool group;
-  } const chips[] = {{variant("compact", {}), false},
-                     {variant("compact", {testChip}), true},
-                     {variant("compact", {wanted}), true},
+  } const chips[] = {{variant("cascaded", {unwanted}), false},
+                     {variant("cascaded", {unwanted, testChip}), true},
+                     {variant("cascaded", {}), true},
                      {variant("flat", {testChip, wanted}), false}};
   for (auto const& [file, group] : chips) {
     AgentWorld agent({.profile = file});
