@@ -42,6 +42,8 @@ void EntityManager::assertSafeToAccess(Dovel::Ptr<Dovel::Node const> const& enti
   INVARIANT(entity && entity == getEntity(path));
 }
 
+MountGroup::MountGroup(EntityManager& entityManager) : entityManager_(&entityManager) {}
+
 void MountGroup::doMount(std::string const& path, std::string_view typeName, MountInfo const& info) {
   entityManager_->doMount(path, typeName, info);
 }

@@ -20,7 +20,7 @@ class MountGroup final : public Dovel::Node {
   KILN_BASE_TYPE(KilnSharedMem::MountGroup)
 
  public:
-  explicit MountGroup(EntityManager& entityManager) : entityManager_(&entityManager) {}
+  explicit MountGroup(EntityManager& entityManager);
 
   /// Adds a mount. Throws as `EntityManager::doMount`.
   void doMount(std::string const& path, std::string_view typeName, MountInfo const& info);
