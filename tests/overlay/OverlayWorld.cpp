@@ -90,7 +90,7 @@ std::string OverlayWorld::messages() {
   return ChipWorld::messages();
 }
 
-std::string OverlayWorld::ends() {
+std::string OverlayWorld::ends() const {
   struct Phb final : Asic::FieldVisitor {
     bool on = false;
     void number(std::string_view name, std::uint64_t value) override {

@@ -41,7 +41,7 @@ class OverlayWorld : LeavesNoObject, public TableTest::ChipWorld {
   std::string messages();
   /// The addresses at which tunnels end, in the order of their texts, separated by spaces; one with its PHB setting on
   /// has a '+' behind it.
-  std::string ends();
+  std::string ends() const;
   /// A virtual port for `vtep`.
   Handle virtualPortIs(Meshal::IpGenAddr const& vtep);
 

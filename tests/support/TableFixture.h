@@ -54,8 +54,8 @@ class ChipWorld {
   ChipWorld(ChipWorld const&) = delete;
   ChipWorld& operator=(ChipWorld const&) = delete;
 
-  Asic::Chip& chip() { return *chip_; }
-  Asic::SimulatedChip& hardware() { return static_cast<Asic::SimulatedChip&>(chip_->driver()); }
+  Asic::Chip& chip() const { return *chip_; }
+  Asic::SimulatedChip& hardware() const { return static_cast<Asic::SimulatedChip&>(chip_->driver()); }
   TesselCentral::ChipInfo const& chipInfo() const { return chipInfo_; }
   /// Delivers what the chip has answered, and what that brings about.
   void settle();
