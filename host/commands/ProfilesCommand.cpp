@@ -29,7 +29,8 @@ void printFeatures(std::ostream& out, Asic::ChipProfile const& profile) {
     out << name << '\n';
     for (auto const* attribute : feature->typeData().attributes()) {
       out << "  " << attribute->name << '='
-          << Kiln::jsonText([&](Kiln::JsonOut place) { attribute->toJson(*feature, place); }) << '\n';
+          << Kiln::jsonText([&object = *feature, attribute](Kiln::JsonOut place) { attribute->toJson(object, place); })
+          << '\n';
     }
   }
 }

@@ -53,7 +53,7 @@ struct Line<0> {
   using KilnSelf = Class_;                                            \
   using KilnBase = Base_;                                             \
   static constexpr char const* kilnName = #Class_;                    \
-  static constexpr int kilnFirstLine = __LINE__;                      \
+  [[maybe_unused]] static constexpr int kilnFirstLine = __LINE__;     \
   static ::Kiln::Type const& kilnType();                              \
   ::Kiln::Type const& typeData() const override;                      \
   template <class Describer_>                                         \
@@ -81,7 +81,7 @@ struct Line<0> {
 
 #define KILN_ATTR(id_, Type_, name_, ...)                                 \
  public:                                                                  \
-  static constexpr ::Kiln::AttributeId name_##Id = id_;                   \
+  [[maybe_unused]] static constexpr ::Kiln::AttributeId name_##Id = id_;  \
   Type_ const& name_() const { return name_##_; }                         \
   void name_##Is(Type_ const& value) {                                    \
     if (name_##_ == value) return;                                        \
@@ -94,18 +94,18 @@ struct Line<0> {
   static Type_ name_##Default_() { return Type_{__VA_ARGS__}; }           \
   KILN_LINE(attribute<Type_, &KilnSelf::name_, &KilnSelf::name_##Is, &KilnSelf::name_##Default_>(id_, #name_))
 
-#define KILN_FIXED(id_, Type_, name_)                   \
- public:                                                \
-  static constexpr ::Kiln::AttributeId name_##Id = id_; \
-  Type_ const& name_() const { return name_##_; }       \
-                                                        \
- private:                                               \
-  Type_ name_##_{};                                     \
+#define KILN_FIXED(id_, Type_, name_)                                    \
+ public:                                                                 \
+  [[maybe_unused]] static constexpr ::Kiln::AttributeId name_##Id = id_; \
+  Type_ const& name_() const { return name_##_; }                        \
+                                                                         \
+ private:                                                                \
+  Type_ name_##_{};                                                      \
   KILN_LINE(fixed<Type_, &KilnSelf::name_>(id_, #name_))
 
 #define KILN_READONLY(id_, Type_, name_, ...)                             \
  public:                                                                  \
-  static constexpr ::Kiln::AttributeId name_##Id = id_;                   \
+  [[maybe_unused]] static constexpr ::Kiln::AttributeId name_##Id = id_;  \
   Type_ const& name_() const { return name_##_; }                         \
                                                                           \
  private:                                                                 \
@@ -119,7 +119,7 @@ struct Line<0> {
 
 #define KILN_INST(id_, Class_, name_)                                      \
  public:                                                                   \
-  static constexpr ::Kiln::AttributeId name_##Id = id_;                    \
+  [[maybe_unused]] static constexpr ::Kiln::AttributeId name_##Id = id_;   \
   ::Dovel::Ptr<Class_> const& name_() const { return name_##_; }           \
   template <class... Args_>                                                \
   ::Dovel::Ptr<Class_> name_##Is(Args_&&... args) {                        \
@@ -146,7 +146,7 @@ struct Line<0> {
 
 #define KILN_COLL_OF(Map_, id_, Key_, Value_, name_)                                                 \
  public:                                                                                             \
-  static constexpr ::Kiln::AttributeId name_##Id = id_;                                              \
+  [[maybe_unused]] static constexpr ::Kiln::AttributeId name_##Id = id_;                             \
   using name_##Key = Key_;                                                                           \
   using name_##Value = Value_;                                                                       \
   Map_<Key_, Value_> const& name_##Coll() const { return name_##_; }                                 \
@@ -185,7 +185,7 @@ struct Line<0> {
 
 #define KILN_ENTITY_COLL(id_, Key_, Class_, key_, name_)                                                               \
  public:                                                                                                               \
-  static constexpr ::Kiln::AttributeId name_##Id = id_;                                                                \
+  [[maybe_unused]] static constexpr ::Kiln::AttributeId name_##Id = id_;                                               \
   using name_##Map = ::Kiln::EntityMap<Key_, Class_, &Class_::key_>;                                                   \
   name_##Map const& name_##Coll() const { return name_##_; }                                                           \
   KILN_ON_USE                                                                                                          \

@@ -3,6 +3,8 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
+#include <algorithm>
+
 namespace FuzzTest {
 
 using rapidjson::Document;
@@ -14,7 +16,7 @@ namespace {
 void collect(Value& from, std::vector<Value*>& all) {
   all.push_back(&from);
   if (from.IsObject()) {
-    for (auto& member : from.GetObject()) collect(member.value, all);
+    std::for_each(from.MemberBegin(), from.MemberEnd(), [&](auto& member) { collect(member.value, all); });
   } else if (from.IsArray()) {
     for (auto& element : from.GetArray()) collect(element, all);
   }
