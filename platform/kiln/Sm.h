@@ -9,7 +9,7 @@
 /// member x_ is a `Kiln::Watch` and takes the constructor's initialiser.
 #define KILN_WATCHED(id_, Type_, name_, OnChange_, CatchUp_)                         \
  public:                                                                             \
-  static constexpr ::Kiln::AttributeId name_##Id = id_;                              \
+  [[maybe_unused]] static constexpr ::Kiln::AttributeId name_##Id = id_;             \
   ::Dovel::Ptr<Type_> const& name_() const { return name_##_.get(); }                \
   void name_##Is(::Dovel::Ptr<Type_> const& object) { name_##_.notifierIs(object); } \
                                                                                      \
