@@ -39,7 +39,7 @@ class BlockStore final : public StoreBase {
     RowRange surplus;  ///< Rows that it still owns though it is displaced.
   };
 
-  BlockStore(Chip& chip, TableSpec const& spec) : StoreBase(chip, spec) {}
+  BlockStore(Chip& chip, TableSpec const& described) : StoreBase(chip, described) {}
   /// How the table's entries become rows. Defined by TableDefinitions.h.
   static TableSpec tableSpec();
 

@@ -45,7 +45,7 @@ class KeyedStore final : public StoreBase {
     E entry{};
   };
 
-  KeyedStore(Chip& chip, TableSpec const& spec) : StoreBase(chip, spec) { records_.reserve(capacity()); }
+  KeyedStore(Chip& chip, TableSpec const& described) : StoreBase(chip, described) { records_.reserve(capacity()); }
   /// How the table's entries become rows. Defined by TableDefinitions.h.
   static TableSpec tableSpec();
 

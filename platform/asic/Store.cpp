@@ -29,15 +29,15 @@ void RecordBase::operator delete(RecordBase* record, std::destroying_delete_t) {
   }
 }
 
-StoreBase::StoreBase(Chip& chip, TableSpec const& spec)
-    : table_(spec.table), name_(shortName(spec.table.name())), chip_(&chip), capacity_(Index::none) {
-  parts_.reserve(spec.parts.size());
-  for (auto const& layout : spec.parts) {
+StoreBase::StoreBase(Chip& chip, TableSpec const& described)
+    : table_(described.table), name_(shortName(described.table.name())), chip_(&chip), capacity_(Index::none) {
+  parts_.reserve(described.parts.size());
+  for (auto const& layout : described.parts) {
     auto& part = parts_.emplace_back(Part{.layout = layout, .id = chip.newTableId()});
     part.layout.base = chip.profile()->table(layout.table).base;
     capacity_ = std::min(capacity_, chip.driver().capacity(part.id, part.layout));
   }
-  reserved_ = std::min(spec.reservedRows, capacity_);
+  reserved_ = std::min(described.reservedRows, capacity_);
   pool_ = Anvil::HBitmap(capacity_);
   pool_.setRange(0, reserved_);
 }

@@ -81,7 +81,7 @@ class StoreBase : public Dovel::Node {
     std::uint32_t count = 0;
   };
 
-  StoreBase(Chip& chip, TableSpec const& spec);
+  StoreBase(Chip& chip, TableSpec const& described);
   ~StoreBase() override;
 
   bool hasChip() const { return chip_ != nullptr; }

@@ -33,13 +33,13 @@ Kiln::Type const& TableUtil<Table>::typeData() const {
 
 template <class Table, class K, class E>
 TableSpec KeyedStore<Table, K, E>::tableSpec() {
-  TableSpec spec{Table::kilnType(), Table::reservedRows, {}};
+  TableSpec described{Table::kilnType(), Table::reservedRows, {}};
   auto const names = partNames<Table>();
   forEachPart([&](std::size_t part, auto const& of) {
     using PartEntry = std::remove_cvref_t<decltype(of(std::declval<E const&>()))>;
-    spec.parts.push_back(Row::layoutOf<PartEntry>(names.empty() ? shortName(Table::kilnName) : names[part]));
+    described.parts.push_back(Row::layoutOf<PartEntry>(names.empty() ? shortName(Table::kilnName) : names[part]));
   });
-  return spec;
+  return described;
 }
 
 template <class Table, class E>

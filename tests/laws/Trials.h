@@ -25,9 +25,9 @@ inline constexpr unsigned kShares = 4;
 
 /// Tries a law with the stories of one share's seeds, on chips of both ways of completion, up to the first that fails.
 ///
-/// TESSEL_SEEDS=5 or TESSEL_SEEDS=1-5000 are the seeds instead of the first `seeds`. A failure says how to repeat it
-/// and shows the story, cut down to events all of which it takes. A trial that ends the process names its seed; alone
-/// (TESSEL_SEEDS=5) it is run in a process of its own and cut down, too.
+/// TESSEL_SEEDS=5 or TESSEL_SEEDS=1-5000 name the stories to try instead of the first `seeds`. A failure says how to
+/// repeat it and shows the story, cut down to events all of which it takes. A trial that ends the process names its
+/// seed; alone (TESSEL_SEEDS=5) it is run in a process of its own and cut down, too.
 void tryLaw(Trials const& trials, unsigned share);
 
 }  // namespace AgentTest
