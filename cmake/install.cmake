@@ -2,6 +2,8 @@
 #
 #   find_package(TesselVxlan)
 #   target_link_libraries(mine PRIVATE Tessel::platform)      # and Tessel::TesselVxlan for the feature's own classes
+#
+# or `pkg-config --cflags --libs tessel-platform`.
 include(CMakePackageConfigHelpers)
 
 if(TARGET tessel-platform)
@@ -32,3 +34,6 @@ write_basic_package_version_file(${CMAKE_BINARY_DIR}/TesselVxlanConfigVersion.cm
 install(FILES ${CMAKE_BINARY_DIR}/TesselVxlanConfig.cmake ${CMAKE_BINARY_DIR}/TesselVxlanConfigVersion.cmake
         DESTINATION ${TESSEL_PACKAGE_DIR})
 install(EXPORT TesselVxlanTargets NAMESPACE Tessel:: DESTINATION ${TESSEL_PACKAGE_DIR})
+
+configure_file(cmake/tessel-platform.pc.in ${CMAKE_BINARY_DIR}/tessel-platform.pc @ONLY)
+install(FILES ${CMAKE_BINARY_DIR}/tessel-platform.pc DESTINATION lib/pkgconfig)

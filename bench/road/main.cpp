@@ -13,7 +13,7 @@
 #include "bench/road/Floor.h"
 #include "bench/road/Heap.h"
 #include "bench/road/RoadAgent.h"
-#include "platform/stateway/Document.h"
+#include "platform/document/Document.h"
 
 namespace RoadBench {
 namespace {

@@ -8,12 +8,12 @@
 
 #include "host/agent/World.h"
 #include "platform/asic/SimulatedChip.h"
+#include "platform/document/Document.h"
 #include "platform/kiln/Clock.h"
 #include "platform/kiln/Log.h"
 #include "platform/local/EntityManager.h"
 #include "platform/plugin/L3MounterBase.h"
 #include "platform/plugin/Loader.h"
-#include "platform/stateway/Document.h"
 #include "platform/stateway/EntityManager.h"
 #include "platform/vane/HwTunnel.h"
 #include "platform/vane/VaneTunnel.h"

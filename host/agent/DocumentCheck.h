@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/stateway/Document.h"
+#include "platform/document/Document.h"
 
 namespace Host {
 

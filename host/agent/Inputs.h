@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/stateway/Document.h"
+#include "platform/document/Document.h"
 
 namespace Host {
 

@@ -6,8 +6,8 @@
 #include <utility>
 
 #include "platform/asic/SimulatedChip.h"
+#include "platform/document/Document.h"
 #include "platform/kiln/Dir.h"
-#include "platform/stateway/Document.h"
 #include "platform/stateway/MountGroup.h"
 #include "platform/tessel/central/CommonData.h"
 #include "platform/vane/HwTunnel.h"

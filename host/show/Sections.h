@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "platform/asic/Chip.h"
+#include "platform/document/Document.h"
 #include "platform/kiln/Entity.h"
 #include "platform/kiln/FunctionRef.h"
-#include "platform/stateway/Document.h"
 
 namespace Host {
 

@@ -3,7 +3,6 @@
 #include <boost/unordered/unordered_flat_map.hpp>
 #include <deque>
 
-#include "platform/bridging/VlanId.h"
 #include "platform/kiln/Exceptions.h"
 #include "platform/kiln/Json.h"
 
@@ -13,6 +12,7 @@ namespace {
 constexpr std::uint32_t namedTag = 0x02000000;
 constexpr std::uint32_t maxNames = 0x01000000;
 constexpr std::string_view vlanPrefix = "Vlan";
+constexpr std::uint16_t maxVlan = 4094;
 
 /// The names of all interfaces that are not VLAN interfaces. A deque, so that the views in `indexes_` stay good.
 class NameTable {
@@ -41,9 +41,9 @@ class NameTable {
 std::uint16_t vlanOf(std::string_view name) {
   if (!name.starts_with(vlanPrefix)) return 0;
   name.remove_prefix(vlanPrefix.size());
-  Bridging::VlanId vlan;
+  std::uint16_t vlan = 0;
   bool const canonical = !name.starts_with('0') && Kiln::readText(name, vlan);
-  return canonical ? vlan.value() : std::uint16_t{0};
+  return canonical && vlan <= maxVlan ? vlan : std::uint16_t{0};
 }
 
 }  // namespace

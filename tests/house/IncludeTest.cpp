@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -50,6 +51,25 @@ TEST(House, nothingIncludesWhatLiesAboveIt) {
       for (auto const& include : includesOf(root / file)) {
         EXPECT_FALSE(above.contains(topFolder(include))) << file.string() << " includes " << include;
       }
+    }
+  }
+}
+
+TEST(House, platformFoldersIncludeOnlyLowerFloors) {
+  // Each may include those before it.
+  std::vector<std::string> const floors{"scree",         "dovel",    "kiln",  "anvil",  "meshal",   "evpn",
+                                        "logicalfap",    "bridging", "vxlan", "vane",   "stateway", "local",
+                                        "kilnsharedmem", "document", "asic",  "tessel", "plugin"};
+  auto const floorOf = [&](fs::path const& path) {
+    auto const at = std::find(floors.begin(), floors.end(), std::next(path.begin())->string());
+    return at == floors.end() ? -1 : at - floors.begin();
+  };
+  for (auto const& file : sourcesUnder("platform")) {
+    auto const own = floorOf(file);
+    EXPECT_GE(own, 0) << file.string() << " is in a folder without a floor";
+    for (auto const& include : includesOf(root / file)) {
+      if (topFolder(include) != "platform") continue;
+      EXPECT_LE(floorOf(include), own) << file.string() << " includes " << include;
     }
   }
 }

@@ -1,4 +1,4 @@
-#include "platform/stateway/Document.h"
+#include "platform/document/Document.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "platform/stateway/Document.h"
+#include "platform/document/Document.h"
 
 #include <algorithm>
 #include <array>
