@@ -22,8 +22,9 @@ template <std::unsigned_integral T>
 struct FilledByTable {
   T value = 0;
   constexpr FilledByTable() = default;
-  constexpr FilledByTable(T number) : value(number) {}  // NOLINT(google-explicit-constructor)
-  constexpr operator T() const { return value; }        // NOLINT(google-explicit-constructor)
+  // Implicit: a number is filled in as it is.
+  constexpr FilledByTable(T number) : value(number) {}
+  constexpr operator T() const { return value; }
 };
 
 template <class T>

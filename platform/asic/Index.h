@@ -18,7 +18,7 @@ struct Index : Kiln::StrongId<Index> {
 
 /// Which instance of a table: one for all units of the agent, or one for each logical FAP.
 struct UnitId : Kiln::StrongId<UnitId> {
-  // NOLINTNEXTLINE(google-explicit-constructor): a FAP id or the shared one is a unit.
+  // Implicit: a FAP id or the shared one is a unit.
   constexpr UnitId(std::uint32_t value) : StrongId(value) {}
 };
 /// The one instance that all units of the agent share.

@@ -79,10 +79,15 @@ struct Line<0> {
                                                                                                        \
  private:
 
+/// Before a member that is compiled in those sources alone that call it. Without it each source would compile the
+/// operations of all attributes in the headers that it includes.
+#define KILN_ON_USE template <class = void>
+
 #define KILN_ATTR(id_, Type_, name_, ...)                                 \
  public:                                                                  \
   [[maybe_unused]] static constexpr ::Kiln::AttributeId name_##Id = id_;  \
   Type_ const& name_() const { return name_##_; }                         \
+  KILN_ON_USE                                                             \
   void name_##Is(Type_ const& value) {                                    \
     if (name_##_ == value) return;                                        \
     [[maybe_unused]] Type_ const former = std::exchange(name_##_, value); \
@@ -109,6 +114,7 @@ struct Line<0> {
   Type_ const& name_() const { return name_##_; }                         \
                                                                           \
  private:                                                                 \
+  KILN_ON_USE                                                             \
   void name_##Set(Type_ const& value) {                                   \
     if (name_##_ == value) return;                                        \
     [[maybe_unused]] Type_ const former = std::exchange(name_##_, value); \
@@ -129,6 +135,7 @@ struct Line<0> {
     this->kilnChanged(id_);                                                \
     return made;                                                           \
   }                                                                        \
+  KILN_ON_USE                                                              \
   void name_##Del() {                                                      \
     auto const former = std::exchange(name_##_, nullptr);                  \
     if (!former) return;                                                   \
@@ -139,10 +146,6 @@ struct Line<0> {
  private:                                                                  \
   ::Dovel::Ptr<Class_> name_##_;                                           \
   KILN_LINE(fixed<::Dovel::Ptr<Class_>, &KilnSelf::name_>(id_, #name_))
-
-/// Before a member that is compiled in those sources alone that call it: a header with a collection would otherwise
-/// make every source that includes it compile the collection's operations.
-#define KILN_ON_USE template <class = void>
 
 #define KILN_COLL_OF(Map_, id_, Key_, Value_, name_)                                                 \
  public:                                                                                             \

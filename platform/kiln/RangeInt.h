@@ -21,7 +21,7 @@ template <std::size_t Size>
 struct FixedString {
   char text[Size];
 
-  // NOLINTNEXTLINE(google-explicit-constructor): a literal is the argument.
+  // Implicit: a literal is the argument.
   constexpr FixedString(char const (&literal)[Size]) { std::copy_n(literal, Size, text); }
 };
 
@@ -49,7 +49,7 @@ class RangeInt {
   }
 
   constexpr Rep value() const { return value_; }
-  // NOLINTNEXTLINE(google-explicit-constructor): reading is free.
+  // Implicit: reading is free.
   constexpr operator Rep() const { return value_; }
 
   friend constexpr bool operator==(RangeInt const&, RangeInt const&) = default;

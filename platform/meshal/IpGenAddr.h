@@ -21,10 +21,9 @@ class IpGenAddr {
   using Bytes = Ip6Addr::Bytes;
 
   constexpr IpGenAddr() = default;
-  // NOLINTBEGIN(google-explicit-constructor): an address of a family is an address.
+  // Implicit: an address of a family is an address.
   constexpr IpGenAddr(IpAddr const& addr);
   constexpr IpGenAddr(Ip6Addr const& addr) : af_(AddressFamily::ipv6), bytes_(addr.bytes()) {}
-  // NOLINTEND(google-explicit-constructor)
   /// Throws `RangeException` unless `text` is an address or empty. For addresses that are written in the program.
   explicit IpGenAddr(std::string_view text);
 

@@ -22,7 +22,7 @@ class VniExtOrNone {
   static constexpr std::uint32_t noneValue = 0xFFFFFFFF;
 
   constexpr VniExtOrNone() = default;
-  // NOLINTNEXTLINE(google-explicit-constructor): a network is one of the two.
+  // Implicit: a network is one of the two.
   constexpr VniExtOrNone(VniExt vni) : value_(vni.value()) {}
   /// Throws `RangeException` with the text of `VniExt` unless `value` is a network or `noneValue`.
   constexpr explicit VniExtOrNone(std::uint32_t value)

@@ -94,8 +94,9 @@ TEST(Gates, keepTheTunnelProgrammersBack) {
   world.start();
   w.createVxlanTunnelHelperSm();
   EXPECT_EQ(lastTrace(), "createVxlanTunnelHelperSm: Returning VTSNI");
-  for (auto const del : {&Wrapper::virtualPortTableProgrammerDel, &Wrapper::tunnelTermTableProgrammerDel,
-                         &Wrapper::nextHopTableProgrammerDel, &Wrapper::egrL3TunnelTablesProgrammerDel}) {
+  void (Wrapper::*const dels[])() = {&Wrapper::virtualPortTableProgrammerDel, &Wrapper::tunnelTermTableProgrammerDel,
+                                     &Wrapper::nextHopTableProgrammerDel, &Wrapper::egrL3TunnelTablesProgrammerDel};
+  for (auto const del : dels) {
     world.wrapperAgain().start();
     (world.wrapper().*del)();
     world.wrapper().createVxlanTunnelHelperSm();
