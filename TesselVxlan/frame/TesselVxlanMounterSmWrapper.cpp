@@ -76,7 +76,7 @@ void TesselVxlanMounterSmWrapper::doStartVxlanSms() {
   // Neither gate closes again, but the boot status can be bound or written again, also from inside what follows: the
   // first object that is created marks the start.
   if (vaneVxlanHwHerSm()) return;
-  vaneVxlanHwHerSmIs(Dovel::make<Vane::VXLAN::VaneVxlanHwHerSm>(
+  vaneVxlanHwHerSmIs(Vane::VXLAN::vaneVxlanHwHerSmFactory(
       vcsd(), l2RibFloodSet(), tunnelConfigDir()->tunnelConfig(Vane::vxlanHerTunnel_),
       tunnelStatusDir()->tunnelStatus(Vane::vxlanHerTunnel_), vaneVxlanHwHerVtepConfigDir(),
       vaneVxlanHwHerVtepStatusDir(), vxlanVtepStatusDir(), vtiStatusDir(), bridgingHwCapabilities(), false));

@@ -6,8 +6,8 @@
 #include "platform/bridging/BridgingConfig.h"
 #include "platform/plugin/L3MounterSmWrapper.h"
 #include "platform/tessel/central/VxlanRecords.h"
-#include "platform/tessel/held/Records.h"
 #include "platform/tessel/l3/L3Intf.h"
+#include "platform/tessel/opaque/Records.h"
 
 namespace TesselL3Unicast {
 

@@ -9,12 +9,12 @@
 #include "platform/tessel/features/L3NextHopAttributes.h"
 #include "platform/tessel/features/TesselChipAttributesVxlan.h"
 #include "platform/tessel/features/TesselSbrAttributes.h"
-#include "platform/tessel/held/Records.h"
-#include "platform/tessel/held/StateMachines.h"
 #include "platform/tessel/l3/EgrL3OifHelper.h"
 #include "platform/tessel/l3/L3Intf.h"
 #include "platform/tessel/l3common/TesselVxlanState.h"
 #include "platform/tessel/l3common/VxlanDirs.h"
+#include "platform/tessel/opaque/Records.h"
+#include "platform/tessel/opaque/StateMachines.h"
 #include "platform/tessel/qos/TrustStatus.h"
 
 KILN_DESCRIBE(TesselCentral::LogicalModInfo)
@@ -41,8 +41,6 @@ KILN_DESCRIBE(TesselTile::TesselSbrAttributes)
 KILN_DESCRIBE(Interface::VlanIntfConfigDir)
 KILN_DESCRIBE(L2Rib::FloodSetOutput)
 KILN_DESCRIBE(MrouteLib::MrouteVxlanDecapTable)
-KILN_DESCRIBE(Multicast::Tunnel::ConfigDirColl)
-KILN_DESCRIBE(Multicast::Tunnel::StatusDirColl)
 KILN_DESCRIBE(Multicast::Vxlan::VxlanMcastTunnelConfigDir)
 KILN_DESCRIBE(Multicast::Vxlan::VxlanMcastTunnelStatusDir)
 KILN_DESCRIBE(Multicast::Vxlan::VxlanBumTunnelConfigDir)
@@ -56,7 +54,6 @@ KILN_DESCRIBE(VxlanController::VtepStatusDirV2)
 KILN_DESCRIBE(Vxlan::RemoteVniToSBDVlanMergeSm)
 KILN_DESCRIBE(TesselVxlanCommon::L3McastEvpnStatusSmCommon)
 KILN_DESCRIBE(Vane::VXLAN::VaneVxlanHwHerSm)
-KILN_DESCRIBE(Vane::VXLAN::VaneVxlanMcastSm)
 KILN_DESCRIBE(TesselL3Tunnel::L3TunnelEgrL3OifHelper)
 KILN_DESCRIBE(VaneL3Intf::Table)
 KILN_DESCRIBE(TesselL3::RoutingStatus)

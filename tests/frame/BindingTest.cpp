@@ -1,3 +1,4 @@
+#include "platform/kiln/AttributeDefinitions.h"
 #include "tests/frame/FrameWorld.h"
 
 namespace FrameTest {
@@ -104,6 +105,54 @@ TEST_F(Bindings, areTheEntitiesAtTheirPaths) {
       {w.mrouteVxlanDecapTable(), world.stores().shmem->getEntity("routing/multicast/vxlanDecap")},
   };
   for (auto const& [is, wanted] : shared) EXPECT_EQ(is, wanted);
+}
+
+/// Notes the attributes of the wrapper as they change.
+class Order final : public Kiln::Sm {
+  KILN_BASE_TYPE(Order)
+
+ public:
+  explicit Order(TesselVxlan::TesselVxlanMounterSmWrapper& wrapper)
+      : wrapper_(*this, &wrapper, Kiln::SubscribeOnly{}) {}
+  std::string text;
+
+ private:
+  void wrapperDispatch(Dovel::Change const& change) {
+    for (auto const& attribute : wrapper_->typeData().ownAttributes()) {
+      if (attribute.id == change.id) text.append(attribute.name).append(" ");
+    }
+  }
+  Kiln::Watch<TesselVxlan::TesselVxlanMounterSmWrapper, &Order::wrapperDispatch> wrapper_;
+};
+KILN_DESCRIBE(Order)
+
+TEST(BindingOrder, isThatOfTheStart) {
+  FrameWorld world;
+  world.mountsComplete();
+  auto const has = world.state<TesselCentral::VxlanCapabilities>("hardware/tessel/centralStatus/vxlanCapabilities");
+  has->mcastTunnelSupportedIs(true);
+  has->underlayMcastSupportedIs(true);
+  auto const order = Dovel::make<Order>(world.wrapper());
+  world.start().tunnelSmIsReady();
+  EXPECT_EQ(order->text,
+            "vxlanToL2State vlanStatusDir hwTunnelConfigDir hwTunnelStatusDir routeDestinationTableDir "
+            "ecmpNhTableDir bumVtepConfigDir encapIdToBumVtepIpConfigDir floodUnderlayVlanToVtepListDir "
+            "ecnConfig vxlanConfigDir qosTrustStatusAllLocal qosTrustStatusDir qosTrustStatusSm "
+            "hwMcastTunnelConfig hwMcastTunnelStatus evpnStatus vxlanCapabilities helperVniConfig "
+            "helperVniStatus routingStatus vaneL3IntfTable dvpToVtepMapping tunnelIndexToVtepMapping "
+            "nhAttributes vaneVxlanHwHerVtepStatusDir vaneVxlanHwHerVtepConfigDir vxlanConfig vxlanStatus "
+            "vtiStatusDir tunnelConfigDir tunnelStatusDir vxlanTunnelConfig vxlanTunnelStatus "
+            "vxlanMemberTunnelConfig vxlanMemberTunnelStatus vaneVtepGroupConfigDir vaneVtepGroupStatusDir "
+            "vlanIntfConfigDir vxlanSliceConfig vfiCapabilityStatus bridgingHwCapabilities vlanVfiDir "
+            "vxlanHwStatusDir bridgingConfig vxlanInfo vtepGroupConfigDir vtepGroupStatusDir "
+            "tesselCentralVxlanState l2RibFloodSet vxlanVtepStatusDir irbRemoteVniToVlanStatus "
+            "staticRemoteVniToVlanStatus remoteVniToVlanStatus remoteVniToSBDVlanMergeSm mrouteVxlanDecapTable "
+            "vtepGrpTnlIdMapDir tunnelTermTableProgrammer l3Oif2TableHelper nextHopTableProgrammer "
+            "l3Oif1TableProgrammer egrL3TunnelTablesProgrammer virtualPortTableProgrammer "
+            "underlayEcmpProgrammer l2TunnelVnIdTable vxlanV4UnderlayMcastTable epreNextHopRemapTable "
+            "tablesInitialized ecmpIndirectionTableConfigReg vaneVxlanHwHerSm vxlanVtiStatusSm "
+            "hwTunnelProgrammer hwTunnelProgrammer vxlanTunnelHelperSm vxlanMemberTunnelHelperSm "
+            "l3McastEvpnStatusSm ");
 }
 
 TEST_F(Bindings, ofTheWrapperAreTheMountersOwn) {

@@ -1,8 +1,9 @@
 #pragma once
 
 #include "platform/bridging/BridgingConfig.h"
+#include "platform/dovel/Factory.h"
 #include "platform/kiln/Sm.h"
-#include "platform/tessel/held/Records.h"
+#include "platform/tessel/opaque/Records.h"
 #include "platform/vane/HerVtep.h"
 #include "platform/vane/VaneTunnel.h"
 #include "platform/vxlan/VxlanConfig.h"
@@ -83,8 +84,6 @@ class VaneVxlanHwHerSm final : public Kiln::Sm {
   bool initialized_ = false;
 };
 
-class VaneVxlanMcastSm final : public Kiln::Sm {
-  KILN_BASE_TYPE(Vane::VXLAN::VaneVxlanMcastSm)
-};
+inline constexpr Dovel::Factory<VaneVxlanHwHerSm> vaneVxlanHwHerSmFactory;
 
 }  // namespace Vane::VXLAN

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "platform/kiln/Entity.h"
+#include "platform/meshal/IpAddr.h"
+
+// Records of neighbouring features that this one mounts, stores and passes on without reading them. One that is read
+// gets a header of its own.
+
+/// A named entity without attributes.
+#define TESSEL_OPAQUE(Namespace_, Class_)            \
+  namespace Namespace_ {                             \
+  class Class_ final : public Kiln::NamedEntity {    \
+    KILN_TYPE(Namespace_::Class_, Kiln::NamedEntity) \
+                                                     \
+   public:                                           \
+    using NamedEntity::NamedEntity;                  \
+  };                                                 \
+  }
+
+TESSEL_OPAQUE(Interface, VlanIntfConfigDir)
+TESSEL_OPAQUE(L2Rib, FloodSetOutput)
+TESSEL_OPAQUE(Multicast::Vxlan, VxlanMcastTunnelConfigDir)
+TESSEL_OPAQUE(Multicast::Vxlan, VxlanMcastTunnelStatusDir)
+TESSEL_OPAQUE(Multicast::Vxlan, VxlanBumTunnelConfigDir)
+TESSEL_OPAQUE(Multicast::Vxlan, VxlanBumTunnelStatusDir)
+TESSEL_OPAQUE(Multicast::Vxlan, VxlanMcastHerTunnelConfigDir)
+TESSEL_OPAQUE(Multicast::Vxlan, VxlanMcastHerTunnelStatusDir)
+TESSEL_OPAQUE(Routing::Multicast, McastEvpnStatus)
+TESSEL_OPAQUE(VaneHelper, VaneHelperVniConfig)
+TESSEL_OPAQUE(VaneHelper, VaneHelperVniStatus)
+TESSEL_OPAQUE(VxlanController, VtepStatusDirV2)
+
+namespace MrouteLib {
+
+class MrouteVxlanDecapTable final : public Kiln::NamedEntity {
+  KILN_TYPE(MrouteLib::MrouteVxlanDecapTable, Kiln::NamedEntity)
+
+ public:
+  using NamedEntity::NamedEntity;
+
+  /// The path of the routes of a family in shared memory.
+  static char const* mountPath(Meshal::AddressFamily af) {
+    return af == Meshal::AddressFamily::ipv6 ? "routing6/multicast/vxlanDecap" : "routing/multicast/vxlanDecap";
+  }
+};
+
+}  // namespace MrouteLib
