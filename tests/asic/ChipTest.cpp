@@ -1,4 +1,4 @@
-// Outcomes on their way from the chip to who wrote, and what the simulated chip can be told.
+// Outcomes on their way from the chip to the writers, and what the simulated chip can be told.
 
 #include <gtest/gtest.h>
 
@@ -40,6 +40,38 @@ TEST_P(Outcomes, ComeInTheOrderOfTheWrites) {
   EXPECT_FALSE(world.chip->deliverOne());
 }
 
+TEST_P(Outcomes, ManyAreDeliveredOneByOneWhileOthersAreAdded) {
+  std::string expected;
+  for (std::uint32_t n = 0; n < 900; ++n) {
+    user(n % 5, std::to_string(n), n);
+    expected += std::to_string(n) + ":3 ";
+    if (n % 3 != 0) {
+      ASSERT_TRUE(world.chip->deliverOne());
+    }
+  }
+  EXPECT_EQ(world.chip->pending(), 300U);
+  EXPECT_EQ(world.take(), expected);
+}
+
+TEST_P(Outcomes, OfWhatIsRemovedOrStoppedAreSettledInSilence) {
+  auto const removed = user(1, "a");
+  world.user->entryRemove(1);
+  world.chip->hold("UserTable");
+  auto const held = user(2, "b");
+  auto const queued = leaf(1, "c");
+  EXPECT_EQ(world.chip->deliver(), 1U);
+  world.log.clear();
+  auto const last = leaf(2, "d");
+  world.chip->stop();
+  EXPECT_EQ(world.take(), "");
+  EXPECT_EQ(world.chip->pending(), 0U);
+  EXPECT_EQ(removed->state(), EntryState::none);
+  for (auto const& handle : {held, queued, last}) EXPECT_EQ(handle->state(), EntryState::written);
+  user(3, "e");
+  world.chip->release();
+  EXPECT_EQ(world.take(), "e:3 ") << "what is written after a stop is reported";
+}
+
 TEST_P(Outcomes, HeldTableIsPassedByTheOthers) {
   world.chip->hold("UserTable");
   user(1, "a");
@@ -48,8 +80,12 @@ TEST_P(Outcomes, HeldTableIsPassedByTheOthers) {
   EXPECT_EQ(world.take(), "b:3 ");
   EXPECT_EQ(world.chip->pending(), 2U);
   leaf(2, "d");
+  world.chip->hold("LeafTable");
+  world.chip->release("LeafTable");
+  EXPECT_EQ(world.take(), "d:3 ");
+  leaf(3, "e");
   world.chip->release();
-  EXPECT_EQ(world.take(), "a:3 c:3 d:3 ");
+  EXPECT_EQ(world.take(), "a:3 c:3 e:3 ") << "what was held is older";
 }
 
 TEST_P(Outcomes, ResponseMayWriteAndRemove) {

@@ -94,7 +94,7 @@ TEST_P(Handles, DependantsAreWrittenAgainWhenTheirTargetGetsARow) {
   std::vector<Handle> fillers;
   for (std::uint32_t n = 0; n < 15; ++n) fillers.push_back(world.leafRef(n));
   auto const late = world.leafRef(99, 9);
-  world.userOf(5, late);
+  world.userOf(5, late, late);
   PairEntry pair;
   pair.in.target = late;
   pair.out.number = 3;
@@ -145,9 +145,16 @@ TEST_P(Handles, TablesOfOneClassAndUnitShareTheirEntries) {
   auto const handle = world.leafRef(1, 11);
   EXPECT_EQ(other->entry(1).number, 11U);
   auto const fap = Dovel::make<LeafTable>("fap");
-  Asic::bringUp(*fap, nullptr, Asic::ChipInfo(world.chip), 3);
+  EXPECT_FALSE(fap->initialized());
+  fap->doInit(3, nullptr, Asic::ChipInfo(world.chip));
   EXPECT_EQ(fap->entrys(), 0U);
   EXPECT_EQ(fap->numEntries(), 16U);
+  EXPECT_EQ(world.chip->stores().size(), 6U);
+  EXPECT_EQ(world.chip->store("LeafTable"), world.leaf->store()) << "the shared one";
+  EXPECT_EQ(world.chip->store("Leaf"), nullptr);
+  Asic::bringUp(*other, nullptr, Asic::ChipInfo(world.chip));
+  EXPECT_EQ(world.leaf->entrys(), 0U);
+  EXPECT_TRUE(world.leaf->store()->published());
 }
 
 TEST_P(Handles, HandleMayOutliveTheChip) {
@@ -201,6 +208,13 @@ TEST_P(Handles, TextsNameTables) {
   entry.other = Asic::SwTableWorkaround::dontCareHandle(Index(4));
   EXPECT_EQ(Kiln::toText(entry), "{target=LeafTable[1],other=#4,number=0}");
   EXPECT_EQ(Kiln::toText(world.user->entry(9)), "absent");
+  auto const four = Asic::SwTableWorkaround::dontCareHandle(Index(4));
+  EXPECT_TRUE(sameEntry(entry.other, four));
+  EXPECT_FALSE(sameEntry(Asic::SwTableWorkaround::dontCareHandle(Index(5)), four));
+  EXPECT_FALSE(sameEntry(leaf, four));
+  EXPECT_FALSE(sameEntry(leaf, nullptr));
+  EXPECT_EQ(four->state(), EntryState::written);
+  EXPECT_EQ(four->tableName(), "");
 }
 
 }  // namespace

@@ -56,6 +56,15 @@ TEST_P(Queue, WhatCanNeverFitDoesNotWait) {
     EXPECT_EQ(world.members->store()->waiting(), 0U);
     EXPECT_TRUE(block(16, 200)->row()) << "nothing waits before it";
   }
+  SlotEntry entry;
+  entry.writeResponse = world.note("slot");
+  EXPECT_FALSE(world.slot->entryCommit(Index(16), entry)->row());
+  EXPECT_EQ(world.take(), "slot:5 ");
+  EXPECT_EQ(world.slot->store()->waiting(), 0U);
+  for (auto const& report : world.chip->tables()) {
+    EXPECT_EQ(report.refused, report.name == "MemberTable" ? 2U : report.name == "SlotTable" ? 1U : 0U) << report.name;
+    EXPECT_EQ(report.writes, report.clears) << report.name;
+  }
 }
 
 TEST_P(Queue, FirstComeFirstServed) {
