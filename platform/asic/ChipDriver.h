@@ -9,10 +9,10 @@
 
 namespace Asic {
 
-/// When the outcome of a write shows.
+/// When the outcome of a write can be seen.
 enum class Completion : std::uint8_t {
   direct,    ///< In the handle as soon as the write returns.
-  deferred,  ///< When the host's loop asks for it; in progress until then.
+  deferred,  ///< When the host's loop delivers it; in progress until then.
 };
 BOOST_DESCRIBE_ENUM(Completion, direct, deferred)
 
@@ -38,9 +38,9 @@ struct RowWrite {
   EntryHandle const& entry;              ///< Whose row it is, for messages.
 };
 
-/// What a chip does for the table library. It sees numbers, never entries.
+/// A chip as the table library uses it: four operations on rows of numbers.
 ///
-/// Four operations; calls come on the main thread, one at a time.
+/// Called on the main thread only, and never from inside one of its own operations.
 class ChipDriver {
  public:
   virtual ~ChipDriver() = default;
@@ -48,7 +48,7 @@ class ChipDriver {
   /// How many rows the chip has for the table `id`: 0 if it doesn't have the table. Called once, before its first
   /// write. `layout` lives as long as the driver is used.
   virtual std::uint32_t capacity(TableId id, RowLayout const& layout) = 0;
-  /// Puts one row into the chip; gives `written`, or `failed` or `full` where the row is as it was.
+  /// Writes one row; returns `written`, or `failed` or `full` if the row is unchanged.
   virtual EntryState writeRow(RowWrite const& write) = 0;
   virtual void clearRow(TableId table, std::uint32_t row) = 0;
   virtual Completion completion() const = 0;

@@ -8,13 +8,13 @@
 
 namespace Asic {
 
-/// How much room a chip gives to one of its tables.
+/// The size of one table of a chip.
 struct TableSize {
   std::uint32_t rows = 0;  ///< 0: the chip doesn't have the table.
   std::uint32_t base = 0;  ///< The chip's number of the first row; not 0 for parts of merged tables only.
 };
 
-/// What one type of chip has: rows by table, and features by type.
+/// One type of chip: rows by table, and features by type.
 ///
 /// Built by the loader or by a test; not changed once a chip uses it.
 class ChipProfile final : public Dovel::Node {
@@ -33,9 +33,9 @@ class ChipProfile final : public Dovel::Node {
   bool isTestChip() const { return isTestChip_; }
   void isTestChipIs(bool is) { isTestChip_ = is; }
 
-  /// The room of a table by its name without namespace; no rows for a table that the chip doesn't have.
+  /// The size of a table by its name without namespace; no rows for a table that the chip doesn't have.
   TableSize table(std::string_view table) const;
-  /// Sizes a table. One with rows brings its `Util` feature; so does a merged table whose parts all have rows.
+  /// Sets the size of a table. One with rows adds its `Util` feature; so does a merged table whose parts all have rows.
   void tableIs(std::string_view table, TableSize size);
   std::map<std::string, TableSize, std::less<>> const& tables() const { return tables_; }
 
@@ -46,7 +46,7 @@ class ChipProfile final : public Dovel::Node {
     auto const found = feature(T::kilnType());
     return Dovel::Ptr<T const>(static_cast<T const*>(found.get()));
   }
-  /// Puts a feature in under its own type.
+  /// Adds a feature under its own type.
   void featureIs(Dovel::Ptr<Feature const> const& feature);
   /// Features by the name of their type.
   std::map<std::string_view, Dovel::Ptr<Feature const>> const& features() const { return features_; }

@@ -12,12 +12,12 @@ namespace Asic {
 
 /// Base of every entry: a plain value that is built on the stack, passed by reference and copied by its table.
 ///
-/// An entry is described by `ASIC_ENTRY`: comparison, text and the numbers of its row come from that. A part of a
+/// `ASIC_ENTRY` describes an entry: comparison, text and the numbers of its row are derived from that. A part of a
 /// merged entry is an entry itself.
 struct EntryBase {};
 
-/// A number that the table works out when the entry is written. What the writer puts in is overwritten, and comparing
-/// entries leaves it out.
+/// A number that the table computes when the entry is written. A value set by the writer is overwritten, and comparison
+/// of entries ignores it.
 template <std::unsigned_integral T>
 struct FilledByTable {
   T value = 0;
@@ -36,7 +36,7 @@ template <class T>
 concept EntryType = std::is_base_of_v<EntryBase, T>;
 
 /// Whether all fields of two entries are equal. Handles are equal when they name the same entry; write responses and
-/// what the table fills in don't count. An absent entry equals nothing.
+/// fields filled by the table are ignored. An absent entry equals nothing.
 template <EntryType E>
 bool isEq(E const& a, E const& b) {
   if (a.absent || b.absent) return false;
@@ -57,12 +57,12 @@ bool isEq(E const& a, E const& b) {
   return same;
 }
 
-/// The text of a handle: "table[key]", "#index" for one that does not matter, "null".
+/// The text of a handle: "table[key]", "#index" for a don't-care handle, "null".
 void appendHandleText(std::string& out, EntryHandle::PtrConst const& handle);
-/// The same under the name by which traces look for it.
+/// The same under the name that traces look up.
 inline void appendText(std::string& out, EntryHandle::PtrConst const& handle) { appendHandleText(out, handle); }
 
-/// The row of a handle's entry as a field of 16 bits; 0 while it has none.
+/// The row of a handle's entry as a field of 16 bits; 0 if it has none.
 inline std::uint16_t rowNumber16(EntryHandle::PtrConst const& handle) {
   auto const row = handle ? handle->row() : std::nullopt;
   return row ? static_cast<std::uint16_t>(row->value()) : std::uint16_t{0};
@@ -113,7 +113,7 @@ E makeAbsent() {
 }  // namespace Asic
 
 /// Describes an entry's fields, in the order of the row; last in the struct, whose access is public.
-/// `absent` marks what a table gives for a key that it doesn't have.
+/// `absent` marks what a table returns for a key that it doesn't have.
 #define ASIC_ENTRY(Entry_, ...) \
   bool absent = false;          \
   BOOST_DESCRIBE_CLASS(Entry_, (), (__VA_ARGS__), (), ())

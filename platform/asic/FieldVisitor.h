@@ -8,7 +8,7 @@
 
 namespace Asic {
 
-/// Is shown the fields of one entry, in their order; parts of a merged entry and rows of a block come as groups.
+/// Receives the fields of one entry in their order; parts of a merged entry and rows of a block as groups.
 class FieldVisitor {
  public:
   virtual void number(std::string_view name, std::uint64_t value) = 0;
@@ -25,7 +25,7 @@ class FieldVisitor {
 
 class StoreBase;
 
-/// One entry, for show. Good for the time of the call that it is handed to.
+/// One entry, for show. Valid during the call that it is passed to.
 class EntryView {
  public:
   explicit EntryView(RecordBase const& record) : record_(record) {}
@@ -33,7 +33,7 @@ class EntryView {
   std::string key() const;
   std::optional<Index> row() const;
   EntryState state() const;
-  /// Whether the entry's key was removed while others still use the entry.
+  /// Whether the entry's key was removed while other entries still refer to it.
   bool removed() const;
   void fields(FieldVisitor& visitor) const;
 

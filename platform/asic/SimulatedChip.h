@@ -11,7 +11,7 @@ namespace Asic {
 /// A chip in memory: each row as numbers by field name.
 ///
 /// Its tables are as large as the profile says. Can be told to refuse writes, with `failed` or `full`; the row is then
-/// as it was. Main thread only.
+/// unchanged. Main thread only.
 class SimulatedChip final : public ChipDriver {
  public:
   explicit SimulatedChip(Dovel::Ptr<ChipProfile const> profile, Completion completion = Completion::direct);
@@ -22,7 +22,7 @@ class SimulatedChip final : public ChipDriver {
   void clearRow(TableId table, std::uint32_t row) override;
   Completion completion() const override { return completion_; }
 
-  // Refusals. `with` is `failed` or `full`; several may be set, each counts or matches for itself.
+  // Refusals. `with` is `failed` or `full`; several may be set, each counts or matches on its own.
   /// The `n`-th write from now on, 1 being the next; once.
   void refuseNth(std::uint64_t n, EntryState with);
   /// Every `k`-th write from now on.
@@ -31,10 +31,10 @@ class SimulatedChip final : public ChipDriver {
   void refuseTable(std::string_view table, EntryState with);
   /// Every write for an entry with that key, in whatever table.
   void refuseKey(std::string_view keyText, EntryState with);
-  /// Refuses nothing any more.
+  /// Ends all refusals.
   void refuseNone();
 
-  /// A row's words, empty if the row is clear. REQUIRES: the table is there.
+  /// A row's words, empty if the row is clear. REQUIRES: the table exists.
   std::span<std::uint64_t const> row(std::string_view table, std::uint32_t row) const;
   /// The words of one field of a row, by the field's name. REQUIRES: the row is written.
   std::span<std::uint64_t const> words(std::string_view table, std::uint32_t row, std::string_view field) const;
@@ -51,7 +51,7 @@ class SimulatedChip final : public ChipDriver {
   struct Refusal {
     enum class By : std::uint8_t { nth, every, table, key } by;
     EntryState with;
-    std::uint64_t count;  ///< Writes to go, or the distance.
+    std::uint64_t count;  ///< Writes still to pass, or the distance.
     std::string text;
     std::uint64_t seen = 0;
   };

@@ -25,7 +25,8 @@ class SwTableBase : public Kiln::NamedEntity {
 
 /// A software table: one of the objects of a table class, bound to the one store of class and unit on a chip.
 ///
-/// Reads and writes go to the store; what one object writes, all see. Before `doInit` only the names may be asked for.
+/// Reads and writes go to the store: all objects of the class see the same entries. Before `doInit` only the names may
+/// be read.
 /// Main thread only.
 class SwTable : public SwTableBase {
   KILN_TYPE(Asic::SwTable, Asic::SwTableBase)
@@ -36,13 +37,13 @@ class SwTable : public SwTableBase {
 
   /// Binds the table to the state database and to the chip. REQUIRES: `chipInfo` names a chip.
   void doInit(UnitId unit, Dovel::Ptr<Stateway::EntityManager> const& statewayEm, ChipInfo const& chipInfo);
-  /// Tells the chip that the table is in service. REQUIRES: `doInit`.
+  /// Marks the table as in service. REQUIRES: `doInit`.
   void doPublishHwTableMountInfo();
-  /// Tables of this chip are in process: nothing has to be mounted for them.
+  /// The tables are in this process: nothing has to be mounted for them.
   template <class MountGroup>
   static void doMountHwTableMountInfo(MountGroup&&) {}
 
-  /// The rows that the profile gives to the table. REQUIRES: `doInit`.
+  /// The rows of the table in the profile. REQUIRES: `doInit`.
   std::uint32_t numEntries() const;
   /// Null before `doInit`.
   Dovel::Ptr<StoreBase> const& store() const { return store_; }
@@ -58,7 +59,7 @@ class SwTable : public SwTableBase {
   Dovel::Ptr<StoreBase> store_;
 };
 
-/// Brings a table up the way all programmers do: bound, published, empty.
+/// Binds, publishes and empties a table: the bring-up that all programmers share.
 template <class Table>
 void bringUp(Table& table, Dovel::Ptr<Stateway::EntityManager> const& statewayEm, ChipInfo const& chipInfo,
              UnitId unit = kSharedUnit) {

@@ -1,8 +1,8 @@
 #pragma once
 
-// Makes the stores of table classes and their places in the list. For the one source file that includes the headers of
-// a folder's table classes (Tables.cpp), and for a source file that describes a table of its own: what is made there
-// serves the whole program, and other files only refer to it.
+// Instantiates the stores and registrations of table classes. For the one source file that includes the headers of a
+// folder's table classes (Tables.cpp), and for a source file that describes a table of its own: other files only refer
+// to what is instantiated there.
 
 #include "platform/asic/SwTable.h"
 #include "platform/kiln/AttributeDefinitions.h"

@@ -7,7 +7,7 @@
 
 namespace Asic {
 
-/// What is known of a table class that is loaded.
+/// A table class that is loaded.
 struct TableClass {
   std::string_view name;  ///< Without namespace.
   Kiln::Type const* type;
@@ -15,7 +15,7 @@ struct TableClass {
   Dovel::Ptr<Feature const> (*makeUtil)();
 };
 
-/// Puts a table class into the list, at load time.
+/// Registers a table class, at load time.
 struct TableLink {
   TableLink(Kiln::Type const& type, std::vector<std::string_view> (*parts)(), Dovel::Ptr<Feature const> (*makeUtil)());
 };
