@@ -108,10 +108,9 @@ NextHopTableProgrammerBase::Handle NextHopTableProgrammer::insertEntry(Vane::Tun
   }
   ++changes_;
   entry.writeResponse = Response{Dovel::Ptr<NextHopTableProgrammer>(this), key.macAddr()};
-  auto handle = table.entryRef(key, entry);
-  INVARIANT(handle);
   // At once where the state is final: a full table is reported even if the entry is removed before its completion.
-  entry.writeResponse(handle->state());
+  auto handle = table.entryRef(key, entry, Asic::Report::atOnce);
+  INVARIANT(handle);
   return handle;
 }
 

@@ -128,10 +128,9 @@ VirtualPortProgrammer::Handle VirtualPortProgrammer::insertEntry(Vane::TunnelKey
   INVARIANT(tnlIdMap);
   auto entry = tunnelRow(addr, dataPathLearning, egrL3TunnelTableHandle);
   entry.writeResponse = Response{Dovel::Ptr<VirtualPortProgrammer const>(this), addr};
-  auto handle = virtualPortTable()->entryCommit(addr, entry);
   // A chip that completes at once has written the port: its id is published before the overlay entry refers to the
   // port.
-  entry.writeResponse(handle->state());
+  auto handle = virtualPortTable()->entryCommit(addr, entry, Asic::Report::atOnce);
   reverseMapsIs(addr);
   return handle;
 }

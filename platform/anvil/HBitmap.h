@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cassert>
@@ -39,11 +40,14 @@ class HBitmap {
   /// The lowest clear bit; nothing where all are set.
   std::optional<Bit> findClearBit() const;
 
+  /// Sets the lowest clear bit and returns it.
+  std::optional<Bit> takeClearBit();
+
   /// The first of the lowest `length` clear bits in a row; nothing where there is no such run. Linear in words of the
   /// pool past its first clear bit. REQUIRES: length > 0.
   std::optional<Bit> findClearRange(Bit length) const;
 
-  friend bool operator==(HBitmap const&, HBitmap const&) = default;
+  friend bool operator==(HBitmap const& a, HBitmap const& b) { return a.size_ == b.size_ && a.words_ == b.words_; }
 
  private:
   using Word = std::uint64_t;
@@ -60,6 +64,7 @@ class HBitmap {
 
   Bit size_ = 0;
   Bit count_ = 0;
+  Bit firstWord_ = 0;       ///< No word of level 0 before this one has a clear bit; itself it may have none.
   std::size_t levels_ = 0;  ///< 0 only for an empty pool.
   std::array<Bit, kMaxLevels> levelAt_{};
   std::vector<Word> words_;
@@ -82,12 +87,28 @@ inline void HBitmap::setBit(Bit bit) {
 inline void HBitmap::clearBit(Bit bit) {
   if (!isSet(bit)) return;
   --count_;
+  firstWord_ = std::min(firstWord_, bit / kWordBits);
   for (std::size_t level = 0; level < levels_; ++level, bit /= kWordBits) {
     auto& here = word(level, bit / kWordBits);
     auto const known = here != 0;
     here |= mask(bit);
     if (known) return;
   }
+}
+
+inline std::optional<HBitmap::Bit> HBitmap::takeClearBit() {
+  if (count_ == size_) return {};
+  auto& here = words_[firstWord_];
+  if ((here & (here - 1)) != 0) [[likely]] {  // at least two: the levels above need not change
+    auto const bit = firstWord_ * kWordBits + static_cast<Bit>(std::countr_zero(here));
+    here &= here - 1;
+    ++count_;
+    return bit;
+  }
+  auto const bit = findClearBit();
+  firstWord_ = *bit / kWordBits;
+  setBit(*bit);
+  return bit;
 }
 
 inline std::optional<HBitmap::Bit> HBitmap::findClearBit() const {

@@ -33,9 +33,8 @@ template <class Table, class E>
 class BlockStore final : public StoreBase {
  public:
   using Block = EntryBlock<E>;
-  struct Record final : RecordBase {
-    Record(StoreBase& store, Block const& block) : RecordBase(store), key(block) {}
-    Block key;
+  struct Record final : RecordBase, KeyMember<Block> {
+    Record(StoreBase& store, Block const& block) : RecordBase(store, store), KeyMember<Block>{block} {}
     RowRange surplus;  ///< Rows that it still owns though it is displaced.
   };
 
@@ -47,11 +46,10 @@ class BlockStore final : public StoreBase {
   /// The returned handle is a reference to the block. `former` is what it replaces for the caller, null for nothing:
   /// if nothing else refers to that block and its rows suffice, they become the new block's.
   EntryHandle::PtrConst ref(Block const& block, EntryHandle::PtrConst const& former) {
-    if (auto const found = records_.find(block); found != records_.end()) return refAgain(**found);
-    auto* const replaced = replaceable(former);
-    auto* const record = ::new (Scree::slabAllocOrStdMalloc(sizeof(Record))) Record(*this, block);
-    records_.insert(record);
+    auto const [record, isNew] = records_.findOrMake(block, [&] { return newRecord(block); });
+    if (!isNew) return refAgain(*record);
     EntryHandle::PtrConst handle(&record->strong());
+    auto* const replaced = replaceable(former);
     storeMembers(*record);
     WriteResponseFn none;
     if (replaced && replaced->hasRow() && length(*record) <= length(*replaced)) {
@@ -68,20 +66,18 @@ class BlockStore final : public StoreBase {
   }
   /// Null if there is no block of those members.
   EntryHandle::PtrConst weakRef(Block const& block) const {
-    auto const found = records_.find(block);
-    return found == records_.end() ? nullptr : EntryHandle::PtrConst(&(*found)->weak());
+    auto const* const found = records_.find(block);
+    return found ? EntryHandle::PtrConst(&found->weak()) : nullptr;
   }
   void removeAll() override {
-    std::vector<EntryHandle::PtrConst> all;
-    for (auto const* record : records_) all.emplace_back(&record->weak());
-    for (auto const& handle : all) {
+    std::vector<EntryHandle::PtrConst> handles;
+    for (auto const* record : records_.all()) handles.emplace_back(&record->weak());
+    for (auto const& handle : handles) {
       if (handle->record()->keyed) removeKey(*handle->record());
     }
   }
 
-  void forEachEntry(Kiln::FunctionRef<void(EntryView const&)> show) const override {
-    showSorted({records_.begin(), records_.end()}, show);
-  }
+  void forEachEntry(Kiln::FunctionRef<void(EntryView const&)> show) const override { showSorted(records_.all(), show); }
   /// The text of the members' handles in brackets.
   void keyText(RecordBase const& record, std::string& out) const override;
   void showFields(RecordBase const& record, FieldVisitor& visitor) const override;
@@ -112,6 +108,9 @@ class BlockStore final : public StoreBase {
       finishWrite(record, sendAll(record), none);
     }
     return handle;
+  }
+  Record* newRecord(Block const& block) {
+    return ::new (Scree::slabAllocOrStdMalloc(sizeof(Record))) Record(*this, block);
   }
   /// The block of `former` if the caller's reference is the only one.
   Record* replaceable(EntryHandle::PtrConst const& former) {
@@ -172,7 +171,7 @@ class BlockStore final : public StoreBase {
     auto const& members = typed(record).key.members();
     return std::any_of(members.begin(), members.end(), [](E const& member) { return Row::refersToRowless(member); });
   }
-  void eraseKey(RecordBase& record) override { records_.erase(records_.find(typed(record).key)); }
+  void eraseKey(RecordBase& record) override { records_.erase(typed(record)); }
   // The members are the key, which was erased before.
   void dropContents(RecordBase& base) override {
     auto& record = typed(base);
@@ -187,7 +186,7 @@ class BlockStore final : public StoreBase {
     Scree::slabFreeOrStdFree(&typed(record), sizeof(Record));
   }
 
-  typename RecordSet<Record, Block, BlockHash, BlockEqual>::type records_;
+  RecordSet<Record, Block, BlockHash, BlockEqual> records_;
 };
 
 template <class Table, class E>

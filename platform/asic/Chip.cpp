@@ -124,17 +124,6 @@ Dovel::Ptr<StoreBase> const& Chip::storeOf(Kiln::Type const& table, UnitId unit,
   return stores_.emplace_back(key, make(*this, unit)).second;
 }
 
-void Chip::outcomeIs(RecordBase& record, EntryState outcome, WriteResponseFn response) {
-  record.lastWrite = ++lastWrite_;
-  if (completion_ == Completion::direct) {
-    record.state = outcome;
-    if (!response) return;
-  } else {
-    record.state = EntryState::inProgress;
-  }
-  queue_.push_back({EntryHandle::PtrConst(&record.weak()), std::move(response), lastWrite_, outcome});
-}
-
 void Chip::dependantIs(RecordBase& target, RecordBase& dependant) {
   dependants_.try_emplace({&target, &dependant}, ++lastDependant_);
 }

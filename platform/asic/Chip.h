@@ -29,11 +29,12 @@ struct ChipTableReport {
 /// A chip with its software tables: the stores by table class and unit, the driver, and the outcomes to be delivered.
 ///
 /// Outcomes of writes are queued in the order of the writes; the host's loop delivers them, and responses run then and
-/// never inside a write. With direct completion an entry's state is final when the write returns and only responses are
-/// queued; with deferred completion the state changes when the outcome is delivered. The last state that an entry's
-/// response is called with is the entry's state, also where the table wrote the entry again on its own.
-/// After `stop` entries exist until they are removed or the chip is destroyed. Main thread only. What a response writes
-/// is queued behind; a response may also deliver, stop the chip and release the last reference to it.
+/// never inside a write, unless the writer asks for `Report::atOnce`. With direct completion an entry's state is final
+/// when the write returns and only responses are queued; with deferred completion the state changes when the outcome is
+/// delivered. The last state that an entry's response is called with is the entry's state, also where the table wrote
+/// the entry again on its own. After `stop` entries exist until they are removed or the chip is destroyed. Main thread
+/// only. What a response writes is queued behind; a response may also deliver, stop the chip and release the last
+/// reference to it.
 class Chip final : public Dovel::Node {
   KILN_BASE_TYPE(Asic::Chip)
 
@@ -76,8 +77,8 @@ class Chip final : public Dovel::Node {
   /// The store of a table class and unit; created by the first call.
   Dovel::Ptr<StoreBase> const& storeOf(Kiln::Type const& table, UnitId unit, MakeStore make);
   TableId newTableId() { return nextTable_++; }
-  /// Takes the outcome of a write of `record`.
-  void outcomeIs(RecordBase& record, EntryState outcome, WriteResponseFn response);
+  /// Takes the outcome of a write of `record`. An outcome that is final and reported at once is not queued.
+  void outcomeIs(RecordBase& record, EntryState outcome, WriteResponseFn&& response, Report report);
   /// `dependant` stores a handle of `target`, which has no row.
   void dependantIs(RecordBase& target, RecordBase& dependant);
   void dependantDel(RecordBase& target, RecordBase& dependant);
@@ -114,5 +115,16 @@ class Chip final : public Dovel::Node {
   std::map<std::pair<RecordBase*, RecordBase*>, std::uint64_t> dependants_;  ///< Target and dependant; by age.
   std::uint64_t lastDependant_ = 0;
 };
+
+inline void Chip::outcomeIs(RecordBase& record, EntryState outcome, WriteResponseFn&& response, Report report) {
+  record.lastWrite = ++lastWrite_;
+  if (completion_ == Completion::direct) {
+    record.state = outcome;
+    if (!response || report == Report::atOnce) return;
+  } else {
+    record.state = EntryState::inProgress;
+  }
+  queue_.push_back({EntryHandle::PtrConst(&record.weak()), std::move(response), lastWrite_, outcome});
+}
 
 }  // namespace Asic

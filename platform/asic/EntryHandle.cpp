@@ -19,30 +19,7 @@ class DontCareHandle final : public EntryHandle {
 
 }  // namespace
 
-RecordBase* EntryHandle::record() const {
-  if (kind_ == Kind::dontCare) return nullptr;
-  auto* const self = const_cast<EntryHandle*>(this);
-  if (kind_ == Kind::strong) return static_cast<RecordBase*>(static_cast<StrongHandle*>(self));
-  return static_cast<RecordBase*>(static_cast<WeakHandle*>(self));
-}
-
 Index EntryHandle::dontCareIndex() const { return static_cast<DontCareHandle const*>(this)->index(); }
-
-EntryState EntryHandle::state() const {
-  auto const* of = record();
-  return of ? of->state : EntryState::written;
-}
-
-bool EntryHandle::gone() const {
-  auto const* of = record();
-  return of && of->expired;
-}
-
-std::optional<Index> EntryHandle::row() const {
-  auto const* of = record();
-  if (!of) return dontCareIndex();
-  return of->hasRow() ? std::optional(Index(of->row)) : std::nullopt;
-}
 
 std::string EntryHandle::keyText() const {
   std::string text;

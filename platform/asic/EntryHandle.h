@@ -13,28 +13,28 @@ namespace Asic {
 
 class RecordBase;
 
-/// Stands for one entry of one table; what an entry of another table stores to point at it.
+/// Names one entry of one table; an entry of another table stores it to point at that entry.
 ///
-/// A strong handle is a use of its entry, a weak one keeps nothing alive and reads as gone afterwards. Each entry has
-/// one of either kind inside its record, so that handing one out allocates nothing. A handle that is stored in an entry
-/// counts as a use whichever kind was passed in. Main thread only.
+/// A strong handle is a reference to its entry; a weak one keeps nothing alive and can be asked whether the entry still
+/// exists. Both kinds are part of the entry's record, so that returning one allocates nothing. A handle that is stored
+/// in an entry counts as a reference, whichever kind was passed in. Main thread only.
 class EntryHandle : public Dovel::Node {
   KILN_BASE_TYPE(Asic::EntryHandle)
 
  public:
   using PtrConst = Dovel::Ptr<EntryHandle const>;
 
-  /// Of the entry; `none` when it has gone.
+  /// Of the entry; `none` if it no longer exists.
   EntryState state() const;
-  /// Whether the entry has gone; true of weak handles only.
+  /// Whether the entry no longer exists; true of weak handles only.
   bool gone() const;
-  /// The entry's first row; null while it has none: it waits for one, or it has gone.
+  /// The entry's first row; null if it has none: it waits for one, or no longer exists.
   std::optional<Index> row() const;
   /// Empty for a don't-care handle.
   std::string keyText() const;
   std::string_view tableName() const;
 
-  /// What the table knows of the entry, null for a don't-care handle. For the table library.
+  /// The table's record of the entry, null for a don't-care handle. For the table library.
   RecordBase* record() const;
   /// The number of a don't-care handle. REQUIRES: `record()` is null.
   Index dontCareIndex() const;
@@ -50,11 +50,13 @@ class EntryHandle : public Dovel::Node {
 /// Whether both name the same entry, by handles of either kind; two nulls do.
 bool sameEntry(EntryHandle::PtrConst const& a, EntryHandle::PtrConst const& b);
 
-/// Handles that no table gives.
+/// Handles that no table returns.
 struct SwTableWorkaround {
   /// A handle for a field whose target does not matter to the chip in this entry: its number is `index`, its state
-  /// `written`. Handles of equal numbers name the same.
+  /// `written`. Handles of equal numbers are equal.
   static EntryHandle::PtrConst dontCareHandle(Index index);
 };
 
 }  // namespace Asic
+
+#include "platform/asic/Record.h"  // IWYU pragma: export

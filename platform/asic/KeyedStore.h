@@ -9,26 +9,63 @@
 
 namespace Asic {
 
-/// Finds records by their keys: a pointer a record, no copy of the key.
-template <class Record, class Key, class Hash, class Equal>
-struct RecordSet {
+/// The key of a record, as a base of it: the record is found from the address of its key.
+template <class Key>
+struct KeyMember {
+  Key key;
+};
+
+/// Records by their keys, a pointer each: the keys that it holds lie in the records, as their member `key`.
+template <class Record, class Key, class Hash = Kiln::Hash<Key>, class Equal = std::equal_to<Key>>
+class RecordSet {
+ public:
+  std::size_t size() const { return keys_.size(); }
+  bool empty() const { return keys_.empty(); }
+  void reserve(std::size_t records) { keys_.reserve(records); }
+
+  /// Null if there is none.
+  Record* find(Key const& key) const {
+    auto const found = keys_.find(&key);
+    return found == keys_.end() ? nullptr : recordOf(*found);
+  }
+  /// The record of `key`, otherwise the one that `make()` returns, in one look-up.
+  template <class Make>
+  std::pair<Record*, bool> findOrMake(Key const& key, Make const& make) {
+    auto const [at, isNew] = keys_.insert(&key);
+    if (!isNew) return {recordOf(*at), false};
+    Record* const record = make();
+    const_cast<Key const*&>(*at) = &record->key;  // an equal key: its place is the same
+    return {record, true};
+  }
+  void erase(Record const& record) { keys_.erase(keys_.find(&record.key)); }
+
+  /// All records, in no order.
+  std::vector<Record*> all() const {
+    std::vector<Record*> records;
+    records.reserve(size());
+    for (auto const* key : keys_) records.push_back(recordOf(key));
+    return records;
+  }
+
+ private:
   struct KeyHash {
-    using is_transparent = void;
     using is_avalanching = void;
-    std::size_t operator()(Key const& key) const { return Hash{}(key); }
-    std::size_t operator()(Record const* record) const { return Hash{}(record->key); }
+    std::size_t operator()(Key const* key) const { return Hash{}(*key); }
   };
   struct KeyEqual {
-    using is_transparent = void;
-    bool operator()(Record const* a, Record const* b) const { return a == b; }
-    bool operator()(Key const& key, Record const* record) const { return Equal{}(key, record->key); }
-    bool operator()(Record const* record, Key const& key) const { return Equal{}(key, record->key); }
+    bool operator()(Key const* a, Key const* b) const { return a == b || Equal{}(*a, *b); }
   };
-  using type = boost::unordered_flat_set<Record*, KeyHash, KeyEqual>;
+
+  static Record* recordOf(Key const* key) {
+    return static_cast<Record*>(reinterpret_cast<KeyMember<Key>*>(const_cast<Key*>(key)));
+  }
+
+  boost::unordered_flat_set<Key const*, KeyHash, KeyEqual> keys_;
 };
 
 /// Shows records in the order of their keys' text.
-inline void showSorted(std::vector<RecordBase const*> const& records, Kiln::FunctionRef<void(EntryView const&)> show) {
+template <class Record>
+void showSorted(std::vector<Record*> const& records, Kiln::FunctionRef<void(EntryView const&)> show) {
   std::vector<std::pair<std::string, RecordBase const*>> order;
   for (auto const* record : records) order.emplace_back(EntryView(*record).key(), record);
   std::stable_sort(order.begin(), order.end(), [](auto const& a, auto const& b) { return a.first < b.first; });
@@ -39,10 +76,10 @@ inline void showSorted(std::vector<RecordBase const*> const& records, Kiln::Func
 template <class Table, class K, class E>
 class KeyedStore final : public StoreBase {
  public:
-  struct Record final : RecordBase {
-    Record(StoreBase& store, K const& itsKey) : RecordBase(store), key(itsKey) {}
-    K const key;
-    E entry{};
+  struct Record final : RecordBase, KeyMember<K> {
+    Record(StoreBase& store, K const& itsKey, E const& itsEntry)
+        : RecordBase(store, store), KeyMember<K>{itsKey}, entry(itsEntry) {}
+    E entry;
   };
 
   KeyedStore(Chip& chip, TableSpec const& described) : StoreBase(chip, described) { records_.reserve(capacity()); }
@@ -53,49 +90,59 @@ class KeyedStore final : public StoreBase {
   /// The entry that an ordinary write of `key` made, otherwise the one at a fixed row; null if there is none.
   Record* find(K const& key) const {
     if (auto* const ordinary = findOrdinary(key)) return ordinary;
-    return fixed_.empty() ? nullptr : lookUp(fixed_, key);
+    return fixed_.empty() ? nullptr : fixed_.find(key);
   }
 
   /// Inserts the entry of `key`, or replaces it in place; the returned handle is a reference to it.
-  EntryHandle::PtrConst ref(K const& key, E const& entry) {
-    if (auto* const present = findOrdinary(key)) {
-      EntryHandle::PtrConst handle(&present->strong());
-      rewrite(*present, entry);
-      return handle;
+  EntryHandle::PtrConst ref(K const& key, E const& entry, Report report) {
+    auto const [record, isNew] = findOrMake(key, entry);
+    EntryHandle::PtrConst handle(&record->strong());
+    if (isNew) {
+      allocateRow(*record);
+      firstWrite(*record, report);
+    } else {
+      rewrite(*record, entry, report);
     }
-    auto& record = make(key);
-    EntryHandle::PtrConst handle(&record.strong());
-    allocateRows(record);
-    firstWrite(record, entry);
+    if (report == Report::atOnce) callResponse(entry, handle);
     return handle;
   }
   /// The same, pinned; the returned handle is weak.
-  EntryHandle::PtrConst commit(K const& key, E const& entry) {
-    if (auto* const present = findOrdinary(key)) return rewritePinned(*present, entry);
-    auto& record = make(key);
-    pin(record);
-    allocateRows(record);
-    return firstWritePinned(record, entry);
+  EntryHandle::PtrConst commit(K const& key, E const& entry, Report report) {
+    auto const [record, isNew] = findOrMake(key, entry);
+    // The handle is taken first: a former response may remove the entry when it is destroyed.
+    EntryHandle::PtrConst handle(&record->weak());
+    pin(*record);
+    if (isNew) {
+      allocateRow(*record);
+      firstWrite(*record, report);
+    } else {
+      rewrite(*record, entry, report);
+    }
+    if (report == Report::atOnce) callResponse(entry, handle);
+    dropWithoutChip(*record);
+    return handle;
   }
   /// The same at a given row.
   EntryHandle::PtrConst commitAt(Index index, K const& key, E const& entry) {
-    if (auto* const present = lookUp(fixed_, key)) {
-      INVARIANT(!present->hasRow() || present->row == index.value());
-      return rewritePinned(*present, entry);
+    auto const [record, isNew] = fixed_.findOrMake(key, [&] { return newRecord(key, entry); });
+    EntryHandle::PtrConst handle(&record->weak());
+    pin(*record);
+    if (isNew) {
+      allocateFixedRow(*record, index);
+      firstWrite(*record, Report::later);
+    } else {
+      INVARIANT(!record->hasRow() || record->row == index.value());
+      rewrite(*record, entry, Report::later);
     }
-    auto& record = newRecord(key);
-    fixed_.insert(&record);
-    pin(record);
-    allocateFixedRow(record, index);
-    return firstWritePinned(record, entry);
+    dropWithoutChip(*record);
+    return handle;
   }
   void remove(K const& key) {
     if (auto* const record = find(key)) removeKey(*record);
   }
   // Weak handles: removing one entry may be the end of another.
   void removeAll() override {
-    std::vector<Record*> order(records_.begin(), records_.end());
-    order.insert(order.end(), fixed_.begin(), fixed_.end());
+    auto order = all();
     std::sort(order.begin(), order.end(), [](auto const* a, auto const* b) { return a->row < b->row; });
     std::vector<EntryHandle::PtrConst> handles;
     handles.reserve(order.size());
@@ -105,66 +152,59 @@ class KeyedStore final : public StoreBase {
     }
   }
 
-  void forEachEntry(Kiln::FunctionRef<void(EntryView const&)> show) const override {
-    std::vector<RecordBase const*> all(records_.begin(), records_.end());
-    all.insert(all.end(), fixed_.begin(), fixed_.end());
-    showSorted(all, show);
-  }
+  void forEachEntry(Kiln::FunctionRef<void(EntryView const&)> show) const override { showSorted(all(), show); }
   void keyText(RecordBase const& record, std::string& out) const override { Kiln::writeText(out, typed(record).key); }
   void showFields(RecordBase const& record, FieldVisitor& visitor) const override {
     Row::show(typed(record).entry, visitor);
   }
 
  private:
-  using Records = typename RecordSet<Record, K, Kiln::Hash<K>, std::equal_to<K>>::type;
-
   static Record& typed(RecordBase& record) { return static_cast<Record&>(record); }
   static Record const& typed(RecordBase const& record) { return static_cast<Record const&>(record); }
 
-  static Record* lookUp(Records const& records, K const& key) {
-    auto const found = records.find(key);
-    return found == records.end() ? nullptr : *found;
+  std::vector<Record*> all() const {
+    auto records = records_.all();
+    auto const fixed = fixed_.all();
+    records.insert(records.end(), fixed.begin(), fixed.end());
+    return records;
   }
   Record* findOrdinary(K const& key) const {
     if (last_ && last_->key == key) return last_;
-    auto* const found = lookUp(records_, key);
+    auto* const found = records_.find(key);
     if (found) last_ = found;
     return found;
   }
-  Record& newRecord(K const& key) { return *::new (Scree::slabAllocOrStdMalloc(sizeof(Record))) Record(*this, key); }
-  Record& make(K const& key) {
-    last_ = &newRecord(key);
-    records_.insert(last_);
-    return *last_;
+  /// A new record has the entry already.
+  std::pair<Record*, bool> findOrMake(K const& key, E const& entry) {
+    if (last_ && last_->key == key) return {last_, false};
+    auto const found = records_.findOrMake(key, [&] { return newRecord(key, entry); });
+    last_ = found.first;
+    return found;
+  }
+  Record* newRecord(K const& key, E const& entry) {
+    return ::new (Scree::slabAllocOrStdMalloc(sizeof(Record))) Record(*this, key, entry);
   }
 
-  void firstWrite(Record& record, E const& entry) {
-    record.entry = entry;
+  void firstWrite(Record& record, Report report) {
     auto response = contentsStored(record);
-    finishWrite(record, record.hasRow() ? sendAll(record) : EntryState::full, response);
+    finishWrite(record, record.hasRow() ? sendFilled(record) : EntryState::full, response, report);
   }
   // The handles of the former contents are dropped last, when the chip no longer has their numbers. `entry` may be the
   // record's own.
-  void rewrite(Record& record, E const& entry) {
+  void rewrite(Record& record, E const& entry, Report report) {
     E former(entry);
     std::swap(former, record.entry);
     if (record.dependant) forgetTargets(record, former);
     auto response = contentsStored(record);
-    finishWrite(record, record.hasRow() ? sendChanges(record, former, nullptr) : EntryState::full, response);
+    finishWrite(record, record.hasRow() ? sendChanges(record, former, nullptr) : EntryState::full, response, report);
   }
-  // The handle is taken first: a former response may remove the entry when it is destroyed.
-  EntryHandle::PtrConst firstWritePinned(Record& record, E const& entry) {
-    EntryHandle::PtrConst handle(&record.weak());
-    firstWrite(record, entry);
-    if (!hasChip()) [[unlikely]]
+  static void callResponse(E const& entry, EntryHandle::PtrConst const& handle) {
+    if constexpr (requires { entry.writeResponse; }) entry.writeResponse(handle->state());
+  }
+  /// Nothing that is pinned may remain when the chip is gone: nothing would remove it.
+  void dropWithoutChip(Record& record) {
+    if (!hasChip() && record.keyed) [[unlikely]]
       removeKey(record);
-    return handle;
-  }
-  EntryHandle::PtrConst rewritePinned(Record& record, E const& entry) {
-    EntryHandle::PtrConst handle(&record.weak());
-    if (hasChip()) pin(record);
-    rewrite(record, entry);
-    return handle;
   }
   /// Makes new contents the record's own: its handles become references, and its response is returned instead of kept.
   WriteResponseFn contentsStored(Record& record) {
@@ -205,6 +245,9 @@ class KeyedStore final : public StoreBase {
     auto& record = typed(base);
     // A target may have got its row while this entry had none.
     fill(record.entry);
+    return sendFilled(record);
+  }
+  EntryState sendFilled(Record& record) {
     auto outcome = EntryState::written;
     forEachPart([&](std::size_t part, auto const& of) {
       using PartEntry = std::remove_cvref_t<decltype(of(record.entry))>;
@@ -240,8 +283,7 @@ class KeyedStore final : public StoreBase {
   void eraseKey(RecordBase& base) override {
     auto& record = typed(base);
     if (last_ == &record) last_ = nullptr;
-    auto& records = record.fixedRow ? fixed_ : records_;
-    records.erase(records.find(record.key));
+    (record.fixedRow ? fixed_ : records_).erase(record);
   }
   void dropContents(RecordBase& base) override {
     auto& record = typed(base);
@@ -253,8 +295,8 @@ class KeyedStore final : public StoreBase {
     Scree::slabFreeOrStdFree(&typed(record), sizeof(Record));
   }
 
-  Records records_;
-  Records fixed_;                   ///< Entries at fixed rows.
+  RecordSet<Record, K> records_;
+  RecordSet<Record, K> fixed_;      ///< Entries at fixed rows.
   mutable Record* last_ = nullptr;  ///< The ordinary entry found last: one is mostly asked for several times in a row.
 };
 

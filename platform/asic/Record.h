@@ -52,11 +52,38 @@ class RecordBase : public StrongHandle, public WeakHandle {
   static void operator delete(RecordBase* record, std::destroying_delete_t);
 
  protected:
-  explicit RecordBase(StoreBase& store);
+  /// `counted` is the store as a node, whose use the record holds.
+  RecordBase(StoreBase& store, Dovel::Node const& counted) : store_(&store) {
+    counted.useInc();
+    weak().useInc();
+  }
   ~RecordBase() override;
 
  private:
   StoreBase* store_;
 };
+
+inline RecordBase* EntryHandle::record() const {
+  if (kind_ == Kind::dontCare) return nullptr;
+  auto* const self = const_cast<EntryHandle*>(this);
+  if (kind_ == Kind::strong) return static_cast<RecordBase*>(static_cast<StrongHandle*>(self));
+  return static_cast<RecordBase*>(static_cast<WeakHandle*>(self));
+}
+
+inline EntryState EntryHandle::state() const {
+  auto const* of = record();
+  return of ? of->state : EntryState::written;
+}
+
+inline bool EntryHandle::gone() const {
+  auto const* of = record();
+  return of && of->expired;
+}
+
+inline std::optional<Index> EntryHandle::row() const {
+  auto const* of = record();
+  if (!of) return dontCareIndex();
+  return of->hasRow() ? std::optional(Index(of->row)) : std::nullopt;
+}
 
 }  // namespace Asic

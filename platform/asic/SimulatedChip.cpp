@@ -2,22 +2,27 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 
 #include "platform/asic/Chip.h"
 #include "platform/kiln/Invariant.h"
 
 namespace Asic {
 
-/// A flat array of rows, zeroed by the system when first touched; a bit per row tells whether it is written.
+/// A flat array of rows, zeroed by the system when first touched.
 struct SimulatedChip::Table {
   RowLayout const* layout;
   std::uint32_t rows;
+  std::uint32_t base;
+  std::uint32_t wordsOfRow;
   std::uint64_t* words;
-  std::vector<bool> written;
+  std::vector<std::uint8_t> written;  ///< 1 for each row that is; a byte, for speed.
 
   Table(RowLayout const& itsLayout, std::uint32_t itsRows)
       : layout(&itsLayout),
         rows(itsRows),
+        base(itsLayout.base),
+        wordsOfRow(itsLayout.words),
         words(static_cast<std::uint64_t*>(
             std::calloc(std::max<std::size_t>(1, std::size_t{itsRows} * itsLayout.words), sizeof(std::uint64_t)))),
         written(itsRows) {
@@ -27,7 +32,7 @@ struct SimulatedChip::Table {
   Table(Table const&) = delete;
   Table& operator=(Table const&) = delete;
 
-  std::uint64_t* at(std::uint32_t row) const { return words + std::size_t{row - layout->base} * layout->words; }
+  std::uint64_t* at(std::uint32_t row) const { return words + std::size_t{row - base} * wordsOfRow; }
 };
 
 SimulatedChip::SimulatedChip(Dovel::Ptr<ChipProfile const> profile, Completion completion)
@@ -44,19 +49,19 @@ std::uint32_t SimulatedChip::capacity(TableId id, RowLayout const& layout) {
 
 EntryState SimulatedChip::writeRow(RowWrite const& write) {
   auto& table = *tables_[write.table];
-  INVARIANT(write.row - table.layout->base < table.rows && write.words.size() == table.layout->words);
+  INVARIANT(write.row - table.base < table.rows && write.words.size() == table.wordsOfRow);
   if (!refusals_.empty()) [[unlikely]] {
     if (auto const with = refusal(write); with != EntryState::written) return with;
   }
-  std::copy(write.words.begin(), write.words.end(), table.at(write.row));
-  table.written[write.row - table.layout->base] = true;
+  std::memcpy(table.at(write.row), write.words.data(), write.words.size_bytes());
+  table.written[write.row - table.base] = 1;
   return EntryState::written;
 }
 
 void SimulatedChip::clearRow(TableId id, std::uint32_t row) {
   auto& table = *tables_[id];
-  std::fill_n(table.at(row), table.layout->words, 0);
-  table.written[row - table.layout->base] = false;
+  std::fill_n(table.at(row), table.wordsOfRow, 0);
+  table.written[row - table.base] = 0;
 }
 
 void SimulatedChip::refuseNth(std::uint64_t n, EntryState with) {
@@ -107,8 +112,8 @@ SimulatedChip::Table const* SimulatedChip::table(std::string_view name) const {
 
 std::span<std::uint64_t const> SimulatedChip::row(std::string_view name, std::uint32_t row) const {
   auto const* of = table(name);
-  INVARIANT(of && row - of->layout->base < of->rows);
-  if (!of->written[row - of->layout->base]) return {};
+  INVARIANT(of && row - of->base < of->rows);
+  if (!of->written[row - of->base]) return {};
   return {of->at(row), of->layout->words};
 }
 
@@ -131,7 +136,7 @@ std::span<std::uint64_t const> SimulatedChip::words(std::string_view name, std::
 
 std::uint32_t SimulatedChip::rows(std::string_view name) const {
   auto const* of = table(name);
-  return of ? static_cast<std::uint32_t>(std::count(of->written.begin(), of->written.end(), true)) : 0;
+  return of ? static_cast<std::uint32_t>(std::count(of->written.begin(), of->written.end(), 1)) : 0;
 }
 
 namespace {
@@ -160,11 +165,11 @@ void appendRow(std::string& out, RowLayout const& layout, std::uint64_t const* w
 std::string SimulatedChip::dump() const {
   std::string out;
   for (auto const& table : tables_) {
-    if (!table || std::count(table->written.begin(), table->written.end(), true) == 0) continue;
+    if (!table || std::count(table->written.begin(), table->written.end(), 1) == 0) continue;
     out.append(table->layout->table).append("\n");
     for (std::uint32_t i = 0; i < table->rows; ++i) {
       if (!table->written[i]) continue;
-      auto const row = i + table->layout->base;
+      auto const row = i + table->base;
       out.append("  ").append(Kiln::toText(row));
       appendRow(out, *table->layout, table->at(row));
     }

@@ -11,11 +11,6 @@ std::string_view shortName(std::string_view name) {
   return at == std::string_view::npos ? name : name.substr(at + 2);
 }
 
-RecordBase::RecordBase(StoreBase& store) : store_(&store) {
-  store.useInc();
-  weak().useInc();
-}
-
 RecordBase::~RecordBase() = default;
 
 void RecordBase::operator delete(RecordBase* record, std::destroying_delete_t) {
@@ -61,6 +56,11 @@ void StoreBase::chipGone() { chip_ = nullptr; }
 
 // Rows.
 
+void StoreBase::allocateRows(RecordBase& record) {
+  if (!record.replaces && rowlessWait()) return;
+  if (auto const first = findRows(length(record))) assignRows(record, *first);
+}
+
 std::optional<std::uint32_t> StoreBase::findRows(std::uint32_t length) const {
   if (length == 1) return pool_.findClearBit();
   return length == 0 ? std::optional<std::uint32_t>() : pool_.findClearRange(length);
@@ -71,18 +71,9 @@ bool StoreBase::fits(RecordBase const& record) const {
   return !record.fixedRow && length != 0 && length <= capacity_ - reserved_;
 }
 
-void StoreBase::allocateRows(RecordBase& record) {
-  if (!record.replaces && rowlessWait()) return;
-  if (auto const first = findRows(length(record))) assignRows(record, *first);
-}
-
 void StoreBase::assignRows(RecordBase& record, std::uint32_t first) {
   auto const length = this->length(record);
-  if (length == 1) {
-    pool_.setBit(first);
-  } else {
-    pool_.setRange(first, length);
-  }
+  pool_.setRange(first, length);
   used_ += length;
   record.row = first;
 }
@@ -127,49 +118,32 @@ bool StoreBase::releaseRows(RecordBase& record) {
   return true;
 }
 
-EntryState StoreBase::writeRow(RecordBase const& record, std::size_t part, std::uint32_t row,
-                               std::span<std::uint64_t const> words) {
-  if (!chip_) [[unlikely]]
-    return EntryState::failed;
-  auto& to = parts_[part];
-  auto const outcome =
-      chip_->driver().writeRow({.table = to.id, .row = row + to.layout.base, .words = words, .entry = record.strong()});
-  if (outcome == EntryState::written) [[likely]] {
-    ++to.writes;
-  } else {
-    ++to.refused;
-  }
-  return outcome;
-}
-
 // Outcomes and the responses that are kept.
 
-void StoreBase::finishWrite(RecordBase& record, EntryState outcome, WriteResponseFn& response) {
-  if (!chip_) [[unlikely]] {
+void StoreBase::finishUnusual(RecordBase& record, EntryState outcome, WriteResponseFn& response, Report report) {
+  if (!chip_) {
     record.state = EntryState::failed;
     return;
   }
-  reportOutcome(record, outcome, response);
-  if (record.waiting || record.dependant || record.kept) [[unlikely]]
-    keepResponse(record, response);
-  if (outcome == EntryState::written && !queue_.empty()) [[unlikely]]
-    retryWaiting();
+  reportOutcome(record, outcome, response, report);
+  keepResponse(record, response);
+  if (outcome == EntryState::written) retryWaiting();
+}
+
+void StoreBase::reportOutcome(RecordBase& record, EntryState outcome, WriteResponseFn const& response, Report report) {
+  record.sent = outcome == EntryState::written;
+  if (outcome == EntryState::full) {
+    refusedForRoom(record);
+  } else if (record.waiting) {
+    dequeue(record);
+  }
+  chip_->outcomeIs(record, outcome, WriteResponseFn(response), report);
 }
 
 void StoreBase::finishRewrite(RecordBase& record, EntryState outcome) {
   auto response = takeResponse(record);
   reportOutcome(record, outcome, response);
   keepResponse(record, response);
-}
-
-void StoreBase::reportOutcome(RecordBase& record, EntryState outcome, WriteResponseFn response) {
-  record.sent = outcome == EntryState::written;
-  if (outcome == EntryState::full) [[unlikely]] {
-    refusedForRoom(record);
-  } else if (record.waiting) [[unlikely]] {
-    dequeue(record);
-  }
-  chip_->outcomeIs(record, outcome, std::move(response));
 }
 
 void StoreBase::refusedForRoom(RecordBase& record) {

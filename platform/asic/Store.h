@@ -87,6 +87,8 @@ class StoreBase : public Dovel::Node {
   bool hasChip() const { return chip_ != nullptr; }
   /// Allocates the rows of a new record. It has none afterwards if there are none, or if others wait for them.
   void allocateRows(RecordBase& record);
+  /// The same for a record of one row.
+  void allocateRow(RecordBase& record);
   /// Makes the record the owner of the row `index`, if the table is that large. An entry that has the row is displaced.
   /// REQUIRES: that entry has no key.
   void allocateFixedRow(RecordBase& record, Index index);
@@ -99,9 +101,10 @@ class StoreBase : public Dovel::Node {
   /// Writes one row of one part of the record's rows.
   EntryState writeRow(RecordBase const& record, std::size_t part, std::uint32_t row,
                       std::span<std::uint64_t const> words);
-  /// Reports the outcome of the writer's own write, and queues the entry if the chip is full. `response` may hold the
-  /// response of a former write afterwards; destroying that may run anything, so it is left to the caller.
-  void finishWrite(RecordBase& record, EntryState outcome, WriteResponseFn& response);
+  /// Reports the outcome of the writer's own write, and queues the entry if the chip is full. With `Report::atOnce` the
+  /// caller calls the response, and an outcome that is final is not queued. `response` may hold the response of a
+  /// former write afterwards; destroying that may run anything, so it is left to the caller.
+  void finishWrite(RecordBase& record, EntryState outcome, WriteResponseFn& response, Report report = Report::later);
   /// Registers the record to be rewritten when `target` gets a row; the reverse.
   void addDependant(RecordBase& target, RecordBase& record);
   void removeDependant(RecordBase& target, RecordBase& record);
@@ -161,7 +164,10 @@ class StoreBase : public Dovel::Node {
   void dequeue(RecordBase& record);
   void retryRefused();
   void rewriteDependants(RecordBase& target);
-  void reportOutcome(RecordBase& record, EntryState outcome, WriteResponseFn response);
+  /// The rest of `finishWrite` where something waits, or may be written again, or the write was not accepted.
+  void finishUnusual(RecordBase& record, EntryState outcome, WriteResponseFn& response, Report report);
+  void reportOutcome(RecordBase& record, EntryState outcome, WriteResponseFn const& response,
+                     Report report = Report::later);
   /// As `finishWrite`, for a write of the store's own: with the response that is kept.
   void finishRewrite(RecordBase& record, EntryState outcome);
   /// Keeps `response` if the store may write the record again. Leaves the response kept before in `response`.
@@ -185,5 +191,37 @@ class StoreBase : public Dovel::Node {
 
 /// The part of a type's or table's name behind its last "::".
 std::string_view shortName(std::string_view name);
+
+inline void StoreBase::allocateRow(RecordBase& record) {
+  if (!queue_.empty()) [[unlikely]]
+    return allocateRows(record);
+  if (auto const row = pool_.takeClearBit()) [[likely]] {
+    ++used_;
+    record.row = *row;
+  }
+}
+
+inline EntryState StoreBase::writeRow(RecordBase const& record, std::size_t part, std::uint32_t row,
+                                      std::span<std::uint64_t const> words) {
+  if (!chip_) [[unlikely]]
+    return EntryState::failed;
+  auto& to = parts_[part];
+  auto const outcome =
+      chip_->driver().writeRow({.table = to.id, .row = row + to.layout.base, .words = words, .entry = record.strong()});
+  if (outcome == EntryState::written) [[likely]] {
+    ++to.writes;
+  } else {
+    ++to.refused;
+  }
+  return outcome;
+}
+
+inline void StoreBase::finishWrite(RecordBase& record, EntryState outcome, WriteResponseFn& response, Report report) {
+  auto const usual = outcome == EntryState::written && queue_.empty() && !record.dependant && !record.kept;
+  if (!usual) [[unlikely]]
+    return finishUnusual(record, outcome, response, report);
+  record.sent = true;
+  chip_->outcomeIs(record, outcome, std::move(response), report);
+}
 
 }  // namespace Asic

@@ -56,14 +56,18 @@ class KeyedTable : public SwTable {
  protected:
   /// Inserts, or replaces in place: row and handles remain. The entry exists until it is removed. Returns a weak
   /// handle, whose state is that of this write.
-  EntryHandle::PtrConst entryCommit(K const& key, E const& entry) { return store()->commit(key, entry); }
+  EntryHandle::PtrConst entryCommit(K const& key, E const& entry, Report report = Report::later) {
+    return store()->commit(key, entry, report);
+  }
   /// The same for the entry at a given row. REQUIRES: index < reservedRows, unless rows are keys; a key is always
   /// written at the same row.
   EntryHandle::PtrConst entryWriteAtIndex(Index index, K const& key, E const& entry) {
     return store()->commitAt(index, key, entry);
   }
   /// Inserts, or replaces in place. The entry exists while it is referenced; the returned handle is a reference.
-  EntryHandle::PtrConst entryRef(K const& key, E const& entry) { return store()->ref(key, entry); }
+  EntryHandle::PtrConst entryRef(K const& key, E const& entry, Report report = Report::later) {
+    return store()->ref(key, entry, report);
+  }
   /// Removes the key at once; the row is released with the last reference to the entry. A missing key is ignored.
   void entryRemove(K const& key) { store()->remove(key); }
 };

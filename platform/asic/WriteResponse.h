@@ -10,11 +10,17 @@
 
 namespace Asic {
 
+/// When a writer's response is first called.
+enum class Report : std::uint8_t {
+  later,   ///< By the host's loop, with the final state.
+  atOnce,  ///< Before the write returns, with the state in the handle. By the loop too, for states that come later.
+};
+
 /// What is to be done when the chip has completed a write; default-constructed it holds nothing.
 ///
-/// A pointer to a callable in the slab that its copies share: copying an entry copies a word. A call with the state
-/// that it was last called with does nothing: a writer that calls it at once, with the state in the handle, is not
-/// called again by the loop with the same. Make a new one for each write. Main thread only.
+/// A pointer to a callable in the slab that its copies share: copying an entry copies a word. A call with the state of
+/// the last call does nothing: the loop does not repeat what the writer was told at once. Make a new one for each
+/// write. Main thread only.
 class WriteResponseFn {
  public:
   WriteResponseFn() noexcept = default;
