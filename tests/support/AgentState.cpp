@@ -4,9 +4,11 @@
 
 #include <algorithm>
 
+#include "TesselVxlan/frame/TesselVxlanMounter.h"
+#include "TesselVxlan/frame/TesselVxlanMounterSmWrapper.h"
+#include "TesselVxlan/tunnel/HwTunnelProgrammerBase.h"
 #include "platform/asic/Store.h"
 #include "platform/kiln/Fmt.h"
-#include "platform/kiln/Json.h"
 #include "platform/tessel/central/VxlanRecords.h"
 #include "platform/tessel/central/VxlanToL2State.h"
 #include "platform/tessel/l3common/TesselVxlanState.h"
@@ -62,10 +64,6 @@ std::string_view overlayTableOf(Asic::Chip const& chip) {
 
 char const* nameOf(Vane::TunnelType type) { return type == unicast ? "unicast" : "member"; }
 
-std::string json(Kiln::Entity const& entity) {
-  return Kiln::jsonText([&](Kiln::JsonOut out) { Kiln::entityToJson(entity, out); });
-}
-
 template <class Map, class Less>
 auto sortedBy(Map const& map, Less const& less) {
   std::vector<std::remove_cvref_t<decltype(*map.begin())>> all(map.begin(), map.end());
@@ -73,12 +71,18 @@ auto sortedBy(Map const& map, Less const& less) {
   return all;
 }
 
+template <class K, class V>
+std::map<K, V> ordered(Kiln::HashMap<K, V> const& map) {
+  return {map.begin(), map.end()};
+}
+
 class StateText {
  public:
   explicit StateText(Host::Agent const& agent)
       : agent_(agent),
         ports_(agent.chip(), "VirtualPortTableMerged"),
-        overlay_(agent.chip(), overlayTableOf(agent.chip())) {}
+        overlay_(agent.chip(), overlayTableOf(agent.chip())),
+        mounter_(Dovel::cast<TesselVxlan::TesselVxlanMounter>(agent.mounter())) {}
 
   void addStatus() {
     for (auto const type : {unicast, member}) {
@@ -101,10 +105,12 @@ class StateText {
     line("learning={}", state->dataPathLearning());
     for (auto const type : {unicast, member}) {
       addPublished(type);
+      addKept(*state, type);
     }
     addPortMap();
-    line("{}", json(*agent_.local<TesselL3Common::TesselVxlanState>(Host::kVxlanStatePath)));
-    line("{}", json(*agent_.state<TesselCentral::VxlanSliceConfig>("hardware/tessel/tunnel/vxlan/sliceConfig")));
+    addVxlanState(*agent_.local<TesselL3Common::TesselVxlanState>(Host::kVxlanStatePath));
+    auto const slice = agent_.state<TesselCentral::VxlanSliceConfig>("hardware/tessel/tunnel/vxlan/sliceConfig");
+    line("slice: local={} udpPort={} enabled={}", slice->localVtepAddr(), slice->vxlanUdpPort(), slice->vxlanEnabled());
   }
   std::string take() { return std::move(text_); }
 
@@ -157,6 +163,23 @@ class StateText {
            nextHopName(type, entry->hwNextHopId()));
     }
   }
+  /// What the programmer of a type keeps by itself. Counters of rewrites tell of the past: only strays are shown.
+  void addKept(TesselCentral::VxlanToL2State const& state, Vane::TunnelType type) {
+    auto const& programmer = mounter_->vxlanMounterSmWrapper()->hwTunnelProgrammer(type);
+    for (auto const& [id, vtep] : ordered(programmer->nhIdToVtepIpMapColl())) {
+      auto const& map = state.vtepIpToTnlIdNhIdMap(vtep);
+      if (id.value() != unprogrammedId && map && map->nhId() == id) continue;
+      line("NEXT HOP {} LEADS TO {}", id, vtep);
+    }
+    for (auto const& [vtep, count] : ordered(programmer->tnlNhUpdateConfig()->tunnelNhUpdateColl())) {
+      if (!state.vtepIpToTnlIdNhIdMapHas(vtep)) line("COUNTER OF {} REMAINS", vtep);
+    }
+  }
+  /// A port of a range that isn't valid is that of an earlier one.
+  void addVxlanState(TesselL3Common::TesselVxlanState const& state) {
+    line("local={} local6={} mlag={} udpPort={} udpSrcPort={} ttl={}", state.localVtep(), state.localVtep6(),
+         state.mlagVtepAddr(), state.udpPort(), state.udpSrcPortValid() ? state.udpSrcPort() : 0, state.ttl());
+  }
   void addPortMap() {
     auto const ports = agent_.local<TesselL3Common::VxlanDvpToVtepMap>("l3/dvpToVtepMap");
     std::map<std::string, std::string> byOwner;
@@ -167,6 +190,7 @@ class StateText {
   Host::Agent const& agent_;
   Owners ports_;
   Owners overlay_;
+  Dovel::Ptr<TesselVxlan::TesselVxlanMounter> mounter_;
   std::string text_;
 };
 
