@@ -251,7 +251,7 @@ class HwTunnelProgrammerBase : public Kiln::Sm {
   VtepMap recordTunnelKey(ConfigEntry const& entry);
   /// What brought a generation.
   enum class Event : std::uint8_t { creation, nextHop };
-  /// Puts the generation of `entry` in force; false if a newer one is.
+  /// Puts the generation of `entry` in force; false if it is not, or no longer.
   bool acceptGeneration(TesselCentral::VtepIpToTnlIdNhIdMap& map, ConfigEntry const& entry, Event event);
   /// Whether `entry` is still the configuration in force at its VTEP.
   bool isInForce(ConfigEntry const& entry) const;

@@ -55,7 +55,12 @@ bool HwTunnelProgrammerBase::doTunnelCreateCommon(ConfigEntry const& entry) {
   tunnelIdMap_.at(vtep)->createdIs(true);
   // All ids may have been published inside the writes above, before everything that a status needs was there.
   maybeUpdateHwTunnelStatus(map);
-  return isInForce(entry);
+  if (!isInForce(entry)) return false;
+  // The row that admits the VTEP's traffic was written when the next hop became active. One that was refused is written
+  // again with a new generation, like the rows above.
+  auto const nhId = tunnelIdMap_.at(vtep)->nhId();
+  if (nhId.valid() && hwTunnelConfig()->activeNextHopIdListHas(nhId)) handleActiveNextHopId(nhId);
+  return true;
 }
 
 Dovel::Ptr<VtepIpToTnlIdNhIdMap> HwTunnelProgrammerBase::recordTunnelKey(ConfigEntry const& entry) {
@@ -85,11 +90,15 @@ bool HwTunnelProgrammerBase::acceptGeneration(VtepIpToTnlIdNhIdMap& map, ConfigE
       TRACE(1, " Updating tnlKey with new genId : {}", key.genId());
     }
     map.tnlKeysIs(tunnelType(), key);
-    // A generation that was replaced before it got a status has none to remove; an earlier one's is still there.
-    if (!hwTunnelStatus()->tunnelStatusHas(map.oldTnlKey(tunnelType()))) map.oldTnlKeyIs(tunnelType(), storedKey);
-  } else if (event == Event::creation) {
-    TRACE(1, " rcvd same genId proceeding ");
+    // The status of an earlier generation remains until the new one has its own. One that was replaced meanwhile is
+    // not needed for that: it has no status yet, or one that is not complete.
+    bool const earlier = hwTunnelStatus()->tunnelStatusHas(map.oldTnlKey(tunnelType()));
+    if (!earlier) map.oldTnlKeyIs(tunnelType(), storedKey);
+    tunnelIdMap_.at(key.dst())->entryIs(entry);
+    if (earlier) hwTunnelStatus()->tunnelStatusDel(storedKey);
+    return isInForce(entry);
   }
+  if (event == Event::creation) TRACE(1, " rcvd same genId proceeding ");
   tunnelIdMap_.at(key.dst())->entryIs(entry);
   return true;
 }

@@ -101,11 +101,7 @@ void DirectTunnels::sync(std::string const& vtep) {
     return;
   }
   auto& present = present_[vtep];
-  if (found != present_.end()) {
-    // As the forwarding abstraction does: the next hop is active again once the new generation has a status.
-    activeIs(present, {});
-    present.formers.push_back(present.key);
-  }
+  if (found != present_.end()) present.formers.push_back(present.key);
   present.key = {{}, Meshal::IpGenAddr(vtep), 0, ++lastGenId_, Vane::defaultTunnelIntf()};
   present.genId = wanted->second.genId;
   last_[vtep] = present.key;

@@ -417,13 +417,18 @@ void Player::refresh(Wish const& last) {
     bool const alone = !last.tunnels.contains({unicast, key.second});
     bool const stale = key.first == member && alone && hadUnicast_.contains(key.second);
     if (stale || small_ || refused_) tunnel.adjId = scratchAdjacency;
-    if (refused_) tunnel.genId = ++lastGenId_;
+    // Beyond the generations that the agent numbers by itself.
+    if (refused_) tunnel.genId = lastGenId_ += 1000;
   }
   if (headersAreOld_ || refused_) moved.dscp = !moved.dscp;
   if (refused_) {
     moved.localVtep = vtep(150);
     moved.localVtep6 = vtep6(150);
     moved.learning = !moved.learning;
+    moved.mlagVtep = moved.mlagVtep6 = "";
+    wish(moved);
+    moved.mlagVtep = last.mlagVtep;
+    moved.mlagVtep6 = last.mlagVtep6;
   }
   wish(moved);
 }
