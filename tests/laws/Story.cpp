@@ -372,7 +372,14 @@ void Player::settle() {
 
 void Player::end() {
   calm();
-  wish({});
+  Wish none;
+  if (refused_) {
+    // The default ports that were refused are written again with a change of learning.
+    none.learning = true;
+    wish(none);
+    none.learning = false;
+  }
+  wish(none);
 }
 
 void Player::close() {
