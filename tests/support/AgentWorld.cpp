@@ -18,51 +18,56 @@ namespace {
 constexpr std::uint32_t firstAdjacency = 101;
 constexpr char const* trustPath = "qos/hardware/tessel/trust/status/slice";
 
-/// A profile that is made from one that is built in, by other values of some of its members.
-struct DerivedProfile {
-  std::string_view base;
-  std::vector<std::pair<std::string_view, std::string_view>> values;
-};
-std::map<std::string, DerivedProfile, std::less<>> const derivedProfiles{
-    {"oneHeader", {"cascaded", {{R"("ipv4DipInKey": true)", R"("ipv4DipInKey": false)"}}}},
-    {"flooding", {"flat", {{R"("vxlanUnderlayFloodingHw": false)", R"("vxlanUnderlayFloodingHw": true)"}}}},
-    {"fewMembers",
-     {"cascaded",
-      {{R"("EcmpMember1Table": {"rows": 16384})", R"("EcmpMember1Table": {"rows": 5})"},
-       {R"("EcmpGroup1Table": {"rows": 4096})", R"("EcmpGroup1Table": {"rows": 3})"}}}},
+/// Profiles that are made from one that is built in.
+std::map<std::string, ChipKind> const derivedProfiles{
+    {"oneHeader", {.profile = "cascaded", .values = {{"ipv4DipInKey", "false"}}}},
+    {"flooding", {.profile = "flat", .values = {{"vxlanUnderlayFloodingHw", "true"}}}},
+    {"fewMembers", {.profile = "cascaded", .values = {{"EcmpMember1Table", "5"}, {"EcmpGroup1Table", "3"}}}},
     {"tinyFlat",
-     {"flat",
-      {{R"("IngL3NextHop1": {"rows": 32768)", R"("IngL3NextHop1": {"rows": 4)"},
-       {R"("EgrL3NextHop1": {"rows": 32768)", R"("EgrL3NextHop1": {"rows": 4)"},
-       {R"("VirtualPort1Table": {"rows": 32768)", R"("VirtualPort1Table": {"rows": 7)"},
-       {R"("VirtualPort2Table": {"rows": 32768)", R"("VirtualPort2Table": {"rows": 7)"},
-       {R"("EgrL3Ipv4TunnelTable": {"rows": 32768})", R"("EgrL3Ipv4TunnelTable": {"rows": 8})"}}}},
+     {.profile = "flat",
+      .values = {{"IngL3NextHop1", "4"},
+                 {"EgrL3NextHop1", "4"},
+                 {"VirtualPort1Table", "7"},
+                 {"VirtualPort2Table", "7"},
+                 {"EgrL3Ipv4TunnelTable", "8"}}}},
 };
 
-Dovel::Ptr<Asic::ChipProfile const> readProfile(std::string const& name) {
-  auto const derived = derivedProfiles.find(name);
-  if (derived == derivedProfiles.end()) return Asic::loadProfile(name);
-  std::ifstream in(fmt::format(TESSEL_SOURCE_DIR "/profiles/{}.json", derived->second.base));
+/// The place of a member's value in the text of a profile; of a table's, that of its rows.
+std::size_t valueAt(std::string const& text, std::string const& member) {
+  auto const name = fmt::format("\"{}\": ", member);
+  auto const at = text.find(name);
+  if (at == text.npos) throw std::logic_error("no such member of the profile: " + member);
+  std::string_view constexpr rows = R"({"rows": )";
+  auto const value = at + name.size();
+  return text.compare(value, rows.size(), rows) == 0 ? value + rows.size() : value;
+}
+
+Dovel::Ptr<Asic::ChipProfile const> readProfile(ChipKind const& kind) {
+  if (kind.values.empty() && !derivedProfiles.contains(kind.profile)) return Asic::loadProfile(kind.profile);
+  auto const derived = derivedProfiles.find(kind.profile);
+  auto const& base = derived == derivedProfiles.end() ? kind : derived->second;
+  std::ifstream in(fmt::format(TESSEL_SOURCE_DIR "/profiles/{}.json", base.profile));
   std::string text{std::istreambuf_iterator<char>(in), {}};
-  for (auto const& [former, value] : derived->second.values) {
-    auto const at = text.find(former);
-    if (at == text.npos) throw std::logic_error(fmt::format("profile {}: no {}", derived->second.base, former));
-    text.replace(at, former.size(), value);
+  for (auto const* values : {&base.values, &kind.values}) {
+    for (auto const& [member, value] : *values) {
+      auto const at = valueAt(text, member);
+      text.replace(at, text.find_first_of(",}\n", at) - at, value);
+    }
   }
-  return Asic::parseProfile(text, name);
+  return Asic::parseProfile(text, kind.profile);
 }
 
 /// Each profile is read once.
-Dovel::Ptr<Asic::ChipProfile const> const& profileOf(std::string const& name) {
-  static std::map<std::string, Dovel::Ptr<Asic::ChipProfile const>> known;
-  auto& profile = known[name];
-  if (!profile) profile = readProfile(name);
+Dovel::Ptr<Asic::ChipProfile const> const& profileOf(ChipKind const& kind) {
+  static std::map<std::pair<std::string, ChipKind::Values>, Dovel::Ptr<Asic::ChipProfile const>> known;
+  auto& profile = known[{kind.profile, kind.values}];
+  if (!profile) profile = readProfile(kind);
   return profile;
 }
 
 std::unique_ptr<Host::Agent> makeAgent(ChipKind const& kind, Drive drive) {
   Host::Agent::Options options;
-  options.chipProfile = profileOf(kind.profile);
+  options.chipProfile = profileOf(kind);
   options.completion = kind.completion;
   options.producers = drive == Drive::documents;
   return std::make_unique<Host::Agent>(options);

@@ -16,6 +16,9 @@ struct ChipKind {
   /// "fewMembers" (of groups), "tinyFlat".
   std::string profile = "cascaded";
   Asic::Completion completion = Asic::Completion::direct;
+  /// Members of the profile that have other values, and tables that have another number of rows.
+  using Values = std::vector<std::pair<std::string, std::string>>;
+  Values values = {};
 };
 /// "cascadedDeferred".
 std::string kindText(ChipKind const& kind);

@@ -1,4 +1,4 @@
-#include "tests/tunnel/TunnelFixture.h"
+#include "tests/support/TunnelFixture.h"
 
 namespace AgentTest {
 

@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "tests/tunnel/TunnelFixture.h"
+#include "tests/support/TunnelFixture.h"
 
 namespace AgentTest {
 
@@ -163,10 +163,7 @@ TEST_P(Settings, ofLearningFollowTheObjectThatHoldsThem) {
   auto const info = Dovel::make<Vane::VXLAN::VaneVxlanInfo>();
   auto const status = Dovel::make<Vane::VXLAN::VaneGlobalVtiStatus>();
   status->dataPathLearningIs(true);
-  auto const helper = Dovel::cast<TesselVxlan::TesselVxlanMounter>(agent.agent().mounter())
-                          ->vxlanMounterSmWrapper()
-                          ->vxlanTunnelHelperSm();
-  helper->vaneVxlanInfoIs(info);
+  wrapper().vxlanTunnelHelperSm()->vaneVxlanInfoIs(info);
   EXPECT_FALSE(learns());
   info->vaneGlobalVtiStatusIs(status);
   EXPECT_TRUE(learns());

@@ -2,7 +2,7 @@
 
 #include "platform/kiln/AttributeDefinitions.h"
 #include "platform/kiln/Sm.h"
-#include "tests/tunnel/TunnelFixture.h"
+#include "tests/support/TunnelFixture.h"
 
 namespace AgentTest {
 

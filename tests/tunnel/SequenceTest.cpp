@@ -1,6 +1,6 @@
 #include <functional>
 
-#include "tests/tunnel/TunnelFixture.h"
+#include "tests/support/TunnelFixture.h"
 
 namespace AgentTest {
 

@@ -1,7 +1,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "tests/tunnel/TunnelFixture.h"
+#include "tests/support/TunnelFixture.h"
 
 namespace AgentTest {
 

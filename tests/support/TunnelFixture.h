@@ -10,8 +10,16 @@
 
 namespace AgentTest {
 
+/// The feature of an agent from within.
+class OnWrapper : public OnChips {
+ protected:
+  TesselVxlan::TesselVxlanMounterSmWrapper& wrapper() const {
+    return *Dovel::cast<TesselVxlan::TesselVxlanMounter>(agent.agent().mounter())->vxlanMounterSmWrapper();
+  }
+};
+
 /// An agent that has what tunnels need: a local VTEP, 10.255.0.1, and UDP port 4789.
-class Tunnels : public OnChips {
+class Tunnels : public OnWrapper {
  protected:
   void SetUp() override {
     agent.together([](AgentWorld& a) { a.localVtep(vtep(1)).udpPort(4789); });
@@ -23,15 +31,16 @@ class Tunnels : public OnChips {
   static Vane::TunnelKey key(std::string const& vtep, std::uint64_t genId) {
     return {{}, Meshal::IpGenAddr(vtep), 0, genId, Meshal::IntfId("Vxlan1")};
   }
+  static Vane::NextHopEntry hop(unsigned n) {
+    Vane::NextHopEntry entry;
+    entry.ethAddrIs(Meshal::EthAddr(0x020000000000u + n));
+    entry.l2IntfIs(Meshal::IntfId("Ethernet" + std::to_string(n)));
+    entry.l3IntfIs(Meshal::IntfId("Vlan" + std::to_string(100 + n)));
+    return entry;
+  }
   static Dovel::Ptr<Vane::NextHopEntryList> list(std::uint32_t adjId, std::initializer_list<unsigned> uplinks) {
     Vane::NextHopEntrySet nextHops;
-    for (auto const n : uplinks) {
-      Vane::NextHopEntry entry;
-      entry.ethAddrIs(Meshal::EthAddr(0x020000000000u + n));
-      entry.l2IntfIs(Meshal::IntfId("Ethernet" + std::to_string(n)));
-      entry.l3IntfIs(Meshal::IntfId("Vlan" + std::to_string(100 + n)));
-      nextHops.insert(entry);
-    }
+    for (auto const n : uplinks) nextHops.insert(hop(n));
     return Dovel::make<Vane::NextHopEntryList>(adjId, nextHops);
   }
   Vane::HwTunnelConfig& config(Vane::TunnelType type) { return *agent.agent().hwTunnelConfig(type); }
@@ -46,9 +55,8 @@ class Tunnels : public OnChips {
     config(type).hwTunnelConfigListDel(key);
     agent.settle();
   }
-  TesselVxlan::HwTunnelProgrammerBase& programmer(Vane::TunnelType type) {
-    auto const mounter = Dovel::cast<TesselVxlan::TesselVxlanMounter>(agent.agent().mounter());
-    return *mounter->vxlanMounterSmWrapper()->hwTunnelProgrammer(type);
+  TesselVxlan::HwTunnelProgrammerBase& programmer(Vane::TunnelType type) const {
+    return *wrapper().hwTunnelProgrammer(type);
   }
   /// What a programmer remembers of VTEPs beside their records: "10.255.0.2 by id, 10.255.0.2 rung, ".
   std::string remembered(Vane::TunnelType type) {
