@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 
 #include <memory>
-#include <sstream>
 #include <string>
 #include <utility>
 
@@ -57,6 +56,12 @@ class FrameWorld {
     stores().stateway->completeMounts();
     world_->capabilitiesIs();
     return equipped();
+  }
+  FrameWorld& capabilitiesAre(bool mcastTunnels, bool underlayMcast) {
+    auto const has = state<TesselCentral::VxlanCapabilities>("hardware/tessel/centralStatus/vxlanCapabilities");
+    has->mcastTunnelSupportedIs(mcastTunnels);
+    has->underlayMcastSupportedIs(underlayMcast);
+    return *this;
   }
   FrameWorld& wrapperGone() {
     mounter_->vxlanMounterSmWrapperDel();
@@ -132,38 +137,26 @@ class FrameWorld {
     return std::string(w.vxlanVtiStatusSm() ? "vti " : "") + (w.vxlanTunnelHelperSm() ? "unicast " : "") +
            (w.vxlanMemberTunnelHelperSm() ? "member " : "") + (w.l3McastEvpnStatusSm() ? "multicast " : "");
   }
-  /// The tables in service, in the order in which they came up, each with its count of entries.
+  /// The tables in service, in the order in which they came up, a line each with its count of entries.
   std::string tables() const {
     std::string text;
     for (auto const* store : chip().stores()) {
       text += std::string(store->name()) + ' ' + std::to_string(store->entrys());
-      text += store->published() ? ", " : " unpublished, ";
+      text += store->published() ? "\n" : " unpublished\n";
     }
     return text;
   }
   std::string rows() const { return AgentTest::chipText(chip(), *world_->driver); }
   /// The entities of the local store and the slice configuration, as JSON.
   std::string published() const {
-    std::ostringstream text;
-    {
-      Kiln::JsonWriter writer(text, Kiln::JsonWriter::Layout::indented);
-      Kiln::JsonRoot root(writer);
-      auto out = root.out();
-      out.object();
-      auto const add = [&](std::string const& path, Dovel::Ptr<Dovel::Node> const& node) {
-        auto const entity = Dovel::cast<Kiln::Entity>(node);
-        auto place = out.member(path);
-        if (entity) {
-          Kiln::entityToJson(*entity, place);
-        } else {
-          place.null();
-        }
-      };
-      for (auto const& path : stores().local->paths()) add(path, stores().local->getEntity(path));
-      std::string const slice = "hardware/tessel/tunnel/vxlan/sliceConfig";
-      add(slice, stores().stateway->getEntity(slice));
-    }
-    return text.str();
+    std::string text;
+    auto const add = [&](Kiln::Entity const* entity) {
+      if (entity) text += Kiln::jsonText([&](Kiln::JsonOut out) { Kiln::entityToJson(*entity, out); }) + '\n';
+    };
+    for (auto const& path : stores().local->paths())
+      add(Dovel::cast<Kiln::Entity>(stores().local->getEntity(path)).get());
+    add(state<TesselCentral::VxlanSliceConfig>("hardware/tessel/tunnel/vxlan/sliceConfig").get());
+    return text;
   }
 
  private:

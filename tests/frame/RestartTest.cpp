@@ -4,25 +4,22 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <iterator>
 
 #include "tests/frame/FrameWorld.h"
-#include "tests/support/AgentWorld.h"
 
 namespace FrameTest {
 
 namespace {
 
-using namespace AgentTest;
 using Meshal::IpGenAddr;
 
 TEST(StaleState, goesWithTheStartButForWhatAnUpgradeHandsOver) {
   FrameWorld world;
   world.mountsComplete();
-  IpGenAddr const gone(vtep(9));
-  auto const unicasts = world.state<Vane::VaneTunnelStatus>(Host::publishedTunnelsPath(unicast));
+  IpGenAddr const gone("10.255.0.9");
+  auto const unicasts = world.state<Vane::VaneTunnelStatus>(Host::publishedTunnelsPath(Vane::vxlanTunnel_));
   auto const her = world.state<Vane::VaneTunnelStatus>(Host::publishedTunnelsPath(Vane::vxlanHerTunnel_));
-  auto const members = world.state<Vane::VaneTunnelStatus>(Host::publishedTunnelsPath(member));
+  auto const members = world.state<Vane::VaneTunnelStatus>(Host::publishedTunnelsPath(Vane::vxlanMemberTunnel_));
   auto const flood =
       world.state<Vane::VXLAN::VaneVxlanHwHerVtepStatusDir>("hardware/tessel/tunnel/vxlan/herVtepStatus");
   auto const l2 = world.state<TesselCentral::VxlanToL2State>(Host::kVxlanToL2StatePath);
@@ -46,44 +43,6 @@ TEST(StaleState, goesWithTheStartButForWhatAnUpgradeHandsOver) {
   EXPECT_EQ(left(), "unicast 1 her 0 members 0 flood 0 vtep 0 mapping 0, recovered 1 1 1");
 }
 
-class Restart : public OnChips {};
-INSTANTIATE_TEST_SUITE_P(Chips, Restart, testing::ValuesIn(chipKinds({"cascaded", "flat", "compact"})), kindName);
-
-TEST_P(Restart, takesUpWhatChangedWhileItWasDown) {
-  agent.together([](AgentWorld& a) { a.localVtep(vtep(1)).udpPort(4789); });
-  agent.tunnel(unicast, vtep(2)).via(uplink(1), uplink(2));
-  agent.tunnel(unicast, vtep(3)).via(uplink(1));
-  agent.tunnel(member, vtep(4)).via(uplink(2));
-  agent.tunnel(member, vtep(6)).via(uplink(2));
-  agent.agent().stopFeature();
-  agent.together([](AgentWorld& a) {
-    a.localVtep(vtep(9)).learning(true);
-    a.tunnel(unicast, vtep(2)).via(uplink(3));
-    a.tunnel(unicast, vtep(3)).gone();
-    a.tunnel(member, vtep(4)).gone();
-    a.tunnel(unicast, vtep(5)).via(uplink(1));
-  });
-  agent.agent().startFeature();
-  AgentWorld fresh(GetParam());
-  fresh.want(agent.wish());
-  EXPECT_EQ(agent.chip(), fresh.chip());
-  EXPECT_EQ(agent.statusByKey(), fresh.statusByKey());
-  auto const published = agent.agent().publishedTunnels(member);
-  EXPECT_FALSE(published->tunnelStatusEntryHas(IpGenAddr(vtep(4))));
-  EXPECT_TRUE(published->tunnelStatusEntryHas(IpGenAddr(vtep(6))));
-}
-
-TEST(RestartOfAFullChip, findsRoomWhereTheOldRowsStillStand) {
-  for (auto const& kind : chipKinds({"tiny"})) {
-    AgentWorld agent(kind);
-    agent.together([](AgentWorld& a) { a.localVtep(vtep(1)).udpPort(4789); });
-    for (unsigned n = 2; n <= 5; ++n) agent.tunnel(unicast, vtep(n)).via(uplink(n % 3 + 1), uplink(n % 3 + 2));
-    auto const before = agent.chip();
-    agent.restart();
-    EXPECT_EQ(agent.chip(), before) << kindText(kind);
-  }
-}
-
 TEST(SecondStart, hasNothingOfWhatTheFirstPublished) {
   FrameWorld fresh;
   fresh.mountsComplete().start().tunnelSmIsReady();
@@ -105,38 +64,29 @@ TEST(SecondStart, hasNothingOfWhatTheFirstPublished) {
 }
 
 TEST(SecondWrapper, programsAnewOverWhatTheFirstLeft) {
-  FrameWorld world;
-  world.mountsComplete().start().tunnelSmIsReady().tunnelWanted();
-  auto const rows = world.rows();
-  auto const published = world.published();
-  auto const alive = Dovel::Node::aliveCount();
-  auto const status = world.wrapper().hwTunnelStatusDir()->hwTunnelStatus(Vane::vxlanTunnel_);
-  world.wrapperAgain();
-  EXPECT_EQ(world.running(), "");
-  world.start();
-  EXPECT_EQ(world.running(), "vti unicast member multicast ") << "the abstraction's flag is still set";
-  EXPECT_EQ(world.rows(), rows);
-  EXPECT_EQ(world.published(), published);
-  for (auto const type : {Vane::vxlanTunnel_, Vane::vxlanMemberTunnel_, Vane::vxlanHerTunnel_}) {
-    EXPECT_NE(world.wrapper().hwTunnelStatusDir()->hwTunnelStatus(type), status);
-  }
-  EXPECT_EQ(Dovel::Node::aliveCount(), alive + 1 + status->tunnelStatusColl().size()) << "the former status";
-}
-
-TEST(SecondWrapper, isNotReachedByCompletionsOfTheFirst) {
-  std::string rows[2];
   for (bool const held : {false, true}) {
     FrameWorld world;
-    world.mountsComplete().start().tunnelSmIsReady();
-    if (held) world.chip().hold("VirtualPortTableMerged");
-    world.tunnelWanted().wrapperAgain();
+    world.mountsComplete().start().tunnelSmIsReady().tunnelWanted();
+    auto const all = world.rows() + world.published();
+    auto const alive = Dovel::Node::aliveCount();
+    auto const status = world.wrapper().hwTunnelStatusDir()->hwTunnelStatus(Vane::vxlanTunnel_);
+    if (held) {
+      world.tunnelGone().chip().hold("VirtualPortTableMerged");
+      world.tunnelWanted();
+    }
+    world.wrapperAgain();
+    EXPECT_EQ(world.running(), "");
     world.chip().release();
     world.start();
-    EXPECT_EQ(world.running(), "vti unicast member multicast ");
-    rows[held ? 1 : 0] = world.rows() + world.published();
+    EXPECT_EQ(world.running(), "vti unicast member multicast ") << "the abstraction's flag is still set";
+    EXPECT_EQ(world.rows() + world.published(), all) << "completions of the first do not reach it";
+    for (auto const type : {Vane::vxlanTunnel_, Vane::vxlanMemberTunnel_, Vane::vxlanHerTunnel_}) {
+      EXPECT_NE(world.wrapper().hwTunnelStatusDir()->hwTunnelStatus(type), status);
+    }
+    if (!held) {
+      EXPECT_EQ(Dovel::Node::aliveCount(), alive + 1 + status->tunnelStatusColl().size()) << "the former status";
+    }
   }
-  EXPECT_THAT(rows[0], testing::HasSubstr("10.255.0.2"));
-  EXPECT_EQ(rows[0], rows[1]);
 }
 
 /// What the toggles decide, in a feature that starts in this process.
@@ -179,21 +129,6 @@ TEST(TogglesDeathTest, decideWhoseTheVniHelperIsAndWhatRuns) {
   EXPECT_EXIT(tellWithout("Tessel4L3McastUnderlayHER", "TesselLib.json"), ExitedWithCode(0),
               HasSubstr("VNI helper mounted 1 bound 1, old group 1, VNI state 0, runs vti unicast member \n"));
   EXPECT_EQ(decided(), "VNI helper mounted 1 bound 1, old group 1, VNI state 0, runs vti unicast member multicast \n");
-}
-
-TEST(Profile, withoutRoomForVxlanIsReportedAndServed) {
-  std::ifstream in(TESSEL_SOURCE_DIR "/profiles/cascaded.json");
-  std::string text{std::istreambuf_iterator<char>(in), {}};
-  std::string const supported = R"("supportsVxlan": true)";
-  text.replace(text.find(supported), supported.size(), R"("supportsVxlan": false)");
-  auto const file = testing::TempDir() + "tessel-without-vxlan.json";
-  std::ofstream(file) << text;
-  AgentWorld agent({.profile = file});
-  std::filesystem::remove(file);
-  EXPECT_THAT(agent.messages(), testing::StartsWith("TESSEL_PROFILE_VXLAN_UNSUPPORTED "));
-  agent.together([](AgentWorld& a) { a.localVtep(vtep(1)).udpPort(4789); });
-  agent.tunnel(unicast, vtep(2)).via(uplink(1));
-  EXPECT_EQ(agent.status(unicast), "10.255.0.2 gen=1 tnl=#1 nh=#1 adj=101\n");
 }
 
 }  // namespace

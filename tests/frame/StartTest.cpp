@@ -1,4 +1,6 @@
-#include "host/agent/Agent.h"
+#include <functional>
+
+#include "platform/kiln/AttributeDefinitions.h"
 #include "platform/kiln/Trace.h"
 #include "tests/frame/FrameWorld.h"
 
@@ -6,45 +8,29 @@ namespace FrameTest {
 
 namespace {
 
-using TesselL3Common::TesselVxlanBootStatus;
+using Dovel::Ptr;
 using testing::HasSubstr;
 using testing::Not;
+using Boot = TesselL3Common::TesselVxlanBootStatus;
+using State = TesselL3Common::TesselVxlanState;
 using Wrapper = TesselVxlan::TesselVxlanMounterSmWrapper;
 
 constexpr char const* everything = "vti unicast member multicast ";
 
-TEST(Start, bringsTheTablesUpInOrderAndWritesTheirFixedRows) {
-  struct {
-    char const* profile;
-    bool serves;  ///< The chip has every table that forwarding needs.
-    char const* tables;
-  } const chips[] = {
-      {"cascaded", true,
-       "AllowedPortBitmapProfile 1, VirtualPortTableMerged 2, RL2TunnelDefaultNetworkSvp 2, L2TunnelIpv4SipTable 0, "
-       "L2TunnelIpv6SipTable 0, EgrL3Oif2 0, L3NextHop2Table 2, EcmpGroup1Table 0, EcmpMember1Table 0, "
-       "L2TunnelIpv4DipTable 0, L2TunnelIpv6DipTable 0, EgrL3Ipv4TunnelTable 1, EgrL3Ipv6TunnelTable 0, "
-       "L2TunnelVnIdTable 0, VxlanV4UnderlayMcastTable 0, EpreCcbeNextHopRemapTable 0, "
-       "EcmpIndirectionTableConfigReg 1, IngL3EcmpMember0Table 0, "},
-      {"flat", true,
-       "AllowedPortBitmapProfile 1, VirtualPortTableMerged 2, L2TunnelIpv4SipTable 0, L2TunnelIpv6SipTable 0, "
-       "EgrL3Oif2 0, L3NextHop2Table 2, VxlanEgrL3Oif1Table 0, EcmpGroup1Table 0, EcmpMember1Table 0, "
-       "L2TunnelIpv4DipTable 0, L2TunnelIpv6DipTable 0, EgrL3Ipv4TunnelTable 1, EgrL3Ipv6TunnelTable 0, "
-       "L2TunnelVnIdTable 0, VxlanV4UnderlayMcastTable 0, EcmpIndirectionTableConfigReg 1, L3NextHop1Table 0, "},
-      {"compact", false,
-       "AllowedPortBitmapProfile 1, VirtualPortTableMerged 2, RL2TunnelDefaultNetworkSvp 2, L2TunnelIpv4SipTable 0, "
-       "EgrL3Oif2 0, L3NextHop2Table 2, L2TunnelIpv4DipTable 0, EgrL3Ipv4TunnelTable 1, EgrL3Ipv6TunnelTable 0, "
-       "L2TunnelVnIdTable 0, VxlanV4UnderlayMcastTable 0, EcmpIndirectionTableConfigReg 1, "
-       "IngL3EcmpMember0Table 0, "}};
-  for (auto const& chip : chips) {
-    Kiln::TraceCapture trace("TesselVxlanMounterSmWrapper");
-    FrameWorld world(chip.profile);
-    world.mountsComplete().start().tunnelSmIsReady();
-    EXPECT_EQ(world.tables(), chip.tables) << chip.profile;
-    EXPECT_EQ(world.running(), everything) << chip.profile;
-    EXPECT_EQ(world.wrapper().runningState()->running(), chip.serves) << chip.profile;
-    EXPECT_EQ(trace.contains("FLAGS : EgrL3=true uecmp=false dvp=true"), !chip.serves) << chip.profile;
-  }
-}
+/// Acts on each change of the shared state.
+class Listener final : public Kiln::Sm {
+  KILN_BASE_TYPE(Listener)
+
+ public:
+  Listener(FrameWorld const& world, std::function<void(State const&, std::uint16_t)> act)
+      : act_(std::move(act)), state_(*this, world.local<State>(Host::kVxlanStatePath), Kiln::SubscribeOnly{}) {}
+
+ private:
+  void stateDispatch(Dovel::Change const& change) { act_(*state_.operator->(), change.id); }
+  std::function<void(State const&, std::uint16_t)> act_;
+  Kiln::Watch<State, &Listener::stateDispatch> state_;
+};
+KILN_DESCRIBE(Listener)
 
 TEST(Gates, theOneThatOpensLastStartsTheFeature) {
   std::string rows[2];
@@ -52,8 +38,7 @@ TEST(Gates, theOneThatOpensLastStartsTheFeature) {
     FrameWorld world;
     world.mountsComplete().tunnelWanted();
     if (wordFirst) world.tunnelSmIsReady();
-    EXPECT_EQ(world.running(), "");
-    EXPECT_EQ(world.tables(), "");
+    EXPECT_EQ(world.running() + world.tables(), "");
     world.start();
     if (!wordFirst) {
       EXPECT_EQ(world.running(), "");
@@ -69,64 +54,44 @@ TEST(Gates, theOneThatOpensLastStartsTheFeature) {
 
 TEST(Gates, startNothingTwice) {
   FrameWorld world;
-  world.mountsComplete().start().tunnelSmIsReady().tunnelWanted();
-  auto& wrapper = world.wrapper();
-  auto const vti = wrapper.vxlanVtiStatusSm();
-  auto const programmer = wrapper.hwTunnelProgrammer(Vane::vxlanTunnel_);
-  auto const writes = world.chip().writes();
-  wrapper.vxlanBootStatus()->vaneTunnelSmReadyIs(false);
-  wrapper.vxlanBootStatus()->vaneTunnelSmReadyIs(true);
-  auto const other = Dovel::make<TesselVxlanBootStatus>("other");
+  world.mountsComplete().tunnelWanted().start();
+  auto const boot = world.local<Boot>(Host::kBootStatusPath);
+  auto const restless = Dovel::make<Listener>(world, [&](State const&, std::uint16_t id) {
+    if (id != State::localVtepId) return;
+    boot->vaneTunnelSmReadyIs(false);
+    boot->vaneTunnelSmReadyIs(true);
+  });
+  Kiln::TraceCapture trace("TesselVxlanMounterSmWrapper");
+  world.tunnelSmIsReady();
+  boot->vaneTunnelSmReadyIs(false);
+  boot->vaneTunnelSmReadyIs(true);
+  auto const other = Dovel::make<Boot>("other");
   other->vaneTunnelSmReadyIs(true);
-  wrapper.vxlanBootStatusIs(other);
-  EXPECT_EQ(wrapper.vxlanVtiStatusSm(), vti);
-  EXPECT_EQ(wrapper.hwTunnelProgrammer(Vane::vxlanTunnel_), programmer);
-  EXPECT_EQ(world.chip().writes(), writes);
+  world.wrapper().vxlanBootStatusIs(other);
+  EXPECT_EQ(std::ranges::count(trace.lines(), "doStartVxlanSms: Calling createVxlanTunnelHelperSm"), 1);
+  trace.clear();
+  world.wrapper().tablesInitializedIs(true);
+  EXPECT_THAT(trace.lines(), testing::IsEmpty()) << "an equal value starts nothing";
 }
 
 TEST(Gates, keepTheTunnelProgrammersBack) {
   Kiln::TraceCapture trace("TesselVxlanMounterSmWrapper");
-  auto const lastTrace = [&] { return trace.lines().back(); };
   FrameWorld world;
-  auto& w = world.mountsComplete().wrapper();
-  w.createVxlanTunnelHelperSm();
-  EXPECT_EQ(lastTrace(), "createVxlanTunnelHelperSm: Returning TBNI");
+  auto const refused = [&](char const* why) {
+    world.wrapper().createVxlanTunnelHelperSm();
+    EXPECT_EQ(trace.lines().back(), std::string("createVxlanTunnelHelperSm: Returning ") + why);
+  };
+  world.mountsComplete();
+  refused("TBNI");
   world.start();
-  w.createVxlanTunnelHelperSm();
-  EXPECT_EQ(lastTrace(), "createVxlanTunnelHelperSm: Returning VTSNI");
+  refused("VTSNI");
   void (Wrapper::*const dels[])() = {&Wrapper::virtualPortTableProgrammerDel, &Wrapper::tunnelTermTableProgrammerDel,
                                      &Wrapper::nextHopTableProgrammerDel, &Wrapper::egrL3TunnelTablesProgrammerDel};
   for (auto const del : dels) {
-    world.wrapperAgain().start();
-    (world.wrapper().*del)();
-    world.wrapper().createVxlanTunnelHelperSm();
-    EXPECT_EQ(lastTrace(), "createVxlanTunnelHelperSm: Returning TBNI");
+    (world.wrapperAgain().start().wrapper().*del)();
+    refused("TBNI");
   }
   EXPECT_EQ(world.running(), "");
-}
-
-/// The traces of the root object while an agent starts, a line each.
-std::string traced(Host::Agent::Ready ready) {
-  Kiln::TraceCapture trace("TesselVxlanMounterSmWrapper");
-  Host::Agent::Options options;
-  options.ready = ready;
-  Host::Agent const agent(options);
-  std::string text;
-  for (auto const& line : trace.lines()) text += line.substr(line.find(": ") + 2) + '\n';
-  return text;
-}
-
-TEST(Gates, ofAnAgentOpenInEitherOrder) {
-  std::string const bound = "egrL3TunnelDefaultInit not ready\ndoStartVxlanSms\nvaneTunnelSm not ready\n";
-  std::string const tables =
-      "doBindEntities\ncleanupHitfulRestart\n egrL3TunnelTableHandle: EgrL3Ipv4TunnelTable[ > ]\n"
-      " initialising underlayMcast table \n";
-  std::string const started = "doStartVxlanSms\nCalling createVxlanTunnelHelperSm\n";
-  std::string const serves = " vxlanSmRunningState is set to true \n";
-  EXPECT_EQ(traced(Host::Agent::Ready::fromLoop),
-            bound + tables + "doStartVxlanSms\nvaneTunnelSm not ready\n" + serves + started);
-  EXPECT_EQ(traced(Host::Agent::Ready::atOnce),
-            bound + "doStartVxlanSms\nTable init not ready\n" + tables + started + serves);
 }
 
 TEST(Stop, afterAnyStepLeavesNothing) {
@@ -137,6 +102,117 @@ TEST(Stop, afterAnyStepLeavesNothing) {
     if (steps >= 2) world.mountsComplete();
     if (steps >= 3) world.start();
     if (steps >= 4) world.tunnelSmIsReady().tunnelWanted();
+  }
+}
+
+/// Calls `last` when it is destroyed.
+class LastProgrammer final : public TesselVxlan::HwTunnelProgrammerBase {
+ public:
+  LastProgrammer(TesselVxlan::TunnelProgrammerInputs const& inputs, std::function<void()> last)
+      : HwTunnelProgrammerBase(inputs), last_(std::move(last)) {}
+  ~LastProgrammer() override { last_(); }
+
+ private:
+  std::function<void()> last_;
+};
+
+TEST(Stop, releasesTheTunnelProgrammersLast) {
+  FrameWorld world;
+  auto& w = world.mountsComplete().start().tunnelSmIsReady().wrapper();
+  TesselVxlan::TunnelProgrammerInputs inputs;
+  inputs.statewayEm = w.statewayEm();
+  inputs.fcsd = w.fcsd();
+  inputs.vxlanToL2State = w.vxlanToL2State();
+  inputs.tunnelType = Vane::vxlanBum_;
+  std::vector<Ptr<Dovel::Node const>> const others{w.vxlanStatus(), w.tunnelConfigDir(), w.vxlanVtiStatusSm(),
+                                                   w.vxlanTunnelHelperSm(), w.l2TunnelVnIdTable()};
+  std::string uses;
+  w.hwTunnelProgrammerIs(Vane::vxlanBum_, Dovel::make<LastProgrammer>(inputs, [&, mounter = &world.mounter()] {
+                           uses = mounter->isZombie() ? "of a zombie's wrapper: " : "";
+                           for (auto const& other : others) uses += std::to_string(other->useCount());
+                         }));
+  world.mounterGone();
+  EXPECT_EQ(uses, "of a zombie's wrapper: 11111");
+}
+
+TEST(Wrapper, passesNotificationAndItsEndToTheStateMachinesInIt) {
+  FrameWorld world;
+  auto& w = world.mountsComplete().capabilitiesAre(true, false).start().tunnelSmIsReady().wrapper();
+  Ptr<Dovel::Node> const nested[] = {w.remoteVniToSBDVlanMergeSm(), w.l3McastEvpnStatusSm(), w.qosTrustStatusSm()};
+  auto const shown = [&] {
+    std::string text;
+    for (auto const& sm : nested) text += sm->isZombie() ? 'z' : sm->hasNotificationActive() ? 'a' : '-';
+    return text;
+  };
+  EXPECT_EQ(shown(), "aaa");
+  w.hasNotificationActiveIs(false);
+  EXPECT_EQ(shown(), "---");
+  w.hasNotificationActiveIs(true);
+  EXPECT_EQ(shown(), "aaa");
+  nested[0]->hasNotificationActiveIs(false);
+  nested[1]->kilnDoZombieReactors(true);
+  w.hasNotificationActiveIs(true);
+  w.kilnDoZombieReactors(false);
+  EXPECT_EQ(shown(), "-za") << "an equal value is not passed on";
+  w.kilnDoZombieReactors(true);
+  EXPECT_EQ(shown(), "zzz");
+  EXPECT_TRUE(w.isZombie());
+  w.kilnDoZombieReactors(false);
+  EXPECT_EQ(shown(), "-aa");
+  world.wrapperGone();
+  EXPECT_EQ(shown(), "zzz");
+}
+
+TEST(Wrapper, isLiveUntilItIsReplacedOrTheMounterEnds) {
+  FrameWorld world;
+  Ptr<Wrapper> const first(&world.mountsComplete().start().wrapper());
+  EXPECT_TRUE(first->hasNotificationActive());
+  Ptr<Wrapper> const second(&world.wrapperAgain().wrapper());
+  EXPECT_FALSE(first->hasNotificationActive() || first->isZombie());
+  EXPECT_TRUE(second->hasNotificationActive());
+  world.mounterGone();
+  EXPECT_FALSE(second->hasNotificationActive());
+}
+
+TEST(Wrapper, followsTheTrustStatusOfTheSlice) {
+  FrameWorld world;
+  auto& w = world.mountsComplete().start().wrapper();
+  auto const slice = world.state<Kiln::Dir>("qos/hardware/tessel/trust/status/slice");
+  auto const status = slice->createEntity<TesselCommon::Qos::TrustStatus>("1");
+  status->tosBasePtrIs(5);
+  EXPECT_EQ(w.qosTrustStatusAllLocal()->tosBasePtr(), 5);
+  w.hasNotificationActiveIs(false);
+  status->tosBasePtrIs(6);
+  EXPECT_EQ(w.qosTrustStatusAllLocal()->tosBasePtr(), 5);
+}
+
+TEST(Wrapper, setsTheFlagsOfTheFixedRowsInOrder) {
+  FrameWorld world;
+  world.mountsComplete();
+  world.stores().local->doMount<State>(std::string(Host::kVxlanStatePath));
+  std::string seen;
+  auto const flags = Dovel::make<Listener>(world, [&](State const& state, std::uint16_t id) {
+    if (id == State::nextHop2DefaultInitId) seen += state.nextHop2DefaultInit() ? "nextHop2+ " : "nextHop2- ";
+    if (id == State::egrL3TunnelDefaultInitId) seen += state.egrL3TunnelDefaultInit() ? "header+ " : "header- ";
+    if (id == State::vpDefaultInitId) seen += state.vpDefaultInit() ? "ports+ " : "ports- ";
+  });
+  world.start();
+  EXPECT_EQ(std::exchange(seen, ""), "nextHop2+ header+ ports+ ");
+  world.wrapperAgain().start();
+  EXPECT_EQ(seen, "nextHop2- header- ports- nextHop2+ header+ ports+ ");
+}
+
+TEST(Wrapper, writesTheDefaultRowsWithTheCentralFlagAndTheDefaultHeader) {
+  for (bool const flag : {false, true}) {
+    FrameWorld world;
+    world.mountsComplete();
+    world.state<TesselCentral::VxlanState>("hardware/tessel/tunnel/vxlan/vxlanState")->controllerClientL3ModeIs(flag);
+    std::string const learns = flag ? " defaultLearnEnable=1" : "";
+    std::string const port = " egrL3TunnelTableHandle=EgrL3Ipv4TunnelTable[ > ] sbrCodeB=16";
+    EXPECT_EQ(AgentTest::tableOf(world.start().rows(), "VirtualPortTableMerged"),
+              "127.0.0.1: vp1FlagA=1 vp1FlagB=1 vp1FlagD=1" + learns + " vpClassCode=1 sbrCodeA=34" + port +
+                  " sbrCodeC=34\n: vp1FlagA=1 vp1FlagB=1 vp1FlagC=1 vp1FlagD=1" + learns +
+                  " vpClassCode=3 capabilityFlag=1" + port + " vp2FlagA=1\n");
   }
 }
 
