@@ -31,8 +31,9 @@ std::optional<RouteHop> routeHop(JsonIn at) {
   return hop;
 }
 
-NextHopObjects::NextHopObjects(JsonDocument const* file, std::string const& missingFile)
-    : file_(file ? file->source() : missingFile) {
+NextHopObjects::NextHopObjects(JsonDocument const* file, std::string const& missingFile,
+                               std::vector<std::string>& warnings)
+    : complete_(file != nullptr), file_(file ? file->source() : missingFile), warnings_(warnings) {
   if (!file) return;
   for (auto const at : objects(file->root())) {
     Object object{at, {}};
@@ -43,22 +44,26 @@ NextHopObjects::NextHopObjects(JsonDocument const* file, std::string const& miss
   }
 }
 
-NextHopObjects::Object const& NextHopObjects::object(JsonIn id) const {
+NextHopObjects::Object const* NextHopObjects::object(JsonIn id) const {
   auto const found = objects_.find(number(id));
-  if (found == objects_.end()) id.fail("expected the id of a next-hop object of " + file_);
-  return found->second;
+  if (found != objects_.end()) return &found->second;
+  if (!complete_) id.fail("expected the id of a next-hop object of the missing " + file_);
+  // A kernel deletes what refers to an object together with it: the object was deleted between two captures.
+  warnings_.push_back(remark(id, "ignored: " + file_ + " has no next-hop object of this id"));
+  return nullptr;
 }
 
 void NextHopObjects::unfold(JsonIn id, Walk& walk) const {
-  auto const& here = object(id);
+  auto const* here = object(id);
+  if (!here) return;
   auto& chain = walk.chain;
   bool const loop = std::find(chain.begin(), chain.end(), number(id)) != chain.end();
   if (!loop && !walk.seen.insert(number(id)).second) return;
   chain.push_back(number(id));
   if (loop) id.fail(fmt::format("expected a group that does not contain itself, not {}", fmt::join(chain, " -> ")));
   if (chain.size() > maxNesting) id.fail(fmt::format("expected groups that nest at most {} deep", maxNesting));
-  if (here.group.empty()) walk.leaves.push_back(here.at);
-  for (auto const member : here.group) unfold(member, walk);
+  if (here->group.empty()) walk.leaves.push_back(here->at);
+  for (auto const member : here->group) unfold(member, walk);
   chain.pop_back();
 }
 
@@ -77,7 +82,9 @@ std::vector<RouteHop> NextHopObjects::members(JsonIn nhid) const {
 }
 
 std::vector<JsonIn> NextHopObjects::vteps(JsonIn nhid) const {
-  if (!has(object(nhid).at, "fdb")) nhid.fail("expected the id of a next-hop object that is marked fdb");
+  auto const* here = object(nhid);
+  if (!here) return {};
+  if (!has(here->at, "fdb")) nhid.fail("expected the id of a next-hop object that is marked fdb");
   std::vector<JsonIn> vteps;
   for (auto const leaf : leaves(nhid)) {
     if (auto const hop = routeHop(leaf); hop && hop->gateway) vteps.push_back(*gatewayOf(leaf));

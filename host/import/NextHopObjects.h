@@ -23,13 +23,15 @@ struct RouteHop {
 std::optional<RouteHop> routeHop(JsonIn at);
 
 /// The kernel's next-hop objects by id, groups among them.
+///
+/// A reference to an object that the file does not have is passed over with a warning; without a file it is refused.
 class NextHopObjects {
  public:
-  /// REQUIRES: `file` outlives this. Null: there are no such objects. Throws InputError on wrong types.
-  explicit NextHopObjects(JsonDocument const* file, std::string const& missingFile);
+  /// REQUIRES: `file` and `warnings` outlive this. `file` null: there is none. Throws InputError on wrong types.
+  NextHopObjects(JsonDocument const* file, std::string const& missingFile, std::vector<std::string>& warnings);
 
   /// The members of the object that is referred to at `nhid`, groups unfolded, those out of service left out.
-  /// Throws InputError where an object does not exist or a group contains itself.
+  /// Throws InputError where a group contains itself.
   std::vector<RouteHop> members(JsonIn nhid) const;
   /// The addresses of the VTEPs of an object for forwarding databases. Throws InputError as `members`, and where it is
   /// another object.
@@ -45,11 +47,13 @@ class NextHopObjects {
     std::set<std::uint32_t> seen;
     std::vector<JsonIn> leaves;
   };
-  Object const& object(JsonIn id) const;
+  Object const* object(JsonIn id) const;  ///< Null where there is none.
   void unfold(JsonIn id, Walk& walk) const;
   std::vector<JsonIn> leaves(JsonIn id) const;
 
+  bool complete_;
   std::string file_;
+  std::vector<std::string>& warnings_;
   std::map<std::uint32_t, Object> objects_;
 };
 

@@ -36,7 +36,7 @@ class Writer {
   Writer(Captures const& captures, Allocator& allocator)
       : allocator_(allocator),
         links_(captures.links, captures.vxlanLinks, captures.vxlanLinksAge),
-        nextHops_(captures.nextHops, captures.nextHopsName),
+        nextHops_(captures.nextHops, captures.nextHopsName, *captures.warnings),
         fdb_(*captures.fdb, links_, nextHops_, *captures.warnings),
         underlay_(captures.routes, links_.underlayTable(), nextHops_, links_),
         neighbours_(captures.neighbours),

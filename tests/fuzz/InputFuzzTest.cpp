@@ -4,9 +4,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -110,24 +112,14 @@ class Case {
  private:
   void build() {
     setenv("TESSEL_TOGGLE_DIR", (base_ / "toggles").c_str(), 1);
-    switch (dice_.below(16)) {
-      case 0:
-        arguments_ = {"profiles", file("profile.json", corpus_.profiles)};
-        return;
-      case 1:
-        arguments_ = {"import", "iproute2", captures("one"), captures("two")};
-        return;
-      case 2:
-        file("toggles/TesselL2.json", corpus_.toggles);
-        arguments_ = {"run"};
-        return;
-      case 3:
-        arguments_ = {"explain", dice_.oneIn(2) ? "10.255.0.2" : "fd00::2"};
-        break;
-      default:
-        arguments_ = {"run", "--show", "summary,tunnels,tables,chip,logs,state"};
-        if (dice_.oneIn(4)) arguments_.push_back("--show-each");
-    }
+    auto const kind = dice_.below(16);
+    if (kind == 0) return arguments_.assign({"profiles", file("profile.json", corpus_.profiles)});
+    if (kind == 1) return arguments_.assign({"import", "iproute2", captures("one"), captures("two")});
+    if (kind == 2) file("toggles/TesselL2.json", corpus_.toggles);
+    if (kind == 2) return arguments_.assign({"run"});
+    arguments_ = {"run", "--show", "summary,tunnels,tables,chip,logs,state"};
+    if (kind == 3) arguments_ = {"explain", dice_.oneIn(2) ? "10.255.0.2" : "fd00::2"};
+    if (kind != 3 && dice_.oneIn(4)) arguments_.push_back("--show-each");
     addInputs();
     addOptions();
   }
@@ -186,10 +178,8 @@ void runCases(Corpus const& corpus, fs::path const& base, std::uint64_t end, Pro
     Case const one(corpus, base, progress.seed);
     int code = 0;
     auto const problem = one.run(code);
-    if (problem.empty()) ++progress.codes[code];
-    if (problem.empty()) continue;
-    ++progress.wrong;
-    std::cerr << "seed " << progress.seed << ": " << problem << "\n  " << one.commandLine() << '\n';
+    ++(problem.empty() ? progress.codes[code] : progress.wrong);
+    if (!problem.empty()) std::cerr << "seed " << progress.seed << ": " << problem << "\n" << one.commandLine() << '\n';
   }
 }
 
@@ -222,6 +212,7 @@ TEST(InputFuzz, everyInputEndsInAnExitCode) {
   // In processes of their own, so that a crash or a hang ends one of them and is reported with its seed.
   while (progress.seed < end) {
     auto const process = fork();
+    ASSERT_NE(process, -1) << std::strerror(errno);
     if (process == 0) {
       runCases(corpus, base, std::min(end, progress.seed + 1000), progress);
       std::exit(0);

@@ -4,6 +4,8 @@
 #include <rapidjson/writer.h>
 
 #include <algorithm>
+#include <iterator>
+#include <sstream>
 
 namespace FuzzTest {
 
@@ -24,90 +26,33 @@ void collect(Value& from, std::vector<Value*>& all) {
 
 using Texts = std::vector<std::string>;
 
+/// The texts between the blanks.
+Texts split(std::string const& list) {
+  std::istringstream stream(list);
+  return {std::istream_iterator<std::string>(stream), {}};
+}
+
 // Texts at the edges of what each kind can be.
-Texts const& addresses() {
-  static Texts const all{"0.0.0.0",
-                         "10.255.0.1",
-                         "10.255.0.2",
-                         "10.255.0.3",
-                         "10.255.0.4",
-                         "10.1.1.0",
-                         "127.0.0.1",
-                         "224.0.0.1",
-                         "255.255.255.255",
-                         "10.0.0.256",
-                         "::",
-                         "::1",
-                         "fd00::1",
-                         "fd00::2",
-                         "FD00::2",
-                         "ff02::1",
-                         "fe80::1",
-                         "::ffff:10.0.0.1",
-                         "0.0.0.0/0",
-                         "10.0.0.0/8",
-                         "10.0.0.0/33",
-                         "default",
-                         ""};
+Texts const addresses = split(
+    "0.0.0.0 10.255.0.1 10.255.0.2 10.255.0.3 10.255.0.4 10.1.1.0 127.0.0.1 224.0.0.1 255.255.255.255 10.0.0.256 :: "
+    "::1 fd00::1 fd00::2 FD00::2 ff02::1 fe80::1 ::ffff:10.0.0.1 0.0.0.0/0 10.0.0.0/8 10.0.0.0/33 default");
+Texts const macs = split(
+    "00:00:00:00:00:00 02:f1:00:00:00:01 02:00:00:00:00:02 02:00:00:00:00:03 01:00:5e:00:00:01 ff:ff:ff:ff:ff:ff "
+    "02:F1:00:00:00:01");
+Texts const numbersAsText = split("0 1 7 8 07 36 4094 4095 65536 2147483648 4294967295 -1");
+Texts const names = [] {
+  auto all = split(
+      "Vlan0 Vlan10 Vlan101 Vlan4095 Vxlan1 Vxlan2 Ethernet1 Ethernet2 Ethernet11 up1 up2 lo br0 nextHopResolved "
+      "nextHopUnresolved nextHopMcastTunnel port lag subPort stateway local shmem l3/vlanStatusDir "
+      "tesselVxlan/vxlanState ttl vxlan/config dead FAILED vlan bond bridge vxlan veth \xc3\xa9/~");
+  all.insert(all.end(), {"", std::string("a\0b", 3), std::string(300, 'x')});
   return all;
-}
-
-Texts const& macs() {
-  static Texts const all{"00:00:00:00:00:00", "02:f1:00:00:00:01", "02:00:00:00:00:02", "02:00:00:00:00:03",
-                         "01:00:5e:00:00:01", "ff:ff:ff:ff:ff:ff", "02:F1:00:00:00:01"};
-  return all;
-}
-
-Texts const& numbersAsText() {
-  static Texts const all{"0", "1", "7", "8", "07", "36", "4094", "4095", "65536", "2147483648", "4294967295", "-1"};
-  return all;
-}
-
-Texts const& names() {
-  static Texts const all{"Vlan0",
-                         "Vlan10",
-                         "Vlan101",
-                         "Vlan4095",
-                         "Vxlan1",
-                         "Vxlan2",
-                         "Ethernet1",
-                         "Ethernet2",
-                         "Ethernet11",
-                         "up1",
-                         "up2",
-                         "lo",
-                         "br0",
-                         "nextHopResolved",
-                         "nextHopUnresolved",
-                         "nextHopMcastTunnel",
-                         "port",
-                         "lag",
-                         "subPort",
-                         "stateway",
-                         "local",
-                         "shmem",
-                         "l3/vlanStatusDir",
-                         "tesselVxlan/vxlanState",
-                         "ttl",
-                         "vxlan/config",
-                         "dead",
-                         "FAILED",
-                         "vlan",
-                         "bond",
-                         "bridge",
-                         "vxlan",
-                         "veth",
-                         "",
-                         std::string("a\0b", 3),
-                         std::string(300, 'x'),
-                         "\xc3\xa9/~"};
-  return all;
-}
+}();
 
 Texts const& kindOf(std::string const& text) {
-  if (text.size() == 17 && text[2] == ':') return macs();
-  if (text.find("::") != std::string::npos || text.find('.') != std::string::npos) return addresses();
-  return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos ? numbersAsText() : names();
+  if (text.size() == 17 && text[2] == ':') return macs;
+  if (text.find("::") != std::string::npos || text.find('.') != std::string::npos) return addresses;
+  return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos ? numbersAsText : names;
 }
 
 Value textValue(std::string const& text, Document::AllocatorType& allocator) {
@@ -121,7 +66,7 @@ std::string textOf(Value const& value) {
 }  // namespace
 
 std::string Mutator::textLike(std::string const& former) {
-  static std::vector<Texts const*> const kinds{&addresses(), &macs(), &numbersAsText(), &names()};
+  static std::vector<Texts const*> const kinds{&addresses, &macs, &numbersAsText, &names};
   return dice_.pick(dice_.oneIn(6) ? *dice_.pick(kinds) : kindOf(former));
 }
 
@@ -135,19 +80,16 @@ Value Mutator::interesting(Value const& former, Document::AllocatorType& allocat
   if (alike && former.IsBool()) return Value(!former.GetBool());
   switch (dice_.below(7)) {
     case 0:
-      return Value();
+      return textValue(textLike(""), allocator);
     case 1:
       return Value(dice_.oneIn(2));
     case 2:
-      return Value(rapidjson::kObjectType);
-    case 3:
-      return Value(rapidjson::kArrayType);
-    case 4:
       return dice_.oneIn(2) ? Value(-1) : Value(1.5);
-    case 5:
+    case 3:
       return Value(dice_.pick(numbers));
     default:
-      return textValue(textLike(""), allocator);
+      static constexpr rapidjson::Type empty[] = {rapidjson::kNullType, rapidjson::kObjectType, rapidjson::kArrayType};
+      return Value(empty[dice_.below(3)]);
   }
 }
 

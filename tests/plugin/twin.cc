@@ -1,4 +1,4 @@
-// A plug-in with a class of the name of one in plugin_test.cpp.
+// A plug-in with a class of the name of one in PluginTest.cpp.
 
 #include "platform/kiln/AttributeDefinitions.h"
 #include "platform/kiln/Entity.h"

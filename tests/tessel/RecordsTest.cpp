@@ -25,17 +25,10 @@ namespace {
 using Meshal::IntfId;
 using Meshal::IpGenAddr;
 
-/// Puts `json` into `entity`; "" or what is wrong with it.
-std::string apply(Kiln::Entity& entity, std::string const& json) {
+void apply(Kiln::Entity& entity, std::string const& json) {
   auto const document = Kiln::JsonDocument::parse(json, "");
-  auto const in = document.root();
-  try {
-    Kiln::entityCheck(entity, in);
-  } catch (Kiln::InputError const& error) {
-    return error.place();
-  }
-  Kiln::entityFromJson(entity, in);
-  return "";
+  Kiln::entityCheck(entity, document.root());
+  Kiln::entityFromJson(entity, document.root());
 }
 
 Vane::NextHopEntry nextHop(std::uint8_t n) {
@@ -61,61 +54,31 @@ class Counter : public Dovel::Subscriber {
   Dovel::Publisher& publisher_;
 };
 
-TEST(Records, wantedTunnelsComeFromADocument) {
+TEST(Records, wantedTunnelsAreReadFromADocument) {
   auto const config = Dovel::make<Vane::VaneTunnelConfig>();
-  EXPECT_EQ(apply(*config, R"({"adjacency":{"36":{"nextHops":[{"addr":"10.0.0.2"},{"addr":"10.0.0.1"}]}},
-                              "tunnel":{"10.255.0.2":{"adjId":36},"2001:db8::2":{"adjId":null,"intfId":"Vxlan2"},
-                                        "10.255.0.3":{}}})"),
-            "");
-  auto const& hops = config->adjacency(36)->nextHops();
-  ASSERT_EQ(hops.size(), 2U);
-  EXPECT_EQ(hops.begin()->addr(), IpGenAddr("10.0.0.1"));
+  apply(*config, R"({"adjacency":{"36":{"nextHops":[{"addr":"10.0.0.2"},{"addr":"10.0.0.1"}]}},
+                     "tunnel":{"10.255.0.2":{"adjId":36},"2001:db8::2":{"adjId":null,"intfId":"Vxlan2"}}})");
+  EXPECT_EQ(config->adjacency(36)->nextHops().begin()->addr(), IpGenAddr("10.0.0.1"));
   auto const tunnel = config->tunnel(IpGenAddr("10.255.0.2"));
   EXPECT_EQ(tunnel->adjId(), Vane::AdjIdOrNone(36));
   EXPECT_EQ(tunnel->intfId(), IntfId("Vxlan1"));
   EXPECT_EQ(config->tunnel(IpGenAddr("2001:db8::2"))->intfId(), IntfId("Vxlan2"));
-
-  // The same document again is no news; leaving the route out takes it away and keeps the tunnel.
+  // Leaving the route out takes it away and keeps the tunnel.
   Counter changes(*tunnel);
-  EXPECT_EQ(apply(*config, R"({"tunnel":{"10.255.0.2":{"adjId":36}}})"), "");
+  apply(*config, R"({"tunnel":{"10.255.0.2":{"adjId":36}}})");
   EXPECT_EQ(changes.count, 0);
-  EXPECT_FALSE(config->adjacencyHas(36));
-  EXPECT_EQ(apply(*config, R"({"tunnel":{"10.255.0.2":{}}})"), "");
+  apply(*config, R"({"tunnel":{"10.255.0.2":{}}})");
   EXPECT_EQ(changes.count, 1);
-  EXPECT_FALSE(tunnel->adjId());
-  EXPECT_NE(tunnel->adjId(), Vane::AdjIdOrNone(0));
+  EXPECT_EQ(tunnel->adjId(), Vane::AdjIdOrNone());
 }
 
-TEST(Records, badValuesAreRefusedWhereTheyStand) {
-  struct {
-    Dovel::Ptr<Kiln::Entity> entity;
-    char const* json;
-    char const* path;
-  } const cases[] = {
-      {Dovel::make<Vane::VaneTunnelConfig>(), R"({"tunnel":{"10.255.0.2":{"adjId":"x"}}})", "/tunnel/10.255.0.2/adjId"},
-      {Dovel::make<Vane::VaneTunnelConfig>(), R"({"tunnel":{"10.255.0.2":{"adjId":4294967296}}})",
-       "/tunnel/10.255.0.2/adjId"},
-      {Dovel::make<Vane::VaneTunnelConfig>(), R"({"tunnel":{"tunnel":{}}})", "/tunnel/tunnel"},
-      {Dovel::make<Vane::VaneTunnelConfig>(), R"({"adjacency":{"1":{"nextHops":[{"hop":1}]}}})",
-       "/adjacency/1/nextHops/0/hop"},
-      {Dovel::make<VaneL3Intf::Table>(), R"({"l3Intf":{"Vlan1":4094,"Vlan2":4095}})", "/l3Intf/Vlan2"},
-      {Dovel::make<TesselCentral::PortConfigDir>(), R"({"port":{"Ethernet1":{"kind":"trunk"}}})",
-       "/port/Ethernet1/kind"},
-      {Dovel::make<Vxlan::VtiStatusDir>(), R"({"vtiStatus":{"Vxlan1":{"srcAddr":"2001:db8::1"}}})",
-       "/vtiStatus/Vxlan1/srcAddr"},
-  };
-  for (auto const& c : cases) EXPECT_EQ(apply(*c.entity, c.json), c.path) << c.json;
-}
-
-TEST(Records, nextHopSetsAreEqualWhateverTheOrder) {
+TEST(Records, nextHopSetsAreEqualInAnyOrder) {
   Vane::NextHopEntrySet const a{nextHop(1), nextHop(2), nextHop(3)};
   Vane::NextHopEntrySet b{nextHop(3), nextHop(1), nextHop(2), nextHop(1)};
   EXPECT_EQ(a, b);
-  EXPECT_TRUE(b.erase(nextHop(2)));
-  EXPECT_FALSE(b.erase(nextHop(2)));
+  EXPECT_TRUE(b.erase(nextHop(2)) && !b.erase(nextHop(2)));
   EXPECT_NE(a, b);
-  EXPECT_TRUE(b.contains(nextHop(3)));
-  EXPECT_FALSE(b.contains(nextHop(2)));
+  EXPECT_TRUE(b.contains(nextHop(3)) && !b.contains(nextHop(2)));
 }
 
 TEST(Records, theStatusOfANextHopIsOneUnit) {
@@ -166,9 +129,8 @@ TEST(Records, portsOfTheChip) {
   };
   EXPECT_EQ(text("Ethernet1"), "invalid 0:0/0/0");
   fcsd->portConfigDirIs(ports);
-  ASSERT_EQ(apply(*ports, R"({"port":{"Ethernet1":{"number":3},"Ethernet2":{"kind":"subPort","number":4},
-                                      "Port-Channel1":{"kind":"lag","number":5}}})"),
-            "");
+  apply(*ports, R"({"port":{"Ethernet1":{"number":3},"Ethernet2":{"kind":"subPort","number":4},
+                            "Port-Channel1":{"kind":"lag","number":5}}})");
   EXPECT_EQ(text("Ethernet1"), "0:3/0/0");
   EXPECT_EQ(text("Ethernet2"), "1:0/4/0");
   EXPECT_EQ(text("Port-Channel1"), "2:0/0/5");
@@ -202,15 +164,12 @@ TEST(Records, theLocalTrustStatusFollowsTheFirstOfTheDirectory) {
   auto const dir = Dovel::make<Kiln::Dir>("slice");
   auto const local = TesselCommon::Qos::trustStatusFactory("trustStatusLocal");
   auto sm = Dovel::make<TesselCommon::Qos::TrustStatusSm>(dir, local);
-  auto const a = Dovel::make<TrustStatus>("a");
-  auto const b = Dovel::make<TrustStatus>("b");
-  a->tosBasePtrIs(1);
+  auto const a = Dovel::make<TrustStatus>("a"), b = Dovel::make<TrustStatus>("b");
   b->tosBasePtrIs(2);
-
   dir->childIs("b", b);
   EXPECT_EQ(local->tosBasePtr(), 2);
   dir->childIs("a", a);
-  EXPECT_EQ(local->tosBasePtr(), 1);
+  a->tosBasePtrIs(1);
   a->remarkBasePtrIs(200);
   b->tosBasePtrIs(3);
   EXPECT_EQ(local->tosBasePtr(), 1);

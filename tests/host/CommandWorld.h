@@ -32,8 +32,7 @@ struct Ran {
 };
 
 inline Ran run(std::vector<std::string> const& arguments) {
-  std::ostringstream out;
-  std::ostringstream err;
+  std::ostringstream out, err;
   int const code = runCommandLine(arguments, out, err);
   return {code, out.str(), err.str()};
 }
@@ -42,13 +41,24 @@ inline std::string capture(std::string const& name) {
   return (std::filesystem::path(TESSEL_SOURCE_DIR) / "tests/data/captures" / name).string();
 }
 
+/// Whether `text` contains the parts in this order.
+inline testing::AssertionResult inOrder(std::string const& text, std::vector<std::string> const& parts) {
+  std::size_t at = 0;
+  for (auto const& part : parts) {
+    auto const found = text.find(part, at);
+    if (found == std::string::npos) return testing::AssertionFailure() << part << " is not in its place in\n" << text;
+    at = found + 1;
+  }
+  return testing::AssertionSuccess();
+}
+
 /// Files of a test's own, gone at its end.
 class Files : public testing::Test {
  protected:
   ~Files() override { std::filesystem::remove_all(base_); }
 
   std::string file(std::string const& name, std::string const& text) const {
-    std::filesystem::create_directories(base_);
+    std::filesystem::create_directories((base_ / name).parent_path());
     std::ofstream(base_ / name) << text;
     return (base_ / name).string();
   }
@@ -75,11 +85,10 @@ inline AgentTest::Wish wishTo(unsigned last) {
 inline std::vector<std::string> tunnelsOf(rapidjson::Value const& report) {
   std::vector<std::string> lines;
   for (auto const& tunnel : report["tunnels"].GetArray()) {
-    auto line = std::string(tunnel["vtep"].GetString());
+    auto& line = lines.emplace_back(tunnel["vtep"].GetString());
     if (tunnel["adjId"].IsUint()) line += " " + std::to_string(tunnel["adjId"].GetUint());
     EXPECT_NE(tunnel["programmed"].GetBool(), tunnel["reason"].IsString());
     if (!tunnel["programmed"].GetBool()) line += std::string(" !") + tunnel["reason"].GetString();
-    lines.push_back(line);
   }
   return lines;
 }

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <vector>
 
 #include "host/import/CaptureSet.h"
 
@@ -40,15 +42,16 @@ inline std::string roads(rapidjson::Document const& document, std::string const&
 /// 10.255.0.2. Each test replaces the files that it is about.
 class HandMade : public testing::Test {
  protected:
-  void SetUp() override {
-    auto const name = testing::UnitTest::GetInstance()->current_test_info()->name();
-    base_ = std::filesystem::temp_directory_path() / ("captures-" + std::string(name) + std::to_string(getpid()));
+  HandMade() { restore(); }
+  ~HandMade() override { std::filesystem::remove_all(base_); }
+
+  void restore() const {
+    std::filesystem::remove_all(base_);
     links(vxlan("vx1", R"("local":"10.255.0.1","port":4789)"));
-    file("bridge-fdb.json", "[" + remote("10.255.0.2") + "]");
+    remotes({"10.255.0.2"});
     file("ip-neigh.json", R"([{"dst":"10.1.1.0","dev":"up1","lladdr":"02:F1:00:00:00:01","state":["STALE"]},
                               {"dst":"10.1.2.0","dev":"up2","lladdr":"02:f2:00:00:00:01","state":["NOARP"]}])");
   }
-  void TearDown() override { std::filesystem::remove_all(base_); }
 
   std::filesystem::path dir(std::string const& name = "base") const { return base_ / name; }
 
@@ -61,11 +64,14 @@ class HandMade : public testing::Test {
     return R"({"ifindex":)" + std::to_string(ifindex) + R"(,"ifname":")" + name +
            R"(","linkinfo":{"info_kind":"vxlan","info_data":{)" + data + "}}}";
   }
-  static std::string remote(std::string const& dst) {
-    return R"({"mac":"02:00:00:00:00:09","ifname":"vx1","dst":")" + dst + R"(","flags":["self"],"state":""})";
+  void remotes(std::vector<std::string> const& vteps, std::string const& more = "") const {
+    std::string list;
+    for (auto const& vtep : vteps)
+      list += std::string(list.empty() ? "" : ",") + R"({"mac":"02:00:00:00:00:09","ifname":"vx1","dst":")" + vtep +
+              R"(","flags":["self"],"state":""})";
+    file("bridge-fdb.json", "[" + list + more + "]");
   }
-
-  void links(std::string const& more, std::string const& directory = "base") const {
+  void links(std::string const& more) const {
     file("ip-link.json",
          R"([{"ifindex":1,"ifname":"lo","flags":["LOOPBACK"],"link_type":"loopback"},
       {"ifindex":2,"ifname":"up1"},{"ifindex":3,"ifname":"up2"},{"ifindex":4,"ifname":"br0","linkinfo":{"info_kind":"bridge"}},
@@ -74,24 +80,16 @@ class HandMade : public testing::Test {
       {"ifindex":7,"ifname":"red","linkinfo":{"info_kind":"vrf","info_data":{"table":1001}}},
       {"ifindex":8,"ifname":"lo-red","master":"red","linkinfo":{"info_kind":"dummy","info_slave_kind":"vrf",
         "info_slave_data":{"table":1001}}},)" +
-             more + "]",
-         directory);
+             more + "]");
   }
   void routes(std::string const& list) const { file("ip-route-all.json", "[" + list + "]"); }
 
-  std::string shown() const {
-    CaptureSet set;
-    set.overlay(dir());
-    return roads(set.stateDocument());
-  }
-
-  /// What is said about an input that cannot be used, without the directory of the test.
-  std::string complaint(std::string const& later = "") const {
+  /// The roads of the capture, or what is wrong with it, without the directory of the test.
+  std::string shown(std::string const& name = "base") const {
     try {
       CaptureSet set;
-      set.overlay(dir());
-      if (!later.empty()) set.overlay(dir(later));
-      set.stateDocument();
+      set.overlay(dir(name));
+      return roads(set.stateDocument());
     } catch (Kiln::InputError const& error) {
       std::string text = error.what();
       EXPECT_EQ(text.find(error.file() + ": "), 0U);
@@ -99,11 +97,12 @@ class HandMade : public testing::Test {
       for (auto at = text.find(prefix); at != std::string::npos; at = text.find(prefix)) text.erase(at, prefix.size());
       return text;
     }
-    return "none";
   }
 
  private:
-  std::filesystem::path base_;
+  std::filesystem::path base_ =
+      std::filesystem::temp_directory_path() /
+      ("captures-" + std::to_string(getpid()) + testing::UnitTest::GetInstance()->current_test_info()->name());
 };
 
 }  // namespace Host::Test

@@ -1,7 +1,5 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
 
 #include <functional>
 #include <memory>
@@ -76,16 +74,16 @@ class Watcher final : public Kiln::Sm {
   KILN_WATCHED(0x102, Site, site, &KilnSelf::siteDispatch, &KilnSelf::handleSite)
 
  public:
-  explicit Watcher(std::string& out, Dovel::Ptr<Site> site = nullptr)
-      : site_(*this, std::move(site), Kiln::SubscribeOnly{}), log(out) {}
-  Watcher(std::string& out, Dovel::Ptr<Site> site, Quiet quiet)
-      : Sm(quiet), site_(*this, std::move(site), Kiln::SubscribeOnly{}), log(out) {}
+  template <class... Quiet>
+  Watcher(std::string& out, Dovel::Ptr<Site> site, Quiet... quiet)
+      : Sm(quiet...), site_(*this, std::move(site), Kiln::SubscribeOnly{}), log(out) {}
   static Dovel::Ptr<Watcher> quiet(std::string& out, Dovel::Ptr<Site> const& site) {
     return Dovel::make<Watcher>(out, site, Quiet{});
   }
 
   std::function<void()> action;  ///< Runs in the handler.
   Parting parting;
+  std::optional<Kiln::Watch<Site, &Watcher::siteDispatch>> second;
 
  private:
   void handle(std::string const& text) {
@@ -131,10 +129,8 @@ TEST_F(Objects, AreLookedUpWhileOthersEnd) {
       log += " ";
     };
   said();
-  auto const another = Dovel::make<Host>(7U);
-  site->hostIs(another);
+  site->hostIs(Dovel::make<Host>(7U));
   EXPECT_EQ(said(), "6[7] 6[7] 11111110 ") << "removed by the end of the one that it replaced";
-  EXPECT_EQ(site->host(7), nullptr);
   site->hostDel(6);
   EXPECT_EQ(said(), "6[6] 11111100 ");
   watcher = nullptr;
@@ -142,7 +138,7 @@ TEST_F(Objects, AreLookedUpWhileOthersEnd) {
   EXPECT_EQ(said(), "00000000 00000000 00000000 00000000 00000000 00000000 ");
 }
 
-TEST_F(Objects, AreIteratedInTheOrderOfAddition) {
+TEST_F(Objects, AreIteratedInTheOrderOfAdditionAndMayBeRemovedUnderTheCursor) {
   auto const order = [&] {
     std::string text;
     for (auto const& host : site->hostColl()) text += std::to_string(host->number()) + " ";
@@ -152,16 +148,10 @@ TEST_F(Objects, AreIteratedInTheOrderOfAddition) {
   site->hostIs(Dovel::make<Host>(9U));
   EXPECT_EQ(order(), "5 1 9 3 ");
   for (std::uint32_t n : {1, 3}) site->hostDel(n);
-  EXPECT_EQ(order(), "5 9 ");
   for (std::uint32_t n : {4, 2, 6}) site->hostIs(n);
   EXPECT_EQ(order(), "5 2 9 4 6 ") << "holes are filled";
-}
 
-TEST_F(Objects, MayBeRemovedUnderTheCursor) {
-  auto const all = [&] {
-    return std::to_string(site->vlanVniColl().size() + site->flagColl().size() + site->hostColl().size());
-  };
-  for (std::uint16_t n = 1; n <= 7; ++n) site->vlanVniIs(n, n), site->flagIs(n, true), site->hostIs(n);
+  for (std::uint16_t n = 1; n <= 7; ++n) site->vlanVniIs(n, n), site->flagIs(n, true);
   std::string seen;
   for (auto const& [vlan, vni] : site->vlanVniColl()) site->vlanVniDel(vlan), seen += "v";
   for (auto const& [flag, set] : site->flagColl()) {
@@ -169,8 +159,16 @@ TEST_F(Objects, MayBeRemovedUnderTheCursor) {
     if (flag % 2) site->flagDel(flag);
   }
   for (auto const& host : site->hostColl()) site->hostDel(host->number()), seen += "h";
-  EXPECT_EQ(seen, "vvvvvvv1234567hhhhhhh");
-  EXPECT_EQ(all(), "3");
+  EXPECT_EQ(seen, "vvvvvvv1234567hhhhh");
+  EXPECT_EQ(site->vlanVniColl().size() + site->flagColl().size() + site->hostColl().size(), 3U);
+
+  for (std::uint32_t i = 1; i <= 5; ++i) site->hostIs(i);
+  Kiln::forEachKey(site->hostColl(), [&](std::uint32_t key, Dovel::Ptr<Host> const& host) {
+    seen += ":" + std::to_string(key) + (host->number() == key ? "" : "?");
+    site->hostDelAll();
+    for (std::uint32_t i = 100; i < 200; ++i) site->hostIs(i);
+  });
+  EXPECT_THAT(seen, testing::EndsWith("h:5")) << "one call, for the first in the walk";
 }
 
 TEST_F(Objects, OnlyDifferencesArePublished) {
@@ -178,15 +176,12 @@ TEST_F(Objects, OnlyDifferencesArePublished) {
   site->vlanVniDel(10);
   site->gatewayDel();
   EXPECT_EQ(said(), "");
-  site->portIs(1);
-  site->portIs(1);
-  site->vlanVniIs(10, 5);
-  site->vlanVniIs(10, 5);
-  site->vlanVniIs(10, 6);
+  EXPECT_FALSE(site->vlanVni(10) || site->vlanVniHas(10) || site->flag(1) || site->flagHas(1) || site->hostHas(1));
+  for (int i = 0; i < 2; ++i) site->portIs(1);
+  for (std::uint32_t const vni : {5, 5, 6}) site->vlanVniIs(10, vni);
   site->touch();
-  EXPECT_EQ(said(), "3 4[10] 4[10] 7 ");
   EXPECT_EQ(site->vlanVniDel(10), 6U);
-  EXPECT_EQ(said(), "4[10] ");
+  EXPECT_EQ(said(), "3 4[10] 4[10] 7 4[10] ");
 
   auto const host = site->hostIs(3);
   EXPECT_EQ(site->hostIs(3), host);
@@ -194,9 +189,8 @@ TEST_F(Objects, OnlyDifferencesArePublished) {
   EXPECT_EQ(said(), "6[3] ");
   site->hostIs(Dovel::make<Host>(3U));
   EXPECT_NE(site->host(3), host);
-  EXPECT_EQ(said(), "6[3] ");
   site->hostDelAll();
-  EXPECT_EQ(said(), "6[3] ");
+  EXPECT_EQ(said(), "6[3] 6[3] ");
   EXPECT_THROW(site->hostIs(Dovel::Ptr<Host>()), Kiln::NullPointerException);
 
   site->gatewayIs(9U);
@@ -205,20 +199,11 @@ TEST_F(Objects, OnlyDifferencesArePublished) {
   EXPECT_EQ(said(), "8 8 ");
 }
 
-TEST_F(Objects, AKeyThatIsNotThereIsNoError) {
-  EXPECT_EQ(site->vlanVni(1), 0U);
-  EXPECT_FALSE(site->flag(1));
-  EXPECT_EQ(site->host(1), nullptr);
-  EXPECT_FALSE(site->vlanVniHas(1) || site->flagHas(1) || site->hostHas(1));
-  EXPECT_TRUE(site->vlanVniColl().empty() && site->flagColl().empty() && site->hostColl().empty());
-}
-
 // Keys and values that are handed in by reference to what the call removes or moves.
 TEST_F(Objects, ArgumentsMayLieInTheCollectionItself) {
   for (std::uint16_t vlan = 1; vlan <= 40; ++vlan) site->vlanVniIs(vlan, 1000U + vlan);
   for (std::uint16_t vlan = 101; vlan <= 140; ++vlan) site->vlanVniIs(vlan, site->vlanVni(1));
   EXPECT_EQ(site->vlanVni(140), 1001U);
-  said();
   site->vlanVniDel(site->vlanVniColl().begin()->first);
   EXPECT_EQ(site->vlanVniColl().size(), 79U);
   site->flagIs(7, true);
@@ -228,38 +213,35 @@ TEST_F(Objects, ArgumentsMayLieInTheCollectionItself) {
 
 TEST_F(Objects, WatchIsRebound) {
   auto const other = Dovel::make<Site>("other");
-  watcher->siteIs(site);
-  EXPECT_EQ(said(), "");
-  watcher->siteIs(other);
-  EXPECT_EQ(said(), "catch-up ");
-  site->portIs(1);
-  EXPECT_EQ(said(), "");
-  other->portIs(1);
-  EXPECT_EQ(said(), "3 ");
-  watcher->siteIs(nullptr);
-  other->portIs(2);
-  EXPECT_EQ(said(), "");
+  std::uint16_t port = 0;
+  auto const heard = [&](Dovel::Ptr<Site> const& next) {
+    watcher->siteIs(next);
+    site->portIs(++port);
+    other->portIs(++port);
+    return said();
+  };
+  EXPECT_EQ(heard(site), "3 ");
+  EXPECT_EQ(heard(other), "catch-up 3 ");
+  EXPECT_EQ(heard(nullptr), "");
   EXPECT_TRUE(other->publisher()->empty() && site->publisher()->empty());
 }
 
 TEST_F(Objects, AnInactiveOwnerListensLaterAndAZombieNever) {
-  auto const quiet = Watcher::quiet(log, site);
-  watcher = nullptr;
+  watcher = Watcher::quiet(log, site);
   site->portIs(1);
   EXPECT_EQ(said(), "");
-  quiet->hasNotificationActiveIs(true);
-  quiet->hasNotificationActiveIs(true);
+  for (int i = 0; i < 2; ++i) watcher->hasNotificationActiveIs(true);
   site->portIs(2);
   EXPECT_EQ(said(), "3 ");
-  quiet->kilnDoZombieReactors(true);
+  watcher->kilnDoZombieReactors(true);
   site->portIs(3);
-  quiet->siteIs(Dovel::make<Site>("other"));
-  quiet->siteIs(site);
+  watcher->siteIs(Dovel::make<Site>("other"));
+  watcher->siteIs(site);
   EXPECT_EQ(said(), "");
-  quiet->kilnDoZombieReactors(false);
+  watcher->kilnDoZombieReactors(false);
   site->portIs(4);
   EXPECT_EQ(said(), "3 ");
-  quiet->hasNotificationActiveIs(false);
+  watcher->hasNotificationActiveIs(false);
   EXPECT_TRUE(site->publisher()->empty());
 }
 
@@ -323,42 +305,27 @@ TEST(HostileSubscriber, MayReleaseTheObjectThatChanges) {
 }
 
 TEST_F(Objects, AHandlerMayReleaseItsStateMachine) {
-  auto const release = [this] { watcher = nullptr; };
-  watcher->parting.action = [this] { log += "deleted "; };
-  watcher->action = release;
-  site->portIs(1);
-  EXPECT_EQ(said(), "3 handled deleted ");
-  watcher = Dovel::make<Watcher>(log, site);
-  watcher->parting.action = [this] { log += "deleted "; };
-  watcher->action = release;
-  watcher->siteIs(Dovel::make<Site>("other"));
-  EXPECT_EQ(said(), "catch-up handled deleted ");
+  for (auto const& [wanted, act] : std::vector<std::pair<std::string, std::function<void()>>>{
+           {"3 handled deleted ", [this] { site->portIs(1); }},
+           {"catch-up handled deleted ", [this] { watcher->siteIs(Dovel::make<Site>("other")); }}}) {
+    watcher = Dovel::make<Watcher>(log, site);
+    watcher->parting.action = [this] { log += "deleted "; };
+    watcher->action = [this] { watcher = nullptr; };
+    act();
+    EXPECT_EQ(said(), wanted);
+  }
   EXPECT_TRUE(site->publisher()->empty());
 }
 
-/// Watches a site while it wants to.
-class Fickle final : public Kiln::Sm {
-  void siteDispatch(Dovel::Change const&) { ++heard; }
-
-  KILN_BASE_TYPE(ObjectTest::Fickle)
-
- public:
-  int heard = 0;
-  std::optional<Kiln::Watch<Site, &Fickle::siteDispatch>> first{*this}, second{*this};
-};
-KILN_DESCRIBE(Fickle)
-
 TEST_F(Objects, AWatchMayEndBeforeItsStateMachine) {
-  watcher = nullptr;
-  auto const fickle = Dovel::make<Fickle>();
-  for (auto* watch : {&fickle->first, &fickle->second}) (*watch)->notifierIs(site);
-  fickle->first.reset();
-  fickle->hasNotificationActiveIs(false);
+  watcher->second.emplace(*watcher, site, Kiln::SubscribeOnly{});
+  watcher->second.reset();
+  watcher->hasNotificationActiveIs(false);
   EXPECT_TRUE(site->publisher()->empty());
-  fickle->hasNotificationActiveIs(true);
-  fickle->first.emplace(*fickle, site, Kiln::SubscribeOnly{});
+  watcher->hasNotificationActiveIs(true);
+  watcher->second.emplace(*watcher, site, Kiln::SubscribeOnly{});
   site->portIs(1);
-  EXPECT_EQ(fickle->heard, 2);
+  EXPECT_EQ(said(), "3 3 ");
 }
 
 /// A nested reactor that its owner's end must silence.
@@ -404,43 +371,33 @@ class Owner final : public Kiln::Sm {
 };
 KILN_DESCRIBE(Owner)
 
-TEST_F(Objects, AnSmEndsInOrder) {
-  auto const host = Dovel::make<Host>(1U);
-  auto owner = Dovel::make<Owner>(log);
-  auto nested = owner->nestedIs(host);
-  host->labelIs("a");
-  EXPECT_EQ(said(), "+1 n1 ");
-  owner = nullptr;
-  EXPECT_EQ(said(), "zclear zowner ");
-  host->labelIs("b");
-  EXPECT_EQ(said(), "");
-  nested = nullptr;
-  EXPECT_EQ(said(), "-1 ");
-  EXPECT_TRUE(host->publisher()->empty());
-}
-
-TEST_F(Objects, ANestedReactorFollowsItsOwner) {
+TEST_F(Objects, ANestedReactorFollowsItsOwnerAndEndsBeforeIt) {
   auto owner = Dovel::make<Owner>(log);
   auto const host = Dovel::make<Host>(2U);
+  auto const heard = [&] {
+    host->labelIs(host->label() + "x");
+    return said();
+  };
   owner->nestedIs(host);
   owner->nestedDel(2);
-  EXPECT_EQ(said(), "+2 zaclear -2 ");
+  EXPECT_EQ(heard(), "+2 zaclear -2 ");
   owner->hasNotificationActiveIs(false);
-  auto const replaced = owner->nestedIs(host);
-  host->labelIs("a");
-  EXPECT_EQ(said(), "+2 ") << "added to an inactive owner";
+  auto kept = owner->nestedIs(host);
+  EXPECT_EQ(heard(), "+2 ") << "added to an inactive owner";
   owner->hasNotificationActiveIs(true);
-  host->labelIs("b");
-  EXPECT_EQ(said(), "n2 ");
+  EXPECT_EQ(heard(), "n2 ");
   owner->nestedIs(host);
-  EXPECT_EQ(said(), "+2 zaclear ") << "one that is replaced lets go of its owner";
-  host->labelIs("c");
-  EXPECT_EQ(said(), "n2 ");
+  EXPECT_EQ(heard(), "+2 zaclear n2 ") << "one that is replaced lets go of its owner";
+  kept = nullptr;
+  EXPECT_EQ(said(), "-2 ");
   owner->kilnDoZombieReactors(true);
-  owner->nestedIs(host);
-  host->labelIs("d");
+  kept = owner->nestedIs(host);
+  EXPECT_EQ(heard(), "+2 zaclear -2 ");
   owner = nullptr;
-  EXPECT_EQ(said(), "+2 zaclear -2 zclear -2 zowner ");
+  EXPECT_EQ(heard(), "zclear zowner ");
+  kept = nullptr;
+  EXPECT_EQ(said(), "-2 ");
+  EXPECT_TRUE(host->publisher()->empty());
 }
 
 TEST_F(Objects, ANestedReactorIsReboundSwitchedAndRegistered) {
@@ -466,24 +423,12 @@ TEST_F(Objects, ANestedReactorIsReboundSwitchedAndRegistered) {
   EXPECT_EQ(heard(), "");
 }
 
-TEST_F(Objects, AWalkOfACollectionSurvivesItsHandlers) {
-  for (std::uint32_t i = 1; i <= 5; ++i) site->hostIs(i);
-  std::vector<std::uint32_t> seen;
-  Kiln::forEachKey(site->hostColl(), [&](std::uint32_t key, Dovel::Ptr<Host> const& host) {
-    EXPECT_EQ(host->number(), key);
-    seen.push_back(key);
-    site->hostDelAll();
-    for (std::uint32_t i = 100; i < 200; ++i) site->hostIs(i);
-  });
-  EXPECT_EQ(seen.size(), 1U);
-}
-
 std::string json(Kiln::Entity const& entity) {
   return Kiln::jsonText([&](Kiln::JsonOut out) { Kiln::entityToJson(entity, out); });
 }
 
 /// Reads `text` into `entity`; "" or what is wrong with it and where.
-std::string read(Kiln::Entity& entity, char const* text) {
+std::string read(Kiln::Entity& entity, std::string const& text) {
   auto const document = Kiln::JsonDocument::parse(text, "");
   auto const in = document.root();
   try {
@@ -507,36 +452,27 @@ TEST_F(Objects, ADescriptionListsWhatTheClassDeclares) {
   EXPECT_THAT(all, ElementsAre("2 address Meshal::IpGenAddr", "3 port u16", "4 vlanVni u16->u32", "5 flag u16->bool",
                                "6 host u32->ObjectTest::Host", "7 writes u32 ro", "8 gateway ObjectTest::Host ro",
                                "9 later ObjectTest::Later ro", "10 peer ObjectTest::Host ro"));
-  EXPECT_TRUE(type->isA(Kiln::Entity::kilnType()));
-  EXPECT_FALSE(type->isA(Host::kilnType()));
-
+  EXPECT_TRUE(type->isA(Kiln::Entity::kilnType()) && !type->isA(Host::kilnType()));
   auto const made = Dovel::cast<Site>(Kiln::newByTypeName("ObjectTest::Site", "x"));
   ASSERT_TRUE(made);
   EXPECT_EQ(made->name(), "x");
   made->typeData().method("touch")->call(*made);
   EXPECT_EQ(made->writes(), 8U);
-  EXPECT_EQ(Kiln::newByTypeName("ObjectTest::Host", "x"), nullptr);
-  EXPECT_EQ(Kiln::newByTypeName("ObjectTest::Nobody", "x"), nullptr);
 }
 
 TEST_F(Objects, JsonGoesOutAndIn) {
-  char const* text =
+  auto const text =
       R"({"address":"10.0.0.1","vlanVni":{"20":2020,"3":3030},"flag":{"1":true},"host":{"7":{"label":"x"},"5":{}}})";
   EXPECT_EQ(read(*site, text), "");
   EXPECT_EQ(json(*site), R"({"address":"10.0.0.1","port":4789,"vlanVni":{"20":2020,"3":3030},"flag":{"1":true},)"
                          R"("host":{"5":{"number":5,"label":"none"},"7":{"number":7,"label":"x"}},)"
                          R"("writes":7,"gateway":null,"later":null,"peer":null})");
   said();
-  EXPECT_EQ(read(*site, text), "");
-  EXPECT_EQ(said(), "") << "what is equal is not written";
-
-  // A dump is read back, into its object and into a new one.
+  // A dump is read back, into its object and into a new one; what is equal is not written.
   auto const dump = json(*site);
   auto const copy = Dovel::make<Site>("copy");
-  EXPECT_EQ(read(*site, dump.c_str()) + read(*copy, dump.c_str()), "");
+  EXPECT_EQ(read(*site, text) + read(*site, dump) + read(*copy, dump) + said(), "");
   EXPECT_EQ(json(*copy), dump);
-  EXPECT_EQ(said(), "");
-
   // What the second text leaves out is as in a new object; an element that stays keeps its object.
   auto const host = site->host(7);
   EXPECT_EQ(read(*site, R"({"vlanVni":{"3":3031},"host":{"7":{}}})"), "");
@@ -546,21 +482,15 @@ TEST_F(Objects, JsonGoesOutAndIn) {
 }
 
 TEST_F(Objects, WhatCannotBeReadChangesNothing) {
-  struct Case {
-    char const* text;
-    char const* starts;
-  };
-  for (auto const& [text, starts] : std::vector<Case>{
+  for (auto const& [text, starts] : std::vector<std::pair<char const*, char const*>>{
            {R"([1])", " [1]: expected an object"},
            {R"({"port":1,"nothing":1})",
             "/nothing 1: unknown attribute of ObjectTest::Site, expected one of address port"},
            {R"({"port":1,"writes":1})", "/writes 1: attribute that can't be written of ObjectTest::Site"},
-           {R"({"port":1,"later":{}})", "/later {}: attribute that can't be written"},
            {R"({"port":65536})", "/port 65536: expected a whole number from 0 to 65535"},
            {R"({"port":1,"vlanVni":{"1":1,"x":2}})", "/vlanVni/x 2: expected a key that is a u16"},
            {R"({"port":1,"host":{"1":{"label":3}}})", "/host/1/label 3: expected a string"},
            {R"({"port":1,"host":{"1":{"number":2}}})", "/host/1/number 2: attribute that can't be written"},
-           {R"({"port":1,"address":"10.0.0.256"})", "/address \"10.0.0.256\": "},
        }) {
     EXPECT_THAT(read(*site, text), testing::StartsWith(starts));
   }
@@ -573,21 +503,17 @@ TEST_F(Objects, ADirectoryMakesItsChildrenByType) {
   EXPECT_EQ(dir->createEntity<Site>("a"), made);
   EXPECT_EQ(dir->createEntity("Kiln::NamedEntity", "a"), made) << "a type that it is as well";
   EXPECT_THROW(dir->createEntity<Kiln::Dir>("a"), Kiln::TypeException);
-  EXPECT_THROW(dir->createEntity("ObjectTest::Nobody", "b"), Kiln::TypeException);
-  EXPECT_THROW(dir->createEntity("ObjectTest::Host", "b"), Kiln::TypeException);
+  for (auto const* type : {"ObjectTest::Nobody", "ObjectTest::Host"})
+    EXPECT_THROW(dir->createEntity(type, "b"), Kiln::TypeException);
   auto const inner = dir->createEntity<Kiln::Dir>("d")->createEntity<Site>("b");
   EXPECT_EQ(dir->child<Site>("d/b"), inner);
   for (auto const* path : {"", "c", "a/b", "d/c", "d/", "/a"}) EXPECT_EQ(dir->child(path), nullptr) << path;
-  std::string heard;
-  auto replaced = Dovel::make<Site>("x");
-  dir->childIs("x", replaced);
-  replaced->parting.action = [&] { heard = dir->child("x") ? "present" : "absent"; };
-  replaced = nullptr;
+  dir->childIs("x", Dovel::make<Site>("x"));
+  dir->child<Site>("x")->parting.action = [&] { log = dir->child("x") ? "present" : "absent"; };
   dir->childIs("x", inner);
-  EXPECT_EQ(heard, "present");
-  dir->childDel("x");
-  dir->childDel("a");
-  EXPECT_EQ(json(*dir).substr(0, 17), R"({"entity":{"d":{")");
+  EXPECT_EQ(said(), "present") << "the new child is found while the former ends";
+  for (auto const* name : {"x", "a"}) dir->childDel(name);
+  EXPECT_THAT(json(*dir), testing::StartsWith(R"({"entity":{"d":{")"));
 }
 
 }  // namespace ObjectTest

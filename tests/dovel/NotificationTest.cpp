@@ -19,7 +19,6 @@ namespace {
 
 using Dovel::Change;
 
-/// Publishes when it is told to.
 class Bell final : public Dovel::PublishingNode {
   KILN_BASE_TYPE(NotificationTest::Bell)
 
@@ -65,7 +64,9 @@ class Ear final : public Dovel::Subscriber {
 
 class Notification : public testing::Test {
  protected:
-  void listen(Ear& ear) { ear.listen(*bell); }
+  void listen(std::initializer_list<Ear*> ears) {
+    for (auto* ear : ears) ear->listen(*bell);
+  }
   std::string ring(std::uint16_t id = 1) {
     heard.clear();
     bell->ring(id);
@@ -76,21 +77,9 @@ class Notification : public testing::Test {
   std::string heard;
 };
 
-TEST_F(Notification, RunsInOrderOfSubscription) {
-  Ear a("a", heard), b("b", heard), c("c", heard);
-  for (auto* ear : {&b, &a, &c}) listen(*ear);
-  EXPECT_EQ(ring(), "b1 a1 c1 ");
-  a.leave();
-  listen(a);
-  EXPECT_EQ(ring(), "b1 c1 a1 ");
-  for (auto* ear : {&b, &a, &c}) ear->leave();
-  EXPECT_EQ(ring(), "");
-  EXPECT_TRUE(bell->silent());
-}
-
 // Each of four subscribers in turn removes each set of the others, or itself: a removed one behind it is not called,
 // one before it was called already, and the list is whole afterwards.
-TEST_F(Notification, OneRemovedDuringTheWalkIsNotCalled) {
+TEST_F(Notification, RunsInOrderOfSubscriptionWithoutThoseThatAreRemovedMeanwhile) {
   for (unsigned remover = 0; remover < 4; ++remover) {
     for (unsigned removed = 0; removed < 16; ++removed) {
       std::vector<std::unique_ptr<Ear>> ears;
@@ -103,7 +92,7 @@ TEST_F(Notification, OneRemovedDuringTheWalkIsNotCalled) {
             if (removed & (1U << other)) ears[other]->leave();
           }
         }));
-        listen(*ears[i]);
+        listen({ears[i].get()});
         bool const gone = removed & (1U << i);
         if (!gone) left += name + "1 ";
         if (!gone || i <= remover) expected += name + "1 ";
@@ -111,51 +100,29 @@ TEST_F(Notification, OneRemovedDuringTheWalkIsNotCalled) {
       EXPECT_EQ(ring(), expected) << "remover " << remover << " removed " << removed;
       // The remover has nothing more to remove, so that this is the plain list.
       EXPECT_EQ(ring(), left) << "remover " << remover << " removed " << removed;
-      for (auto& ear : ears) ear->leave();
+      ears.clear();
+      EXPECT_TRUE(bell->silent());
     }
   }
 }
 
-TEST_F(Notification, OneThatComesDuringTheWalkHearsTheNextChange) {
-  Ear late("late", heard);
-  Ear early("early", heard, [&](std::uint16_t) {
-    if (!late.subscribed()) listen(late);
-  });
-  listen(early);
-  EXPECT_EQ(ring(1), "early1 ");
-  EXPECT_EQ(ring(2), "early2 late2 ");
-}
-
-TEST_F(Notification, OneThatGoesAndComesBackDuringTheWalkIsNew) {
-  Ear* mover = nullptr;
+TEST_F(Notification, OneThatIsAddedOrMovedDuringTheWalkIsNew) {
+  Ear late("late", heard), last("last", heard);
+  Ear* mover = &late;
   Ear first("first", heard, [&](std::uint16_t) {
     mover->leave();
-    listen(*mover);
+    listen({mover});
   });
-  Ear second("second", heard);
-  Ear last("last", heard);
-  listen(first);
-  listen(second);
-  listen(last);
-  mover = &second;
-  EXPECT_EQ(ring(), "first1 last1 ");
+  listen({&first, &last});
+  EXPECT_EQ(ring(1), "first1 last1 ");
+  EXPECT_EQ(ring(2), "first2 last2 ");
   // Last in the list again: without a fixed end it would be called in the walk that moved it, for ever.
   mover = &first;
-  EXPECT_EQ(ring(), "first1 last1 second1 ");
-  EXPECT_EQ(ring(), "last1 second1 first1 ");
+  EXPECT_EQ(ring(), "first1 last1 late1 ");
+  EXPECT_EQ(ring(), "last1 late1 first1 ");
 }
 
-TEST_F(Notification, AWriteInsideAWalkIsHeardToItsEndFirst) {
-  Ear a("a", heard, [&](std::uint16_t id) {
-    if (id == 1) bell->ring(2);
-  });
-  Ear b("b", heard);
-  listen(a);
-  listen(b);
-  EXPECT_EQ(ring(), "a1 a2 b2 b1 ");
-}
-
-TEST_F(Notification, RemovalInAnInnerWalkHoldsForTheOuterOne) {
+TEST_F(Notification, AWriteInsideAWalkIsHeardToItsEndFirstAndItsRemovalsHoldForTheOuterWalk) {
   auto gone = std::make_unique<Ear>("gone", heard);
   auto last = std::make_unique<Ear>("last", heard);
   Ear a("a", heard, [&](std::uint16_t id) {
@@ -165,13 +132,10 @@ TEST_F(Notification, RemovalInAnInnerWalkHoldsForTheOuterOne) {
     // The memory is reused, so that a walk that still refers to it would show.
     gone = std::make_unique<Ear>("new", heard);
     last.reset();
-    listen(*gone);
+    listen({gone.get()});
   });
   Ear b("b", heard);
-  listen(a);
-  listen(*gone);
-  listen(b);
-  listen(*last);
+  listen({&a, gone.get(), &b, last.get()});
   EXPECT_EQ(ring(), "a1 a2 b2 b1 ");
   gone->leave();
 }
@@ -183,8 +147,7 @@ TEST_F(Notification, ThePublisherLivesUntilItsPublishReturns) {
     bell = nullptr;
     EXPECT_EQ(Dovel::Node::aliveCount(), before);
   });
-  listen(a);
-  listen(b);
+  listen({&a, &b});
   bell->ring(1);
   EXPECT_EQ(heard, "a1 b1 ");
   EXPECT_EQ(Dovel::Node::aliveCount(), before - 1);
@@ -193,36 +156,30 @@ TEST_F(Notification, ThePublisherLivesUntilItsPublishReturns) {
 
 TEST_F(Notification, WalksOfSeveralPublishersDontMeet) {
   auto const other = Dovel::make<Bell>();
-  Ear far("far", heard);
-  Ear b("b", heard);
+  Ear far("far", heard), b("b", heard);
   Ear a("a", heard, [&](std::uint16_t) {
     other->ring(7);
     far.leave();
-    listen(far);
+    listen({&far});
   });
-  listen(a);
-  listen(b);
+  listen({&a, &b});
   far.listen(*other);
   EXPECT_EQ(ring(), "a1 far7 b1 ");
   EXPECT_TRUE(other->silent());
 }
 
 TEST_F(Notification, IsLimitedToTheAttributesOfInterest) {
-  auto const ear = [&](char const* name, Dovel::AttributeSet interest) {
-    return std::make_unique<Ear>(name, heard, nullptr, interest);
-  };
-  auto const two = ear("two", Dovel::attributes(0x102, 0x104)), none = ear("none", 0), all = ear("all", ~0U);
-  listen(*two);
+  Ear two("two", heard, nullptr, Dovel::attributes(0x102, 0x104)), none("none", heard, nullptr, 0), all("all", heard);
+  listen({&two});
   EXPECT_EQ(ring(0x103) + ring(0x104), "two260 ");
-  for (auto* other : {none.get(), all.get()}) listen(*other);
+  listen({&none, &all});
   EXPECT_EQ(ring(0x102) + ring(0x103), "two258 all258 all259 ");
   // What a removed subscriber was interested in is forgotten with the last one.
-  for (auto* one : {all.get(), two.get()}) one->leave();
-  listen(*two);
+  for (auto* one : {&all, &two}) one->leave();
+  listen({&two});
   EXPECT_EQ(ring(0x103), "");
-  none->leave();
-  two->leave();
-  listen(*none);
+  for (auto* one : {&none, &two}) one->leave();
+  listen({&none});
   EXPECT_EQ(ring(0x102), "");
 }
 
@@ -235,8 +192,14 @@ class Thrower final : public Kiln::Sm {
   KILN_WATCHED(0x102, Bell, bell, &KilnSelf::bellDispatch, &KilnSelf::bellCatchUp)
 
  public:
-  Thrower(Dovel::Ptr<Bell> const& bell, std::function<void()> how)
-      : bell_(*this, bell, Kiln::SubscribeOnly{}), act(std::move(how)) {}
+  explicit Thrower(std::function<void()> how)
+      : bell_(*this, Dovel::make<Bell>(), Kiln::SubscribeOnly{}), act(std::move(how)) {}
+  void handled(Dovel::Ptr<Bell> const& other) {
+    try {
+      other ? bellIs(other) : bell()->ring(1);
+    } catch (...) {
+    }
+  }
 
  private:
   std::function<void()> act;
@@ -246,31 +209,31 @@ KILN_DESCRIBE(Thrower)
 TEST(NotificationDeathTest, AnExceptionThatLeavesAHandlerEndsTheProcessWithTheLastTraces) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   Kiln::TraceCapture capture("NotificationTest");
-  auto const bell = Dovel::make<Bell>();
-  auto const handled = [](auto act) {
-    try {
-      act();
-    } catch (...) {
-    }
-  };
-  auto const text = Dovel::make<Thrower>(bell, [] {
+  auto const text = Dovel::make<Thrower>([] {
     TRACE(1, "before the end");
     throw std::runtime_error("no room");
   });
   auto const died = "Uncaught exception std::runtime_error: no room\nLast traces:\n(.*\n)*.*before the end\n";
-  EXPECT_DEATH(handled([&] { bell->ring(1); }), died);
-  EXPECT_DEATH(handled([&] { text->bellIs(Dovel::make<Bell>()); }), died);
-  auto const number = Dovel::make<Thrower>(Dovel::make<Bell>(), [] { throw 1; });
-  EXPECT_DEATH(handled([&] { number->bell()->ring(1); }), "Uncaught exception int\nLast traces:\n");
+  EXPECT_DEATH(text->handled(nullptr), died);
+  EXPECT_DEATH(text->handled(Dovel::make<Bell>()), died);
+  EXPECT_DEATH(Dovel::make<Thrower>([] { throw 1; })->handled(nullptr), "Uncaught exception int\nLast traces:\n");
 }
 
-/// Records its end and what its flags are then.
-class Mortal final : public Dovel::Node {
+/// Hands out references to itself while it is constructed and while it ends, and keeps none.
+class Mortal final : public Dovel::PublishingNode {
   KILN_BASE_TYPE(NotificationTest::Mortal)
 
  public:
-  explicit Mortal(std::string& log) : log_(log) {}
-  ~Mortal() override { log_ += "deleted "; }
+  explicit Mortal(std::string& log) : log_(log) {
+    Dovel::Ptr<Mortal> const self(this);
+    Dovel::Ptr<Mortal const>(self).swap(former_);
+    former_ = nullptr;
+    kilnChanged(1);
+  }
+  ~Mortal() override {
+    Dovel::Ptr<Mortal const> const passing(this);
+    log_ += "deleted ";
+  }
 
  protected:
   void lastUserGone() override {
@@ -280,33 +243,26 @@ class Mortal final : public Dovel::Node {
 
  private:
   std::string& log_;
+  Dovel::Ptr<Mortal const> former_;
 };
 KILN_DESCRIBE(Mortal)
 
-/// Hands out references to itself while it is constructed, and keeps none.
-class Early final : public Dovel::PublishingNode {
-  KILN_BASE_TYPE(NotificationTest::Early)
-
- public:
-  Early() {
-    Dovel::Ptr<Early> const self(this);
-    Dovel::Ptr<Early const>(self).swap(former_);
-    former_ = nullptr;
-    kilnChanged(1);
-  }
-  ~Early() override { Dovel::Ptr<Early const> const passing(this); }
-
- private:
-  Dovel::Ptr<Early const> former_;
-};
-KILN_DESCRIBE(Early)
-
-TEST(Node, IsNotDeletedByItsConstructor) {
+TEST(Node, IsDeletedOnceWithItsLastUser) {
+  std::string log;
   auto const before = Dovel::Node::aliveCount();
-  auto early = Dovel::make<Early>();
-  EXPECT_EQ(Dovel::Node::aliveCount(), before + 1);
-  EXPECT_EQ(early->useCount(), 1U);
-  early = nullptr;
+  {
+    auto const a = Dovel::make<Mortal>(log);
+    EXPECT_EQ(a->useCount(), 1U);
+    Dovel::Ptr<Dovel::Node const> b = a;
+    auto const c = std::move(b);
+    a->hasNotificationActiveIs(true);
+    a->kilnDoZombieReactors(true);
+    EXPECT_EQ(a->useCount(), 2U);
+    a->kilnDoZombieReactors(false);
+    EXPECT_TRUE(a->hasNotificationActive() && !a->isZombie());
+    EXPECT_EQ(Dovel::Node::aliveCount(), before + 1);
+  }
+  EXPECT_EQ(log, "lastUserGone deleted ");
   EXPECT_EQ(Dovel::Node::aliveCount(), before);
 }
 
@@ -325,25 +281,6 @@ TEST(Node, CountsAndFlagsOfSharedNodesAreExactOnceThreadsAreAnnounced) {
   Dovel::ThreadControl::tsp_ = 0;
   EXPECT_EQ(bell->useCount(), 1U);
   EXPECT_FALSE(bell->hasNotificationActive());
-}
-
-TEST(Node, GoesOnceWithItsLastUser) {
-  std::string log;
-  auto const before = Dovel::Node::aliveCount();
-  {
-    auto const a = Dovel::make<Mortal>(log);
-    Dovel::Ptr<Dovel::Node const> b = a;
-    auto const c = std::move(b);
-    a->hasNotificationActiveIs(true);
-    a->kilnDoZombieReactors(true);
-    EXPECT_EQ(a->useCount(), 2U);
-    a->kilnDoZombieReactors(false);
-    EXPECT_TRUE(a->hasNotificationActive());
-    EXPECT_FALSE(a->isZombie());
-    EXPECT_EQ(log, "");
-  }
-  EXPECT_EQ(log, "lastUserGone deleted ");
-  EXPECT_EQ(Dovel::Node::aliveCount(), before);
 }
 
 }  // namespace
