@@ -152,11 +152,11 @@ Dovel::Ptr<VtepIpToTnlIdNhIdMap> const& HwTunnelProgrammerBase::vtepMap(Meshal::
 
 void HwTunnelProgrammerBase::tunnelIdMapIs(Dovel::Ptr<VtepIpToTnlIdNhIdMap> const& map) {
   if (!map) Kiln::throwMutatorArgNullPointerException("tunnelIdMap");
-  if (auto const watcher = tunnelIdMap_.at(map->vtepIp())) {
-    watcher->mapIs(map);
-  } else {
-    tunnelIdMap_.add(Dovel::make<NestedSm_TunnelIdMap>(map, this));
-  }
+  auto const [found, isNew] =
+      tunnelIdMap_.findOrMake(map->vtepIp(), [&] { return Dovel::make<NestedSm_TunnelIdMap>(map, this); });
+  if (isNew) return;
+  auto const watcher = found;
+  watcher->mapIs(map);
 }
 
 Dovel::Ptr<VtepIpToTnlIdNhIdMap> HwTunnelProgrammerBase::tunnelIdMapDel(Meshal::IpGenAddr const& vtep) {

@@ -33,8 +33,9 @@ template <class Table, class E>
 class BlockStore final : public StoreBase {
  public:
   using Block = EntryBlock<E>;
-  struct Record final : RecordBase, KeyMember<Block> {
-    Record(StoreBase& store, Block const& block) : RecordBase(store, store), KeyMember<Block>{block} {}
+  struct Record final : RecordBase {
+    Record(StoreBase& store, Block const& block) : RecordBase(store, store), key(block) {}
+    Block key;
     RowRange surplus;  ///< Rows that it still owns though it is displaced.
   };
 
@@ -71,13 +72,15 @@ class BlockStore final : public StoreBase {
   }
   void removeAll() override {
     std::vector<EntryHandle::PtrConst> handles;
-    for (auto const* record : records_.all()) handles.emplace_back(&record->weak());
+    for (auto const* record : withoutNulls(records_.all())) handles.emplace_back(&record->weak());
     for (auto const& handle : handles) {
       if (handle->record()->keyed) removeKey(*handle->record());
     }
   }
 
-  void forEachEntry(Kiln::FunctionRef<void(EntryView const&)> show) const override { showSorted(records_.all(), show); }
+  void forEachEntry(Kiln::FunctionRef<void(EntryView const&)> show) const override {
+    showSorted(withoutNulls(records_.all()), show);
+  }
   /// The text of the members' handles in brackets.
   void keyText(RecordBase const& record, std::string& out) const override;
   void showFields(RecordBase const& record, FieldVisitor& visitor) const override;
@@ -171,7 +174,7 @@ class BlockStore final : public StoreBase {
     auto const& members = typed(record).key.members();
     return std::any_of(members.begin(), members.end(), [](E const& member) { return Row::refersToRowless(member); });
   }
-  void eraseKey(RecordBase& record) override { records_.erase(typed(record)); }
+  void eraseKey(RecordBase& record) override { records_.take(typed(record).key); }
   // The members are the key, which was erased before.
   void dropContents(RecordBase& base) override {
     auto& record = typed(base);

@@ -1,67 +1,28 @@
 #pragma once
 
 #include <algorithm>
-#include <boost/unordered/unordered_flat_set.hpp>
 
 #include "platform/asic/RowCodec.h"
 #include "platform/asic/Store.h"
 #include "platform/kiln/Invariant.h"
+#include "platform/kiln/PointerSet.h"
 
 namespace Asic {
 
-/// The key of a record, as a base of it: the record is found from the address of its key.
-template <class Key>
-struct KeyMember {
-  Key key;
+template <class Record, class Key>
+struct KeyOfRecord {
+  Key const& operator()(Record const* record) const { return record->key; }
 };
-
-/// Records by their keys, a pointer each: the keys that it holds lie in the records, as their member `key`.
+/// Records by their keys, which they hold as their member `key`.
 template <class Record, class Key, class Hash = Kiln::Hash<Key>, class Equal = std::equal_to<Key>>
-class RecordSet {
- public:
-  std::size_t size() const { return keys_.size(); }
-  bool empty() const { return keys_.empty(); }
-  void reserve(std::size_t records) { keys_.reserve(records); }
+using RecordSet = Kiln::PointerSet<Record*, Key, KeyOfRecord<Record, Key>, Hash, Equal>;
 
-  /// Null if there is none.
-  Record* find(Key const& key) const {
-    auto const found = keys_.find(&key);
-    return found == keys_.end() ? nullptr : recordOf(*found);
-  }
-  /// The record of `key`, otherwise the one that `make()` returns, in one look-up.
-  template <class Make>
-  std::pair<Record*, bool> findOrMake(Key const& key, Make const& make) {
-    auto const [at, isNew] = keys_.insert(&key);
-    if (!isNew) return {recordOf(*at), false};
-    Record* const record = make();
-    const_cast<Key const*&>(*at) = &record->key;  // an equal key: its place is the same
-    return {record, true};
-  }
-  void erase(Record const& record) { keys_.erase(keys_.find(&record.key)); }
-
-  /// All records, in no order.
-  std::vector<Record*> all() const {
-    std::vector<Record*> records;
-    records.reserve(size());
-    for (auto const* key : keys_) records.push_back(recordOf(key));
-    return records;
-  }
-
- private:
-  struct KeyHash {
-    using is_avalanching = void;
-    std::size_t operator()(Key const* key) const { return Hash{}(*key); }
-  };
-  struct KeyEqual {
-    bool operator()(Key const* a, Key const* b) const { return a == b || Equal{}(*a, *b); }
-  };
-
-  static Record* recordOf(Key const* key) {
-    return static_cast<Record*>(reinterpret_cast<KeyMember<Key>*>(const_cast<Key*>(key)));
-  }
-
-  boost::unordered_flat_set<Key const*, KeyHash, KeyEqual> keys_;
-};
+/// The records of a set without its nulls.
+template <class Record>
+std::vector<Record*> withoutNulls(std::vector<Record*> records) {
+  std::erase(records, nullptr);
+  return records;
+}
 
 /// Shows records in the order of their keys' text.
 template <class Record>
@@ -76,9 +37,10 @@ void showSorted(std::vector<Record*> const& records, Kiln::FunctionRef<void(Entr
 template <class Table, class K, class E>
 class KeyedStore final : public StoreBase {
  public:
-  struct Record final : RecordBase, KeyMember<K> {
+  struct Record final : RecordBase {
     Record(StoreBase& store, K const& itsKey, E const& itsEntry)
-        : RecordBase(store, store), KeyMember<K>{itsKey}, entry(itsEntry) {}
+        : RecordBase(store, store), key(itsKey), entry(itsEntry) {}
+    K const key;
     E entry;
   };
 
@@ -89,13 +51,13 @@ class KeyedStore final : public StoreBase {
   std::size_t entrys() const override { return records_.size() + fixed_.size(); }
   /// The entry that an ordinary write of `key` made, otherwise the one at a fixed row; null if there is none.
   Record* find(K const& key) const {
-    if (auto* const ordinary = findOrdinary(key)) return ordinary;
+    if (auto* const ordinary = records_.find(key)) return ordinary;
     return fixed_.empty() ? nullptr : fixed_.find(key);
   }
 
   /// Inserts the entry of `key`, or replaces it in place; the returned handle is a reference to it.
   EntryHandle::PtrConst ref(K const& key, E const& entry, Report report) {
-    auto const [record, isNew] = findOrMake(key, entry);
+    auto const [record, isNew] = findOrMake(records_, key, entry);
     EntryHandle::PtrConst handle(&record->strong());
     if (isNew) {
       allocateRow(*record);
@@ -108,7 +70,7 @@ class KeyedStore final : public StoreBase {
   }
   /// The same, pinned; the returned handle is weak.
   EntryHandle::PtrConst commit(K const& key, E const& entry, Report report) {
-    auto const [record, isNew] = findOrMake(key, entry);
+    auto const [record, isNew] = findOrMake(records_, key, entry);
     // The handle is taken first: a former response may remove the entry when it is destroyed.
     EntryHandle::PtrConst handle(&record->weak());
     pin(*record);
@@ -124,7 +86,7 @@ class KeyedStore final : public StoreBase {
   }
   /// The same at a given row.
   EntryHandle::PtrConst commitAt(Index index, K const& key, E const& entry) {
-    auto const [record, isNew] = fixed_.findOrMake(key, [&] { return newRecord(key, entry); });
+    auto const [record, isNew] = findOrMake(fixed_, key, entry);
     EntryHandle::PtrConst handle(&record->weak());
     pin(*record);
     if (isNew) {
@@ -164,22 +126,12 @@ class KeyedStore final : public StoreBase {
 
   std::vector<Record*> all() const {
     auto records = records_.all();
-    auto const fixed = fixed_.all();
-    records.insert(records.end(), fixed.begin(), fixed.end());
-    return records;
-  }
-  Record* findOrdinary(K const& key) const {
-    if (last_ && last_->key == key) return last_;
-    auto* const found = records_.find(key);
-    if (found) last_ = found;
-    return found;
+    records.insert(records.end(), fixed_.all().begin(), fixed_.all().end());
+    return withoutNulls(std::move(records));
   }
   /// A new record has the entry already.
-  std::pair<Record*, bool> findOrMake(K const& key, E const& entry) {
-    if (last_ && last_->key == key) return {last_, false};
-    auto const found = records_.findOrMake(key, [&] { return newRecord(key, entry); });
-    last_ = found.first;
-    return found;
+  std::pair<Record*, bool> findOrMake(RecordSet<Record, K>& records, K const& key, E const& entry) {
+    return records.findOrMake(key, [&] { return newRecord(key, entry); });
   }
   Record* newRecord(K const& key, E const& entry) {
     return ::new (Scree::slabAllocOrStdMalloc(sizeof(Record))) Record(*this, key, entry);
@@ -282,8 +234,7 @@ class KeyedStore final : public StoreBase {
   bool refersToRowless(RecordBase const& record) const override { return Row::refersToRowless(typed(record).entry); }
   void eraseKey(RecordBase& base) override {
     auto& record = typed(base);
-    if (last_ == &record) last_ = nullptr;
-    (record.fixedRow ? fixed_ : records_).erase(record);
+    (record.fixedRow ? fixed_ : records_).take(record.key);
   }
   void dropContents(RecordBase& base) override {
     auto& record = typed(base);
@@ -296,8 +247,7 @@ class KeyedStore final : public StoreBase {
   }
 
   RecordSet<Record, K> records_;
-  RecordSet<Record, K> fixed_;      ///< Entries at fixed rows.
-  mutable Record* last_ = nullptr;  ///< The ordinary entry found last: one is mostly asked for several times in a row.
+  RecordSet<Record, K> fixed_;  ///< Entries at fixed rows.
 };
 
 }  // namespace Asic

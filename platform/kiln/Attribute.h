@@ -197,10 +197,13 @@ struct Line<0> {
   bool name_##Has(Key_ const& key) const { return name_##_.at(key) != nullptr; }                                       \
   KILN_ON_USE                                                                                                          \
   ::Dovel::Ptr<Class_> name_##Is(Key_ const& key) {                                                                    \
-    if (auto const& found = name_##_.at(key)) return found;                                                            \
-    auto const made = ::Dovel::make<Class_>(key);                                                                      \
-    name_##Is(made);                                                                                                   \
-    return made;                                                                                                       \
+    auto const [found, isNew] = name_##_.findOrMake(key, [&] { return ::Dovel::make<Class_>(key); });                  \
+    ::Dovel::Ptr<Class_> const object = found;                                                                         \
+    if (isNew) {                                                                                                       \
+      Key_ const added = key;                                                                                          \
+      this->kilnChanged(id_, &added);                                                                                  \
+    }                                                                                                                  \
+    return object;                                                                                                     \
   }                                                                                                                    \
   KILN_ON_USE                                                                                                          \
   void name_##Is(::Dovel::Ptr<Class_> const& object) {                                                                 \

@@ -3,6 +3,7 @@
 // Defines the descriptions of classes. For a folder's Descriptions.cpp, which has a line `KILN_DESCRIBE(Ns::Class)` for
 // each described class of the folder, and for a source file with a described class of its own.
 
+#include <boost/unordered/unordered_flat_set.hpp>
 #include <string>
 #include <type_traits>
 #include <utility>

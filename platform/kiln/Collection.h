@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <boost/unordered/unordered_flat_map.hpp>
-#include <boost/unordered/unordered_flat_set.hpp>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
@@ -11,6 +10,7 @@
 
 #include "platform/dovel/Ptr.h"
 #include "platform/kiln/Hash.h"
+#include "platform/kiln/PointerSet.h"
 #include "platform/kiln/Text.h"
 #include "platform/scree/Slab.h"
 
@@ -60,32 +60,12 @@ class SmallMap {
 
 /// Objects found by a key that they hold themselves.
 ///
-/// The objects are in one array in the order in which they were added, where a removed one leaves a hole that a later
-/// one fills; iteration is in the order of the array and tolerates additions too. A hash table beside the array finds
-/// the objects by their keys. It keeps hashes instead of keys, so that growth reads no object.
+/// Iteration is in the order of addition, but that a later object takes the place of a removed one, and tolerates
+/// additions too.
 template <class K, class V, auto Key>
 class EntityMap {
-  using Place = std::uint32_t;
-  struct Element {
-    mutable V* object = nullptr;  // Replaced by an object of the same key.
-    Place place = 0;
-    std::uint32_t hash = 0;
-  };
-  static decltype(auto) keyOf(Element const& element) { return (element.object->*Key)(); }
-  static std::uint32_t hashOf(K const& key) { return static_cast<std::uint32_t>(Hash<K>{}(key)); }
-  struct KeyHash {
-    using is_transparent = void;
-    using is_avalanching = void;
-    // The table takes the position from the upper bits and a fingerprint from the lower ones.
-    static std::size_t spread(std::uint32_t hash) { return std::size_t{hash} << 32 | hash; }
-    std::size_t operator()(K const& key) const { return spread(hashOf(key)); }
-    std::size_t operator()(Element const& element) const { return spread(element.hash); }
-  };
-  struct KeyEqual {
-    using is_transparent = void;
-    bool operator()(Element const& a, Element const& b) const { return a.hash == b.hash && keyOf(a) == keyOf(b); }
-    bool operator()(K const& a, Element const& b) const { return a == keyOf(b); }
-    bool operator()(Element const& a, K const& b) const { return b == keyOf(a); }
+  struct KeyOfObject {
+    decltype(auto) operator()(Dovel::Ptr<V> const& object) const { return (object.get()->*Key)(); }
   };
 
  public:
@@ -125,64 +105,32 @@ class EntityMap {
   EntityMap(EntityMap const&) = delete;
   EntityMap& operator=(EntityMap const&) = delete;
   /// What is looked up here while the objects are deleted is not found.
-  ~EntityMap() {
-    last_ = {};
-    index_.clear();
-    auto const dying = std::move(objects_);
-  }
+  ~EntityMap() { objects_.takeAll(); }
 
   /// Null if there is none.
-  Dovel::Ptr<V> const& at(K const& key) const {
-    static constexpr Dovel::Ptr<V> none;
-    if (last_.object && keyOf(last_) == key) return objects_[last_.place];
-    auto const found = index_.find(key);
-    if (found == index_.end()) return none;
-    last_ = *found;
-    return objects_[found->place];
+  Dovel::Ptr<V> const& at(K const& key) const { return objects_.find(key); }
+  /// The object of `key`, otherwise the one that `make()` returns; true if it was made. REQUIRES: `make` changes
+  /// nothing here. The reference is valid until the next change.
+  template <class Make>
+  std::pair<Dovel::Ptr<V> const&, bool> findOrMake(K const& key, Make const& make) {
+    return objects_.findOrMake(key, make);
   }
   /// Adds `value` in place of the object with its key. Returns that object: null if there was none, `value` itself if
   /// it was here already.
   Dovel::Ptr<V> assign(Dovel::Ptr<V> const& value) {
-    auto const place = holes_.empty() ? static_cast<Place>(objects_.size()) : holes_.back();
-    auto const [at, inserted] = index_.insert(Element{value.get(), place, hashOf((value.get()->*Key)())});
-    if (!inserted) {
-      at->object = value.get();
-      last_ = *at;
-      return std::exchange(objects_[at->place], value);
-    }
-    last_ = *at;
-    if (holes_.empty()) {
-      objects_.push_back(value);
-    } else {
-      holes_.pop_back();
-      objects_[place] = value;
-    }
-    return nullptr;
+    auto const [object, isNew] = objects_.findOrMake(KeyOfObject{}(value), [&] { return value; });
+    return isNew ? nullptr : std::exchange(object, value);
   }
-  Dovel::Ptr<V> take(K const& key) {
-    auto const found = index_.find(key);
-    if (found == index_.end()) return nullptr;
-    auto const place = found->place;
-    last_ = {};
-    index_.erase(found);
-    holes_.push_back(place);
-    return std::exchange(objects_[place], nullptr);
-  }
-  const_iterator begin() const { return {objects_, 0}; }
-  const_iterator end() const { return {objects_, objects_.size()}; }
-  std::size_t size() const { return index_.size(); }
-  bool empty() const { return index_.empty(); }
-  void reserve(std::size_t count) {
-    index_.reserve(count);
-    objects_.reserve(count);
-  }
-  K const keyAt(const_iterator at) const { return ((*at).get()->*Key)(); }
+  Dovel::Ptr<V> take(K const& key) { return objects_.take(key); }
+  const_iterator begin() const { return {objects_.all(), 0}; }
+  const_iterator end() const { return {objects_.all(), objects_.all().size()}; }
+  std::size_t size() const { return objects_.size(); }
+  bool empty() const { return objects_.empty(); }
+  void reserve(std::size_t count) { objects_.reserve(count); }
+  K const keyAt(const_iterator at) const { return KeyOfObject{}(*at); }
 
  private:
-  boost::unordered_flat_set<Element, KeyHash, KeyEqual> index_;
-  std::vector<Dovel::Ptr<V>> objects_;
-  std::vector<Place> holes_;
-  mutable Element last_;  ///< Found or added last: work on one object looks it up again and again.
+  PointerSet<Dovel::Ptr<V>, K, KeyOfObject> objects_;
 };
 
 template <class Map>

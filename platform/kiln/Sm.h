@@ -182,10 +182,17 @@ class NestedSms final : private SmPart {
   Dovel::Ptr<Nested> const& at(Key const& key) const { return map_.at(key); }
   /// The reactor is active, and a zombie, as the owner is.
   void add(Dovel::Ptr<Nested> const& nested) {
-    if (!owner_.hasNotificationActive()) nested->hasNotificationActiveIs(false);
-    if (owner_.isZombie()) nested->kilnDoZombieReactors(true);
+    adopt(*nested);
     auto const former = map_.assign(nested);
     if (former && former != nested) end(*former);
+  }
+  /// The reactor of `key`, otherwise the one that `make()` returns, which is added; true if it was made. REQUIRES:
+  /// `make` adds and removes nothing here. The reference is valid until the next change.
+  template <class Make>
+  std::pair<Dovel::Ptr<Nested> const&, bool> findOrMake(Key const& key, Make const& make) {
+    auto const found = map_.findOrMake(key, make);
+    if (found.second) adopt(*found.first);
+    return found;
   }
   /// The removed reactor of `key`; null if there was none.
   Dovel::Ptr<Nested> del(Key const& key) {
@@ -198,6 +205,10 @@ class NestedSms final : private SmPart {
   }
 
  private:
+  void adopt(Nested& nested) {
+    if (!owner_.hasNotificationActive()) nested.hasNotificationActiveIs(false);
+    if (owner_.isZombie()) nested.kilnDoZombieReactors(true);
+  }
   static void end(Nested& nested) {
     nested.kilnDoZombieReactors(true);
     nested.ownerClear();
