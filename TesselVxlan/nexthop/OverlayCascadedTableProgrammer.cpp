@@ -61,7 +61,7 @@ NextHopTableProgrammerBase::Handle OverlayCascadedTableProgrammer::insertEntry(V
   if (!mayWrite(vtep, tunnelType)) return {};
   TRACE(1, " EcmpMember0Table, swKey: {}", vtep);
   entry.writeResponse = writeResponse(tunnelKey);
-  return table.entryCommit(vtep, entry);
+  return table.entryCommit(vtep, std::move(entry));
 }
 
 void OverlayCascadedTableProgrammer::rowDel(IpGenAddr const& vtep) { ingL3EcmpMember0Table()->entryRemove(vtep); }

@@ -65,7 +65,7 @@ NextHopTableProgrammerBase::Handle OverlayNextHopTableProgrammer::insertEntry(Va
   if (!mayWrite(vtep, tunnelType)) return {};
   TRACE(1, " OlL3NextHop1, swKey: {}", vtep);
   entry.writeResponse = writeResponse(tunnelKey);
-  return table.entryCommit(vtep, entry);
+  return table.entryCommit(vtep, std::move(entry));
 }
 
 void OverlayNextHopTableProgrammer::rowDel(IpGenAddr const& vtep) { l3NextHop1Table()->entryRemove(vtep); }

@@ -130,7 +130,7 @@ VirtualPortProgrammer::Handle VirtualPortProgrammer::insertEntry(Vane::TunnelKey
   entry.writeResponse = Response{Dovel::Ptr<VirtualPortProgrammer const>(this), addr};
   // A chip that completes at once has written the port: its id is published before the overlay entry refers to the
   // port.
-  auto handle = virtualPortTable()->entryCommit(addr, entry, Asic::Report::atOnce);
+  auto handle = virtualPortTable()->entryCommit(addr, std::move(entry), Asic::Report::atOnce);
   reverseMapsIs(addr);
   return handle;
 }

@@ -41,14 +41,14 @@ void NestedSm_TunnelIdMap::onAttribute(Dovel::Change const& change) {
 void NestedSm_TunnelIdMap::updateTunnelIdStatus() {
   if (!owner_) return;
   TRACE(1, " tunnelType: {} vtepIp: {}", owner_->tunnelType(), key());
-  owner_->maybeUpdateHwTunnelStatus(map_);
+  owner_->maybeUpdateHwTunnelStatus(*this);
 }
 
 // A next-hop id matters to unicast tunnels alone: the other types publish the tunnel id as their next-hop id.
 void NestedSm_TunnelIdMap::updateCascadingNextHopIdInStatus() {
   if (!owner_) return;
   TRACE(1, " tunnelType: {} vtepIp: {}", owner_->tunnelType(), key());
-  if (owner_->tunnelType() == Vane::vxlanTunnel_) owner_->maybeUpdateHwTunnelStatus(map_);
+  if (owner_->tunnelType() == Vane::vxlanTunnel_) owner_->maybeUpdateHwTunnelStatus(*this);
 }
 
 HwTunnelProgrammerBase::HwTunnelProgrammerBase(TunnelProgrammerInputs const& inputs)
@@ -145,7 +145,7 @@ void HwTunnelProgrammerBase::handleVtepMap(Meshal::IpGenAddr const& vtep) {
 }
 
 Dovel::Ptr<VtepIpToTnlIdNhIdMap> const& HwTunnelProgrammerBase::vtepMap(Meshal::IpGenAddr const& vtep) const {
-  static Dovel::Ptr<VtepIpToTnlIdNhIdMap> const none;
+  static constexpr Dovel::Ptr<VtepIpToTnlIdNhIdMap> none;
   auto const& watcher = tunnelIdMap_.at(vtep);
   return watcher ? watcher->map() : none;
 }
@@ -162,17 +162,13 @@ void HwTunnelProgrammerBase::tunnelIdMapIs(Dovel::Ptr<VtepIpToTnlIdNhIdMap> cons
 Dovel::Ptr<VtepIpToTnlIdNhIdMap> HwTunnelProgrammerBase::tunnelIdMapDel(Meshal::IpGenAddr const& vtep) {
   auto const watcher = tunnelIdMap_.del(vtep);
   if (!watcher) return nullptr;
+  watcher->entryIs(nullptr);
   publishedNextHopIdIs(*watcher, Vane::VaneNextHopId());
   return watcher->map();
 }
 
 void HwTunnelProgrammerBase::tunnelIdMapDelAll() {
   for (auto const& vtep : Kiln::keysOf(tunnelIdMap())) tunnelIdMapDel(vtep);
-}
-
-bool HwTunnelProgrammerBase::isInForce(ConfigEntry const& entry) const {
-  auto const& watcher = tunnelIdMap_.at(entry->tunnelKey().dst());
-  return watcher && watcher->entry() == entry;
 }
 
 Meshal::IpGenAddr HwTunnelProgrammerBase::getVtepIpHelper(Meshal::AddressFamily af) const {
@@ -202,9 +198,11 @@ bool HwTunnelProgrammerBase::isHerEvpnTunnel(Meshal::IpGenAddr const& vtep) cons
   return map && map->tnlKeysHas(Vane::vxlanHerTunnel_) && evpnStatus()->evpnEnabled();
 }
 
-bool HwTunnelProgrammerBase::isNexthopIdProgrammed(Vane::HwTunnelConfigEntry const& entry, VtepMap const& map) const {
+bool HwTunnelProgrammerBase::isNexthopIdProgrammed(Vane::HwTunnelConfigEntry const& entry,
+                                                   VtepIpToTnlIdNhIdMap const& map) const {
+  if (!map.tnlId().valid()) return true;
   auto const& status = hwTunnelStatus()->tunnelStatus(entry.tunnelKey());
-  if (status && map && status->hwTunnelId() == map->tnlId() &&
+  if (status && status->hwTunnelId() == map.tnlId() &&
       status->hwNextHopStatusEntry().hwNextHopId() == Vane::VaneNextHopId::unprogrammed()) {
     TRACE(1, " nextHopEntryList is null, skip further programming as nextHopId is unprogrammed");
     return false;

@@ -75,7 +75,8 @@ class NestedSm_TunnelIdMap final : public Kiln::NotifieeConst {
   void mapIs(Dovel::Ptr<TesselCentral::VtepIpToTnlIdNhIdMap> const& map);
   void ownerClear() { owner_ = nullptr; }
 
-  /// The configuration whose generation is in force; null if the VTEP has no tunnel of the owner's type.
+  /// The configuration whose generation is in force; null if the VTEP has no tunnel of the owner's type, or this
+  /// watcher was removed.
   ConfigEntry const& entry() const { return entry_; }
   /// Puts a configuration in force, not yet created; null ends the tunnel.
   void entryIs(ConfigEntry const& entry);
@@ -200,8 +201,8 @@ class HwTunnelProgrammerBase : public Kiln::Sm {
   void tunnelIdMapDelAll();
   /// Writes the tunnel's status if the ids that its type needs are in. REQUIRES: the VTEP has a record.
   void maybeUpdateHwTunnelStatus(Meshal::IpGenAddr const& dstIpAddr);
-  /// The same for a caller that has the VTEP's record at hand.
-  void maybeUpdateHwTunnelStatus(Dovel::Ptr<TesselCentral::VtepIpToTnlIdNhIdMap> const& record);
+  /// The same for the VTEP of `watcher`. REQUIRES: the caller keeps the watcher.
+  void maybeUpdateHwTunnelStatus(NestedSm_TunnelIdMap& watcher);
 
   /// Whether the VTEP has an EVPN flood tunnel as well; false for a VTEP without a record.
   bool isHerEvpnTunnel(Meshal::IpGenAddr const& vtep) const;
@@ -237,7 +238,7 @@ class HwTunnelProgrammerBase : public Kiln::Sm {
   void uniqueNhIdValueInc(std::uint32_t step) { uniqueNhIdValue_ += step; }
 
  private:
-  using VtepMap = Dovel::Ptr<TesselCentral::VtepIpToTnlIdNhIdMap>;
+  using Watcher = Dovel::Ptr<NestedSm_TunnelIdMap>;
 
   void handleInitialized();
   void handleVtepMap(Meshal::IpGenAddr const& vtep);
@@ -247,21 +248,21 @@ class HwTunnelProgrammerBase : public Kiln::Sm {
 
   /// Whether the tables were reached with `entry` in force.
   bool doTunnelCreateCommon(ConfigEntry const& entry);
-  /// The VTEP's record with the key of `entry` in force; null for a generation older than the one in force.
-  VtepMap recordTunnelKey(ConfigEntry const& entry);
+  /// The VTEP's watcher, with `entry` in force and its key in the record; null for a generation older than the one in
+  /// force.
+  Watcher recordTunnelKey(ConfigEntry const& entry);
   /// What brought a generation.
   enum class Event : std::uint8_t { creation, nextHop };
   /// Puts the generation of `entry` in force; false if it is not, or no longer.
-  bool acceptGeneration(TesselCentral::VtepIpToTnlIdNhIdMap& map, ConfigEntry const& entry, Event event);
-  /// Whether `entry` is still the configuration in force at its VTEP.
-  bool isInForce(ConfigEntry const& entry) const;
+  bool acceptGeneration(NestedSm_TunnelIdMap& watcher, ConfigEntry const& entry, Event event);
   /// The address that the port's header is sourced from: `localVtep`, but the unicast tunnel's at a VTEP that a member
   /// tunnel shares with one, so that they do not rewrite their port in turns.
   Meshal::IpGenAddr headerSource(Meshal::IpGenAddr const& vtep, Meshal::IpGenAddr const& localVtep) const;
   /// The outer header's handle; null while it can't be built.
   Handle programEgrL3TunnelTable(Meshal::IpGenAddr const& srcIpAddr, Meshal::IpGenAddr const& dstIpAddr);
   /// False while the status shows that the tunnel's overlay entry failed under its present tunnel id.
-  bool isNexthopIdProgrammed(Vane::HwTunnelConfigEntry const& entry, VtepMap const& map) const;
+  bool isNexthopIdProgrammed(Vane::HwTunnelConfigEntry const& entry,
+                             TesselCentral::VtepIpToTnlIdNhIdMap const& map) const;
   void handleSipEntry(Meshal::IpGenAddr const& vtepIp, Handle const& vpHandle, bool add);
 
   void deleteTunnelUnderlayTables(Vane::TunnelKey const& tunnelKey);

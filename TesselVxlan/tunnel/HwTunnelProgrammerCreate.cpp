@@ -26,8 +26,9 @@ bool HwTunnelProgrammerBase::doTunnelCreateCommon(ConfigEntry const& entry) {
     return false;
   }
   auto const nextHopEntryList = entry->nextHopEntryList();
-  auto const map = recordTunnelKey(entry);
-  if (!map) return false;
+  auto const watcher = recordTunnelKey(entry);
+  if (!watcher) return false;
+  auto const map = watcher->map();
   auto const source = headerSource(vtep, localVtep);
   map->setLocalVtep(source);
   if (nextHopEntryList) {
@@ -43,40 +44,46 @@ bool HwTunnelProgrammerBase::doTunnelCreateCommon(ConfigEntry const& entry) {
   }
   // Before the port: its success is published inside its write, and the status of a new generation would then show the
   // former one's failure.
-  bool const programmable = isNexthopIdProgrammed(*entry, map);
+  bool const programmable = isNexthopIdProgrammed(*entry, *map);
   TRACE(1, " egrL3TunnelTableHandle: {} Programming Virtual Port tables for vtep ip: {}", egrL3Handle, vtep);
   auto const vpHandle = virtualPortTableProgrammer()->insertEntry(key, tunnelType(), vtep,
                                                                   vxlanToL2State()->dataPathLearning(), egrL3Handle);
-  if (!isInForce(entry)) {
+  if (watcher->entry() != entry) {
     TRACE(1, " Replaced or deleted while its virtual port was written: {}", key);
     return false;
   }
   if (programmable) programTunnelTables(entry, vpHandle);
-  tunnelIdMap_.at(vtep)->createdIs(true);
+  watcher->createdIs(true);
   // All ids may have been published inside the writes above, before everything that a status needs was there.
-  maybeUpdateHwTunnelStatus(map);
-  if (!isInForce(entry)) return false;
+  maybeUpdateHwTunnelStatus(*watcher);
+  if (watcher->entry() != entry) return false;
   // The row that admits the VTEP's traffic was written when the next hop became active. One that was refused is written
   // again with a new generation, like the rows above.
-  auto const nhId = tunnelIdMap_.at(vtep)->nhId();
+  auto const nhId = watcher->nhId();
   if (nhId.valid() && hwTunnelConfig()->activeNextHopIdListHas(nhId)) handleActiveNextHopId(nhId);
   return true;
 }
 
-Dovel::Ptr<VtepIpToTnlIdNhIdMap> HwTunnelProgrammerBase::recordTunnelKey(ConfigEntry const& entry) {
+Dovel::Ptr<NestedSm_TunnelIdMap> HwTunnelProgrammerBase::recordTunnelKey(ConfigEntry const& entry) {
   auto const& key = entry->tunnelKey();
-  auto map = vtepMap(key.dst());
-  if (map && map->tnlKeysHas(tunnelType())) return acceptGeneration(*map, entry, Event::creation) ? map : nullptr;
-  bool const known = bool(map);
-  // The notification of a new record creates its watcher before this returns.
-  if (!known) map = vxlanToL2State()->vtepIpToTnlIdNhIdMapIs(key.dst());
-  map->tnlKeysIs(tunnelType(), key);
+  auto watcher = tunnelIdMap_.at(key.dst());
+  if (watcher && watcher->map()->tnlKeysHas(tunnelType())) {
+    return acceptGeneration(*watcher, entry, Event::creation) ? watcher : nullptr;
+  }
+  bool const known = bool(watcher);
+  if (!known) {
+    // The notification of a new record creates its watcher before this returns.
+    vxlanToL2State()->vtepIpToTnlIdNhIdMapIs(key.dst());
+    watcher = tunnelIdMap_.at(key.dst());
+  }
+  watcher->map()->tnlKeysIs(tunnelType(), key);
   if (known) TRACE(1, " Updated New TunnelKey into tnlIdMap ");
-  tunnelIdMap_.at(key.dst())->entryIs(entry);
-  return map;
+  watcher->entryIs(entry);
+  return watcher;
 }
 
-bool HwTunnelProgrammerBase::acceptGeneration(VtepIpToTnlIdNhIdMap& map, ConfigEntry const& entry, Event event) {
+bool HwTunnelProgrammerBase::acceptGeneration(NestedSm_TunnelIdMap& watcher, ConfigEntry const& entry, Event event) {
+  auto& map = *watcher.map();
   auto const& key = entry->tunnelKey();
   auto const storedKey = map.tnlKeys(tunnelType());
   if (storedKey.genId() > key.genId()) {
@@ -94,12 +101,12 @@ bool HwTunnelProgrammerBase::acceptGeneration(VtepIpToTnlIdNhIdMap& map, ConfigE
     // not needed for that: it has no status yet, or one that is not complete.
     bool const earlier = hwTunnelStatus()->tunnelStatusHas(map.oldTnlKey(tunnelType()));
     if (!earlier) map.oldTnlKeyIs(tunnelType(), storedKey);
-    tunnelIdMap_.at(key.dst())->entryIs(entry);
+    watcher.entryIs(entry);
     if (earlier) hwTunnelStatus()->tunnelStatusDel(storedKey);
-    return isInForce(entry);
+    return watcher.entry() == entry;
   }
   if (event == Event::creation) TRACE(1, " rcvd same genId proceeding ");
-  tunnelIdMap_.at(key.dst())->entryIs(entry);
+  watcher.entryIs(entry);
   return true;
 }
 

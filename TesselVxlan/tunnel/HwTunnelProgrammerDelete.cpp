@@ -20,6 +20,7 @@ void HwTunnelProgrammerBase::doTunnelDelete(ConfigEntry const& entry) {
   }
   // Copies: the record may be removed below, and the statuses of these keys are removed after it.
   auto const storedKey = map->tnlKeys(tunnelType());
+  bool const replacing = map->oldTnlKeyHas(tunnelType());
   auto const oldKey = map->oldTnlKey(tunnelType());
   if (storedKey.genId() > key.genId()) {
     return TRACE(1, " Skipping due to rcvdGenId : {} < tnlIdMapGenId : {}", key.genId(), storedKey.genId());
@@ -49,7 +50,7 @@ void HwTunnelProgrammerBase::doTunnelDelete(ConfigEntry const& entry) {
   deleteTunnelStatus(key, " Deleting the tunnelStatus for rcvd tnlKey");
   if (storedKey != key) deleteTunnelStatus(storedKey, " Deleting the tunnelStatus for tnlIdMap->tnlKey");
   // A generation that was replaced, and its successor deleted before it had a status of its own.
-  if (oldKey != key) deleteTunnelStatus(oldKey, " Deleting the oldTnl status");
+  if (replacing) deleteTunnelStatus(oldKey, " Deleting the oldTnl status");
 }
 
 void HwTunnelProgrammerBase::deleteTunnelStatus(Vane::TunnelKey const& key, [[maybe_unused]] char const* why) {

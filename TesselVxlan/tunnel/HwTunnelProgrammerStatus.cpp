@@ -11,13 +11,14 @@ using TesselCentral::VtepIpToTnlIdNhIdMap;
 
 void HwTunnelProgrammerBase::maybeUpdateHwTunnelStatus(Meshal::IpGenAddr const& dstIpAddr) {
   INVARIANT(tunnelIdMapHas(dstIpAddr));
-  maybeUpdateHwTunnelStatus(vtepMap(dstIpAddr));
+  auto const watcher = tunnelIdMap_.at(dstIpAddr);
+  maybeUpdateHwTunnelStatus(*watcher);
 }
 
-void HwTunnelProgrammerBase::maybeUpdateHwTunnelStatus(VtepMap const& record) {
-  // A reference and a copy: a subscriber of what is written below may remove the record.
-  auto const tnlIdMap = record;
-  auto const vtep = record->vtepIp();
+void HwTunnelProgrammerBase::maybeUpdateHwTunnelStatus(NestedSm_TunnelIdMap& watcher) {
+  // A reference: a subscriber of what is written below may replace or remove the record.
+  auto const tnlIdMap = watcher.map();
+  auto const& vtep = tnlIdMap->vtepIp();
   TRACE(1, " tunnelType: {} vtepIp: {}", tunnelType(), vtep);
   if (!tnlIdMap->tnlKeysHas(tunnelType())) {
     return TRACE(1, " Skipping update tunnelId as {} tunnelType not in tnlKeys for vtepIp={}", tunnelType(), vtep);
@@ -34,8 +35,9 @@ void HwTunnelProgrammerBase::maybeUpdateHwTunnelStatus(VtepMap const& record) {
       INVARIANT(tnlIdMap->nhId() != Vane::VaneNextHopId::invalidNextHopId());
       maybeUpdateHwTunnelIdNhId(vtep);
       // Unless a subscriber of the status has deleted the tunnel: its id must not find the VTEP any more.
-      auto const& watcher = tunnelIdMap_.at(vtep);
-      if (watcher && watcher->map()->tnlKeysHas(tunnelType())) publishedNextHopIdIs(*watcher, watcher->map()->nhId());
+      if (tunnelIdMap_.at(vtep).get() == &watcher && watcher.map()->tnlKeysHas(tunnelType())) {
+        publishedNextHopIdIs(watcher, watcher.map()->nhId());
+      }
       return;
     }
     default:
@@ -45,12 +47,12 @@ void HwTunnelProgrammerBase::maybeUpdateHwTunnelStatus(VtepMap const& record) {
 
 // Each write may run a subscriber that deletes the tunnel or replaces its generation: the rest is then not this call's.
 void HwTunnelProgrammerBase::maybeUpdateHwTunnelIdNhId(Meshal::IpGenAddr const& vtep) {
-  auto const map = vtepMap(vtep);
+  auto const watcher = tunnelIdMap_.at(vtep);
+  auto const map = watcher->map();
   auto const key = map->tnlKeys(tunnelType());
+  auto const inForce = watcher->entry();
   auto const status = hwTunnelStatus()->tunnelStatusIs(key);
-  auto const isCurrent = [&] {
-    return map->tnlKeys(tunnelType()) == key && hwTunnelStatus()->tunnelStatus(key) == status;
-  };
+  auto const isCurrent = [&] { return watcher->entry() == inForce && hwTunnelStatus()->tunnelStatus(key) == status; };
   if (!isCurrent()) return;
   status->hwTunnelIdIs(map->tnlId());
   if (!isCurrent()) return;
@@ -117,9 +119,10 @@ void HwTunnelProgrammerBase::doUpdateNextHop(ConfigEntry const& entry) {
   TRACE(0, " tunnelType: {}", tunnelType());
   auto const nextHopEntryList = entry->nextHopEntryList();
   auto const key = entry->tunnelKey();
-  auto const map = vtepMap(key.dst());
-  if (!map) return TRACE(1, " Skipping as tnlIdMap is not present ");
-  if (map->tnlKeysHas(tunnelType()) && !acceptGeneration(*map, entry, Event::nextHop)) return;
+  auto const watcher = tunnelIdMap_.at(key.dst());
+  if (!watcher) return TRACE(1, " Skipping as tnlIdMap is not present ");
+  auto const map = watcher->map();
+  if (map->tnlKeysHas(tunnelType()) && !acceptGeneration(*watcher, entry, Event::nextHop)) return;
   if (nextHopEntryList) {
     TRACE(1, " updating AdjId tnlIdMap to : {}", nextHopEntryList->adjId());
     map->adjIdIs(nextHopEntryList->adjId());
@@ -127,8 +130,8 @@ void HwTunnelProgrammerBase::doUpdateNextHop(ConfigEntry const& entry) {
   auto const vpHandle = virtualPortTableProgrammer()->getEntry(key.dst());
   // The creation that writes the port reads the next hops of that time; an overlay entry written now would have none.
   if (!vpHandle) return TRACE(1, " No virtual port yet for vtepIp: {}", key.dst());
-  if (isNexthopIdProgrammed(*entry, map)) programTunnelTables(entry, vpHandle);
-  maybeUpdateHwTunnelStatus(map);
+  if (isNexthopIdProgrammed(*entry, *map)) programTunnelTables(entry, vpHandle);
+  maybeUpdateHwTunnelStatus(*watcher);
 }
 
 void HwTunnelProgrammerBase::handleHwTunnelNextHopUpdate(Meshal::IpGenAddr const& vtep) {
@@ -142,8 +145,9 @@ void HwTunnelProgrammerBase::handleHwTunnelNextHopUpdate(Meshal::IpGenAddr const
 
 void HwTunnelProgrammerBase::handleActiveNextHopId(Vane::VaneNextHopId nhId) {
   TRACE(0, " nhId: {}", nhId);
-  if (!nhIdToVtepIpMapHas(nhId)) return;
-  auto const vtep = nhIdToVtepIpMap(nhId);
+  auto const known = nhIdToVtepIpMapColl().find(nhId);
+  if (known == nhIdToVtepIpMapColl().end()) return;
+  auto const vtep = known->second;
   auto const vpHandle = virtualPortTableProgrammer()->getEntry(vtep);
   if (hwTunnelConfig()->activeNextHopIdListHas(nhId)) {
     TRACE(1, "Addition of nhID {} for vtepIp={}", nhId, vtep);

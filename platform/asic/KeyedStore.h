@@ -38,8 +38,9 @@ template <class Table, class K, class E>
 class KeyedStore final : public StoreBase {
  public:
   struct Record final : RecordBase {
-    Record(StoreBase& store, K const& itsKey, E const& itsEntry)
-        : RecordBase(store, store), key(itsKey), entry(itsEntry) {}
+    template <class Entry>
+    Record(StoreBase& store, K const& itsKey, Entry&& itsEntry)
+        : RecordBase(store, store), key(itsKey), entry(std::forward<Entry>(itsEntry)) {}
     K const key;
     E entry;
   };
@@ -55,22 +56,27 @@ class KeyedStore final : public StoreBase {
     return fixed_.empty() ? nullptr : fixed_.find(key);
   }
 
-  /// Inserts the entry of `key`, or replaces it in place; the returned handle is a reference to it.
-  EntryHandle::PtrConst ref(K const& key, E const& entry, Report report) {
-    auto const [record, isNew] = findOrMake(records_, key, entry);
+  /// Inserts the entry of `key`, or replaces it in place; the returned handle is a reference to it. An entry that is
+  /// passed as an rvalue is moved.
+  template <class Entry>
+  EntryHandle::PtrConst ref(K const& key, Entry&& entry, Report report) {
+    auto const response = report == Report::atOnce ? responseOf(entry) : WriteResponseFn();
+    auto const [record, isNew] = findOrMake(records_, key, std::forward<Entry>(entry));
     EntryHandle::PtrConst handle(&record->strong());
     if (isNew) {
       allocateRow(*record);
       firstWrite(*record, report);
     } else {
-      rewrite(*record, entry, report);
+      rewrite(*record, std::forward<Entry>(entry), report);
     }
-    if (report == Report::atOnce) callResponse(entry, handle);
+    response(handle->state());
     return handle;
   }
   /// The same, pinned; the returned handle is weak.
-  EntryHandle::PtrConst commit(K const& key, E const& entry, Report report) {
-    auto const [record, isNew] = findOrMake(records_, key, entry);
+  template <class Entry>
+  EntryHandle::PtrConst commit(K const& key, Entry&& entry, Report report) {
+    auto const response = report == Report::atOnce ? responseOf(entry) : WriteResponseFn();
+    auto const [record, isNew] = findOrMake(records_, key, std::forward<Entry>(entry));
     // The handle is taken first: a former response may remove the entry when it is destroyed.
     EntryHandle::PtrConst handle(&record->weak());
     pin(*record);
@@ -78,9 +84,9 @@ class KeyedStore final : public StoreBase {
       allocateRow(*record);
       firstWrite(*record, report);
     } else {
-      rewrite(*record, entry, report);
+      rewrite(*record, std::forward<Entry>(entry), report);
     }
-    if (report == Report::atOnce) callResponse(entry, handle);
+    response(handle->state());
     dropWithoutChip(*record);
     return handle;
   }
@@ -129,12 +135,12 @@ class KeyedStore final : public StoreBase {
     records.insert(records.end(), fixed_.all().begin(), fixed_.all().end());
     return withoutNulls(std::move(records));
   }
-  /// A new record has the entry already.
-  std::pair<Record*, bool> findOrMake(RecordSet<Record, K>& records, K const& key, E const& entry) {
-    return records.findOrMake(key, [&] { return newRecord(key, entry); });
-  }
-  Record* newRecord(K const& key, E const& entry) {
-    return ::new (Scree::slabAllocOrStdMalloc(sizeof(Record))) Record(*this, key, entry);
+  /// A new record has the entry already; an entry is moved into a new record only.
+  template <class Entry>
+  std::pair<Record*, bool> findOrMake(RecordSet<Record, K>& records, K const& key, Entry&& entry) {
+    return records.findOrMake(key, [&] {
+      return ::new (Scree::slabAllocOrStdMalloc(sizeof(Record))) Record(*this, key, std::forward<Entry>(entry));
+    });
   }
 
   void firstWrite(Record& record, Report report) {
@@ -143,15 +149,17 @@ class KeyedStore final : public StoreBase {
   }
   // The handles of the former contents are dropped last, when the chip no longer has their numbers. `entry` may be the
   // record's own.
-  void rewrite(Record& record, E const& entry, Report report) {
-    E former(entry);
+  template <class Entry>
+  void rewrite(Record& record, Entry&& entry, Report report) {
+    E former(std::forward<Entry>(entry));
     std::swap(former, record.entry);
     if (record.dependant) forgetTargets(record, former);
     auto response = contentsStored(record);
     finishWrite(record, record.hasRow() ? sendChanges(record, former, nullptr) : EntryState::full, response, report);
   }
-  static void callResponse(E const& entry, EntryHandle::PtrConst const& handle) {
-    if constexpr (requires { entry.writeResponse; }) entry.writeResponse(handle->state());
+  static WriteResponseFn responseOf(E const& entry) {
+    if constexpr (requires { entry.writeResponse; }) return entry.writeResponse;
+    return {};
   }
   /// Nothing that is pinned may remain when the chip is gone: nothing would remove it.
   void dropWithoutChip(Record& record) {

@@ -150,7 +150,7 @@ bool takeReferences(E& entry) {
   forEachHandle(entry, [&](EntryHandle::PtrConst& handle) {
     auto const* target = handle ? handle->record() : nullptr;
     if (!target || target->expired) return;
-    handle = EntryHandle::PtrConst(&target->strong());
+    if (handle.get() != &target->strong()) handle = EntryHandle::PtrConst(&target->strong());
     rowless |= !target->hasRow();
   });
   return rowless;

@@ -113,7 +113,7 @@ bool StoreBase::releaseRows(RecordBase& record) {
     }
   }
   if (record.fixedRow) fixedRows_.erase(first);
-  if (first >= reserved_) pool_.clearRange(first, count);
+  if (first >= reserved_) count == 1 ? pool_.clearBit(first) : pool_.clearRange(first, count);
   used_ -= count;
   return true;
 }
@@ -284,7 +284,7 @@ void StoreBase::expire(RecordBase& record) {
   record.state = EntryState::none;
   dropContents(record);
   auto const response = record.kept ? takeResponse(record) : WriteResponseFn();
-  if (left || released) retryWaiting();
+  if ((left || released) && !queue_.empty()) retryWaiting();
 }
 
 }  // namespace Asic

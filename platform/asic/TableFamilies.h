@@ -59,6 +59,9 @@ class KeyedTable : public SwTable {
   EntryHandle::PtrConst entryCommit(K const& key, E const& entry, Report report = Report::later) {
     return store()->commit(key, entry, report);
   }
+  EntryHandle::PtrConst entryCommit(K const& key, E&& entry, Report report = Report::later) {
+    return store()->commit(key, std::move(entry), report);
+  }
   /// The same for the entry at a given row. REQUIRES: index < reservedRows, unless rows are keys; a key is always
   /// written at the same row.
   EntryHandle::PtrConst entryWriteAtIndex(Index index, K const& key, E const& entry) {
@@ -67,6 +70,9 @@ class KeyedTable : public SwTable {
   /// Inserts, or replaces in place. The entry exists while it is referenced; the returned handle is a reference.
   EntryHandle::PtrConst entryRef(K const& key, E const& entry, Report report = Report::later) {
     return store()->ref(key, entry, report);
+  }
+  EntryHandle::PtrConst entryRef(K const& key, E&& entry, Report report = Report::later) {
+    return store()->ref(key, std::move(entry), report);
   }
   /// Removes the key at once; the row is released with the last reference to the entry. A missing key is ignored.
   void entryRemove(K const& key) { store()->remove(key); }

@@ -42,12 +42,12 @@ class WriteResponseFn {
 
   explicit operator bool() const noexcept { return body_ != nullptr; }
 
-  /// Calls the callable unless the last call was with `state` too. Does nothing if there is none.
+  /// Calls the callable unless the last call was with `state` too. Does nothing if there is none. REQUIRES: this object
+  /// outlives the call.
   void operator()(EntryState state) const {
     if (!body_ || body_->last == state) return;
     body_->last = state;
-    auto const alive = *this;
-    alive.body_->call(alive.body_, state);
+    body_->call(body_, state);
   }
 
  private:

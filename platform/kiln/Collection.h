@@ -1,7 +1,6 @@
 #pragma once
 
 #include <algorithm>
-#include <boost/unordered/unordered_flat_map.hpp>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
@@ -10,6 +9,7 @@
 
 #include "platform/dovel/Ptr.h"
 #include "platform/kiln/Hash.h"
+#include "platform/kiln/PlaceIndex.h"
 #include "platform/kiln/PointerSet.h"
 #include "platform/kiln/Text.h"
 #include "platform/scree/Slab.h"
@@ -18,9 +18,94 @@ namespace Kiln {
 
 // In all three collections the element under an iterator may be removed; the next increment reaches the next one.
 
-/// A keyed collection of values. The order of iteration is not specified.
+/// A keyed collection of values in one array. Iteration is in the order of addition, but that a later element takes the
+/// place of a removed one, and tolerates additions too.
 template <class K, class V>
-using HashMap = boost::unordered_flat_map<K, V, Hash<K>>;
+class HashMap {
+  using Place = PlaceIndex::Place;
+
+  template <class Map, class Element>
+  class Iterator {
+   public:
+    using iterator_category = std::forward_iterator_tag;
+    using value_type = Element;
+    using difference_type = std::ptrdiff_t;
+    using pointer = Element*;
+    using reference = Element&;
+
+    Iterator() = default;
+    Iterator(Map& map, Place place) : map_(&map), place_(place) {}
+    reference operator*() const { return map_->array_[place_]; }
+    pointer operator->() const { return &**this; }
+    Iterator& operator++() {
+      ++place_;
+      skipUnused();
+      return *this;
+    }
+    Iterator operator++(int) { return std::exchange(*this, std::next(*this)); }
+    friend bool operator==(Iterator const& a, Iterator const& b) { return a.place_ == b.place_; }
+
+   private:
+    friend class HashMap;
+    void skipUnused() {
+      while (place_ < map_->index_.end() && !map_->index_.isUsed(place_)) ++place_;
+    }
+
+    Map* map_ = nullptr;
+    Place place_ = 0;
+  };
+
+ public:
+  using value_type = std::pair<K, V>;
+  using iterator = Iterator<HashMap, value_type>;
+  using const_iterator = Iterator<HashMap const, value_type const>;
+
+  iterator begin() { return first<iterator>(*this); }
+  iterator end() { return {*this, index_.end()}; }
+  const_iterator begin() const { return first<const_iterator>(*this); }
+  const_iterator end() const { return {*this, index_.end()}; }
+  std::size_t size() const { return index_.size(); }
+  bool empty() const { return size() == 0; }
+
+  iterator find(K const& key) { return {*this, std::min(placeOf(hashOf(key), key), index_.end())}; }
+  const_iterator find(K const& key) const { return {*this, std::min(placeOf(hashOf(key), key), index_.end())}; }
+  void erase(iterator at) {
+    index_.remove(at.place_);
+    array_[at.place_].second = V{};
+  }
+  std::pair<iterator, bool> try_emplace(K const& key, V const& value = {}) {
+    auto const hash = hashOf(key);
+    auto place = placeOf(hash, key);
+    if (place != PlaceIndex::none) return {{*this, place}, false};
+    place = index_.add(hash);
+    if (place == array_.size()) {
+      array_.emplace_back(key, value);
+    } else {
+      array_[place] = {key, value};
+    }
+    return {{*this, place}, true};
+  }
+  V& operator[](K const& key) { return try_emplace(key).first->second; }
+  void clear() {
+    index_.clear();
+    array_.clear();
+  }
+
+ private:
+  template <class Iterator_, class Map>
+  static Iterator_ first(Map& map) {
+    Iterator_ at(map, 0);
+    at.skipUnused();
+    return at;
+  }
+  static std::uint32_t hashOf(K const& key) { return static_cast<std::uint32_t>(Hash<K>{}(key)); }
+  Place placeOf(std::uint32_t hash, K const& key) const {
+    return index_.find(hash, [&](Place place) { return array_[place].first == key; });
+  }
+
+  PlaceIndex index_;
+  std::vector<value_type> array_;
+};
 
 /// A keyed collection of a handful of values in one sorted array; an empty one is three words and owns no memory.
 ///
