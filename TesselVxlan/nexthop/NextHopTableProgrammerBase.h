@@ -39,13 +39,7 @@ class NextHopTableProgrammerBase : public Dovel::PublishingNode {
   /// False of an entry that waits for a row, which the table writes by itself.
   template <class Table>
   static bool isRefused(Table const& table, typename Table::Key const& key) {
-    return stateOf(table, key) == EntryState::failed;
-  }
-  /// `none` if there is no entry of `key`.
-  template <class Table>
-  static EntryState stateOf(Table const& table, typename Table::Key const& key) {
-    auto const handle = table.entryWeakRef(key);
-    return handle ? handle->state() : EntryState::none;
+    return table.state(key) == EntryState::failed;
   }
   /// For traces.
   static std::string handleText(Handle const& handle);

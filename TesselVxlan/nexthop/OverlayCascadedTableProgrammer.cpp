@@ -53,7 +53,7 @@ NextHopTableProgrammerBase::Handle OverlayCascadedTableProgrammer::insertEntry(V
   entry.ulEntryHandle = ulEntryHandle;
   entry.ecmp = ecmp;
   auto& table = *ingL3EcmpMember0Table();
-  if (isEq(entry, table.entry(vtep)) && isWritten(stateOf(table, vtep))) {
+  if (isEq(entry, table.entry(vtep)) && isWritten(table.state(vtep))) {
     TRACE(1, " EcmpMember0 already exists for vtepIp= {}", vtep);
     return table.entryWeakRef(vtep);
   }

@@ -57,7 +57,7 @@ NextHopTableProgrammerBase::Handle OverlayNextHopTableProgrammer::insertEntry(Va
   entry.egress.nextHopValid = 1;
   auto& table = *l3NextHop1Table();
   if (isEq(entry.ingress, table.ingL3NextHop1Entry(vtep)) && isEq(entry.egress, table.egrL3NextHop1Entry(vtep)) &&
-      isWritten(stateOf(table, vtep))) {
+      isWritten(table.state(vtep))) {
     TRACE(1, " OlL3NextHop1 already exists for vtepIp= {}", vtep);
     return table.entryWeakRef(vtep);
   }

@@ -265,14 +265,15 @@ class HwTunnelProgrammerBase : public Kiln::Sm {
                              TesselCentral::VtepIpToTnlIdNhIdMap const& map) const;
   void handleSipEntry(Meshal::IpGenAddr const& vtepIp, Handle const& vpHandle, bool add);
 
-  void deleteTunnelUnderlayTables(Vane::TunnelKey const& tunnelKey);
-  void deleteOverlayTableEntry(Vane::TunnelKey const& tunnelKey);
+  void deleteTunnelUnderlayTables(TesselCentral::VtepIpToTnlIdNhIdMap& tnlIdMap, Vane::TunnelKey const& tunnelKey);
+  void deleteOverlayTableEntry(TesselCentral::VtepIpToTnlIdNhIdMap& tnlIdMap, Vane::TunnelKey const& tunnelKey);
   /// Removes the status of `key`, unless a subscriber has put the key in force again. Traces `why`.
   void deleteTunnelStatus(Vane::TunnelKey const& key, char const* why);
 
-  void writeNextHopStatus(TesselCentral::VtepIpToTnlIdNhIdMap& map, Vane::TunnelKey const& key,
+  void writeNextHopStatus(NestedSm_TunnelIdMap const& watcher, Vane::TunnelKey const& key,
                           Vane::HwTunnelStatusEntry& status);
   void keepUniqueNhId(TesselCentral::VtepIpToTnlIdNhIdMap& map);
+  /// REQUIRES: the record has a key that was replaced.
   void endOldGeneration(TesselCentral::VtepIpToTnlIdNhIdMap& map);
   /// Finds the VTEP by `nhId` from now on, no longer by a former id; by none for an id that is not one.
   void publishedNextHopIdIs(NestedSm_TunnelIdMap& watcher, Vane::VaneNextHopId nhId);

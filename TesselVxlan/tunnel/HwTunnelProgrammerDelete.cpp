@@ -10,14 +10,15 @@ void HwTunnelProgrammerBase::doTunnelDelete(ConfigEntry const& entry) {
   auto const key = entry->tunnelKey();
   auto const vtep = key.dst();
   TRACE(0, " tunnelType: {} vtepIp: {}", tunnelType(), vtep);
-  auto const map = vtepMap(vtep);
-  if (!map) {
+  auto const watcher = tunnelIdMap_.at(vtep);
+  if (!watcher) {
     if (hwTunnelStatus()->tunnelStatusHas(key)) {
       TRACE(1, " tnlIdMap empty, deleting HwTunnelStatusEntry");
       hwTunnelStatus()->tunnelStatusDel(key);
     }
     return TRACE(1, " Skipping as tnlIdMap is not present ");
   }
+  auto const map = watcher->map();
   // Copies: the record may be removed below, and the statuses of these keys are removed after it.
   auto const storedKey = map->tnlKeys(tunnelType());
   bool const replacing = map->oldTnlKeyHas(tunnelType());
@@ -35,10 +36,9 @@ void HwTunnelProgrammerBase::doTunnelDelete(ConfigEntry const& entry) {
     map->tnlKeysDel(tunnelType());
     map->oldTnlKeyDel(tunnelType());
   }
-  auto const watcher = tunnelIdMap_.at(vtep);
   watcher->entryIs(nullptr);
   // After the key is removed: it looks at the types that remain.
-  deleteTunnelUnderlayTables(key);
+  deleteTunnelUnderlayTables(*map, key);
   publishedNextHopIdIs(*watcher, Vane::VaneNextHopId());
   if (map->tnlKeysColl().empty()) {
     virtualPortTableProgrammer()->deleteEntry(key, vtep);
@@ -54,37 +54,35 @@ void HwTunnelProgrammerBase::doTunnelDelete(ConfigEntry const& entry) {
 }
 
 void HwTunnelProgrammerBase::deleteTunnelStatus(Vane::TunnelKey const& key, [[maybe_unused]] char const* why) {
+  auto const& watcher = tunnelIdMap_.at(key.dst());
+  if (watcher && watcher->entry() && watcher->entry()->tunnelKey() == key) return;
   if (!hwTunnelStatus()->tunnelStatusHas(key)) return;
-  auto const& map = vtepMap(key.dst());
-  if (map && map->tnlKeysHas(tunnelType()) && map->tnlKeys(tunnelType()) == key) return;
   TRACE_IN("doTunnelDelete", 1, "{}", why);
   hwTunnelStatus()->tunnelStatusDel(key);
 }
 
-void HwTunnelProgrammerBase::deleteTunnelUnderlayTables(Vane::TunnelKey const& tunnelKey) {
+void HwTunnelProgrammerBase::deleteTunnelUnderlayTables(TesselCentral::VtepIpToTnlIdNhIdMap& tnlIdMap,
+                                                        Vane::TunnelKey const& tunnelKey) {
   TRACE(1, " tunnelType: {} key: {}", tunnelType(), tunnelKey);
-  auto const tnlIdMap = vtepMap(tunnelKey.dst());
-  INVARIANT(tnlIdMap);
   if (tunnelType() != Vane::vxlanTunnel_ && tunnelType() != Vane::vxlanMemberTunnel_) return;
   // Unicast and member tunnel of a VTEP share its overlay entry: the second one's deletion removes it.
-  if (tnlIdMap->tnlKeysHas(Vane::vxlanTunnel_) || tnlIdMap->tnlKeysHas(Vane::vxlanMemberTunnel_)) {
+  if (tnlIdMap.tnlKeysHas(Vane::vxlanTunnel_) || tnlIdMap.tnlKeysHas(Vane::vxlanMemberTunnel_)) {
     tnlNhUpdateConfig()->tunnelNhUpdateDel(tunnelKey.dst());
     return;
   }
   TRACE(1, "Deleting EcmpMember0 table for vtepIp: {}", tunnelKey.dst());
-  deleteOverlayTableEntry(tunnelKey);
+  deleteOverlayTableEntry(tnlIdMap, tunnelKey);
 }
 
-void HwTunnelProgrammerBase::deleteOverlayTableEntry(Vane::TunnelKey const& tunnelKey) {
+void HwTunnelProgrammerBase::deleteOverlayTableEntry(TesselCentral::VtepIpToTnlIdNhIdMap& tnlIdMap,
+                                                     Vane::TunnelKey const& tunnelKey) {
   overlayTableProgrammer()->deleteEntry(tunnelKey);
-  auto const tnlIdMap = vtepMap(tunnelKey.dst());
-  INVARIANT(tnlIdMap);
   INVARIANT((tunnelType() == Vane::vxlanTunnel_) || (tunnelType() == Vane::vxlanMemberTunnel_));
   TRACE(1, " EcmpMember0Table, swKey: {} Invalidating tnlIdMap for vtepIp: {}", tunnelKey.dst(), tunnelKey.dst());
   // Before nhId: its watchers must find the record not ready and write no status.
-  tnlIdMap->nhIdEntryStatusIs(TesselCentral::EntryWriteStatus::entryWriteNone);
-  nhIdToVtepIpMapDel(tnlIdMap->nhId());
-  tnlIdMap->nhIdIs(Vane::VaneNextHopId::invalidNextHopId());
+  tnlIdMap.nhIdEntryStatusIs(TesselCentral::EntryWriteStatus::entryWriteNone);
+  nhIdToVtepIpMapDel(tnlIdMap.nhId());
+  tnlIdMap.nhIdIs(Vane::VaneNextHopId::invalidNextHopId());
 }
 
 }  // namespace TesselVxlan

@@ -56,15 +56,16 @@ void HwTunnelProgrammerBase::maybeUpdateHwTunnelIdNhId(Meshal::IpGenAddr const& 
   if (!isCurrent()) return;
   status->hwTunnelIdIs(map->tnlId());
   if (!isCurrent()) return;
-  writeNextHopStatus(*map, key, *status);
-  if (isCurrent()) endOldGeneration(*map);
+  writeNextHopStatus(*watcher, key, *status);
+  if (map->oldTnlKeyHas(tunnelType()) && isCurrent()) endOldGeneration(*map);
 }
 
-void HwTunnelProgrammerBase::writeNextHopStatus(VtepIpToTnlIdNhIdMap& map, Vane::TunnelKey const& key,
+void HwTunnelProgrammerBase::writeNextHopStatus(NestedSm_TunnelIdMap const& watcher, Vane::TunnelKey const& key,
                                                 Vane::HwTunnelStatusEntry& status) {
-  // A watcher can call this after the configuration has left the list and before its deletion is handled.
-  auto const& config = hwTunnelConfig()->hwTunnelConfigList(key);
-  Dovel::Ptr<Vane::NextHopEntryList> const list = config ? config->nextHopEntryList() : nullptr;
+  auto& map = *watcher.map();
+  auto config = watcher.entry();
+  // None is in force at a record that replaced another.
+  if (!config) config = hwTunnelConfig()->hwTunnelConfigList(key);
   auto nhId = Vane::VaneNextHopId(map.tnlId().value());
   switch (tunnelType()) {
     case Vane::vxlanTunnel_:
@@ -77,7 +78,7 @@ void HwTunnelProgrammerBase::writeNextHopStatus(VtepIpToTnlIdNhIdMap& map, Vane:
       break;
   }
   TRACE(1, " Updating tnlId to {} and nhId to {}", map.tnlId(), nhId);
-  status.hwNextHopStatusEntryIs({nhId, list});
+  status.hwNextHopStatusEntryIs({nhId, config ? config->nextHopEntryList() : nullptr});
 }
 
 // An unchanged adjacency keeps its value; a value is never used twice in a run.
@@ -90,7 +91,6 @@ void HwTunnelProgrammerBase::keepUniqueNhId(VtepIpToTnlIdNhIdMap& map) {
 
 // Called once the new generation's status is written: a reader never sees the tunnel without one.
 void HwTunnelProgrammerBase::endOldGeneration(VtepIpToTnlIdNhIdMap& map) {
-  if (!map.oldTnlKeyHas(tunnelType())) return;
   auto const oldKey = map.oldTnlKeyDel(tunnelType());
   if (!hwTunnelStatus()->tunnelStatusHas(oldKey)) return;
   TRACE_IN("maybeUpdateHwTunnelIdNhId", 1, " Deleting the oldTnl status of {}", oldKey);
@@ -148,13 +148,13 @@ void HwTunnelProgrammerBase::handleActiveNextHopId(Vane::VaneNextHopId nhId) {
   auto const known = nhIdToVtepIpMapColl().find(nhId);
   if (known == nhIdToVtepIpMapColl().end()) return;
   auto const vtep = known->second;
-  auto const vpHandle = virtualPortTableProgrammer()->getEntry(vtep);
   if (hwTunnelConfig()->activeNextHopIdListHas(nhId)) {
     TRACE(1, "Addition of nhID {} for vtepIp={}", nhId, vtep);
-    handleSipEntry(vtep, vpHandle, true);
-  } else if (!isHerEvpnTunnel(vtep)) {
+    return handleSipEntry(vtep, virtualPortTableProgrammer()->getEntry(vtep), true);
+  }
+  if (!isHerEvpnTunnel(vtep)) {
     TRACE(1, "Deletion of nhID {} for vtepIp={}", nhId, vtep);
-    handleSipEntry(vtep, vpHandle, false);
+    handleSipEntry(vtep, nullptr, false);
   }
   auto const& watcher = tunnelIdMap_.at(vtep);
   if (!watcher || watcher->nhId() != nhId) forgetInactive(nhId, vtep);

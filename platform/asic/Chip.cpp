@@ -25,27 +25,31 @@ std::size_t Chip::deliver() {
   auto const last = lastWrite_;
   std::size_t delivered = 0;
   while (head_ < queue_.size() && !isLater(queue_[head_].number, last)) delivered += deliverFront() ? 1 : 0;
+  compact();
   return delivered;
 }
 
 bool Chip::deliverOne() {
   Dovel::Ptr<Chip> const alive(this);
-  while (head_ < queue_.size()) {
-    if (deliverFront()) return true;
-  }
-  return false;
+  bool delivered = false;
+  while (!delivered && head_ < queue_.size()) delivered = deliverFront();
+  compact();
+  return delivered;
 }
 
-// The outcome is taken out first: the queue may change while it is delivered.
-bool Chip::deliverFront() {
-  auto outcome = std::move(queue_[head_]);
-  if (++head_ == queue_.size()) {
+void Chip::compact() {
+  if (head_ == queue_.size()) {
     queue_.clear();
     head_ = 0;
   } else if (head_ >= kCompactAt && head_ * 2 > queue_.size()) {
     queue_.erase(queue_.begin(), queue_.begin() + static_cast<std::ptrdiff_t>(head_));
     head_ = 0;
   }
+}
+
+// The outcome is taken out first: the queue may change while it is delivered.
+bool Chip::deliverFront() {
+  auto outcome = std::move(queue_[head_++]);
   if (!holds_.empty() && isHeld(outcome)) {
     held_.push_back(std::move(outcome));
     return false;

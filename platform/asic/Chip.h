@@ -99,6 +99,8 @@ class Chip final : public Dovel::Node {
   static bool isLater(std::uint32_t a, std::uint32_t b) { return static_cast<std::int32_t>(a - b) > 0; }
   /// False if the front of the queue is held.
   bool deliverFront();
+  /// Removes what was delivered from the queue.
+  void compact();
   static void settle(Outcome const& outcome);
   bool isHeld(Outcome const& outcome) const;
 

@@ -40,6 +40,11 @@ class KeyedTable : public SwTable {
     auto const* const record = store()->find(key);
     return record ? EntryHandle::PtrConst(&record->weak()) : nullptr;
   }
+  /// The state of the entry of `key`; `none` if there is none.
+  EntryState state(K const& key) const {
+    auto const* const record = store()->find(key);
+    return record ? record->state : EntryState::none;
+  }
   /// The row of `key` as a number for other agents; `Index::none` while it has none.
   std::uint32_t hwIndexOnlyForCrossAgentCommunication(K const& key) const {
     auto const* const record = store()->find(key);

@@ -124,8 +124,8 @@ class SmallMap {
   std::size_t size() const { return array_.size(); }
   bool empty() const { return array_.empty(); }
 
-  iterator find(K const& key) { return std::find_if(begin(), end(), HasKey{key}); }
-  const_iterator find(K const& key) const { return std::find_if(begin(), end(), HasKey{key}); }
+  iterator find(K const& key) { return found(begin(), end(), key); }
+  const_iterator find(K const& key) const { return found(begin(), end(), key); }
   void erase(iterator at) { array_.erase(array_.begin() + (std::to_address(at.base()) - 1 - array_.data())); }
   std::pair<iterator, bool> try_emplace(K const& key, V const& value) {
     if (auto const found = find(key); found != end()) return {found, false};
@@ -135,10 +135,12 @@ class SmallMap {
   }
 
  private:
-  struct HasKey {
-    K const& key;
-    bool operator()(value_type const& element) const { return element.first == key; }
-  };
+  // By hand: for one or two elements the unrolled search of the standard library costs several times as much.
+  template <class Iterator>
+  static Iterator found(Iterator at, Iterator end, K const& key) {
+    while (at != end && !(at->first == key)) ++at;
+    return at;
+  }
 
   std::vector<value_type, Scree::SlabAllocator<value_type>> array_;
 };

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <utility>
-#include <vector>
 
 namespace Kiln {
 
@@ -22,21 +24,21 @@ class PlaceIndex {
   /// REQUIRES: place < end().
   bool isUsed(Place place) const { return !(links_[place].next & kUnused); }
   void reserve(std::size_t places) {
-    if (places > links_.size()) grow(places);
+    if (places > places_) grow(places);
   }
 
   /// The place for which `isWanted(place)` among those of `hash`; `none` if there is none.
   template <class IsWanted>
   Place find(std::uint32_t hash, IsWanted const& isWanted) const {
     if (size_ == 0) return none;
-    auto const* const links = links_.data();
+    auto const* const links = links_.get();
     auto place = first_[chainOf(hash)];
     while (place != none && !(links[place].hash == hash && isWanted(place))) place = links[place].next;
     return place;
   }
   /// A place for `hash`: the one that was removed last, otherwise `end()`.
   Place add(std::uint32_t hash) {
-    if (size_ == links_.size()) [[unlikely]]
+    if (size_ == places_) [[unlikely]]
       grow(size_ + 1);
     auto const place = unused_ == none ? end_++ : std::exchange(unused_, links_[unused_].next & ~kUnused);
     link(place, hash);
@@ -57,28 +59,34 @@ class PlaceIndex {
   static constexpr std::size_t kFewest = 4;
 
   struct Link {
-    std::uint32_t hash = 0;
-    Place next = none;  ///< Of the chain, or of the unused places.
+    std::uint32_t hash;
+    Place next;  ///< Of the chain, or of the unused places.
   };
 
-  std::size_t chainOf(std::uint32_t hash) const { return hash & (first_.size() - 1); }
+  std::size_t chainOf(std::uint32_t hash) const { return hash & (places_ - 1); }
   void link(Place place, std::uint32_t hash) {
     auto& first = first_[chainOf(hash)];
     links_[place] = {hash, first};
     first = place;
   }
   [[gnu::noinline]] void grow(std::size_t least) {
-    auto places = kFewest;
-    while (places < least) places *= 2;
-    links_.resize(places);
-    first_.assign(places, none);
+    auto const places = std::bit_ceil(std::max(least, kFewest));
+    auto links = std::make_unique_for_overwrite<Link[]>(places);
+    auto first = std::make_unique_for_overwrite<Place[]>(places);
+    std::copy_n(links_.get(), end_, links.get());
+    std::fill_n(first.get(), places, none);
     for (Place place = 0; place < end_; ++place) {
-      if (isUsed(place)) link(place, links_[place].hash);
+      auto& link = links[place];
+      if (!(link.next & kUnused)) link.next = std::exchange(first[link.hash & (places - 1)], place);
     }
+    links_ = std::move(links);
+    first_ = std::move(first);
+    places_ = places;
   }
 
-  std::vector<Place> first_;  ///< Of each chain: as many as there are links, a power of two, or none.
-  std::vector<Link> links_;   ///< By place.
+  std::unique_ptr<Link[]> links_;   ///< By place.
+  std::unique_ptr<Place[]> first_;  ///< Of each chain; as many as there are links.
+  std::size_t places_ = 0;          ///< Room for so many: a power of two, or 0.
   Place end_ = 0;
   Place unused_ = none;
   std::size_t size_ = 0;

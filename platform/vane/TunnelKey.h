@@ -30,8 +30,9 @@ struct TunnelKey {
 BOOST_DESCRIBE_STRUCT(TunnelKey, (), (src_, dst_, vrf_, genId_, intfId_))
 
 inline std::size_t hash_value(TunnelKey const& key) {
-  auto const owner = std::uint64_t{key.vrf()} << 32 | key.intfId().id();
-  return Kiln::mix(hash_value(key.dst()) + key.genId(), hash_value(key.src()) + owner);
+  // Keys of one table differ in `dst` or in `genId`, hardly ever in the rest alone.
+  auto const rest = std::uint64_t{key.vrf()} << 32 | key.intfId().id();
+  return Kiln::mix(hash_value(key.dst()) + key.genId(), key.src().u64(0) + key.src().u64(1) + rest);
 }
 void appendText(std::string& out, TunnelKey const& key);
 bool parseText(std::string_view text, TunnelKey& out);

@@ -17,8 +17,8 @@ void VaneHelperTunnelSm::initializedIs(bool initialized) {
   handleInitialized();
   initialized_ = true;
   // A handler may have removed a tunnel, or added it and had it handled on the stack.
-  Kiln::forEachKey(hwTunnelConfig()->hwTunnelConfigListColl(), [this](auto const& key, EntryPtr const& entry) {
-    if (!isZombie() && !tunnels_.at(key)) tunnelAdd(entry);
+  Kiln::forEachKey(hwTunnelConfig()->hwTunnelConfigListColl(), [this](auto const&, EntryPtr const& entry) {
+    if (!isZombie()) tunnelAdd(entry);
   });
 }
 
@@ -42,19 +42,20 @@ void VaneHelperTunnelSm::hwTunnelConfigDispatch(Dovel::Change const& change) {
 
 void VaneHelperTunnelSm::handleHwTunnelConfigList(Vane::TunnelKey const& key) {
   EntryPtr const entry = hwTunnelConfig()->hwTunnelConfigList(key);
-  if (auto const& known = tunnels_.at(key)) {
-    if (&known->entry() == entry.get()) return;
-    tunnelDel(key);
-    // The entry may have been handled, or replaced again, on the stack of the deletion.
-    if (isZombie() || tunnels_.at(key) || hwTunnelConfig()->hwTunnelConfigList(key) != entry) return;
-  }
-  if (entry) tunnelAdd(entry);
+  if (entry && tunnelAdd(entry)) return;
+  auto const& known = tunnels_.at(key);
+  if (!known || &known->entry() == entry.get()) return;
+  tunnelDel(key);
+  // The entry may have been handled, or replaced again, on the stack of the deletion.
+  if (entry && !isZombie() && hwTunnelConfig()->hwTunnelConfigList(key) == entry) tunnelAdd(entry);
 }
 
-void VaneHelperTunnelSm::tunnelAdd(EntryPtr const& entry) {
+bool VaneHelperTunnelSm::tunnelAdd(EntryPtr const& entry) {
+  auto const added =
+      tunnels_.findOrMake(entry->tunnelKey(), [&] { return Dovel::make<NestedSm_HwTunnelConfigEntry>(*this, entry); });
   // Added first: changes on the stack of the creation find the tunnel known.
-  tunnels_.add(Dovel::make<NestedSm_HwTunnelConfigEntry>(*this, entry));
-  doHandleTunnelCreate(entry);
+  if (added.second) doHandleTunnelCreate(entry);
+  return added.second;
 }
 
 void VaneHelperTunnelSm::tunnelDel(Vane::TunnelKey const& key) {

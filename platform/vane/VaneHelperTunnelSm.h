@@ -70,7 +70,8 @@ class VaneHelperTunnelSm : public Kiln::Sm {
 
   void hwTunnelConfigDispatch(Dovel::Change const& change);
   void handleHwTunnelConfigList(Vane::TunnelKey const& key);
-  void tunnelAdd(EntryPtr const& entry);
+  /// False if the tunnel was known already.
+  bool tunnelAdd(EntryPtr const& entry);
   void tunnelDel(Vane::TunnelKey const& key);
 
   bool initialized_ = false;
