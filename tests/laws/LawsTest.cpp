@@ -121,6 +121,14 @@ std::vector<Story> const onceBroken{
      {{.kind = Event::over, .vtep = 2, .n = 1},
       {.kind = Event::react, .vtep = 2, .n = Event::newGeneration, .m = 2},
       {.kind = Event::generation, .vtep = 2, .n = 4}}},
+    // Learning reaches an IPv6 tunnel that is sourced from an MLAG address of IPv4.
+    {Drive::documents,
+     {{.kind = Event::mlag, .n = 103}, {.kind = Event::over, .vtep = 102, .n = 1}, {.kind = Event::learning, .n = 1}}},
+    // A unicast tunnel is removed on the stack of its status, and a member tunnel of its VTEP is not.
+    {Drive::test,
+     {{.kind = Event::over, .type = member, .vtep = 2, .n = 1},
+      {.kind = Event::react, .vtep = 2, .n = Event::remove, .m = 3},
+      {.kind = Event::over, .vtep = 2, .n = 1}}},
     // The row that admits a VTEP's traffic is refused: by both drives.
     {Drive::test, {{.kind = Event::refuseTable, .n = 13, .m = 4}, {.kind = Event::over, .vtep = 2, .n = 1}}},
     {Drive::documents, {{.kind = Event::refuseTable, .n = 13, .m = 4}, {.kind = Event::over, .vtep = 2, .n = 1}}},

@@ -168,7 +168,7 @@ class StateText {
     auto const& programmer = mounter_->vxlanMounterSmWrapper()->hwTunnelProgrammer(type);
     for (auto const& [id, vtep] : ordered(programmer->nhIdToVtepIpMapColl())) {
       auto const& map = state.vtepIpToTnlIdNhIdMap(vtep);
-      if (id.value() != unprogrammedId && map && map->nhId() == id) continue;
+      if (id.value() != unprogrammedId && map && map->tnlKeysHas(type) && map->nhId() == id) continue;
       line("NEXT HOP {} LEADS TO {}", id, vtep);
     }
     for (auto const& [vtep, count] : ordered(programmer->tnlNhUpdateConfig()->tunnelNhUpdateColl())) {
