@@ -171,10 +171,16 @@ TEST_P(Sequences, withoutAPortNoOverlayEntryIsWritten) {
 
 TEST_P(Sequences, aNewGenerationWritesWhatTheChipRefused) {
   auto const hops = list(7, {1, 2});
-  for (auto const* table : {"VirtualPort1Table", cascaded() ? "IngL3EcmpMember0Table" : "IngL3NextHop1",
-                            "EcmpGroup1Table", "EgrL3NextHop2", "EgrL3Ipv4TunnelTable"}) {
-    SCOPED_TRACE(table);
-    agent.hardware().refuseTable(table, Asic::EntryState::failed);
+  auto const* const overlay = cascaded() ? "IngL3EcmpMember0Table" : "IngL3NextHop1";
+  // The last: a port's success publishes the failure of the overlay entry, which is written nevertheless.
+  for (auto const& tables : std::vector<std::vector<char const*>>{{"VirtualPort1Table"},
+                                                                  {overlay},
+                                                                  {"EcmpGroup1Table"},
+                                                                  {"EgrL3NextHop2"},
+                                                                  {"EgrL3Ipv4TunnelTable"},
+                                                                  {"VirtualPort1Table", overlay}}) {
+    SCOPED_TRACE(tables.front());
+    for (auto const* table : tables) agent.hardware().refuseTable(table, Asic::EntryState::failed);
     configure(unicast, key(vtep(2), 1), hops);
     agent.hardware().refuseNone();
     configure(unicast, key(vtep(2), 2), hops);
