@@ -57,7 +57,7 @@ void checkTunnel(std::string_view vtepText, JsonIn const& tunnel, OwnAddresses c
   IpGenAddr vtep;
   Kiln::readText(vtepText, vtep);
   if (auto const why = whyNotUnicast(vtep); !why.empty()) {
-    tunnel.fail(std::string("expected a VTEP with a unicast address, not with a ").append(why).append(" one"));
+    tunnel.fail(std::string("expected a VTEP with a unicast address, this one is ").append(why));
   }
   if (auto const found = own.find(vtep); found != own.end()) {
     tunnel.fail("expected a remote VTEP, not this switch's own address (" + found->second + ")");

@@ -10,11 +10,8 @@
 #include "platform/logicalfap/LogicalFapId.h"
 #include "platform/meshal/Bounded.h"
 #include "platform/tessel/values/EntryWriteStatus.h"
-#include "platform/tessel/values/FinalNextHopSet.h"
 #include "platform/tessel/values/L3Keys.h"
 #include "platform/tessel/values/MemberTunnelUniqueNhId.h"
-#include "platform/tessel/values/TunnelType.h"
-#include "platform/tessel/values/VtepList.h"
 #include "platform/tessel/values/VxlanTunnelKey.h"
 #include "platform/vane/Ids.h"
 #include "platform/vane/NextHopEntry.h"
@@ -129,32 +126,6 @@ TEST(TunnelKey, everyMemberTellsKeysApart) {
   }
 }
 
-TEST(TunnelType, lowBitsTellUnicastAndMemberTunnels) {
-  std::string matching;
-  for (auto const type : {Vane::vxlanTunnel_, Vane::vxlanHerTunnel_, Vane::vxlanMemberTunnel_, Vane::vxlanMcastTunnel_,
-                          Vane::vxlanMcastHer_, Vane::vxlanBum_}) {
-    if ((type & 0xf7) == 1) matching += Kiln::toText(type) + " ";
-  }
-  EXPECT_EQ(matching, "vxlanTunnel vxlanMemberTunnel ");
-}
-
-TEST(Sets, keepEachElementOnceInOrder) {
-  auto const hop = [](std::uint32_t n) { return NextHopEntry{Vane::nextHopResolved, Meshal::IpAddr(n)}; };
-  TesselVxlan::FinalNextHopSet set;
-  for (auto const n : {5u, 3u, 9u, 3u, 1u, 7u, 5u}) set.nextHopIs(hop(n));
-  for (auto const n : {7u, 8u}) set.nextHopDel(hop(n));
-  std::string order;
-  for (auto const& entry : set.nextHop()) order += Kiln::toText(entry.addr()) + " ";
-  EXPECT_EQ(order, "0.0.0.1 0.0.0.3 0.0.0.5 0.0.0.9 ");
-  EXPECT_TRUE(set.nextHopHas(hop(5)) && !set.nextHopHas(hop(7)));
-  EXPECT_EQ(refusal([] { (void)TesselVxlan::FinalNextHopSet::fromString("x"); }),
-            "No String constructor for FinalNextHopSet - has collection");
-  TesselVxlan::VtepList list;
-  for (std::uint64_t const n : {3, 1, 3, 2}) list.tunnelKeyListIs({{}, {}, 0, n, {}});
-  list.tunnelKeyListDel({{}, {}, 0, 2, {}});
-  EXPECT_EQ(Kiln::toText(list), "[, dst:, vrf:0, genId:1, intfId:, , dst:, vrf:0, genId:3, intfId:]");
-}
-
 struct Outer {
   std::set<Bridging::VlanId> vlans;
   std::vector<NextHopEntry> hops;
@@ -247,19 +218,6 @@ TEST(ValueJson, isReadAndWrittenOrRefusedWithItsPlace) {
     EXPECT_EQ(through(json), result);
   }
   EXPECT_THAT(through<Vane::NextHopEntryType>("256"), testing::HasSubstr("expected one of nextHopUnknown"));
-}
-
-TEST(ValueCodec, textsGoBothWaysWhereTheTypeReads) {
-  auto const& codec = Kiln::codecOf<Vane::TunnelType>();
-  EXPECT_EQ(codec.typeName, "Vane::TunnelType");
-  Vane::TunnelType type{};
-  EXPECT_TRUE(codec.fromText("vxlanBum_", &type));
-  std::string out = "type ";
-  codec.toText(&type, out);
-  EXPECT_EQ(out, "type vxlanBum");
-  EXPECT_FALSE(codec.fromText("vxlan", &type));
-  EXPECT_EQ(type, Vane::vxlanBum_);
-  EXPECT_EQ(Kiln::codecOf<NextHopEntry>().fromText, nullptr);
 }
 
 }  // namespace ValuesTest

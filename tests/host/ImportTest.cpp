@@ -1,0 +1,257 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "host/import/CaptureSet.h"
+#include "tests/host/Cases.h"
+
+namespace Host::Test {
+
+namespace {
+
+using std::filesystem::path;
+
+path captures(std::string const& name) { return path(TESSEL_SOURCE_DIR) / "tests/data/captures" / name; }
+
+/// "VTEP>adjacency ... | adjacency: neighbour@port/interface ...", a `?` after a neighbour that is not resolved.
+std::string roads(rapidjson::Document const& document, std::string const& type = "vxlanTunnel") {
+  auto const name = "hardware/tessel/tunnel/configDir/" + type;
+  auto const& config = document["stateway"][name.c_str()];
+  std::string text;
+  for (auto const& [vtep, tunnel] : config["tunnel"].GetObject()) {
+    text += std::string(text.empty() ? "" : " ") + vtep.GetString() + ">";
+    if (tunnel.HasMember("adjId")) text += std::to_string(tunnel["adjId"].GetUint());
+  }
+  for (auto const& [id, adjacency] : config["adjacency"].GetObject()) {
+    text += std::string(" | ") + id.GetString() + ":";
+    for (auto const& hop : adjacency["nextHops"].GetArray()) {
+      bool const resolved = hop["type"].GetString() == std::string("nextHopResolved");
+      EXPECT_EQ(resolved, hop["ethAddr"].GetString() != std::string("00:00:00:00:00:00"));
+      text += std::string(" ") + hop["addr"].GetString() + (resolved ? "" : "?") + "@" + hop["l2Intf"].GetString() +
+              "/" + hop["l3Intf"].GetString();
+    }
+  }
+  return text;
+}
+
+/// A switch that is written by hand: two uplinks, a VXLAN device, a bridge with VLAN 10, and one remote VTEP,
+/// 10.255.0.2. Each test replaces the files that it is about.
+class HandMade : public testing::Test {
+ protected:
+  HandMade() { restore(); }
+  ~HandMade() override { remove_all(base_); }
+
+  void restore() const {
+    remove_all(base_);
+    file("links", vxlan(R"("local":"10.255.0.1","port":4789)"));
+    file("remotes", "10.255.0.2");
+    file("ip-neigh.json", R"([{"dst":"10.1.1.0","dev":"up1","lladdr":"02:F1:00:00:00:01","state":["STALE"]},
+                              {"dst":"10.1.2.0","dev":"up2","lladdr":"02:f2:00:00:00:01","state":["NOARP"]}])");
+  }
+  static std::string vxlan(std::string const& data) {
+    return R"({"ifindex":9,"ifname":"vx1","linkinfo":{"info_kind":"vxlan","info_data":{)" + data + "}}}";
+  }
+
+  path dir(std::string const& name = "base") const { return base_ / name; }
+
+  /// Writes a file, or what of it is told; "-" removes it.
+  void file(std::string const& name, std::string const& text, std::string const& directory = "base") const {
+    if (name == "links") return links(text);
+    if (name == "remotes") return remotes(text);
+    if (name == "routes") return file("ip-route-all.json", "[" + text + "]");
+    create_directories(dir(directory));
+    if (text == "-") {
+      remove(dir(directory) / name);
+    } else {
+      std::ofstream(dir(directory) / name) << text;
+    }
+  }
+
+  /// "= " and the roads of the capture or what is wrong with it, then the warnings, without the directory of the test.
+  std::string shown(std::string const& name = "base") const {
+    std::vector<std::string> warnings;
+    std::string text = "= ";
+    try {
+      CaptureSet set;
+      set.overlay(dir(name));
+      text += roads(set.stateDocument(warnings));
+    } catch (Kiln::InputError const& error) {
+      text += error.what();
+      EXPECT_EQ(text.find(error.file() + ": "), 2U);
+    }
+    for (auto const& warning : warnings) text += "\n! " + warning;
+    for (auto at = text.find(prefix()); at != text.npos; at = text.find(prefix())) text.erase(at, prefix().size());
+    return text + '\n';
+  }
+
+ private:
+  std::string prefix() const { return base_.string() + "/"; }
+  void remotes(std::string const& vteps) const {
+    std::istringstream stream(vteps);
+    std::string list;
+    for (std::string vtep; stream >> vtep;)
+      list += std::string(list.empty() ? "" : ",") + R"({"mac":"02:00:00:00:00:09","ifname":"vx1","dst":")" + vtep +
+              R"(","flags":["self"],"state":""})";
+    file("bridge-fdb.json", "[" + list + "]");
+  }
+  void links(std::string const& more) const {
+    file("ip-link.json",
+         R"([{"ifindex":1,"ifname":"lo","flags":["LOOPBACK"],"link_type":"loopback"},
+      {"ifindex":2,"ifname":"up1"},{"ifindex":3,"ifname":"up2"},{"ifindex":4,"ifname":"br0","linkinfo":{"info_kind":"bridge"}},
+      {"ifindex":5,"ifname":"vlan10","link":"br0","linkinfo":{"info_kind":"vlan","info_data":{"id":10}}},
+      {"ifindex":6,"ifname":"h1","master":"br0","linkinfo":{"info_kind":"veth","info_slave_kind":"bridge"}},
+      {"ifindex":7,"ifname":"red","linkinfo":{"info_kind":"vrf","info_data":{"table":1001}}},
+      {"ifindex":8,"ifname":"lo-red","master":"red","linkinfo":{"info_kind":"dummy","info_slave_kind":"vrf",
+        "info_slave_data":{"table":1001}}},)" +
+             more + "]");
+  }
+
+  path base_ = std::filesystem::temp_directory_path() /
+               ("captures-" + std::to_string(getpid()) + testing::UnitTest::GetInstance()->current_test_info()->name());
+};
+
+}  // namespace
+
+TEST_F(HandMade, isReadOrRefusedAsWrittenDown) {
+  for (auto const& [given, result] : cases("captures.txt")) {
+    restore();
+    std::string all;
+    for (auto const& line : given) {
+      auto const blank = line.find(' ');
+      file(line.substr(0, blank), line.substr(blank + 1));
+      all += line + '\n';
+    }
+    EXPECT_EQ(shown(), result) << all;
+  }
+}
+
+TEST_F(HandMade, ownNumbersFollowFromTheContentsAlone) {
+  auto const ids = [this](std::string const& list) {
+    file("routes", R"({"dst":"10.1.2.0/24","nhid":18,"dev":"up2"},{"dst":"10.0.0.9","gateway":"10.1.1.0","dev":"up1"},
+                      {"dst":"10.255.0.2","gateway":"10.1.1.0","dev":"up1"})");
+    file("remotes", list);
+    CaptureSet set;
+    set.overlay(dir());
+    auto const document = set.stateDocument();
+    std::map<std::string, unsigned> all;
+    for (auto const& [vtep, tunnel] :
+         document["stateway"]["hardware/tessel/tunnel/configDir/vxlanTunnel"]["tunnel"].GetObject())
+      all[vtep.GetString()] = tunnel["adjId"].GetUint();
+    return all;
+  };
+  auto alone = ids("10.255.0.2"), more = ids("10.255.0.1 10.0.0.9 10.1.2.7 10.1.2.8 10.255.0.2");
+  EXPECT_GE(alone["10.255.0.2"], 0x40000000U);
+  EXPECT_EQ(more["10.255.0.2"], alone["10.255.0.2"]);
+  EXPECT_EQ(more["10.0.0.9"], alone["10.255.0.2"]);
+  // A connected VTEP is its own next hop, so that the id of the route stands for another one with each.
+  EXPECT_NE(more["10.1.2.7"], more["10.1.2.8"]);
+  EXPECT_EQ(more.size(), 4U) << "the local address is no VTEP";
+}
+
+TEST_F(HandMade, interfacesWithoutAVlanIdAreRefusedForTheUnderlay) {
+  std::string many = vxlan("");
+  for (unsigned i = 100; i < 4190; ++i)
+    many += R"(,{"ifindex":)" + std::to_string(i) + R"(,"ifname":"p)" + std::to_string(i) + "\"}";
+  file("links", many);
+  file("routes", R"({"dst":"10.255.0.2","nhid":1,"gateway":"10.1.1.0","dev":"p4187"})");
+  EXPECT_EQ(shown(), "= 10.255.0.2>1 | 1: 10.1.1.0?@p4187/p4187\n");
+  file("routes", R"({"dst":"10.255.0.2","nhid":1,"gateway":"10.1.1.0","dev":"p4189"})");
+  EXPECT_EQ(shown(),
+            "= base/ip-link.json: /4098/ifname: found \"p4189\", expected an earlier interface for the underlay: all "
+            "VLAN ids are in use\n");
+}
+
+TEST_F(HandMade, aLaterCaptureMayDifferAndABadOneLeavesTheSetAsItWas) {
+  file("ip-link-vxlan.json", "[" + vxlan(R"("port":4790)") + "]", "later");
+  CaptureSet set;
+  set.overlay(dir());
+  set.overlay(dir("later"));
+  auto const document = set.stateDocument();
+  auto const& vti = document["stateway"]["interface/status/eth/vxlan"]["vtiStatus"]["Vxlan1"];
+  EXPECT_FALSE(vti.HasMember("srcAddr"));
+  EXPECT_EQ(vti["udpPort"].GetUint(), 4790U);
+  file("bridge-fdb.json", "[]", "bad");
+  file("ip-neigh.json", "[", "bad");
+  EXPECT_THROW(set.overlay(dir("bad")), Kiln::InputError);
+  EXPECT_EQ(set.stateDocument(), document);
+  file("readme.txt", "no capture", "other");
+  EXPECT_THAT(shown("other"),
+              testing::StartsWith("= other: found no capture in the directory, expected captures: ip-"));
+  EXPECT_EQ(shown("nowhere"), "= nowhere: found no directory there, expected a directory of captures\n");
+}
+// Nothing is learned behind leaf2 any more after a move, but it is flooded to.
+TEST(Captures, eachDocumentFollowsTheChange) {
+  // A kernel's id of the group of both uplinks, which it keeps while one is missing, and of the second uplink alone.
+  for (auto const& [fabric, both, one] : {std::tuple("bridge-per-vni", 36, 37), {"vlan-aware-multihomed", 42, 36}}) {
+    CaptureSet set;
+    set.overlay(captures(fabric) / "leaf1");
+    auto const before = set.stateDocument();
+    struct Step {
+      char const *event, *vteps;
+      int adjId;
+      std::string hops;
+    };
+    std::string const up1 = " 10.1.1.0@up1/up1", up2 = " 10.1.2.0@up2/up2";
+    for (auto const& [event, vteps, adjId, hops] : {Step{"01-base", "23", both, up1 + up2},
+                                                    {"02-uplink-down", "23", one, up2},
+                                                    {"03-uplink-up", "23", both, up2},
+                                                    {"04-vtep-gone", "2", both, up2},
+                                                    {"05-vtep-back", "23", both, up2},
+                                                    {"06-mac-moved", "3", both, up2},
+                                                    {"07-vni-removed", "3", both, up2},
+                                                    {"08-vni-back", "3", both, up2},
+                                                    {"01-base", "23", both, up1 + up2}}) {
+      SCOPED_TRACE(event);
+      set.overlay(captures(fabric) / "events" / event);
+      auto const document = set.stateDocument();
+      auto const id = std::to_string(adjId);
+      std::string wanted;
+      for (char const leaf : std::string(vteps)) wanted += std::string("10.255.0.") + leaf + ">" + id + " ";
+      wanted += "| " + id + ":" + hops;
+      EXPECT_EQ(roads(document), wanted);
+      if (vteps[0] == '3') wanted.insert(0, "10.255.0.2>" + id + " ");
+      EXPECT_EQ(roads(document, "vxlanHwHerTunnel"), wanted);
+      for (auto const path : {"interface/status/eth/vxlan", "vane/l3IntfTable", "hardware/tessel/port/config"})
+        EXPECT_EQ(document["stateway"][path], before["stateway"][path]);
+    }
+    EXPECT_EQ(set.stateDocument(), before);
+  }
+}
+
+TEST(Captures, interfacesPortsAndTunnelInterfaceOfTheVlanAwareLeaf) {
+  CaptureSet set;
+  set.overlay(captures("vlan-aware-multihomed/leaf1"));
+  auto const document = set.stateDocument();
+  rapidjson::Document wanted;
+  wanted.Parse(R"({
+    "interface/status/eth/vxlan": {"vtiStatus": {"Vxlan1": {"srcAddr": "10.255.0.1", "udpPort": 4789}}},
+    "vane/l3IntfTable": {"l3Intf": {"up1": 4094, "up2": 4093, "red": 4092, "br0": 4091, "hmh-p": 4090,
+                                    "Vlan10": 10, "Vlan20": 20, "Vlan4001": 4001}},
+    "hardware/tessel/port/config": {"port": {
+      "up1": {"kind": "port", "number": 2}, "up2": {"kind": "port", "number": 3},
+      "h11": {"kind": "port", "number": 12}, "h12": {"kind": "port", "number": 13},
+      "hmh-bond": {"kind": "lag", "number": 15}}}})");
+  for (auto const& [path, state] : std::as_const(wanted).GetObject())
+    EXPECT_EQ(document["stateway"][path], state) << path.GetString();
+}
+
+TEST(Captures, hostsBehindAGroupOfVtepsCountForEachMember) {
+  // No entry of the single device names 10.255.0.3 but the group, and the multicast group is no VTEP.
+  for (auto const& [name, road] :
+       {std::pair("vlan-aware-multihomed/leaf3", "10.255.0.1>43 10.255.0.2>43 | 43: 10.1.1.4@up1/up1 10.1.2.4@up2/up2"),
+        {"single-vxlan-device", "10.255.0.2> 10.255.0.3>"}}) {
+    CaptureSet set;
+    set.overlay(captures(name));
+    EXPECT_EQ(roads(set.stateDocument()), road);
+    EXPECT_EQ(roads(set.stateDocument(), "vxlanHwHerTunnel"), road);
+  }
+}
+
+}  // namespace Host::Test
