@@ -43,16 +43,19 @@ std::size_t valueAt(std::string const& text, std::string const& member) {
 }
 
 Dovel::Ptr<Asic::ChipProfile const> readProfile(ChipKind const& kind) {
-  if (kind.values.empty() && !derivedProfiles.contains(kind.profile)) return Asic::loadProfile(kind.profile);
   auto const derived = derivedProfiles.find(kind.profile);
-  auto const& base = derived == derivedProfiles.end() ? kind : derived->second;
-  std::ifstream in(fmt::format(TESSEL_SOURCE_DIR "/profiles/{}.json", base.profile));
+  if (kind.values.empty() && derived == derivedProfiles.end()) return Asic::loadProfile(kind.profile);
+  auto values = kind.values;
+  auto base = kind.profile;
+  if (derived != derivedProfiles.end()) {
+    base = derived->second.profile;
+    values.insert(values.begin(), derived->second.values.begin(), derived->second.values.end());
+  }
+  std::ifstream in(fmt::format(TESSEL_SOURCE_DIR "/profiles/{}.json", base));
   std::string text{std::istreambuf_iterator<char>(in), {}};
-  for (auto const* values : {&base.values, &kind.values}) {
-    for (auto const& [member, value] : *values) {
-      auto const at = valueAt(text, member);
-      text.replace(at, text.find_first_of(",}\n", at) - at, value);
-    }
+  for (auto const& [member, value] : values) {
+    auto const at = valueAt(text, member);
+    text.replace(at, text.find_first_of(",}\n", at) - at, value);
   }
   return Asic::parseProfile(text, kind.profile);
 }

@@ -38,14 +38,6 @@ TEST_P(LocalVtep, thatArrivesMakesTheTunnelsThatWait) {
   EXPECT_EQ(status(), allStatus);
 }
 
-TEST_P(LocalVtep, orPortMayComeLast) {
-  agent.udpPort(4789);
-  tunnelsOfBothTypes();
-  EXPECT_EQ(status(), "");
-  agent.localVtep(vtep(1));
-  EXPECT_EQ(status(), allStatus);
-}
-
 TEST_P(LocalVtep, withoutAPortNothingIsWrittenAhead) {
   agent.localVtep(vtep(1));
   auto const start = agent.table("VirtualPortTableMerged");
@@ -58,18 +50,6 @@ TEST_P(LocalVtep, withoutAPortNothingIsWrittenAhead) {
   agent.udpPort(4789);
   EXPECT_EQ(agent.status(unicast), "10.255.0.2 gen=1 tnl=#1 nh=#1 adj=101\n");
   EXPECT_THAT(agent.row(agent.overlayTable(), vtep(2)), HasSubstr("vpHandle=VirtualPortTableMerged[10.255.0.2]"));
-}
-
-TEST_P(LocalVtep, withoutAPortASecondTypeWaitsToo) {
-  agent.localVtep(vtep(1)).udpPort(4789);
-  agent.tunnel(unicast, vtep(2)).via(uplink(1));
-  agent.tunnel(member, vtep(3)).via(uplink(1));
-  agent.udpPort(0);
-  agent.tunnel(member, vtep(2)).via(uplink(2));
-  agent.tunnel(unicast, vtep(3)).via(uplink(2));
-  agent.udpPort(4789);
-  EXPECT_EQ(agent.status(unicast), "10.255.0.2 gen=1 tnl=#1 nh=#1 adj=101\n10.255.0.3 gen=1 tnl=#2 nh=#2 adj=102\n");
-  EXPECT_EQ(agent.status(member), "10.255.0.2 gen=1 tnl=#1 nh=#1 adj=102\n10.255.0.3 gen=1 tnl=#2 nh=#2 adj=101\n");
 }
 
 TEST_P(LocalVtep, changesInPlace) {
@@ -98,16 +78,12 @@ TEST_P(LocalVtep, thatGoesLeavesTheTunnels) {
   tunnelsOfBothTypes();
   auto const before = agent.chip();
   auto const statusBefore = status();
-  Kiln::TraceCapture trace("HwTunnelProgrammerBase");
   agent.localVtep("");
-  EXPECT_TRUE(trace.contains(" Skipping since newLoopbackAddr is Zero "));
   EXPECT_EQ(status(), statusBefore);
   agent.tunnel(unicast, vtep(5)).via(uplink(1));
-  EXPECT_TRUE(trace.contains("Bailing out since localVtep not present"));
+  EXPECT_EQ(status(), statusBefore);
   agent.tunnel(unicast, vtep(5)).gone();
-  trace.clear();
   agent.localVtep(vtep(1));
-  EXPECT_TRUE(trace.contains(" Bailing out for same vteps but different tunnelType : "));
   EXPECT_EQ(agent.chip(), before);
 }
 

@@ -163,12 +163,6 @@ TEST_P(Sequences, aGenerationThatWaitsIsTakenUpWithItsNextHops) {
   EXPECT_EQ(agent.chip(), start);
 }
 
-TEST_P(Sequences, withoutAPortNoOverlayEntryIsWritten) {
-  agent.udpPort(0);
-  agent.tunnel(unicast, vtep(2)).via(uplink(1)).via(uplink(2));
-  EXPECT_EQ(overlay(vtep(2)), "absent");
-}
-
 TEST_P(Sequences, aNewGenerationWritesWhatTheChipRefused) {
   auto const hops = list(7, {1, 2});
   auto const* const overlay = cascaded() ? "IngL3EcmpMember0Table" : "IngL3NextHop1";
