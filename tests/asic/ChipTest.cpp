@@ -7,7 +7,7 @@
 namespace AsicTest {
 namespace {
 
-class Outcomes : public testing::TestWithParam<Completion> {
+class Outcomes : public InBothModes {
  protected:
   Handle user(std::uint32_t key, std::string const& name, std::uint32_t number = 0) {
     UserEntry entry;
@@ -20,11 +20,8 @@ class Outcomes : public testing::TestWithParam<Completion> {
     entry.writeResponse = world.note(name);
     return world.leaf->entryCommit(key, entry);
   }
-
-  World world{GetParam()};
 };
-INSTANTIATE_TEST_SUITE_P(Modes, Outcomes, testing::Values(Completion::direct, Completion::deferred),
-                         [](auto const& p) { return p.param == Completion::direct ? "direct" : "deferred"; });
+INSTANTIATE_TEST_SUITE_P(Modes, Outcomes, kModes, modeName);
 
 TEST_P(Outcomes, ComeInTheOrderOfTheWrites) {
   user(1, "a");
@@ -137,39 +134,6 @@ TEST_P(Outcomes, ChipShowsNumbersByFieldName) {
             "LeafTable\n  1 number=0x5 addr.0=0x1 addr.1=0xa00000100000000\n"
             "UserTable\n  2 target=0xffffffff other=0xffffffff\n"
             "SlotTable\n  1 ports.5=0x3\n");
-}
-
-struct Lines final : Asic::FieldVisitor {
-  void number(std::string_view name, std::uint64_t value) override { put(name, std::to_string(value)); }
-  void text(std::string_view name, std::string value) override { put(name, value); }
-  void handle(std::string_view name, Handle const& target) override {
-    put(name, target ? std::string(target->tableName()) + "[" + target->keyText() + "]" : "null");
-  }
-  void groupBegin(std::string_view name) override { out += std::string(name) + "{ "; }
-  void groupEnd() override { out += "} "; }
-  void put(std::string_view name, std::string const& value) { out += std::string(name) + "=" + value + " "; }
-  std::string out;
-};
-
-TEST_P(Outcomes, EntriesAreShownByKey) {
-  auto const leaf = world.leafRef(3);
-  auto const block = world.block({leaf});
-  PairEntry entry;
-  entry.in.target = leaf;
-  world.pair->entryCommit(20, {});
-  world.pair->entryCommit(10, entry);
-  world.take();
-  Lines lines;
-  for (auto const* name : {"PairTable", "MemberTable"}) {
-    world.chip->store(name)->forEachEntry([&](Asic::EntryView const& view) {
-      lines.put("key", view.key());
-      view.fields(lines);
-    });
-  }
-  EXPECT_EQ(lines.out,
-            "key=10 in{ target=LeafTable[3] targetRow=1 } out{ number=0 } "
-            "key=20 in{ target=null targetRow=0 } out{ number=0 } "
-            "key=[3] 0{ target=LeafTable[3] weight=0 } ");
 }
 
 }  // namespace

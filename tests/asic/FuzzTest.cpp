@@ -326,8 +326,7 @@ class Story {
 };
 
 class Fuzz : public testing::TestWithParam<Completion> {};
-INSTANTIATE_TEST_SUITE_P(Modes, Fuzz, testing::Values(Completion::direct, Completion::deferred),
-                         [](auto const& p) { return p.param == Completion::direct ? "direct" : "deferred"; });
+INSTANTIATE_TEST_SUITE_P(Modes, Fuzz, kModes, modeName);
 
 TEST_P(Fuzz, WritersKnowTheStatesAndTheChipHasTheRows) {
   auto const* const repeat = std::getenv("TESSEL_SEED");

@@ -7,7 +7,7 @@
 namespace AsicTest {
 namespace {
 
-class Queue : public testing::TestWithParam<Completion> {
+class Queue : public InBothModes {
  protected:
   Handle leaf(std::uint32_t key, std::string const& name) {
     auto entry = World::leafEntry(key);
@@ -42,11 +42,8 @@ class Queue : public testing::TestWithParam<Completion> {
   std::uint32_t groupRow(std::uint32_t key) {
     return static_cast<std::uint32_t>(world.sim->field("UserTable", world.user->index(key).value(), "target"));
   }
-
-  World world{GetParam(), 16};
 };
-INSTANTIATE_TEST_SUITE_P(Modes, Queue, testing::Values(Completion::direct, Completion::deferred),
-                         [](auto const& p) { return p.param == Completion::direct ? "direct" : "deferred"; });
+INSTANTIATE_TEST_SUITE_P(Modes, Queue, kModes, modeName);
 
 TEST_P(Queue, WhatCanNeverFitDoesNotWait) {
   for (auto const length : {17U, 0U}) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <string>
 #include <vector>
 
@@ -122,9 +124,7 @@ struct World {
     sim = driver.get();
     chip = Dovel::make<Asic::Chip>(testProfile(rows), std::move(driver));
     Asic::ChipInfo const info(chip);
-    for (Asic::SwTable* table : {static_cast<Asic::SwTable*>(leaf.get()), static_cast<Asic::SwTable*>(user.get()),
-                                 static_cast<Asic::SwTable*>(pair.get()), static_cast<Asic::SwTable*>(slot.get()),
-                                 static_cast<Asic::SwTable*>(members.get())}) {
+    for (Asic::SwTable* table : std::initializer_list<Asic::SwTable*>{&*leaf, &*user, &*pair, &*slot, &*members}) {
       table->doInit(Asic::kSharedUnit, nullptr, info);
     }
   }
@@ -171,5 +171,14 @@ struct World {
   Dovel::Ptr<SlotTable> slot = Dovel::make<SlotTable>();
   Dovel::Ptr<MemberTable> members = Dovel::make<MemberTable>();
 };
+
+/// A fixture over both ways of completion.
+class InBothModes : public testing::TestWithParam<Completion> {
+ protected:
+  explicit InBothModes(std::uint32_t rows = 16) : world(GetParam(), rows) {}
+  World world;
+};
+inline auto const kModes = testing::Values(Completion::direct, Completion::deferred);
+inline auto const modeName = [](auto const& info) { return info.param == Completion::direct ? "direct" : "deferred"; };
 
 }  // namespace AsicTest
