@@ -85,19 +85,6 @@ TEST_P(Outcomes, HeldTableIsPassedByTheOthers) {
   EXPECT_EQ(world.take(), "a:3 c:3 e:3 ") << "what was held is older";
 }
 
-TEST_P(Outcomes, ResponseMayWriteAndRemove) {
-  UserEntry entry;
-  entry.writeResponse = [this](EntryState) {
-    world.user->entryRemove(2);
-    user(3, "c");
-  };
-  world.user->entryCommit(1, entry);
-  user(2, "b");
-  EXPECT_EQ(world.chip->deliver(), 2U) << "what a response writes is left for the next turn";
-  EXPECT_EQ(world.log, "");
-  EXPECT_EQ(world.take(), "c:3 ");
-}
-
 TEST_P(Outcomes, RefusalsByTableKeyAndCount) {
   world.sim->refuseTable("LeafTable", EntryState::failed);
   leaf(1, "a");

@@ -13,16 +13,17 @@
 namespace AsicTest {
 namespace {
 
-/// Compares the fields of one written entry with the numbers that the chip has.
+/// Compares the fields of one entry with the numbers that the chip has, unless it is only to count the rows.
 class RowCheck final : public Asic::FieldVisitor {
  public:
-  RowCheck(Asic::SimulatedChip const& chip, Asic::StoreBase const& store, std::uint32_t row)
+  RowCheck(Asic::SimulatedChip const* chip, Asic::StoreBase const& store, std::uint32_t row)
       : chip_(chip), store_(store), table_(store.name()), row_(row), first_(row) {}
 
   void number(std::string_view name, std::uint64_t value) override {
-    auto const row = row_ + base();
-    ASSERT_FALSE(chip_.row(table_, row).empty()) << table_ << ' ' << row << " is written and not in the chip";
-    EXPECT_EQ(chip_.field(table_, row, name), value) << table_ << ' ' << row << ' ' << name;
+    if (!chip_) return;
+    auto const row = row_ + store_.base(table_ == "PairOut" ? 1 : 0);
+    ASSERT_FALSE(chip_->row(table_, row).empty()) << table_ << ' ' << row << " is written and not in the chip";
+    EXPECT_EQ(chip_->field(table_, row, name), value) << table_ << ' ' << row << ' ' << name;
   }
   void text(std::string_view, std::string) override {}
   void handle(std::string_view name, Handle const& target) override {
@@ -30,6 +31,7 @@ class RowCheck final : public Asic::FieldVisitor {
     number(name, row ? row->value() : Index::none);
   }
   void groupBegin(std::string_view name) override {
+    ++groups;
     if (store_.name() == "PairTable") {
       table_ = name == "in" ? "PairIn" : "PairOut";
     } else {
@@ -37,11 +39,10 @@ class RowCheck final : public Asic::FieldVisitor {
     }
   }
   void groupEnd() override {}
+  std::uint32_t groups = 0;
 
  private:
-  std::uint32_t base() const { return store_.base(table_ == "PairOut" ? 1 : 0); }
-
-  Asic::SimulatedChip const& chip_;
+  Asic::SimulatedChip const* chip_;
   Asic::StoreBase const& store_;
   std::string_view table_;
   std::uint32_t row_;
@@ -71,22 +72,17 @@ class Story {
     blocks_.clear();
     world_.block({nullptr});
     settle();
-    for (auto const* store : world_.chip->stores()) {
-      store->forEachEntry([&](Asic::EntryView const& entry) {
-        EXPECT_FALSE(entry.state() == EntryState::full && entry.row()) << store->name() << ' ' << entry.key();
-      });
-    }
+    forEachEntry([&](Asic::StoreBase const& store, Asic::EntryView const& entry) {
+      EXPECT_FALSE(entry.state() == EntryState::full && entry.row()) << store.name() << ' ' << entry.key();
+    });
     told_.clear();
     leaves_.clear();
-    for (auto* table : {static_cast<Asic::SwTable*>(world_.user.get()), static_cast<Asic::SwTable*>(world_.pair.get()),
-                        static_cast<Asic::SwTable*>(world_.slot.get()), static_cast<Asic::SwTable*>(world_.leaf.get())})
+    for (auto* table :
+         std::initializer_list<Asic::SwTable*>{&*world_.user, &*world_.pair, &*world_.slot, &*world_.leaf})
       table->store()->removeAll();
     settle();
     EXPECT_EQ(world_.sim->dump(), "");
-    for (auto const* store : world_.chip->stores()) {
-      EXPECT_EQ(store->used(), 0U) << store->name();
-      EXPECT_EQ(store->waiting(), 0U) << store->name();
-    }
+    for (auto const* store : world_.chip->stores()) EXPECT_EQ(store->used() + store->waiting(), 0U) << store->name();
   }
 
  private:
@@ -102,46 +98,28 @@ class Story {
   bool chance(std::uint32_t oneIn) { return upTo(oneIn) == 0; }
 
   void step() {
-    switch (upTo(16)) {
-      case 0:
-      case 1:
-        return hold(leaves_[upTo(6)],
-                    writeLeaf([&](auto key, auto const& entry) { return world_.leaf->entryRef(key, entry); }));
-      case 2:
-        leaves_[upTo(6)] = nullptr;
-        return;
-      case 3:
-        writeLeaf([&](auto key, auto const& entry) { return world_.leaf->entryCommit(key, entry); });
-        return;
-      case 4:
-        writeLeaf([&](auto, auto const& entry) { return world_.leaf->entryWriteAtIndex(Index(0), 4, entry); });
-        return;
-      case 5:
-      case 6:
-        return writeUser();
-      case 7:
-        return writeGroup();
-      case 8:
-        return writePair();
-      case 9:
-        return writeSlot();
-      case 10:
-      case 11:
-        return remove(upTo(4));
-      case 12:
-        blocks_[upTo(3)] = block(nullptr);
-        return;
-      case 13:
-        blocks_[upTo(3)] = nullptr;
-        return;
-      case 14:
-        return refuse();
-      default:
-        return deliver();
+    auto& leaf = *world_.leaf;
+    auto const which = upTo(16);
+    if (which < 2) {
+      leaves_[upTo(6)] = writeLeaf([&](auto key, auto const& entry) { return leaf.entryRef(key, entry); });
+    } else if (which == 2) {
+      leaves_[upTo(6)] = nullptr;
+    } else if (which == 3) {
+      writeLeaf([&](auto key, auto const& entry) { return leaf.entryCommit(key, entry); });
+    } else if (which == 4) {
+      writeLeaf([&](auto, auto const& entry) { return leaf.entryWriteAtIndex(Index(0), 4, entry); });
+    } else if (which < 7) {
+      writeUser();
+    } else if (which < 10) {
+      which == 7 ? writeGroup() : which == 8 ? writePair() : writeSlot();
+    } else if (which < 12) {
+      remove(upTo(4));
+    } else if (which < 14) {
+      blocks_[upTo(3)] = which == 12 ? block(nullptr) : nullptr;
+    } else {
+      which == 14 ? refuse() : deliver();
     }
   }
-
-  static void hold(Handle& at, Handle const& handle) { at = handle; }
 
   template <class Entry>
   std::shared_ptr<EntryState> respond(Entry& entry) {
@@ -157,18 +135,12 @@ class Story {
   }
   /// Of users only those below a key, so that no entries refer to each other in a circle.
   Handle someTarget(std::uint32_t usersBelow = kKeys) {
-    switch (upTo(6)) {
-      case 0:
-        return nullptr;
-      case 1:
-        return Asic::SwTableWorkaround::dontCareHandle(Index(3));
-      case 2:
-        return usersBelow == 0 ? nullptr : world_.user->entryWeakRef(upTo(usersBelow));
-      case 3:
-        return world_.slot->entryWeakRef(Index(upTo(3)));
-      default:
-        return world_.leaf->entryWeakRef(upTo(kKeys));
-    }
+    auto const which = upTo(6);
+    if (which == 0 || (which == 2 && usersBelow == 0)) return nullptr;
+    if (which == 1) return Asic::SwTableWorkaround::dontCareHandle(Index(3));
+    if (which == 2) return world_.user->entryWeakRef(upTo(usersBelow));
+    if (which == 3) return world_.slot->entryWeakRef(Index(upTo(3)));
+    return world_.leaf->entryWeakRef(upTo(kKeys));
   }
 
   template <class Write>
@@ -226,43 +198,30 @@ class Story {
   }
   void remove(std::uint32_t table) {
     auto const key = upTo(kKeys);
-    switch (table) {
-      case 0:
-        return world_.leaf->store()->remove(key);
-      case 1:
-        return world_.user->entryRemove(chance(2) ? key : 200 + upTo(4));
-      case 2:
-        return world_.pair->entryRemove(key);
-      default:
-        return world_.slot->entryRemove(Index(upTo(kRows)));
-    }
+    if (table == 0) return world_.leaf->store()->remove(key);
+    if (table == 1) return world_.user->entryRemove(chance(2) ? key : 200 + upTo(4));
+    if (table == 2) return world_.pair->entryRemove(key);
+    world_.slot->entryRemove(Index(upTo(kRows)));
   }
   void refuse() {
     auto const with = chance(2) ? EntryState::full : EntryState::failed;
     static constexpr std::string_view tables[] = {"LeafTable", "UserTable", "PairOut", "SlotTable", "MemberTable"};
-    switch (upTo(6)) {
-      case 0:
-        return world_.sim->refuseTable(tables[upTo(5)], with);
-      case 1:
-        return world_.sim->refuseKey(std::to_string(upTo(kKeys)), with);
-      case 2:
-      case 3:
-        return world_.sim->refuseNth(1 + upTo(4), with);
-      default:
-        return world_.sim->refuseNone();
-    }
+    auto const how = upTo(6);
+    if (how == 0) return world_.sim->refuseTable(tables[upTo(5)], with);
+    if (how == 1) return world_.sim->refuseKey(std::to_string(upTo(kKeys)), with);
+    how < 4 ? world_.sim->refuseNth(1 + upTo(4), with) : world_.sim->refuseNone();
   }
   void deliver() {
-    switch (upTo(5)) {
-      case 0:
-        return world_.chip->hold(chance(2) ? "UserTable" : "LeafTable");
-      case 1:
-        return world_.chip->release();
-      case 2:
-        world_.chip->deliver();
-        return;
-      default:
-        world_.chip->deliverOne();
+    auto const how = upTo(5);
+    if (how == 0) return world_.chip->hold(chance(2) ? "UserTable" : "LeafTable");
+    if (how == 1) return world_.chip->release();
+    how == 2 ? void(world_.chip->deliver()) : void(world_.chip->deliverOne());
+  }
+
+  template <class Call>
+  void forEachEntry(Call const& call) const {
+    for (auto const* store : world_.chip->stores()) {
+      store->forEachEntry([&](Asic::EntryView const& entry) { call(*store, entry); });
     }
   }
 
@@ -274,13 +233,11 @@ class Story {
     for (auto const& [record, told] : told_) {
       EXPECT_EQ(*told.state, told.entry->state()) << told.entry->tableName() << ' ' << told.entry->keyText();
     }
-    for (auto const* store : world_.chip->stores()) {
-      store->forEachEntry([&](Asic::EntryView const& entry) {
-        if (entry.state() != EntryState::written) return;
-        RowCheck check(*world_.sim, *store, entry.row()->value());
-        entry.fields(check);
-      });
-    }
+    forEachEntry([&](Asic::StoreBase const& store, Asic::EntryView const& entry) {
+      if (entry.state() != EntryState::written) return;
+      RowCheck check(world_.sim, store, entry.row()->value());
+      entry.fields(check);
+    });
   }
 
   /// No row has two owners, none is used beside an entry, and nothing waits that could have a row.
@@ -288,34 +245,24 @@ class Story {
     for (auto const* store : world_.chip->stores()) {
       std::set<std::uint32_t> taken;
       bool rowless = false;
+      bool const blocks = store->name() == "MemberTable";
       store->forEachEntry([&](Asic::EntryView const& entry) {
         auto const row = entry.row();
         rowless |= !row && entry.state() == EntryState::full;
         if (!row) return;
-        for (std::uint32_t i = 0; i < lengthOf(*store, entry); ++i) {
+        RowCheck count(nullptr, *store, 0);
+        if (blocks) entry.fields(count);
+        for (std::uint32_t i = 0; i < (blocks ? count.groups : 1); ++i) {
           EXPECT_TRUE(taken.insert(row->value() + i).second) << store->name() << " row " << row->value() + i;
         }
       });
-      auto const* chipTable = store->name() == "PairTable" ? "PairIn" : store->name().data();
-      EXPECT_LE(world_.sim->rows(chipTable), store->used()) << store->name();
+      EXPECT_LE(world_.sim->rows(store->name() == "PairTable" ? "PairIn" : store->name()), store->used())
+          << store->name();
       EXPECT_GE(store->used(), taken.size()) << store->name();
-      auto const pooled = store->name() != "MemberTable" && store->name() != "SlotTable";
+      auto const pooled = !blocks && store->name() != "SlotTable";
       EXPECT_FALSE(pooled && rowless && store->used() < kRows - 2) << store->name() << ": one waits beside a free row";
       EXPECT_FALSE(store->used() == 0 && store->waiting() > 0) << store->name();
     }
-  }
-  static std::uint32_t lengthOf(Asic::StoreBase const& store, Asic::EntryView const& entry) {
-    if (store.name() != "MemberTable") return 1;
-    struct Groups final : Asic::FieldVisitor {
-      void number(std::string_view, std::uint64_t) override {}
-      void text(std::string_view, std::string) override {}
-      void handle(std::string_view, Handle const&) override {}
-      void groupBegin(std::string_view) override { ++count; }
-      void groupEnd() override {}
-      std::uint32_t count = 0;
-    } groups;
-    entry.fields(groups);
-    return groups.count;
   }
 
   std::mt19937_64 random_;
