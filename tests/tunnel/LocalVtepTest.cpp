@@ -40,7 +40,7 @@ TEST_P(LocalVtep, thatArrivesMakesTheTunnelsThatWait) {
   agent.tunnel(unicast, vtep6(2)).via(uplink(1));
   EXPECT_EQ(status(), allStatus) << "of the other family";
   agent.localVtep(vtep6(1));
-  EXPECT_THAT(agent.status(unicast), HasSubstr("fd00::2 gen=1 tnl=#4 nh=#4 adj=101\n"));
+  EXPECT_THAT(agent.status(unicast), HasSubstr("fd00::2 gen=1 tnl=#4 nh=#3 adj=101\n"));
 }
 
 TEST_P(LocalVtep, withoutAPortNothingIsWrittenAhead) {
