@@ -21,7 +21,6 @@ namespace {
     std::fputs("Last traces:\n", stderr);
     traceRingDump(stderr, 50);
   }
-  std::fflush(stderr);
   std::abort();
 }
 

@@ -100,7 +100,7 @@ char const* expectedBy(rapidjson::ParseErrorCode code) {
     case rapidjson::kParseErrorStringUnicodeSurrogateInvalid:
       return "expected a surrogate pair";
     case rapidjson::kParseErrorStringEscapeInvalid:
-      return "expected an escape that JSON knows";
+      return "expected a character or an escape that JSON allows in a string";
     case rapidjson::kParseErrorStringMissQuotationMark:
       return "expected a closing double quote";
     case rapidjson::kParseErrorStringInvalidEncoding:

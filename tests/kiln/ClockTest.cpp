@@ -23,19 +23,21 @@ TEST(Activities, runByTimeThenByOrderOfSchedulingUnlessTheyAreCancelled) {
     auto const some = [&] {
       return std::next(waiting.begin(), static_cast<std::ptrdiff_t>(random() % waiting.size()));
     };
-    if (random() % 2 == 0) {
+    // Now more is scheduled, now more is cancelled.
+    if (random() % (step % 500 < 250 ? 2 : 8) == 0) {
       auto const delay = static_cast<Kiln::Seconds>(random() % 100) - 5;
       auto id = std::make_shared<Id>();
       *id = manager.schedule(delay, [&ran, id, held] { ran.push_back(*id); });
       waiting.emplace(clock.now() + std::max(delay, 0.0), *id);
-    } else if (random() % 2 == 0 && !waiting.empty()) {
+    } else if (random() % 8 != 0 && !waiting.empty()) {
       auto const victim = some();
-      EXPECT_TRUE(manager.cancel(victim->second) && !manager.cancel(victim->second));
+      EXPECT_TRUE(manager.cancel(victim->second) && !manager.cancel(victim->second) && !manager.cancel(Id{}));
       waiting.erase(victim);
     } else {
       clock.advance(static_cast<Kiln::Seconds>(random() % 10));
       ran.clear();
-      manager.runDue();
+      auto const count = manager.runDue();
+      EXPECT_EQ(count, ran.size());
       for (auto const id : ran) {
         ASSERT_TRUE(!waiting.empty() && waiting.begin()->first <= clock.now() && waiting.begin()->second == id);
         EXPECT_FALSE(manager.cancel(id));

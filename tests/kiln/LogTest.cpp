@@ -16,7 +16,7 @@ void appendText(std::string& text, Address const& address) { text += "10.0.0." +
 using World::Address;
 
 constexpr Kiln::LogDescriptor full{"FULL", "No row for %s in table %u.", "Explained.", "Act.", 3, 0};
-constexpr Kiln::LogDescriptor plain{"PLAIN", "100%% sure", "", 1U, 6, 0};
+constexpr Kiln::LogDescriptor plain{"PLAIN", "sure: %d%%", "", 1U, 6, 0};
 constexpr Kiln::LogDescriptor ready{"READY", "", "", 2U, 4, 0};
 
 class LogTest : public testing::Test {
@@ -39,13 +39,13 @@ TEST_F(LogTest, theDescriptorsFormatTakesTheArgumentsThatThereAre) {
   Kiln::LogHandle fullHandle(full, 0, 1.0, 2, 0), plainHandle(plain, 0, 1.0, 0, 0), readyHandle(ready, 0, 1.0, 0, 0);
   Kiln::log(fullHandle);
   Kiln::log(fullHandle, "%s", 1);
-  Kiln::log(plainHandle);
+  Kiln::log(plainHandle, 100);
   Kiln::log(readyHandle, "ready 50%");
   // An interval of 0 never limits.
   for (int i = 0; i < 2; ++i) Kiln::log(fullHandle, Address{7}, std::uint16_t{70});
   EXPECT_EQ(raised(),
             "FULL3 No row for %s in table %u. Explained.Act.\nFULL3 No row for %s in table 1. Explained.Act.\n"
-            "PLAIN6 100% sure No action is required.\nREADY4 ready 50% Report the problem to technical support.\n"
+            "PLAIN6 sure: 100% No action is required.\nREADY4 ready 50% Report the problem to technical support.\n"
             "FULL3 No row for 10.0.0.7 in table 70. Explained.Act.\n"
             "FULL3 No row for 10.0.0.7 in table 70. Explained.Act.\n");
   Kiln::LogSink* const mine = Kiln::logSinkIs(nullptr);

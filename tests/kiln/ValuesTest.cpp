@@ -19,6 +19,8 @@
 #include "platform/vane/TunnelType.h"
 #include "platform/vxlan/Vni.h"
 
+KILN_VALUE_CODEC(std::int8_t, "i8")
+
 namespace ValuesTest {
 
 using namespace TesselL3Common;
@@ -174,6 +176,10 @@ TEST(ValueJson, isReadAndWrittenOrRefusedWithItsPlace) {
            {through<std::uint16_t>, "-1", " -1" + below65536},
            {through<std::uint16_t>, "1.5", " 1.5" + below65536},
            {through<std::uint16_t>, "\"7\"", " \"7\"" + below65536},
+           {through<std::int8_t>, "-128"},
+           {through<std::int8_t>, "127"},
+           {through<std::int8_t>, "-129", " -129: expected a whole number from -128 to 127"},
+           {through<std::int8_t>, "128", " 128: expected a whole number from -128 to 127"},
            {through<std::string>, "\"a/b\""},
            {through<std::string>, "7", " 7: expected a string"},
            {through<Bridging::VlanId>, "4094"},

@@ -126,47 +126,7 @@ AgentWorld& AgentWorld::localVtep(std::string const& addr) {
   return changed();
 }
 
-AgentWorld& AgentWorld::udpPort(std::uint16_t port) {
-  wish_.udpPort = port;
-  return changed();
-}
-
-AgentWorld& AgentWorld::learning(bool on) {
-  wish_.learning = on;
-  return changed();
-}
-
-AgentWorld& AgentWorld::dscp(bool propagated) {
-  wish_.dscp = propagated;
-  return changed();
-}
-
-AgentWorld& AgentWorld::tos(std::uint8_t base) {
-  wish_.tos = base;
-  return changed();
-}
-
-AgentWorld& AgentWorld::vti(bool there) {
-  wish_.vti = there;
-  return changed();
-}
-
-AgentWorld& AgentWorld::adjacency(std::uint32_t id, Hops const& hops) {
-  wish_.adjacencies[id] = hops;
-  return changed();
-}
-
-AgentWorld& AgentWorld::noAdjacency(std::uint32_t id) {
-  wish_.adjacencies.erase(id);
-  return changed();
-}
-
 TunnelStory AgentWorld::tunnel(Vane::TunnelType type, std::string const& vtep) { return {*this, type, vtep}; }
-
-AgentWorld& AgentWorld::want(Wish const& wish) {
-  wish_ = wish;
-  return changed();
-}
 
 std::uint32_t AgentWorld::adjacencyOf(Hops const& hops) {
   auto const id = firstAdjacency + static_cast<std::uint32_t>(adjacencies_.size());

@@ -48,16 +48,16 @@ class AgentWorld {
   // The story.
   /// By its family; empty: none of either family any more.
   AgentWorld& localVtep(std::string const& addr);
-  AgentWorld& udpPort(std::uint16_t port);
-  AgentWorld& learning(bool on);
-  AgentWorld& dscp(bool propagated);
-  AgentWorld& tos(std::uint8_t base);
-  AgentWorld& vti(bool there);
-  AgentWorld& adjacency(std::uint32_t id, Hops const& hops);
-  AgentWorld& noAdjacency(std::uint32_t id);
+  AgentWorld& udpPort(std::uint16_t port) { return changed(wish_.udpPort = port); }
+  AgentWorld& learning(bool on) { return changed(wish_.learning = on); }
+  AgentWorld& dscp(bool propagated) { return changed(wish_.dscp = propagated); }
+  AgentWorld& tos(std::uint8_t base) { return changed(wish_.tos = base); }
+  AgentWorld& vti(bool there) { return changed(wish_.vti = there); }
+  AgentWorld& adjacency(std::uint32_t id, Hops const& hops) { return changed(wish_.adjacencies[id] = hops); }
+  AgentWorld& noAdjacency(std::uint32_t id) { return changed(wish_.adjacencies.erase(id)); }
   TunnelStory tunnel(Vane::TunnelType type, std::string const& vtep);
   /// All at once.
-  AgentWorld& want(Wish const& wish);
+  AgentWorld& want(Wish const& wish) { return changed(wish_ = wish); }
   Wish const& wish() const { return wish_; }
   /// What `change` tells is one change. It is given this world.
   template <class Change>
@@ -103,6 +103,11 @@ class AgentWorld {
  private:
   friend class TunnelStory;
   AgentWorld& changed();
+  /// After an assignment.
+  template <class Value>
+  AgentWorld& changed(Value const&) {
+    return changed();
+  }
   std::string idText(char kind, std::uint32_t id);
 
   std::unique_ptr<Host::Agent> agent_;
