@@ -53,9 +53,10 @@ NextHopTableProgrammerBase::Handle OverlayCascadedTableProgrammer::insertEntry(V
   entry.ulEntryHandle = ulEntryHandle;
   entry.ecmp = ecmp;
   auto& table = *ingL3EcmpMember0Table();
-  if (isEq(entry, table.entry(vtep)) && isWritten(table.state(vtep))) {
+  auto const present = table.entryWeakRef(vtep);
+  if (present && isEq(entry, table.entry(vtep)) && isWritten(present->state())) {
     TRACE(1, " EcmpMember0 already exists for vtepIp= {}", vtep);
-    return table.entryWeakRef(vtep);
+    return present;
   }
   // After the comparison: a member tunnel may refer to a unicast tunnel's row that is as it wants it.
   if (!mayWrite(vtep, tunnelType)) return {};

@@ -56,10 +56,11 @@ NextHopTableProgrammerBase::Handle OverlayNextHopTableProgrammer::insertEntry(Va
   entry.egress.oif1Handle = l3Oif1TableProgrammer()->insertEntry(TunnelType::overlay);
   entry.egress.nextHopValid = 1;
   auto& table = *l3NextHop1Table();
-  if (isEq(entry.ingress, table.ingL3NextHop1Entry(vtep)) && isEq(entry.egress, table.egrL3NextHop1Entry(vtep)) &&
-      isWritten(table.state(vtep))) {
+  auto const present = table.entryWeakRef(vtep);
+  if (present && isEq(entry.ingress, table.ingL3NextHop1Entry(vtep)) &&
+      isEq(entry.egress, table.egrL3NextHop1Entry(vtep)) && isWritten(present->state())) {
     TRACE(1, " OlL3NextHop1 already exists for vtepIp= {}", vtep);
-    return table.entryWeakRef(vtep);
+    return present;
   }
   // After the comparison: a member tunnel may refer to a unicast tunnel's row that is as it wants it.
   if (!mayWrite(vtep, tunnelType)) return {};

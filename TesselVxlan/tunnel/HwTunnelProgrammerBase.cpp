@@ -194,8 +194,9 @@ Meshal::IpGenAddr HwTunnelProgrammerBase::headerSource(Meshal::IpGenAddr const& 
 
 bool HwTunnelProgrammerBase::isHerEvpnTunnel(Meshal::IpGenAddr const& vtep) const {
   TRACE(1, " vtep : {}", vtep);
+  if (!evpnStatus()->evpnEnabled()) return false;
   auto const& map = vtepMap(vtep);
-  return map && map->tnlKeysHas(Vane::vxlanHerTunnel_) && evpnStatus()->evpnEnabled();
+  return map && map->tnlKeysHas(Vane::vxlanHerTunnel_);
 }
 
 bool HwTunnelProgrammerBase::isNexthopIdProgrammed(Vane::HwTunnelConfigEntry const& entry,

@@ -155,7 +155,7 @@ class HwTunnelProgrammerBase : public Kiln::Sm {
   KILN_FIXED(0x115, bool, vxlanUnderlayFloodingHw)
   KILN_FIXED(0x116, std::uint32_t, uniqueNhIdValue)
   KILN_RESERVED(0x117, "TesselVxlan::NestedSm_TunnelIdMap", tunnelIdMap)
-  KILN_COLL(0x118, Vane::VaneNextHopId, Meshal::IpGenAddr, nhIdToVtepIpMap)
+  KILN_ID_COLL(0x118, Vane::VaneNextHopId, Meshal::IpGenAddr, nhIdToVtepIpMap)
   KILN_FIXED(0x119, Dovel::Ptr<TesselL3Common::TesselVxlanBumVtepConfigDir>, bumVtepConfigDir)
   KILN_FIXED(0x11a, Dovel::Ptr<TesselL3Common::EncapIdToBumVtepIpConfigDir>, encapIdToBumVtepIpConfigDir)
   KILN_WATCHED(0x11b, TesselCommon::Qos::TrustStatus const, qosTrustStatus, &KilnSelf::qosTrustStatusDispatch, nullptr)

@@ -54,8 +54,10 @@ void HwTunnelProgrammerBase::maybeUpdateHwTunnelIdNhId(Meshal::IpGenAddr const& 
   auto const status = hwTunnelStatus()->tunnelStatusIs(key);
   auto const isCurrent = [&] { return watcher->entry() == inForce && hwTunnelStatus()->tunnelStatus(key) == status; };
   if (!isCurrent()) return;
-  status->hwTunnelIdIs(map->tnlId());
-  if (!isCurrent()) return;
+  if (status->hwTunnelId() != map->tnlId()) {
+    status->hwTunnelIdIs(map->tnlId());
+    if (!isCurrent()) return;
+  }
   writeNextHopStatus(*watcher, key, *status);
   if (map->oldTnlKeyHas(tunnelType()) && isCurrent()) endOldGeneration(*map);
 }
@@ -117,15 +119,14 @@ void HwTunnelProgrammerBase::forgetInactive(Vane::VaneNextHopId nhId, Meshal::Ip
 
 void HwTunnelProgrammerBase::doUpdateNextHop(ConfigEntry const& entry) {
   TRACE(0, " tunnelType: {}", tunnelType());
-  auto const nextHopEntryList = entry->nextHopEntryList();
-  auto const key = entry->tunnelKey();
+  auto const& key = entry->tunnelKey();
   auto const watcher = tunnelIdMap_.at(key.dst());
   if (!watcher) return TRACE(1, " Skipping as tnlIdMap is not present ");
   auto const map = watcher->map();
   if (map->tnlKeysHas(tunnelType()) && !acceptGeneration(*watcher, entry, Event::nextHop)) return;
-  if (nextHopEntryList) {
-    TRACE(1, " updating AdjId tnlIdMap to : {}", nextHopEntryList->adjId());
-    map->adjIdIs(nextHopEntryList->adjId());
+  if (auto const& list = entry->nextHopEntryList()) {
+    TRACE(1, " updating AdjId tnlIdMap to : {}", list->adjId());
+    map->adjIdIs(list->adjId());
   }
   auto const vpHandle = virtualPortTableProgrammer()->getEntry(key.dst());
   // The creation that writes the port reads the next hops of that time; an overlay entry written now would have none.

@@ -14,13 +14,13 @@ std::string_view shortName(std::string_view name) {
 RecordBase::~RecordBase() = default;
 
 void RecordBase::operator delete(RecordBase* record, std::destroying_delete_t) {
-  Dovel::Ptr<StoreBase> const store(&record->store());
+  auto& store = record->store();
   if (!record->expired) {
-    store->expire(*record);
+    store.expire(*record);
     record->weak().useDec();  // the existing entry's own reference; may enter here again
   } else {
-    store->useDec();
-    store->freeRecord(*record);
+    store.freeRecord(*record);
+    store.useDec();  // the record's reference, which has kept the store up to here
   }
 }
 

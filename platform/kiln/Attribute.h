@@ -34,6 +34,7 @@ struct Line<0> {
 ///   KILN_INST(id, Class, x)                   x(), xIs(ctorArgs...) makes the object, xDel()
 ///   KILN_COLL(id, Key, Value, x)              x(k), xHas(k), xIs(k, v), xDel(k), xDelAll(), xColl()
 ///   KILN_SMALL_COLL(id, Key, Value, x)        the same for a handful of elements
+///   KILN_ID_COLL(id, Key, Value, x)           the same for keys that are numbers, assigned one after the other
 ///   KILN_ENTITY_COLL(id, Key, Class, key, x)  x(k), xHas(k), xIs(k) finds or makes, xIs(ptr), xDel(k), xDelAll(),
 ///                                             xColl(); `key` is the member of Class that reads its key
 ///   KILN_METHOD(x)                            void x() may be called by name
@@ -184,6 +185,7 @@ struct Line<0> {
   KILN_LINE(collection<Key_, Value_, &KilnSelf::name_##Coll, &KilnSelf::name_##Is, &KilnSelf::name_##Del>(id_, #name_))
 
 #define KILN_COLL(id_, Key_, Value_, name_) KILN_COLL_OF(::Kiln::HashMap, id_, Key_, Value_, name_)
+#define KILN_ID_COLL(id_, Key_, Value_, name_) KILN_COLL_OF(::Kiln::IdMap, id_, Key_, Value_, name_)
 #define KILN_SMALL_COLL(id_, Key_, Value_, name_) KILN_COLL_OF(::Kiln::SmallMap, id_, Key_, Value_, name_)
 
 #define KILN_ENTITY_COLL(id_, Key_, Class_, key_, name_)                                                               \

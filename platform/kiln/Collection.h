@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
@@ -16,7 +17,7 @@
 
 namespace Kiln {
 
-// In all three collections the element under an iterator may be removed; the next increment reaches the next one.
+// In all these collections the element under an iterator may be removed; the next increment reaches the next one.
 
 /// A keyed collection of values in one array. Iteration is in the order of addition, but that a later element takes the
 /// place of a removed one, and tolerates additions too.
@@ -105,6 +106,131 @@ class HashMap {
 
   PlaceIndex index_;
   std::vector<value_type> array_;
+};
+
+/// A keyed collection of values whose keys are numbers or ids that are assigned one after the other: pages of 64
+/// elements, found by hash. Iteration is by pages in the order of addition.
+template <class K, class V>
+class IdMap {
+  static constexpr std::uint32_t kPageSize = 64;
+  struct Page {
+    std::uint32_t number;
+    std::uint32_t place;     ///< Among the pages.
+    std::uint64_t used = 0;  ///< A bit for each element.
+    std::array<std::pair<K, V>, kPageSize> elements{};
+  };
+  struct NumberOf {
+    std::uint32_t operator()(Page const* page) const { return page->number; }
+  };
+  using Pages = PointerSet<Page*, std::uint32_t, NumberOf>;
+
+  template <class Element>
+  class Iterator {
+   public:
+    using iterator_category = std::forward_iterator_tag;
+    using value_type = Element;
+    using difference_type = std::ptrdiff_t;
+    using pointer = Element*;
+    using reference = Element&;
+
+    Iterator() = default;
+    reference operator*() const { return (*pages_)[place_ / kPageSize]->elements[place_ % kPageSize]; }
+    pointer operator->() const { return &**this; }
+    Iterator& operator++() {
+      ++place_;
+      skipUnused();
+      return *this;
+    }
+    Iterator operator++(int) { return std::exchange(*this, std::next(*this)); }
+    friend bool operator==(Iterator const& a, Iterator const& b) { return a.place_ == b.place_; }
+
+   private:
+    friend class IdMap;
+    Iterator(std::vector<Page*> const& pages, std::size_t place) : pages_(&pages), place_(place) {}
+    void skipUnused() {
+      while (place_ < pages_->size() * kPageSize && !((*pages_)[place_ / kPageSize]->used >> place_ % kPageSize & 1)) {
+        ++place_;
+      }
+    }
+
+    std::vector<Page*> const* pages_ = nullptr;
+    std::size_t place_ = 0;
+  };
+
+ public:
+  using value_type = std::pair<K, V>;
+  using iterator = Iterator<value_type>;
+  using const_iterator = Iterator<value_type const>;
+
+  IdMap() = default;
+  IdMap(IdMap const&) = delete;
+  IdMap& operator=(IdMap const&) = delete;
+  ~IdMap() {
+    for (auto const* page : pages_.all()) delete page;
+  }
+
+  iterator begin() { return first<iterator>(); }
+  iterator end() { return {pages_.all(), pages_.all().size() * kPageSize}; }
+  const_iterator begin() const { return first<const_iterator>(); }
+  const_iterator end() const { return {pages_.all(), pages_.all().size() * kPageSize}; }
+  std::size_t size() const { return size_; }
+  bool empty() const { return size_ == 0; }
+
+  iterator find(K const& key) {
+    auto const* const page = pageOf(key);
+    return page ? iterator(pages_.all(), placeIn(*page, key)) : end();
+  }
+  const_iterator find(K const& key) const {
+    auto const* const page = pageOf(key);
+    return page ? const_iterator(pages_.all(), placeIn(*page, key)) : end();
+  }
+  void erase(iterator at) {
+    pages_.all()[at.place_ / kPageSize]->used &= ~(std::uint64_t{1} << at.place_ % kPageSize);
+    *at = {};
+    --size_;
+  }
+  std::pair<iterator, bool> try_emplace(K const& key, V const& value = {}) {
+    auto const number = numberOf(key) / kPageSize;
+    auto& page =
+        *pages_
+             .findOrMake(number,
+                         [&] { return new Page{.number = number, .place = static_cast<std::uint32_t>(pages_.size())}; })
+             .first;
+    bool const isNew = !(page.used & bitOf(key));
+    if (isNew) {
+      page.used |= bitOf(key);
+      page.elements[numberOf(key) % kPageSize] = {key, value};
+      ++size_;
+    }
+    return {iterator(pages_.all(), placeIn(page, key)), isNew};
+  }
+
+ private:
+  static std::uint32_t numberOf(K const& key) {
+    if constexpr (requires { key.value(); }) {
+      return key.value();
+    } else {
+      return key;
+    }
+  }
+  static std::uint64_t bitOf(K const& key) { return std::uint64_t{1} << numberOf(key) % kPageSize; }
+  static std::size_t placeIn(Page const& page, K const& key) {
+    return std::size_t{page.place} * kPageSize + numberOf(key) % kPageSize;
+  }
+  /// The page that has `key`; null if none does.
+  Page const* pageOf(K const& key) const {
+    auto const* const page = pages_.find(numberOf(key) / kPageSize);
+    return page && page->used & bitOf(key) ? page : nullptr;
+  }
+  template <class Iterator_>
+  Iterator_ first() const {
+    Iterator_ at(pages_.all(), 0);
+    at.skipUnused();
+    return at;
+  }
+
+  Pages pages_;
+  std::size_t size_ = 0;
 };
 
 /// A keyed collection of a handful of values in one sorted array; an empty one is three words and owns no memory.

@@ -42,7 +42,7 @@ NotifieeConst::NotifieeConst(Dovel::AttributeSet interest) : Dovel::Subscriber(&
 NotifieeConst::NotifieeConst(Dovel::Ptr<Dovel::Node const> notifier, Dovel::AttributeSet interest)
     : Dovel::Subscriber(&dispatch, interest), notifier_(std::move(notifier)), registered_(true) {
   nodeFlagSet(kNotificationActive, true);
-  subscribe();
+  notifier_->publisher()->subscriberAdd(*this);
 }
 
 void NotifieeConst::dispatch(Dovel::Subscriber& subscriber, Dovel::Change const& change) {

@@ -55,7 +55,7 @@ class HwTunnelConfig final : public Kiln::Entity {
   KILN_ATTR(0x83, std::uint32_t, hwInit)
   KILN_ATTR(0x84, std::uint32_t, hwCleanup)
   KILN_ENTITY_COLL(0x85, TunnelKey, HwTunnelConfigEntry, tunnelKey, hwTunnelConfigList)
-  KILN_COLL(0x86, VaneNextHopId, bool, activeNextHopIdList)
+  KILN_ID_COLL(0x86, VaneNextHopId, bool, activeNextHopIdList)
 
  public:
   explicit HwTunnelConfig(TunnelType tunnelType) : tunnelType_(tunnelType) {}

@@ -71,9 +71,9 @@ auto sortedBy(Map const& map, Less const& less) {
   return all;
 }
 
-template <class K, class V>
-std::map<K, V> ordered(Kiln::HashMap<K, V> const& map) {
-  return {map.begin(), map.end()};
+template <class Map>
+auto ordered(Map const& map) {
+  return std::map(map.begin(), map.end());
 }
 
 class StateText {

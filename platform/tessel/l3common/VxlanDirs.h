@@ -35,7 +35,7 @@ class TesselVxlanStatus final : public Kiln::NamedEntity {
 /// The remote VTEP of each virtual port number, for readers that find the number in a packet.
 class VxlanDvpToVtepMap final : public Kiln::NamedEntity {
   KILN_TYPE(TesselL3Common::VxlanDvpToVtepMap, Kiln::NamedEntity)
-  KILN_COLL(0x102, std::uint32_t, Meshal::IpGenAddr, dvpToVtepMap)
+  KILN_ID_COLL(0x102, std::uint32_t, Meshal::IpGenAddr, dvpToVtepMap)
 
  public:
   using NamedEntity::NamedEntity;
@@ -45,7 +45,7 @@ class VxlanDvpToVtepMap final : public Kiln::NamedEntity {
 /// removes them.
 class VxlanTunnelIndexToVtepMap final : public Kiln::NamedEntity {
   KILN_TYPE(TesselL3Common::VxlanTunnelIndexToVtepMap, Kiln::NamedEntity)
-  KILN_COLL(0x102, std::uint32_t, Meshal::IpGenAddr, tunnelIndexToVtepMap)
+  KILN_ID_COLL(0x102, std::uint32_t, Meshal::IpGenAddr, tunnelIndexToVtepMap)
 
  public:
   using NamedEntity::NamedEntity;
