@@ -52,7 +52,9 @@ TEST(Activities, runByTimeThenByOrderOfSchedulingUnlessTheyAreCancelled) {
 }
 
 TEST(Activities, thatAreScheduledByWorkOrByItsReleaseWaitForTheNextTurn) {
+  Kiln::VirtualClock clock;
   Kiln::ActivityManager manager;
+  manager.clockIs(&clock);
   unsigned again = 0, parted = 0;
   std::function<void()> const work = [&] {
     ++again;

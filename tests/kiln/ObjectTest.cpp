@@ -389,6 +389,22 @@ TEST_F(Objects, ANestedReactorFollowsItsOwnerAndEndsBeforeIt) {
   EXPECT_TRUE(host->publisher()->empty());
 }
 
+TEST_F(Objects, ANestedReactorIsReboundSwitchedAndRegistered) {
+  auto const one = Dovel::make<Host>(1U), other = Dovel::make<Host>(2U);
+  auto const nested = Dovel::make<Nested>(one, log);
+  auto const heardAfter = [&](auto act) {
+    act();
+    said();
+    for (auto const& host : {one, other}) host->labelIs(host->label() + "x");
+    return said();
+  };
+  EXPECT_EQ(heardAfter([] {}), "n1 ");
+  EXPECT_EQ(heardAfter([&] { nested->notifierIs(other); }), "n2 ");
+  EXPECT_EQ(heardAfter([&] { nested->isRegisteredNotifieeIs(false); }), "");
+  EXPECT_EQ(heardAfter([&] { nested->isRegisteredNotifieeIs(true); }), "n2 ");
+  EXPECT_EQ(heardAfter([&] { nested->hasNotificationActiveIs(false); }), "");
+}
+
 std::string json(Kiln::Entity const& entity) {
   return Kiln::jsonText([&](Kiln::JsonOut out) { Kiln::entityToJson(entity, out); });
 }

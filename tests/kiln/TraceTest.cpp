@@ -137,8 +137,8 @@ TEST_F(TraceTest, masksComeFromAList) {
   auto const masks = [] {
     return std::to_string(kilnTraceHandle.mask()) + " " + std::to_string(Elsewhere::kilnTraceHandle.mask());
   };
-  EXPECT_EQ(Kiln::traceMasksIs("TraceTest=0x3,TraceTestElse*=2"), "");
-  EXPECT_EQ(masks(), "3 2");
+  EXPECT_EQ(Kiln::traceMasksIs("TraceTest=0x3f,TraceTestElse*=2"), "");
+  EXPECT_EQ(masks(), "63 2");
   EXPECT_EQ(Kiln::traceMasksIs("*=1023,TraceTest=4"), "");
   for (char const* bad : {"TraceTest", "=3", "TraceTest=", "TraceTest=1,,", "TraceTest=-1", "TraceTest=0x",
                           "TraceTest=1024", "TraceTest=1 ", "NoSuchFile=1", "TraceTest=1,Nobody*=1"}) {

@@ -131,24 +131,6 @@ TEST_F(TunnelSm, aTunnelMayBeDeletedOrReplacedInsideItsOwnHandlers) {
   EXPECT_EQ(take(), "+3 +4 -3 +3 -3");
 }
 
-TEST_F(TunnelSm, aZombieIsNotCalledAndNotificationCanBeSwitched) {
-  sm->initializedIs(true);
-  auto const entry = add(1);
-  take();
-  std::uint8_t ttl = 0;
-  auto const called = [&] {
-    entry->ttlIs(++ttl);
-    config->hwInitIs(ttl);
-    return take();
-  };
-  sm->hasNotificationActiveIs(false);
-  EXPECT_EQ(called(), "");
-  sm->hasNotificationActiveIs(true);
-  EXPECT_EQ(called(), "ttl1 init2");
-  sm->kilnDoZombieReactors(true);
-  EXPECT_EQ(called(), "");
-}
-
 TEST_F(TunnelSm, theOwnerMayEndInsideAHandler) {
   for (auto const* when : {"start", "+1", "nh1", "-1"}) {
     auto victim = Dovel::make<Recorder>(config, log);
