@@ -20,7 +20,6 @@
 #include "host/commands/CommandLine.h"
 #include "host/defaults/DefaultLeaf.h"
 #include "tests/fuzz/Mutator.h"
-#include "tests/support/AgentWish.h"
 
 // Generated documents, captures, profiles and toggle files, through the command line. Each run has to end in an exit
 // code, and where that says that an input cannot be used, with a message that names it and with nothing printed.
@@ -43,39 +42,23 @@ std::string contents(fs::path const& file) {
   return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-std::string richDocument() {
-  AgentTest::Wish wish;
-  wish.localVtep = AgentTest::vtep(1);
-  wish.localVtep6 = AgentTest::vtep6(1);
-  wish.udpPort = 4789;
-  wish.udpSrcPort = 50000;
-  wish.udpSrcPorts = 100;
-  wish.learning = true;
-  wish.adjacencies[7] = {AgentTest::uplink(1), AgentTest::uplink(2), AgentTest::unresolved(3)};
-  wish.adjacencies[8] = {AgentTest::uplink(9)};
-  for (unsigned n = 2; n < 6; ++n) wish.tunnels[{AgentTest::unicast, AgentTest::vtep(n)}] = {7 + n % 2, n % 3};
-  wish.tunnels[{AgentTest::member, AgentTest::vtep(2)}].adjId = 7;
-  wish.tunnels[{AgentTest::unicast, AgentTest::vtep6(2)}].adjId = 8;
-  return wish.document();
-}
-
 /// The texts that inputs are made from.
 struct Corpus {
-  std::vector<std::string> documents{std::string(Host::defaultLeaf()), richDocument()};
+  fs::path const source = TESSEL_SOURCE_DIR;
+  std::vector<std::string> documents{std::string(Host::defaultLeaf()),
+                                     contents(source / "tests/data/input/tunnels.json")};
   std::vector<std::string> profiles;
   std::vector<std::string> toggles{R"({"VaneVniSmInTesselL2":true})", R"({"Tessel4L3McastUnderlayHER":false})"};
   std::vector<std::map<std::string, std::string>> captures;
 
   Corpus() {
-    fs::path const source = TESSEL_SOURCE_DIR;
     for (auto const* name : {"cascaded", "flat", "compact", "tiny"}) {
       profiles.push_back(contents(source / "profiles" / (std::string(name) + ".json")));
     }
-    auto const all = source / "tests/data/captures";
     for (auto const* name : {"bridge-per-vni/leaf1", "single-vxlan-device", "vlan-aware-multihomed/leaf3",
                              "vlan-aware-multihomed/events/04-vtep-gone"}) {
       auto& files = captures.emplace_back();
-      for (auto const& file : fs::directory_iterator(all / name)) {
+      for (auto const& file : fs::directory_iterator(source / "tests/data/captures" / name)) {
         files[file.path().filename()] = contents(file.path());
       }
     }

@@ -54,7 +54,6 @@ class AgentWorld {
   AgentWorld& tos(std::uint8_t base) { return changed(wish_.tos = base); }
   AgentWorld& vti(bool there) { return changed(wish_.vti = there); }
   AgentWorld& adjacency(std::uint32_t id, Hops const& hops) { return changed(wish_.adjacencies[id] = hops); }
-  AgentWorld& noAdjacency(std::uint32_t id) { return changed(wish_.adjacencies.erase(id)); }
   TunnelStory tunnel(Vane::TunnelType type, std::string const& vtep);
   /// All at once.
   AgentWorld& want(Wish const& wish) { return changed(wish_ = wish); }
