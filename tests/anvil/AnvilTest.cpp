@@ -74,6 +74,9 @@ TEST(HBitmap, mayBeEmptyAndMayCountFromABase) {
     pool->setBit(id);
   }
   EXPECT_EQ(pool->findClearBit(), std::nullopt);
+  std::string shown;
+  appendText(shown, *pool);
+  EXPECT_EQ(shown, "3 of 3 set");
   pool->clearBit(4098);
   EXPECT_EQ(pool->findClearBit(), 4098u);
 }
@@ -94,7 +97,7 @@ TEST(PerUnitBitmap, wordsAreKeptApartAndShownInOrder) {
     wrong[at] = character;
     EXPECT_FALSE(parseText(wrong, parsed)) << wrong;
   }
-  EXPECT_FALSE(parseText("ffffffff", parsed));
+  for (auto const& wrong : {std::string("ffffffff"), text + " 0000001f"}) EXPECT_FALSE(parseText(wrong, parsed));
   EXPECT_EQ(parsed, bitmap);
 }
 

@@ -79,6 +79,7 @@ TEST(Records, nextHopSetsAreEqualInAnyOrder) {
   EXPECT_TRUE(b.erase(nextHop(2)) && !b.erase(nextHop(2)));
   EXPECT_NE(a, b);
   EXPECT_TRUE(b.contains(nextHop(3)) && !b.contains(nextHop(2)));
+  EXPECT_TRUE(b.insert(nextHop(2)) && !b.insert(nextHop(2)));
 }
 
 TEST(Records, theStatusOfANextHopIsOneUnit) {
@@ -93,6 +94,9 @@ TEST(Records, theStatusOfANextHopIsOneUnit) {
   status->hwNextHopStatusEntryIs({Vane::VaneNextHopId(5), same});
   EXPECT_EQ(changes.count, 2);
   EXPECT_EQ(Kiln::toText(status->hwNextHopStatusEntry()), "{hwNextHopId=5,adjId=1}");
+  auto const json = Kiln::jsonText([&](Kiln::JsonOut out) { Kiln::entityToJson(*status, out); });
+  EXPECT_THAT(json, testing::HasSubstr(R"("hwNextHopStatusEntry":{"hwNextHopId":5)"));
+  EXPECT_THROW(apply(*status, R"({"hwNextHopStatusEntry":{}})"), Kiln::InputError);
 }
 
 TEST(Records, aVtepKeepsOneLocalAddressPerFamily) {
