@@ -35,6 +35,7 @@ KILN_DESCRIBE(Listener)
 TEST(Gates, theOneThatOpensLastStartsTheFeature) {
   std::string rows[2];
   for (bool const wordFirst : {false, true}) {
+    Kiln::TraceCapture trace("TesselVxlanMounterSmWrapper");
     FrameWorld world;
     world.mountsComplete().tunnelWanted();
     if (wordFirst) world.tunnelSmIsReady();
@@ -47,6 +48,10 @@ TEST(Gates, theOneThatOpensLastStartsTheFeature) {
     }
     EXPECT_EQ(world.running(), everything);
     rows[wordFirst ? 1 : 0] = world.rows();
+    auto const lineOf = [&](std::string_view text) {
+      return std::ranges::find_if(trace.lines(), [&](auto const& line) { return line.ends_with(text); });
+    };
+    EXPECT_EQ(lineOf("Calling createVxlanTunnelHelperSm") < lineOf("vxlanSmRunningState is set to true "), wordFirst);
   }
   EXPECT_THAT(rows[0], HasSubstr("10.255.0.2"));
   EXPECT_EQ(rows[0], rows[1]);

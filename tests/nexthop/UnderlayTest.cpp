@@ -47,6 +47,8 @@ INSTANTIATE_TEST_SUITE_P(Chips, Underlay, testing::ValuesIn(chipKinds({"cascaded
 TEST_P(Underlay, nextHopsHoldTheirPortAndVlan) {
   portIs("Ethernet4", 77, TesselCentral::PortKind::subPort);
   auto const sub = insert(hop(4));
+  auto const lag = insert(hop(9));
+  EXPECT_THAT(row("02:00:00:00:00:09 Vlan109"), HasSubstr("destination=9 isLag=1 vlanId=109 "));
   auto const withoutVlan = insert(hop(3, "Ethernet3", "Loopback0"));
   EXPECT_THAT(row("02:00:00:00:00:04 Vlan104"), HasSubstr("destination=77 vlanId=104 l3Oif2Handle=EgrL3Oif2[104]"));
   EXPECT_THAT(row("02:00:00:00:00:03 Loopback0"), HasSubstr("destination=3 l3Oif2Handle=EgrL3Oif2[0]"));
