@@ -62,52 +62,6 @@ TEST_P(Handles, BlockIsKnownByItsContents) {
   EXPECT_EQ(block->keyText(), "[1, 2]");
 }
 
-TEST_P(Handles, DependantsAreWrittenAgainWhenTheirTargetGetsARow) {
-  std::vector<Handle> fillers;
-  for (std::uint32_t n = 0; n < 15; ++n) fillers.push_back(world.leafRef(n));
-  auto const late = world.leafRef(99, 9);
-  world.userOf(5, late, late);
-  PairEntry pair;
-  pair.in.target = late;
-  pair.out.number = 3;
-  world.pair->entryCommit(6, pair);
-  auto const block = world.block({fillers[0], late});
-  world.userOf(7, late);
-  world.user->entryRemove(7);
-  world.take();
-  auto const shown = [&] {
-    return std::to_string(world.sim->field("UserTable", world.user->index(5).value(), "target")) + ' ' +
-           std::to_string(world.sim->field("PairIn", 100, "target")) + ' ' +
-           std::to_string(world.sim->field("PairIn", 100, "targetRow")) + ' ' +
-           std::to_string(world.sim->field("MemberTable", block->row()->value() + 1, "target"));
-  };
-  EXPECT_EQ(shown(), "4294967295 4294967295 0 4294967295");
-  auto const writes = world.chip->writes();
-  fillers[4] = nullptr;
-  world.take();
-  EXPECT_EQ(late->row(), Index(5));
-  EXPECT_EQ(shown(), "5 5 5 5");
-  EXPECT_EQ(world.pair->entry(6).in.targetRow, 5);
-  EXPECT_EQ(world.chip->writes(), writes + 4) << "the target and the three rows that hold its number";
-}
-
-TEST_P(Handles, PartsHaveRowsOfTheirOwn) {
-  PairEntry entry;
-  entry.in.target = Asic::SwTableWorkaround::dontCareHandle(Index(7));
-  entry.out.number = 5;
-  auto const row = world.pair->entryCommit(1, entry)->row()->value();
-  EXPECT_EQ(world.sim->field("PairIn", row + 100, "target"), 7U);
-  EXPECT_EQ(world.sim->field("PairOut", row + 200, "number"), 5U);
-  PairOut out;
-  out.baseIs(200);
-  EXPECT_EQ(out.hwIndexOnlyForCrossAgentCommunication(Index(row)), row + 200);
-  auto const writes = world.chip->writes();
-  entry.in.target = Asic::SwTableWorkaround::dontCareHandle(Index(7));
-  entry.out.number = 6;
-  world.pair->entryCommit(1, entry);
-  EXPECT_EQ(world.chip->writes(), writes + 1) << "the other part's numbers are the same";
-}
-
 TEST_P(Handles, TablesOfOneClassAndUnitShareTheirEntries) {
   auto const other = Dovel::make<LeafTable>("other");
   other->doInit(Asic::kSharedUnit, nullptr, Asic::ChipInfo(world.chip));

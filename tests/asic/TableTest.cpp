@@ -63,21 +63,6 @@ TEST_P(Tables, RewriteKeepsRowAndHandlesAndSendsChangesOnly) {
   EXPECT_EQ(world.take(), "c:3 ") << "what was refused is sent again";
 }
 
-TEST_P(Tables, RemovalLeavesTheChipAsItWas) {
-  auto const before = world.sim->dump();
-  auto const nodes = Dovel::Node::aliveCount();
-  {
-    auto const handle = write(2, entry(7, "a"));
-    write(3, entry(8));
-    table.entryRemove(2);
-    EXPECT_TRUE(handle->gone() && !handle->row() && handle->state() == EntryState::none);
-    table.entryRemoveAll();
-  }
-  EXPECT_EQ(world.take(), "") << "a removed key has no response";
-  EXPECT_EQ(world.sim->dump(), before);
-  EXPECT_EQ(Dovel::Node::aliveCount(), nodes);
-}
-
 TEST_P(Tables, EntryInUseOutlivesItsKey) {
   auto const handle = write(2, entry(7));
   auto const slot = world.slot->entryCommit(Index(3), {});
