@@ -173,15 +173,37 @@ TEST_P(Queue, SharedBlockStaysWithItsOtherUser) {
   EXPECT_EQ(world.sim->field("MemberTable", 0, "weight"), 100U);
 }
 
+TEST_P(Queue, DependantIsWrittenAfterItsTarget) {
+  for (std::uint32_t n = 0; n < 15; ++n) world.leaf->entryCommit(n, {});
+  UserEntry dependant;
+  dependant.target = leaf(50, "target");
+  dependant.writeResponse = world.note("dependant");
+  world.user->entryCommit(5, dependant);
+  world.take();
+  world.sim->refuseKey("5", EntryState::failed);
+  world.leaf->store()->remove(3);
+  EXPECT_EQ(world.take(), "target:3 dependant:4 ");
+  world.sim->refuseNone();
+  world.user->entryCommit(5, dependant);
+  EXPECT_EQ(groupRow(5), dependant.target->row()->value());
+}
+
 TEST_P(Queue, RemovedKeyDropsItsResponse) {
   auto const held = std::make_shared<int>(0);
   for (std::uint32_t n = 0; n < 15; ++n) world.leaf->entryCommit(n, {});
   LeafEntry entry;
   entry.writeResponse = [held](EntryState) {};
   auto const waits = world.leaf->entryRef(50, entry);
+  UserEntry dependant;
+  dependant.target = waits;
+  dependant.writeResponse = [held](EntryState) {};
+  world.user->entryCommit(5, dependant);
   entry = {};
+  dependant = {};
   world.take();
-  EXPECT_GT(held.use_count(), 1);
+  EXPECT_EQ(held.use_count(), 3);
+  world.user->entryRemove(5);
+  EXPECT_EQ(held.use_count(), 2);
   world.leaf->store()->remove(50);
   EXPECT_EQ(held.use_count(), 1);
   world.leaf->store()->remove(3);
