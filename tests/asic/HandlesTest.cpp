@@ -97,6 +97,9 @@ TEST_P(Handles, MayOutliveTheChipAndBeWrittenInVain) {
     EXPECT_TRUE(world.leaf->entryCommit(1, World::leafEntry(12)));
     EXPECT_EQ(world.block({strong})->state(), EntryState::failed);
     world.slot->entryCommit(Index(3), {});
+    std::vector<Handle> more;
+    for (std::uint32_t n = 0; n < 15; ++n) more.push_back(world.leafRef(100 + n));
+    EXPECT_TRUE(world.userOf(6, more.back())->gone()) << "of one that finds no row";
   }
   EXPECT_EQ(world.leaf->entrys() + world.user->entrys() + world.slot->entrys(), 0U);
   EXPECT_LT(Dovel::Node::aliveCount(), nodes);

@@ -79,7 +79,8 @@ TEST(Profiles, FaultsNameFilePlaceAndValue) {
       {R"({"name": "x", "features": {"TesselVxlan::TesselChipAttributesVxlan":
             {"vxlanCascadedForwardingSupport": true, "vpClassCode": 16}}})",
        {"TesselChipAttributesVxlan", "vpClassCode", "16", "0 to 15"}},
-      {R"({"name": "x"})", {"TesselChipAttributesVxlan", "HER next-hop tables"}},
+      {R"({"name": "x", "tables": {"EcmpMember1Table": {"rows": 1, "base": 0}}})",
+       {"TesselChipAttributesVxlan", "HER next-hop tables"}},
   };
   for (auto const& one : cases) {
     auto const fault = faultOf(one.json);
