@@ -17,6 +17,7 @@
 #include "platform/vane/NextHopEntry.h"
 #include "platform/vane/TunnelKey.h"
 #include "platform/vane/TunnelType.h"
+#include "platform/vane/VaneTunnel.h"
 #include "platform/vxlan/Vni.h"
 
 KILN_VALUE_CODEC(std::int8_t, "i8")
@@ -112,6 +113,9 @@ TEST(Keys, brokenTextsAreRefusedAndChangeNothing) {
   EXPECT_FALSE(Kiln::fromText<EgrL3TunnelKey>("10.0.0.1"));
   EXPECT_FALSE(Kiln::fromText<L3IpmcKey>("256, vlanId:1"));
   EXPECT_FALSE(Kiln::fromText<Vane::VaneTunnelId>("4294967296"));
+  EXPECT_FALSE(Kiln::fromText<Vane::AdjIdOrNone>("x"));
+  for (auto const* text : {"36", "none"})
+    EXPECT_EQ(Kiln::toText(Kiln::fromText<Vane::AdjIdOrNone>(text).value()), text);
 }
 
 TEST(TunnelKey, everyMemberTellsKeysApart) {
@@ -192,6 +196,8 @@ TEST(ValueJson, isReadAndWrittenOrRefusedWithItsPlace) {
            {through<Vxlan::VniExtOrNone>, "0", " 0: expected a whole number from 1 to 16777215, or \"none\""},
            {through<Vane::VaneTunnelId>, "4294967295"},
            {through<Vane::VaneTunnelId>, "4294967296", " 4294967296: expected an id, a whole number of 32 bits"},
+           {through<Vane::AdjIdOrNone>, "4294967295"},
+           {through<Vane::AdjIdOrNone>, "null"},
            {through<LogicalFap::LogicalFapId>, "3"},
            {through<EncapId>, "4097"},
            {through<Vane::TunnelType>, "\"vxlanHerTunnel\""},

@@ -67,7 +67,7 @@ TEST(Records, wantedTunnelsAreReadFromADocument) {
   Counter changes(*tunnel);
   apply(*config, R"({"tunnel":{"10.255.0.2":{"adjId":36}}})");
   EXPECT_EQ(changes.count, 0);
-  apply(*config, R"({"tunnel":{"10.255.0.2":{}}})");
+  apply(*config, R"({"tunnel":{"10.255.0.2":{"adjId":null}}})");
   EXPECT_EQ(changes.count, 1);
   EXPECT_EQ(tunnel->adjId(), Vane::AdjIdOrNone());
 }

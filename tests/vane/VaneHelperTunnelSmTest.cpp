@@ -108,7 +108,7 @@ TEST_F(TunnelSm, theWalkOfTheStartSurvivesWhatItsHandlersDo) {
   // Three were handled, the same three and no other were deleted, and the new one was handled once.
   EXPECT_EQ(created, 4);
   EXPECT_EQ(std::count(log.begin(), log.end(), '-'), 3);
-  EXPECT_TRUE(log.ends_with("+21")) << log;
+  EXPECT_TRUE(log.starts_with("start +1 +2 +3 ") && log.ends_with("+21")) << log;
 }
 
 TEST_F(TunnelSm, aTunnelMayBeDeletedOrReplacedInsideItsOwnHandlers) {
