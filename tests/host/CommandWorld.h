@@ -52,7 +52,7 @@ inline testing::AssertionResult inOrder(std::string const& text, std::vector<std
   return testing::AssertionSuccess();
 }
 
-/// Files of a test's own, gone at its end.
+/// Files of a test's own, removed at its end.
 class Files : public testing::Test {
  protected:
   ~Files() override { std::filesystem::remove_all(base_); }

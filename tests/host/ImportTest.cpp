@@ -61,7 +61,7 @@ class HandMade : public testing::Test {
 
   path dir(std::string const& name = "base") const { return base_ / name; }
 
-  /// Writes a file, or what of it is told; "-" removes it.
+  /// Writes a file; of "links", "remotes" and "routes" only what differs between tests is given. "-" removes the file.
   void file(std::string const& name, std::string const& text, std::string const& directory = "base") const {
     if (name == "links") return links(text);
     if (name == "remotes") return remotes(text);
@@ -150,7 +150,7 @@ TEST_F(HandMade, ownNumbersFollowFromTheContentsAlone) {
   EXPECT_GE(alone["10.255.0.2"], 0x40000000U);
   EXPECT_EQ(more["10.255.0.2"], alone["10.255.0.2"]);
   EXPECT_EQ(more["10.0.0.9"], alone["10.255.0.2"]);
-  // A connected VTEP is its own next hop, so that the id of the route stands for another one with each.
+  // A connected VTEP is its own next hop, so that the id of the route means another neighbour for each.
   EXPECT_NE(more["10.1.2.7"], more["10.1.2.8"]);
   EXPECT_EQ(more.size(), 4U) << "the local address is no VTEP";
 }

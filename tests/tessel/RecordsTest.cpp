@@ -38,7 +38,7 @@ Vane::NextHopEntry nextHop(std::uint8_t n) {
   return entry;
 }
 
-/// Counts the changes that it is told of.
+/// Counts the changes of which it is notified.
 class Counter : public Dovel::Subscriber {
  public:
   explicit Counter(Dovel::Node const& node)
