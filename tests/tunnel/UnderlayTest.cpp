@@ -48,9 +48,11 @@ TEST_P(TunnelUnderlay, isNotTriedAgainWhileTheStatusTellsAFailure) {
   agent.tunnel(member, vtep(2)).via(uplink(1));  // virtual port and overlay entry alike
   EXPECT_THAT(agent.status(member), HasSubstr("tnl=unprogrammed nh=unprogrammed"));
   agent.hardware().refuseNone();
+  auto const refused = overlay(vtep(2));
   Kiln::TraceCapture trace("HwTunnelProgrammerBase");
   agent.tunnel(member, vtep(2)).via(uplink(2));
   EXPECT_TRUE(trace.contains("skip further programming as nextHopId is unprogrammed"));
+  EXPECT_EQ(overlay(vtep(2)), refused);
   trace.clear();
   agent.tunnel(member, vtep(2)).generation(9);
   EXPECT_FALSE(trace.contains("skip further programming")) << "a new generation has no status yet";
