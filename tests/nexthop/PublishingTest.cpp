@@ -67,6 +67,12 @@ TEST_P(Publishing, mapsRowsToTheirVteps) {
     EXPECT_EQ(ports.dvpToVtepMap(n), IpGenAddr(vtep(n)));
     EXPECT_EQ(headers.tunnelIndexToVtepMap(n - 1), IpGenAddr(vtep(n)));
   }
+  for (unsigned const n : {0, 1}) {
+    EXPECT_EQ(agent.hardware().field("L2TunnelIpv4SipTable", n, "svp"), n + 2);
+    if (cascaded()) {
+      EXPECT_EQ(agent.hardware().field("RL2TunnelDefaultNetworkSvp", n, "svp"), 1U);
+    }
+  }
   agent.tunnel(unicast, vtep(3)).gone();
   EXPECT_FALSE(ports.dvpToVtepMapHas(3));
   EXPECT_TRUE(headers.tunnelIndexToVtepMapHas(2)) << "kept on purpose";
