@@ -76,6 +76,8 @@ TEST_P(Publishing, mapsRowsToTheirVteps) {
   agent.tunnel(unicast, vtep(3)).gone();
   EXPECT_FALSE(ports.dvpToVtepMapHas(3));
   EXPECT_TRUE(headers.tunnelIndexToVtepMapHas(2)) << "kept on purpose";
+  agent.localVtep(vtep6(1)).tunnel(unicast, vtep6(2)).via(uplink(1));
+  EXPECT_TRUE(wrapper().egrL3TunnelTablesProgrammer()->entryWeakRef(IpGenAddr(vtep6(1)), IpGenAddr(vtep6(2))));
   wrapper().virtualPortTableProgrammer()->deleteDefaultEntry();
   EXPECT_EQ(agent.row("VirtualPortTableMerged", ""), "absent");
   EXPECT_EQ(agent.table("RL2TunnelDefaultNetworkSvp"), "");
