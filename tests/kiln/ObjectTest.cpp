@@ -402,6 +402,8 @@ TEST_F(Objects, ANestedReactorIsReboundSwitchedAndRegistered) {
   EXPECT_EQ(heardAfter([&] { nested->notifierIs(other); }), "n2 ");
   EXPECT_EQ(heardAfter([&] { nested->isRegisteredNotifieeIs(false); }), "");
   EXPECT_EQ(heardAfter([&] { nested->isRegisteredNotifieeIs(true); }), "n2 ");
+  EXPECT_EQ(heardAfter([&] { nested->kilnDoZombieReactors(true); }), "");
+  EXPECT_EQ(heardAfter([&] { nested->kilnDoZombieReactors(false); }), "n2 ");
   EXPECT_EQ(heardAfter([&] { nested->hasNotificationActiveIs(false); }), "");
 }
 
