@@ -262,6 +262,10 @@ TEST_P(VtiChips, mayHaveNoRoomForVxlan) {
   agent.together([](AgentWorld& a) { a.localVtep(vtep(1)).udpPort(4789); });
   agent.tunnel(unicast, vtep(2)).via(uplink(1));
   EXPECT_THAT(agent.status(unicast), HasSubstr("10.255.0.2 gen=1 tnl=#1 nh=#1")) << "it is served all the same";
+  auto const mounter = Dovel::cast<TesselVxlan::TesselVxlanMounter>(agent.agent().mounter());
+  mounter->vxlanMounterSmWrapper()->vxlanVtiStatusSm()->kilnDoZombieReactors(true);
+  vtis->vtiStatusIs(Meshal::IntfId("Vxlan3"));
+  EXPECT_EQ(agent.messages(), "") << "nothing is heard after the end";
 }
 
 TEST_P(VtiChips, mayKeyHeadersByHalfOfAnIpv6Destination) {
