@@ -1,4 +1,4 @@
-// What one notification costs, by subscribers: ours, a bare intrusive list that nobody may leave during the walk, and
+// What one notification costs, by subscribers: ours, a bare intrusive list that must not change during the walk, and
 // Boost.Signals2.
 
 #include <benchmark/benchmark.h>
@@ -23,7 +23,7 @@ class Source final : public Kiln::Entity {
 };
 KILN_DESCRIBE(Source)
 
-/// Notes what it is told, so that the call can't be left out.
+/// Notes each change, so that the call can't be optimised away.
 struct Ours final : Dovel::Subscriber {
   Ours() : Subscriber(&Ours::told) {}
   static void told(Subscriber& self, Dovel::Change const& change) { static_cast<Ours&>(self).sum += change.id; }

@@ -9,7 +9,7 @@ namespace TesselVxlan {
 /// The overlay next hops of a chip with cascaded forwarding: rows of `IngL3EcmpMember0Table`, the overlay ECMP level
 /// that the lookup reaches before the underlay's.
 ///
-/// The next-hop id of a VTEP is its row. A full table is told to the operator each time it shows.
+/// The next-hop id of a VTEP is its row. Each refusal by a full table is reported to the operator.
 /// Main thread only.
 class OverlayCascadedTableProgrammer final : public OverlayTableProgrammer {
   KILN_TYPE(TesselVxlan::OverlayCascadedTableProgrammer, TesselVxlan::OverlayTableProgrammer)

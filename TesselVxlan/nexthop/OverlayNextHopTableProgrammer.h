@@ -11,8 +11,8 @@ namespace TesselVxlan {
 
 /// The overlay next hops of a chip without cascaded forwarding: rows of `L3NextHop1Table`.
 ///
-/// The next-hop id of a VTEP is the row of the table's ingress part, not the merged row. A full table is not told to
-/// the operator; it shows in the VTEP's status. Main thread only.
+/// The next-hop id of a VTEP is the row of the table's ingress part, not the merged row. A full table is not reported
+/// to the operator; it shows in the VTEP's status. Main thread only.
 class OverlayNextHopTableProgrammer final : public OverlayTableProgrammer {
   KILN_TYPE(TesselVxlan::OverlayNextHopTableProgrammer, TesselVxlan::OverlayTableProgrammer)
   KILN_FIXED(0x106, Dovel::Ptr<TesselVxlan::VxlanL3Oif1TableProgrammer>, l3Oif1TableProgrammer)

@@ -9,9 +9,9 @@
 
 namespace TesselVxlan {
 
-/// How an overlay table is called in traces. Constants of the program.
+/// Names of an overlay table in traces. Constants of the program.
 struct OverlayTableWords {
-  char const* missing;     ///< The VTEP's map has gone; an entry state follows.
+  char const* missing;     ///< The VTEP's map was removed; an entry state follows.
   char const* inProgress;  ///< A VTEP follows, and after the next.
   char const* failed;
   char const* written;
@@ -23,12 +23,12 @@ struct OverlayTableWords {
 ///
 /// Reads its arguments and the VTEP's map. Writes the overlay table of the chip, one subclass for each kind of chip,
 /// and, when the chip answers, `nhIdEntryStatus` then `nhId` of the VTEP's map: the order is the contract, watchers run
-/// inside the second write. Where a rewrite leaves the id as it is, the VTEP's count in `tnlNhUpdateConfig` goes up
-/// instead, so that readers of the id learn that what stands behind it has changed. `nhIdEntryStatus` becomes done at
-/// each write that succeeds, failed at each that does not. Nothing is tried again here; a success that comes later
-/// publishes the id as usual. Main thread only. The write response runs after `insertEntry` has returned and may find
-/// its tunnel gone: it looks the VTEP's map up again by address. The rows stand until `deleteEntry`. The table holds a
-/// use of this object until it has written.
+/// inside the second write. Where a rewrite leaves the id as it is, the VTEP's count in `tnlNhUpdateConfig` is
+/// incremented instead, so that readers of the id learn that its row has changed. `nhIdEntryStatus` becomes done at
+/// each write that succeeds, failed at each that does not. Nothing is retried here; a later success publishes the id
+/// as usual. Main thread only. The write response runs after `insertEntry` has returned, maybe after its tunnel was
+/// removed: it looks the VTEP's map up again by address. The rows remain until `deleteEntry`. The table holds a
+/// reference to this object until it has written.
 class OverlayTableProgrammer : public NextHopTableProgrammerBase {
   KILN_TYPE(TesselVxlan::OverlayTableProgrammer, TesselVxlan::NextHopTableProgrammerBase)
   KILN_FIXED(0x104, Dovel::Ptr<TesselCentral::VxlanToL2State>, vxlanToL2State)
@@ -40,7 +40,7 @@ class OverlayTableProgrammer : public NextHopTableProgrammerBase {
   /// hop. Null, and nothing written, where a member tunnel would change the row of a VTEP that has a unicast tunnel.
   virtual Handle insertEntry(Vane::TunnelKey const& tunnelKey, Vane::TunnelType tunnelType, bool ecmp,
                              Handle const& vpHandle, Handle const& ulEntryHandle) = 0;
-  /// Removes the VTEP's row, which drops its uses of other rows, then the VTEP's count.
+  /// Removes the VTEP's row, which drops its references to other rows, then the VTEP's count.
   void deleteEntry(Vane::TunnelKey const& tunnelKey);
 
  protected:

@@ -24,9 +24,9 @@ namespace TesselVxlan {
 /// when the chip answers, `tnlIdEntryStatus` then `tnlId` of the VTEP's map: the order is the contract, watchers run
 /// inside the second write. The tunnel id is the port's row, so a VTEP has a usable one only once its port is written.
 /// `tnlIdEntryStatus` becomes done at each write that succeeds, failed at each that does not; one can follow the other.
-/// Main thread only. A write response may arrive after its tunnel has gone; it looks the VTEP's map up again by
-/// address. The rows stand until they are deleted; the maps are shared. The table holds a use of this object until it
-/// has written.
+/// Main thread only. A write response may arrive after its tunnel was removed; it looks the VTEP's map up again by
+/// address. The rows remain until they are deleted; the maps are shared. The table holds a reference to this object
+/// until it has written.
 class VirtualPortProgrammer final : public Dovel::PublishingNode {
   KILN_BASE_TYPE(TesselVxlan::VirtualPortProgrammer)
   KILN_FIXED(0x102, Dovel::Ptr<Stateway::EntityManager>, statewayEm)
@@ -52,7 +52,7 @@ class VirtualPortProgrammer final : public Dovel::PublishingNode {
                         Dovel::Ptr<TesselL3Common::VxlanDvpToVtepMap> dvpToVtepMapping,
                         Dovel::Ptr<TesselL3Common::VxlanTunnelIndexToVtepMap> tunnelIndexToVtepMapping);
 
-  /// Empties the port table and, where the chip has default network ports, makes theirs.
+  /// Empties the port table and, where the chip has default network ports, creates their table.
   /// REQUIRES: `virtualPortTable` is set and bound.
   void initTables(TesselCentral::ChipInfo const& chipInfo);
 
@@ -63,7 +63,7 @@ class VirtualPortProgrammer final : public Dovel::PublishingNode {
   /// Removes row 1. Row 0 and the mapping of DVP 1 stay.
   void deleteDefaultEntry();
 
-  /// The port of `addr`, written anew each time: the update counts of its row always move. Publishes, in order: the
+  /// The port of `addr`, written anew each time: the update counts of its row always change. Publishes, in order: the
   /// status and the id where the chip has answered already, the DVP's mapping, the tunnel index's.
   /// Never null. Throws the range exception of `U4` for a class code beyond it.
   /// REQUIRES: `addr` has a map in `vxlanToL2State`.

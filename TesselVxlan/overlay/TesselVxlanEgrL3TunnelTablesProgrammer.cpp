@@ -22,7 +22,7 @@ Kiln::LogHandle tunnelTableFull(TesselLog::TESSEL_VXLAN_TUNNEL_TABLE_RESOURCE_FU
 constexpr unsigned dscpCopied = 3;
 constexpr unsigned dscpOfTrustMap = 1;
 
-/// Keeps the table, not the programmer, which may have gone when the chip answers.
+/// Keeps the table, not the programmer, which may be destroyed before the chip completes the write.
 template <class Table>
 struct HeaderResponse {
   Dovel::Ptr<Table const> table;

@@ -17,12 +17,12 @@ namespace TesselVxlan {
 /// Keeps the outer headers of all tunnels: one row for each pair of ends, shared by the tunnels between them.
 ///
 /// Reads its arguments, the trust map's base, DSCP propagation, and what the chip keys and selects by. Only writer of
-/// `EgrL3Ipv4TunnelTable` and `EgrL3Ipv6TunnelTable`. Settings go into a header when it is written; who changes one has
-/// the headers written again. A chip may key IPv4 headers by source alone and IPv6 ones by half of the destination:
-/// such headers are shared by more tunnels, which is nothing the callers see.
-/// States: before `initTables` there are no tables, and no other operation may be called; after it no more change.
+/// `EgrL3Ipv4TunnelTable` and `EgrL3Ipv6TunnelTable`. Settings are read when a header is written; a change of one takes
+/// effect when the headers are written again. A chip may key IPv4 headers by source alone and IPv6 ones by half of the
+/// destination: such headers are shared by more tunnels, invisibly to the callers.
+/// States: before `initTables` there are no tables, and no other operation may be called; they do not change after it.
 /// Main thread only.
-/// A header stands while a handle of it is held. Row 0 of the IPv4 table is the default header, which is nobody's.
+/// A header exists while a handle of it is held. Row 0 of the IPv4 table is the default header, owned by no tunnel.
 class TesselVxlanEgrL3TunnelTablesProgrammer final : public Dovel::Node {
   KILN_BASE_TYPE(TesselVxlan::TesselVxlanEgrL3TunnelTablesProgrammer)
   KILN_FIXED(0x102, Dovel::Ptr<Stateway::EntityManager>, statewayEm)
@@ -41,19 +41,20 @@ class TesselVxlanEgrL3TunnelTablesProgrammer final : public Dovel::Node {
                                          Dovel::Ptr<TesselCommon::Qos::TrustStatus const> qosTrustStatus,
                                          Dovel::Ptr<Vxlan::VxlanConfigDir const> vxlanConfigDir);
 
-  /// Makes and empties both tables and writes the default header. REQUIRES: once; `fcsd` knows its logical chips.
+  /// Creates and empties both tables and writes the default header. REQUIRES: once; `fcsd` knows its logical chips.
   void initTables(TesselCentral::ChipInfo const& chipInfo);
 
-  /// A use of the header from `tunnelKey` to `dip`, written with the settings of now. Never null; a header that found
-  /// its table full has a handle too. The destination alone decides on the family: IPv6, else IPv4. Throws the range
-  /// exception of `U7` for a trust map base beyond it; nothing is written then. REQUIRES: the source has a family.
+  /// A reference to the header from `tunnelKey` to `dip`, written with the present settings. Never null; a header that
+  /// found its table full has a handle too. The destination alone decides on the family: IPv6, else IPv4. Throws the
+  /// range exception of `U7` for a trust map base beyond it; nothing is written then. REQUIRES: the source has a
+  /// family.
   Handle insertEntry(TesselL3Common::VxlanTunnelKey const& tunnelKey, Meshal::IpGenAddr const& dip);
   Handle insertIpv4Entry(TesselL3Common::VxlanTunnelKey const& tunnelKey, Meshal::IpGenAddr const& dip);
   /// An IPv6 header has no fixed UDP source port, whatever `tunnelKey` says.
   Handle insertIpv6Entry(TesselL3Common::VxlanTunnelKey const& tunnelKey, Meshal::IpGenAddr const& dip);
 
   /// The header that `insertEntry` with these ends made, as a weak handle; null if there is none. A destination without
-  /// family stands for the zero address of the IPv4 table; with a source without family too, the default header.
+  /// family means the zero address of the IPv4 table; with a source without family too, the default header.
   Handle entryWeakRef(Meshal::IpGenAddr const& srcIpAddr, Meshal::IpGenAddr const& dstIpAddr) const;
 
  private:

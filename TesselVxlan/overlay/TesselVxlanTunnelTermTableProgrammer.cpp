@@ -34,7 +34,7 @@ DipWords const& wordsOf(L2TunnelIpv6DipTable const&) { return ipv6Dip; }
 char const* chipNameOf(L2TunnelIpv4SipTable const&) { return "l2_tunnel_ipv4_sip"; }
 char const* chipNameOf(L2TunnelIpv6SipTable const&) { return "l2_tunnel_ipv6_sip"; }
 
-// Responses keep the table, not the programmer, which may have gone when the chip answers.
+// Responses keep the table, not the programmer, which may be destroyed before the chip completes the write.
 struct DipResponse {
   Dovel::Ptr<Asic::SwTable const> table;
   IpGenAddr addr;

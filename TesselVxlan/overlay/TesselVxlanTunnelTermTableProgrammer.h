@@ -10,16 +10,16 @@
 
 namespace TesselVxlan {
 
-/// Owns the tables that tell which packets end their tunnel here and from which remote VTEP they come.
+/// Owns the tunnel termination tables: local addresses (DIP) and remote VTEPs (SIP).
 ///
 /// DIP tables hold the addresses at which tunnels end, SIP tables the remote VTEPs with the virtual port that their
 /// packets get, one table of each kind for IPv4 and IPv6; the fifth holds the one set of ports that all DIP rows point
 /// at: every port. Reads the outer-header PHB setting when a DIP row is written. Only writer of these tables.
-/// States: a table is null until its `init` operation, for ever if the chip doesn't have it; addresses of its family
+/// States: a table is null until its `init` operation, and always if the chip doesn't have it; addresses of its family
 /// then have no effect.
 /// Main thread only.
-/// No user of an address is counted: a second insert overwrites, one delete removes. A SIP row is a use of its virtual
-/// port. Whoever writes DIP rows knows when the last user of an address has gone.
+/// Users of an address are not counted: a second insert overwrites, one delete removes. A SIP row is a reference to its
+/// virtual port. The caller deletes a DIP row when the last user of its address is removed.
 class TesselVxlanTunnelTermTableProgrammer final : public Dovel::Node {
   KILN_BASE_TYPE(TesselVxlan::TesselVxlanTunnelTermTableProgrammer)
   KILN_FIXED(0x102, Dovel::Ptr<Stateway::EntityManager>, statewayEm)
@@ -38,7 +38,7 @@ class TesselVxlanTunnelTermTableProgrammer final : public Dovel::Node {
                                        Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData const> fcsd,
                                        Dovel::Ptr<Vxlan::VxlanConfigDir const> vxlanConfigDir);
 
-  // Each makes its table, empty. REQUIRES: once, where the chip has the table; `fcsd` knows its logical chips.
+  // Each creates its table, empty. REQUIRES: once, where the chip has the table; `fcsd` knows its logical chips.
   /// Also writes the set of all ports.
   void initAllowedPortsProfileTable(TesselCentral::ChipInfo const& chipInfo);
   void initDipTable(TesselCentral::ChipInfo const& chipInfo);
@@ -47,17 +47,17 @@ class TesselVxlanTunnelTermTableProgrammer final : public Dovel::Node {
   void initSipV6Table(TesselCentral::ChipInfo const& chipInfo);
 
   // REQUIRES of all that follow: `addr` has a family.
-  /// Tunnels to `addr` end here from now on, with the PHB setting of now.
+  /// Tunnels to `addr` end here from now on, with the present PHB setting.
   void insertOrUpdateDipEntry(Meshal::IpGenAddr const& addr);
   /// REQUIRES: `dipEntryHas(addr)`, or the chip doesn't have the table.
   void deleteDipEntry(Meshal::IpGenAddr const& addr);
   /// Whether tunnels to `addr` end here; false for an address without family too.
   bool dipEntryHas(Meshal::IpGenAddr const& addr) const;
 
-  /// Packets from `addr` get the virtual port behind `svpHandle` from now on. A null handle, or one whose port has
-  /// gone, changes nothing.
+  /// Packets from `addr` get the virtual port behind `svpHandle` from now on. A null handle, or one of a removed
+  /// port, changes nothing.
   void insertSipEntry(Meshal::IpGenAddr const& addr, Handle const& svpHandle);
-  /// Nothing happens to an address that has no row.
+  /// No effect for an address without row.
   void deleteSipEntry(Meshal::IpGenAddr const& addr);
 
  private:

@@ -5,10 +5,10 @@
 
 namespace TesselVxlan {
 
-/// Tells the operator of each VXLAN interface that stands on a system profile without room for VXLAN.
+/// Warns the operator of each VXLAN interface on a system profile without room for VXLAN.
 ///
-/// Watches the interfaces from its making on; those that stand then count too. Raises
-/// `TESSEL_PROFILE_VXLAN_UNSUPPORTED` once for each interface that comes, and writes nothing.
+/// Watches the interfaces from its construction on; those that exist then count too. Logs
+/// `TESSEL_PROFILE_VXLAN_UNSUPPORTED` once for each interface that is added, and writes nothing.
 /// Main thread only.
 class VxlanUnsupportedLogger final : public Kiln::Sm {
   KILN_BASE_TYPE(TesselVxlan::VxlanUnsupportedLogger)

@@ -116,8 +116,9 @@ class NestedSm_TunnelIdMap final : public Kiln::NotifieeConst {
 /// has been created; nothing else is kept about a tunnel but the reverse of its next-hop id.
 /// Main thread only. Re-entrant at each write of shared state: a virtual port that is written at once publishes its id
 /// inside the creation, and a subscriber of a status may delete the tunnel, replace its generation or change its next
-/// hops on that stack. After such a write an operation goes on only while its configuration is still the one in force.
-/// Table programmers are shared; the overlay programmer is this object's own, on a table that all programmers share.
+/// hops on that stack. After such a write an operation continues only while its configuration is still the one in
+/// force. Table programmers are shared; the overlay programmer is this object's own, on a table that all programmers
+/// share.
 class HwTunnelProgrammerBase : public Kiln::Sm {
  public:
   using ConfigEntry = Dovel::Ptr<Vane::HwTunnelConfigEntry const>;
@@ -220,7 +221,7 @@ class HwTunnelProgrammerBase : public Kiln::Sm {
   virtual void doPostTunnelCreate(ConfigEntry const&) {}
   /// The local VTEP of the family; unspecified if there is none.
   virtual Meshal::IpGenAddr getVtepIp(Meshal::AddressFamily af) const;
-  /// Writes what lies behind the virtual port of the tunnel.
+  /// Writes underlay and overlay entries of the tunnel.
   virtual void programTunnelTables(ConfigEntry const& entry, Handle const& vpHandle);
   /// Writes both ids into the tunnel's status and removes the former generation's. REQUIRES: the VTEP has a record.
   virtual void maybeUpdateHwTunnelIdNhId(Meshal::IpGenAddr const& vtep);

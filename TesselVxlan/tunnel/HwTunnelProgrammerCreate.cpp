@@ -36,7 +36,7 @@ bool HwTunnelProgrammerBase::doTunnelCreateCommon(ConfigEntry const& entry) {
     map->adjIdIs(nextHopEntryList->adjId());
   }
 
-  // Each entry holds the handle of the next: the header first, the port second, what lies behind it last.
+  // Each entry holds the handle of the next: the header first, then the port, then underlay and overlay.
   auto const egrL3Handle = programEgrL3TunnelTable(source, vtep);
   if (!egrL3Handle) {
     TRACE(1, " egrL3TunnelTableHandle is NULL");

@@ -58,7 +58,7 @@ void Floor::update(std::vector<Road::Update> const& updates) {
   for (auto const& update : updates) {
     auto const key = road_.key(update.tunnel);
     auto& group = status_.find(key)->second.group;
-    // The lists come new each time and are told apart by their contents.
+    // The lists are new objects each time and are compared by their contents.
     if (groups_[group].nextHops == Vane::NextHopEntrySet(groups_[update.adjacency].nextHops)) continue;
     --groups_[group].users;
     ++groups_[update.adjacency].users;

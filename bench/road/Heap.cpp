@@ -6,7 +6,7 @@
 
 #include "platform/scree/Slab.h"
 
-// The allocator's own entry points; what stands below takes their names' places for all libraries of the program.
+// The allocator's own entry points; the functions below replace them for all libraries of the program.
 extern "C" {
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);

@@ -10,7 +10,7 @@
 
 namespace RoadBench {
 
-/// The feature on the simulated chip, given configuration entries as the forwarding abstraction gives them.
+/// The feature on the simulated chip, with configuration entries written as the forwarding abstraction writes them.
 class RoadAgent {
  public:
   /// Started, with ports, interfaces and a local VTEP, without tunnels. Their configuration entries are made.
@@ -22,7 +22,7 @@ class RoadAgent {
   void moveLocalVtep();
   void update(std::vector<Road::Update> const& updates);
   void remove(std::vector<std::uint32_t> const& order);
-  /// The tunnel goes and comes back.
+  /// The tunnel is removed and added again.
   void replace(std::uint32_t tunnel);
   /// Ends the process and starts another one over the same configuration.
   void restart();

@@ -45,7 +45,7 @@ Cost costOf(std::function<void()> const& work) {
           static_cast<std::int64_t>(after.bytes) - static_cast<std::int64_t>(heap.bytes), after.calls - heap.calls};
 }
 
-/// One tunnel after the other goes and comes back.
+/// One tunnel after the other is removed and added again.
 template <class Subject>
 void addAndRemove(Subject& subject, Road const& road) {
   auto const order = road.shuffled();
@@ -61,7 +61,7 @@ std::uint32_t eachTunnel(Road const& road) { return road.tunnels; }
 std::uint32_t eachUpdate(Road const&) { return kUpdates; }
 std::uint32_t eachRound(Road const&) { return kSteadyRounds; }
 
-// In the order in which one subject goes through them.
+// In the order in which one subject runs them.
 constexpr Phase kPhases[] = {{"create", eachTunnel},
                              {"move", eachTunnel},
                              {"update", eachUpdate},

@@ -23,7 +23,7 @@ namespace Host {
 class TunnelProducer;
 class TunnelSmGate;
 
-/// The plug-in of this installation: found from where the running program lies.
+/// The plug-in of this installation: found from the place of the running program.
 std::filesystem::path defaultPlugin();
 
 /// An agent process in one object: chip, stores, the feature's plug-in, the forwarding abstraction above it, and the

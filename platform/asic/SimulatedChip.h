@@ -10,7 +10,7 @@ namespace Asic {
 
 /// A chip in memory: each row as numbers by field name.
 ///
-/// Its tables are as large as the profile says. Can be told to refuse writes, with `failed` or `full`; the row is then
+/// Its tables are as large as the profile says. Can be set to refuse writes, with `failed` or `full`; the row is then
 /// unchanged. Main thread only.
 class SimulatedChip final : public ChipDriver {
  public:

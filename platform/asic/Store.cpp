@@ -113,7 +113,7 @@ bool StoreBase::releaseRows(RecordBase& record) {
     }
   }
   if (record.fixedRow) fixedRows_.erase(first);
-  if (first >= reserved_) count == 1 ? pool_.clearBit(first) : pool_.clearRange(first, count);
+  if (first >= reserved_) pool_.clearRange(first, count);
   used_ -= count;
   return true;
 }
@@ -224,7 +224,7 @@ void StoreBase::retryWaiting() {
   }
 }
 
-// One that the chip refuses again goes behind the others: it must not hold them back, for it waits for something else.
+// One that the chip refuses again is queued behind the others: it waits for something else, and must not block them.
 void StoreBase::retryRefused() {
   while (!queue_.empty() && queue_.begin()->first < firstPlace(Rank::replacing)) {
     auto& record = *queue_.begin()->second;

@@ -96,7 +96,8 @@ class StoreBase : public Dovel::Node {
   void displace(RecordBase& record);
   /// Moves the place of `former` in the queue, if it waits, to `record`.
   void inheritPlace(RecordBase& record, RecordBase& former);
-  /// Sends refused entries again, until the chip refuses one; then gives rows to those that have none, oldest first.
+  /// Sends refused entries again, until the chip refuses one; then allocates rows for those that have none, oldest
+  /// first.
   void retryWaiting();
   /// Writes one row of one part of the record's rows.
   EntryState writeRow(RecordBase const& record, std::size_t part, std::uint32_t row,

@@ -136,7 +136,7 @@ class BlockTable : public SwTable {
   ///
   /// `former` is the handle that the caller is going to replace by the returned one, null if there is none. The new
   /// block then keeps the place of the former one: it takes over its rows if nothing else refers to them and they
-  /// suffice, and otherwise goes before blocks that wait. REQUIRES: the caller releases `former` next.
+  /// suffice, and otherwise precedes blocks that wait. REQUIRES: the caller releases `former` next.
   EntryHandle::PtrConst entryBlockRef(EntryBlock const& block, EntryHandle::PtrConst const& former = nullptr) {
     return store()->ref(block, former);
   }

@@ -19,7 +19,7 @@ enum class Report : std::uint8_t {
 /// What is to be done when the chip has completed a write; default-constructed it holds nothing.
 ///
 /// A pointer to a callable in the slab that its copies share: copying an entry copies a word. A call with the state of
-/// the last call does nothing: the loop does not repeat what the writer was told at once. Make a new one for each
+/// the last call does nothing: the loop does not repeat what was reported at once. Make a new one for each
 /// write. Main thread only.
 class WriteResponseFn {
  public:

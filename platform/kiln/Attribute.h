@@ -30,16 +30,16 @@ struct Line<0> {
 ///   KILN_BASE_TYPE(Ns::Class)                 the same where no base is described
 ///   KILN_ATTR(id, Type, x, default...)        x(), xIs(v): stores and publishes a value that differs
 ///   KILN_FIXED(id, Type, x)                   x(): set by the constructor (member x_) and never again
-///   KILN_READONLY(id, Type, x, default...)      x(): written by the class itself, through the private xSet(v)
-///   KILN_INST(id, Class, x)                   x(), xIs(ctorArgs...) makes the object, xDel()
+///   KILN_READONLY(id, Type, x, default...)    x(): written by the class itself, through the private xSet(v)
+///   KILN_INST(id, Class, x)                   x(), xIs(ctorArgs...) creates the object, xDel()
 ///   KILN_COLL(id, Key, Value, x)              x(k), xHas(k), xIs(k, v), xDel(k), xDelAll(), xColl()
 ///   KILN_SMALL_COLL(id, Key, Value, x)        the same for a handful of elements
 ///   KILN_ID_COLL(id, Key, Value, x)           the same for keys that are numbers, assigned one after the other
-///   KILN_ENTITY_COLL(id, Key, Class, key, x)  x(k), xHas(k), xIs(k) finds or makes, xIs(ptr), xDel(k), xDelAll(),
+///   KILN_ENTITY_COLL(id, Key, Class, key, x)  x(k), xHas(k), xIs(k) finds or creates, xIs(ptr), xDel(k), xDelAll(),
 ///                                             xColl(); `key` is the member of Class that reads its key
 ///   KILN_METHOD(x)                            void x() may be called by name
 ///   KILN_RESERVED(id, "Ns::Class", x)         keeps the id of an attribute whose class is not part of this build; null
-///   KILN_WATCHED(...)                           in Sm.h: a pointer whose changes run a handler
+///   KILN_WATCHED(...)                         in Sm.h: a pointer whose changes run a handler
 ///
 /// Each defines `xId`, the id that a change of the attribute carries. After a macro the access is private. A mutator
 /// releases what it replaces or removes after its notification, and may run handlers that release the last reference to

@@ -44,7 +44,7 @@ class ActivityManagerConfig {
  public:
   /// Never null; a real clock until another is set. Owned by the caller that set it.
   Clock* clock() const { return clock_; }
-  /// Null stands for the real clock. REQUIRES: nothing is scheduled; the clock outlives its use here.
+  /// Null: the real clock. REQUIRES: nothing is scheduled; the clock outlives its use here.
   void clockIs(Clock* clock);
 
  protected:

@@ -81,7 +81,7 @@ void appendFields(std::string& out, T const& value) {
   out += '}';
 }
 
-/// "value, name:value, name:value": the first member goes without its name.
+/// "value, name:value, name:value": the first member is written without its name.
 template <Struct T>
 void appendLabelled(std::string& out, T const& value) {
   bool first = true;
@@ -135,7 +135,7 @@ bool parseLabelled(std::string_view text, T& out) {
     return ::Kiln::described::hash(value);     \
   }
 
-/// The text "{name=value,...}" and the stream operator. An `appendText` of the type's own goes before this one.
+/// The text "{name=value,...}" and the stream operator. An `appendText` of the type itself takes precedence.
 #define KILN_VALUE_TEXT(T)                                \
   template <std::same_as<T> Value>                        \
   void appendText(std::string& out, Value const& value) { \

@@ -43,7 +43,7 @@ class Dir : public NamedEntity {
   void childIs(std::string const& name, Dovel::Ptr<Dovel::Node> const& object);
   void childDel(std::string const& name);
 
-  /// The child at `path`, which goes down through directories: "slice/1". Null if there is none.
+  /// The child at `path`, through subdirectories: "slice/1". Null if there is none.
   Dovel::Ptr<Dovel::Node> child(std::string_view path) const;
   template <class T>
   Dovel::Ptr<T> child(std::string_view path) const {

@@ -4,7 +4,7 @@
 
 #include "platform/kiln/Text.h"
 
-/// Every value with a text form goes into a format string, with the width and alignment of a string.
+/// Every value with a text form can be formatted, with the width and alignment of a string.
 template <Kiln::HasText T>
 requires(std::is_class_v<T> || std::is_enum_v<T>) &&
     (!std::is_convertible_v<T const&, std::string_view>)struct fmt::formatter<T, char, void>

@@ -6,7 +6,7 @@
 ///
 /// When it does not hold, prints the condition's text, the function and the source path to standard error, then the
 /// last 50 lines of the trace ring, and aborts. An expression of type void; `INVARIANT(false && "Invalid Destination")`
-/// gives a reason by the condition's own text.
+/// states a reason by the condition's own text.
 ///
 /// An exception that leaves a handler, or that nothing catches, ends the process alike: its type and text, the last
 /// traces, abort. Loading this library sets the terminate handler that does so.

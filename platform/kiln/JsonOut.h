@@ -79,7 +79,7 @@ class JsonOut {
   std::size_t depth_;  ///< How many containers enclose this place.
 };
 
-/// The value that goes to `writer` at the point that it has reached; complete when the root is destroyed.
+/// The value that is written to `writer` at its current point; complete when the root is destroyed.
 class JsonRoot {
  public:
   explicit JsonRoot(JsonWriter& writer) : writer_(writer) {}

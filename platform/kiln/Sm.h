@@ -169,7 +169,7 @@ class NotifieeConst : public Dovel::Node, private Dovel::Subscriber {
 /// The nested reactors of a state machine, by the key of what they watch.
 ///
 /// `Nested` is a `NotifieeConst` with `key()` and `ownerClear()`. A reactor that is removed or replaced here, or whose
-/// owner is deleted, handles nothing any more and has no pointer to the owner, whoever else holds it.
+/// owner is deleted, handles nothing any more and has no pointer to the owner, even while others hold it.
 template <class Key, class Nested>
 class NestedSms final : private SmPart {
  public:

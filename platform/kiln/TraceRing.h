@@ -31,7 +31,7 @@ struct TraceSite {
   void (*unpack)(std::byte const* bytes, TraceArgSink& sink);
 };
 
-/// One trace as it lies in the ring: the call and a copy of its arguments, not formatted.
+/// One trace as the ring stores it: the call and a copy of its arguments, not formatted.
 struct TraceSlot {
   TraceSite const* site;  ///< Null: nothing to read, or being filled.
   char const* function;

@@ -6,7 +6,7 @@
 
 namespace KilnSharedMem {
 
-/// How an entity lies in shared memory.
+/// The layout of an entity in shared memory.
 class MountInfo {
  public:
   enum class Layout : std::uint8_t { table, entity };

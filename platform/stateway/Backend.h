@@ -60,7 +60,7 @@ class MemoryBackend final : public Backend {
 /// Entities by path, with their types checked: what the three kinds of entity managers have in common.
 class Store {
  public:
-  /// Null stands for entities in memory.
+  /// Null: entities are in memory.
   explicit Store(std::unique_ptr<Backend> backend = nullptr);
 
   /// Null if there is no entity at `path`.

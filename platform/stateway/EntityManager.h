@@ -27,7 +27,7 @@ class EntityManager final : public Dovel::Node {
   KILN_BASE_TYPE(Stateway::EntityManager)
 
  public:
-  /// Null stands for entities in memory.
+  /// Null: entities are in memory.
   explicit EntityManager(std::unique_ptr<Backend> backend = nullptr) : store_(std::move(backend)) {}
 
   /// The open mount group of `mounter` with this manager, made if it has none.

@@ -39,7 +39,7 @@ class Mount {
   std::string const& typeName() const { return typeName_; }
   AllMountFlags const& flags() const { return flags_; }
   AllMountFlags& flags() { return flags_; }
-  /// Adds the flags that the letters of `mode` stand for: r, w (which includes reading) and i.
+  /// Adds the flags named by the letters of `mode`: r, w (which includes reading) and i.
   /// Throws `MountError` for any other letter.
   void handleFlags(std::string_view mode);
   /// The letters of the flags: "r", "w", "ri", "wi".

@@ -29,7 +29,7 @@ class MountGroup final : public Dovel::Node {
   /// Throws `MountError` for a type that is not loaded, and for a path whose entity is of another type. REQUIRES: open.
   void doMount(Mount const& mount);
   /// Ends the group. The mounter's `doMountsComplete` runs later, from the host's loop. The arguments are for entity
-  /// managers whose entities come from elsewhere: whether to wait, for whom, how long.
+  /// managers whose entities arrive from another process: whether to wait, for whom, how long.
   void doClose(bool wait, std::string const& name, Kiln::Seconds timeout);
 
   bool closed() const { return closed_; }

@@ -7,7 +7,7 @@
 
 namespace Vane {
 
-/// The kinds of tunnel that the feature serves. Bit 3 alone tells a member tunnel from a unicast tunnel.
+/// The kinds of tunnel that the feature serves. A member tunnel differs from a unicast tunnel in bit 3 alone.
 enum TunnelType : std::uint8_t {
   vxlanTunnel_ = 1,
   vxlanHerTunnel_ = 7,

@@ -18,7 +18,7 @@ using VniExt = Kiln::RangeInt<std::uint32_t, 1, 0xFFFFFF,
 /// The number of a VXLAN network, or none; none by default. Its text is the number or "none".
 class VniExtOrNone {
  public:
-  /// What stands for none where a plain number is wanted.
+  /// No VNI, as a plain number.
   static constexpr std::uint32_t noneValue = 0xFFFFFFFF;
 
   constexpr VniExtOrNone() = default;

@@ -70,7 +70,7 @@ class VlanVfiDir final : public Kiln::NamedEntity {
   using NamedEntity::NamedEntity;
 };
 
-/// What the layer 2 features tell this one; fetched only.
+/// What the layer 2 features publish for this one; fetched only.
 class L2ToVxlanState final : public Kiln::NamedEntity {
   KILN_TYPE(TesselCentral::L2ToVxlanState, Kiln::NamedEntity)
 

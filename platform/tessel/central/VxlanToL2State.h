@@ -30,7 +30,7 @@ class VtepIpToTnlIdNhIdMap final : public Kiln::Entity {
   KILN_ATTR(0x108, Meshal::IpGenAddr, localVtep6)
   /// The key in force for each type.
   KILN_SMALL_COLL(0x109, Vane::TunnelType, Vane::TunnelKey, tnlKeys)
-  /// The key that a newer generation replaced, until its status has gone.
+  /// The key that a newer generation replaced, until its status is removed.
   KILN_SMALL_COLL(0x10a, Vane::TunnelType, Vane::TunnelKey, oldTnlKey)
   KILN_ATTR(0x10b, std::uint32_t, adjId)
   KILN_ATTR(0x10c, MemberTunnelUniqueNhId, mbrTnlUniqueNhId)
@@ -58,7 +58,7 @@ class RecoveredVtepList final : public Kiln::Entity {
   void activeVtepListIs(Meshal::IpGenAddr const& vtep) { activeVtepListIs(vtep, true); }
 };
 
-/// What the feature tells the layer 2 features of the agent about remote VTEPs.
+/// What the feature publishes about remote VTEPs for the layer 2 features of the agent.
 ///
 /// The recovered collections hold ids of an earlier run of the agent; nothing in this run depends on them.
 class VxlanToL2State final : public Kiln::NamedEntity {

@@ -45,7 +45,7 @@ struct L3NextHop2Entry : Asic::EntryBase {
   ASIC_ENTRY(L3NextHop2Entry, ingress, egress, writeResponse)
 };
 
-/// Underlay next hops. Row 0 is reserved; it and the drop row are pinned, all others stand while they are used.
+/// Underlay next hops. Row 0 is reserved; it and the drop row are pinned, all others exist while they are referenced.
 class L3NextHop2Table final : public Asic::RefCountedTable<L3NextHop2Table, L3NextHop2Key, L3NextHop2Entry> {
   ASIC_TABLE(TesselL3Common::L3NextHop2Table)
 

@@ -11,7 +11,7 @@ struct L2TunnelVnIdEntry : Asic::EntryBase {
   ASIC_ENTRY(L2TunnelVnIdEntry, vfi, writeResponse)
 };
 
-/// The VFI of packets that come with a VNI.
+/// The VFI of packets that carry a VNI.
 class L2TunnelVnIdTable final : public Asic::CommittedTable<L2TunnelVnIdTable, L2TunnelVnIdKey, L2TunnelVnIdEntry> {
   ASIC_TABLE(TesselVxlan::L2TunnelVnIdTable)
 

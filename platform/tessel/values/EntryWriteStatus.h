@@ -7,7 +7,7 @@
 
 namespace TesselCentral {
 
-/// How far the write of a row has come whose id stands beside this.
+/// The outcome of writing the row whose id is published with it.
 enum EntryWriteStatus : std::uint8_t {
   entryWriteNone = 0,    ///< Nothing written, or invalidated since.
   entryWriteDone = 1,    ///< In hardware; the id is good.

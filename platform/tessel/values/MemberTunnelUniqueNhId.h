@@ -7,7 +7,7 @@
 
 namespace TesselCentral {
 
-/// What tells the next hop of a member tunnel from the others of its VTEP. Zeros: none.
+/// Distinguishes the next hop of a member tunnel from the others of its VTEP. Zeros: none.
 struct MemberTunnelUniqueNhId {
   KILN_FIELD(std::uint32_t, adjId) = 0;
   KILN_FIELD(std::uint32_t, uniqueNhId) = 0;
