@@ -21,7 +21,6 @@ void HBitmap::setRange(Bit first, Bit length) {
 }
 
 void HBitmap::clearRange(Bit first, Bit length) {
-  if (length == 1) return clearBit(first);
   for (Bit i = 0; i < length; ++i) clearBit(first + i);
 }
 

@@ -24,8 +24,6 @@ class EntryHandle : public Dovel::Node {
  public:
   using PtrConst = Dovel::Ptr<EntryHandle const>;
 
-  /// The weak handle of the same entry; a don't-care handle itself.
-  PtrConst weak() const;
   /// Of the entry; `none` if it no longer exists.
   EntryState state() const;
   /// Whether the entry no longer exists; true of weak handles only.

@@ -70,11 +70,6 @@ inline RecordBase* EntryHandle::record() const {
   return static_cast<RecordBase*>(static_cast<WeakHandle*>(self));
 }
 
-inline EntryHandle::PtrConst EntryHandle::weak() const {
-  auto const* of = record();
-  return of ? PtrConst(&of->weak()) : PtrConst(this);
-}
-
 inline EntryState EntryHandle::state() const {
   auto const* of = record();
   return of ? of->state : EntryState::written;
