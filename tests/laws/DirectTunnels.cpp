@@ -95,6 +95,7 @@ void DirectTunnels::sync(std::string const& vtep) {
   auto const wanted = wish_.tunnels.find({type_, vtep});
   if (wanted == wish_.tunnels.end()) return remove(vtep);
   auto const list = listOf(wanted->second.adjId);
+  syncFormers(vtep);
   auto const found = present_.find(vtep);
   if (found != present_.end() && found->second.genId == wanted->second.genId) {
     if (auto const entry = config().hwTunnelConfigList(found->second.key)) entry->nextHopEntryListIs(list);
@@ -106,6 +107,17 @@ void DirectTunnels::sync(std::string const& vtep) {
   present.genId = wanted->second.genId;
   last_[vtep] = present.key;
   add(TunnelKey(present.key), list);
+}
+
+// An adjacency has the same next hops in all configurations.
+void DirectTunnels::syncFormers(std::string const& vtep) {
+  auto const found = present_.find(vtep);
+  if (found == present_.end()) return;
+  for (auto const& key : std::vector(found->second.formers)) {
+    auto const entry = config().hwTunnelConfigList(key);
+    if (!entry || !entry->nextHopEntryList()) continue;
+    if (auto const list = listOf(entry->nextHopEntryList()->adjId())) entry->nextHopEntryListIs(list);
+  }
 }
 
 void DirectTunnels::add(TunnelKey const& key, ListPtr const& list) {

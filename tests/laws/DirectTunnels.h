@@ -49,6 +49,7 @@ class DirectTunnels {
   Vane::HwTunnelConfig& config() const { return *agent_.hwTunnelConfig(type_); }
   void bind();
   void statusChanged(Vane::TunnelKey const& key);
+  void syncFormers(std::string const& vtep);
   void add(Vane::TunnelKey const& key, ListPtr const& list);
   void remove(std::string const& vtep);
   void activeIs(Present& present, Vane::VaneNextHopId nhId);
