@@ -34,7 +34,8 @@ class UnderlayEcmpProgrammer final : public NextHopTableProgrammerBase {
   /// The group of a tunnel's next hops, under the adjacency of their list: a group that changes keeps its row. Weak if
   /// the group is present as wanted, else a reference: keep it until it is stored in an entry. Null, and no group
   /// written, if one of the next hops can't be programmed or the chip has no ECMP members. REQUIRES: the list has a
-  /// resolved next hop; entries of other types are passed over.
+  /// resolved next hop; entries of other types are passed over. All lists of one adjacency have the same next hops,
+  /// those of former generations too: the group has those of the last call.
   Handle insertEntry(Dovel::Ptr<Vane::HwTunnelConfigEntry const> const& tunnelConfigEntry);
 
  private:
