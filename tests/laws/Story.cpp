@@ -419,7 +419,8 @@ Wish Player::closed() const {
 /// What the feature reads only at certain events gets those: see the exceptions.
 void Player::refresh(Wish const& last) {
   auto moved = last;
-  moved.adjacencies[scratchAdjacency] = {uplink(1)};
+  // Over a next hop that no other adjacency has: its write is accepted, and those that the chip refused are sent again.
+  moved.adjacencies[scratchAdjacency] = {uplink(uplinks + 1)};
   for (auto& [key, tunnel] : moved.tunnels) {
     bool const alone = !last.tunnels.contains({unicast, key.second});
     bool const stale = key.first == member && alone && hadUnicast_.contains(key.second);
