@@ -1,4 +1,4 @@
-// Outcomes on their way from the chip to the writers, and what the simulated chip can be told.
+// Outcomes on their way from the chip to the writers, and the settings of the simulated chip.
 
 #include <gtest/gtest.h>
 
