@@ -38,7 +38,8 @@ NextHopTableProgrammerBase::Handle UnderlayEcmpProgrammer::insertEntry(
   // All tunnels over an adjacency share its group: only the first looks at each next hop.
   auto& groups = *ecmpGroup1Table();
   auto const& list = *tunnelConfigEntry->nextHopEntryList();
-  if (!isCached(groupKey, list)) {
+  auto handle = cachedGroup(groupKey, list);
+  if (!handle) {
     // Of the time before: next hops that are written or refused below are looked at once more.
     auto const revision = nextHopTableProgrammer()->revision();
     EcmpGroup1Table::Entry entry;
@@ -46,25 +47,28 @@ NextHopTableProgrammerBase::Handle UnderlayEcmpProgrammer::insertEntry(
     entry.memberBlockHandle = memberBlock(*tunnelConfigEntry, members);
     if (!entry.memberBlockHandle) return {};
     entry.lastMemberIndex = static_cast<std::uint16_t>(members - 1);
-    cache(groupKey, {list.nextHopEntry(), list.serial(), revision});
-    if (!isEq(entry, groups.entry(groupKey)) || isRefused(groups, groupKey)) {
-      auto handle = groups.entryRef(groupKey, entry);
-      INVARIANT(handle);
-      return handle;
-    }
+    if (!isEq(entry, groups.entry(groupKey)) || isRefused(groups, groupKey)) handle = groups.entryRef(groupKey, entry);
+    auto weak = groups.entryWeakRef(groupKey);
+    INVARIANT(weak);
+    cache(groupKey, {list.nextHopEntry(), list.serial(), revision, weak});
+    if (handle) return handle;
+    handle = std::move(weak);
   }
   TRACE(1, " Ecmp group already exists for group key= {}", groupKey);
-  return groups.entryWeakRef(groupKey);
+  return handle;
 }
 
-bool UnderlayEcmpProgrammer::isCached(L3AdjIdKey const& groupKey, Vane::NextHopEntryList const& list) const {
-  if (nextHopTableProgrammer()->vxlanUnderlayFloodingHw()) return false;
+NextHopTableProgrammerBase::Handle UnderlayEcmpProgrammer::cachedGroup(L3AdjIdKey const& groupKey,
+                                                                       Vane::NextHopEntryList const& list) const {
+  if (nextHopTableProgrammer()->vxlanUnderlayFloodingHw()) return {};
   auto const found = cached_.find(groupKey);
-  if (found == cached_.end() || found->second.revision != nextHopTableProgrammer()->revision()) return false;
-  if (found->second.serial != list.serial() && found->second.nextHops != list.nextHopEntry()) return false;
-  auto const& groups = *ecmpGroup1Table();
-  auto const& block = groups.entry(groupKey).memberBlockHandle;
-  return block && block->state() != EntryState::failed && !isRefused(groups, groupKey);
+  if (found == cached_.end()) return {};
+  auto const& [nextHops, serial, revision, group] = found->second;
+  if (revision != nextHopTableProgrammer()->revision()) return {};
+  if (serial != list.serial() && nextHops != list.nextHopEntry()) return {};
+  if (group->gone() || group->state() == EntryState::failed) return {};
+  auto const& block = ecmpGroup1Table()->entry(groupKey).memberBlockHandle;
+  return block && block->state() != EntryState::failed ? group : nullptr;
 }
 
 void UnderlayEcmpProgrammer::cache(L3AdjIdKey const& groupKey, Cached&& cached) {

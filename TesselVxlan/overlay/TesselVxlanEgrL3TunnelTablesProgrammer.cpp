@@ -126,7 +126,7 @@ TesselVxlanEgrL3TunnelTablesProgrammer::Handle TesselVxlanEgrL3TunnelTablesProgr
   entry.hdrSelectA = attributes.tunnelHdrSelectA();
   entry.hdrSelectB = attributes.tunnelHdrSelectB();
   entry.writeResponse = HeaderResponse<Table>{table, key};
-  return table->entryRef(key, std::move(entry));
+  return table->entryRef(key, std::move(entry), Asic::Report::atOnce);
 }
 
 }  // namespace TesselVxlan

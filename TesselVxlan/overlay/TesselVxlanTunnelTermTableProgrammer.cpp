@@ -141,7 +141,7 @@ void TesselVxlanTunnelTermTableProgrammer::insertOrUpdateDipEntry(IpGenAddr cons
         TRACE_IN("insertOrUpdateDipEntry", 1, " dip: {} useOuterHeaderPhb: {}", addr,
                  vxlanConfigDir()->outerHeaderPhb());
         entry.writeResponse = DipResponse{table, addr, wordsOf(*table)};
-        table->entryCommit(key, std::move(entry));
+        table->entryCommit(key, std::move(entry), Asic::Report::atOnce);
       });
   if (!valid) INVARIANT(false && "DIP is not a valid ipv4/6 address");
 }
@@ -176,7 +176,7 @@ void TesselVxlanTunnelTermTableProgrammer::insertSipEntry(IpGenAddr const& addr,
         EntryOf<std::remove_cvref_t<decltype(table)>> entry;
         entry.svpHandle = svpHandle;
         entry.writeResponse = SipResponse{table, addr, Asic::rowNumber16(svpHandle)};
-        table->entryCommit(key, std::move(entry));
+        table->entryCommit(key, std::move(entry), Asic::Report::atOnce);
       });
   if (!valid) INVARIANT(false && "SIP is not a valid ipv4/6 address");
 }

@@ -28,8 +28,9 @@ void NestedSm_TunnelIdMap::mapIs(Dovel::Ptr<VtepIpToTnlIdNhIdMap> const& map) {
 }
 
 void NestedSm_TunnelIdMap::entryIs(ConfigEntry const& entry) {
-  if (entry == entry_) return;
+  if (entry && entry == entry_) return;
   entry_ = entry;
+  status_ = nullptr;
   created_ = false;
 }
 
@@ -199,11 +200,12 @@ bool HwTunnelProgrammerBase::isHerEvpnTunnel(Meshal::IpGenAddr const& vtep) cons
   return map && map->tnlKeysHas(Vane::vxlanHerTunnel_);
 }
 
-bool HwTunnelProgrammerBase::isNexthopIdProgrammed(Vane::HwTunnelConfigEntry const& entry,
-                                                   VtepIpToTnlIdNhIdMap const& map) const {
-  if (!map.tnlId().valid()) return true;
-  auto const& status = hwTunnelStatus()->tunnelStatus(entry.tunnelKey());
-  if (status && status->hwTunnelId() == map.tnlId() &&
+bool HwTunnelProgrammerBase::isNexthopIdProgrammed(NestedSm_TunnelIdMap& watcher) const {
+  auto const& tnlId = watcher.map()->tnlId();
+  if (!tnlId.valid() || !watcher.entry()) return true;
+  if (!watcher.status()) watcher.statusIs(hwTunnelStatus()->tunnelStatus(watcher.entry()->tunnelKey()));
+  auto const& status = watcher.status();
+  if (status && status->hwTunnelId() == tnlId &&
       status->hwNextHopStatusEntry().hwNextHopId() == Vane::VaneNextHopId::unprogrammed()) {
     TRACE(1, " nextHopEntryList is null, skip further programming as nextHopId is unprogrammed");
     return false;

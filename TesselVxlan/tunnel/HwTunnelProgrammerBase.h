@@ -65,6 +65,7 @@ class NestedSm_TunnelIdMap final : public Kiln::NotifieeConst {
 
  public:
   using ConfigEntry = Dovel::Ptr<Vane::HwTunnelConfigEntry const>;
+  using StatusEntry = Dovel::Ptr<Vane::HwTunnelStatusEntry>;
 
   NestedSm_TunnelIdMap(Dovel::Ptr<TesselCentral::VtepIpToTnlIdNhIdMap> const& map, HwTunnelProgrammerBase* owner);
 
@@ -78,8 +79,11 @@ class NestedSm_TunnelIdMap final : public Kiln::NotifieeConst {
   /// The configuration whose generation is in force; null if the VTEP has no tunnel of the owner's type, or this
   /// watcher was removed.
   ConfigEntry const& entry() const { return entry_; }
-  /// Puts a configuration in force, not yet created; null ends the tunnel.
+  /// Puts a configuration in force, not yet created and without a status; null ends the tunnel.
   void entryIs(ConfigEntry const& entry);
+  /// The status of the configuration in force; null while it was neither written nor looked for.
+  StatusEntry const& status() const { return status_; }
+  void statusIs(StatusEntry const& status) { status_ = status; }
   /// Whether the configuration in force has its virtual port and the tables behind it. Not inferred from the status:
   /// another tunnel type's port can bring that about, and a failed write can keep it away.
   bool created() const { return created_; }
@@ -99,6 +103,7 @@ class NestedSm_TunnelIdMap final : public Kiln::NotifieeConst {
   Dovel::Ptr<TesselCentral::VtepIpToTnlIdNhIdMap> map_;
   HwTunnelProgrammerBase* owner_;
   ConfigEntry entry_;
+  StatusEntry status_;
   Vane::VaneNextHopId nhId_;
   bool created_ = false;
 };
@@ -262,8 +267,7 @@ class HwTunnelProgrammerBase : public Kiln::Sm {
   /// The outer header's handle; null while it can't be built.
   Handle programEgrL3TunnelTable(Meshal::IpGenAddr const& srcIpAddr, Meshal::IpGenAddr const& dstIpAddr);
   /// False while the status shows that the tunnel's overlay entry failed under its present tunnel id.
-  bool isNexthopIdProgrammed(Vane::HwTunnelConfigEntry const& entry,
-                             TesselCentral::VtepIpToTnlIdNhIdMap const& map) const;
+  bool isNexthopIdProgrammed(NestedSm_TunnelIdMap& watcher) const;
   void handleSipEntry(Meshal::IpGenAddr const& vtepIp, Handle const& vpHandle, bool add);
 
   void deleteTunnelUnderlayTables(TesselCentral::VtepIpToTnlIdNhIdMap& tnlIdMap, Vane::TunnelKey const& tunnelKey);
@@ -271,6 +275,9 @@ class HwTunnelProgrammerBase : public Kiln::Sm {
   /// Removes the status of `key`, unless a subscriber has put the key in force again. Traces `why`.
   void deleteTunnelStatus(Vane::TunnelKey const& key, char const* why);
 
+  /// The status of the configuration in force, which is made if there is none. Null if a subscriber has changed what is
+  /// in force.
+  NestedSm_TunnelIdMap::StatusEntry statusIs(NestedSm_TunnelIdMap& watcher, Vane::TunnelKey const& key);
   void writeNextHopStatus(NestedSm_TunnelIdMap const& watcher, Vane::TunnelKey const& key,
                           Vane::HwTunnelStatusEntry& status);
   void keepUniqueNhId(TesselCentral::VtepIpToTnlIdNhIdMap& map);

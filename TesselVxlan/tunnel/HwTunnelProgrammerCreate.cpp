@@ -44,7 +44,7 @@ bool HwTunnelProgrammerBase::doTunnelCreateCommon(ConfigEntry const& entry) {
   }
   // Before the port: its success is published inside its write, and the status of a new generation would then show the
   // former one's failure.
-  bool const programmable = isNexthopIdProgrammed(*entry, *map);
+  bool const programmable = isNexthopIdProgrammed(*watcher);
   TRACE(1, " egrL3TunnelTableHandle: {} Programming Virtual Port tables for vtep ip: {}", egrL3Handle, vtep);
   auto const vpHandle = virtualPortTableProgrammer()->insertEntry(key, tunnelType(), vtep,
                                                                   vxlanToL2State()->dataPathLearning(), egrL3Handle);
@@ -76,9 +76,9 @@ Dovel::Ptr<NestedSm_TunnelIdMap> HwTunnelProgrammerBase::recordTunnelKey(ConfigE
     vxlanToL2State()->vtepIpToTnlIdNhIdMapIs(key.dst());
     watcher = tunnelIdMap_.at(key.dst());
   }
+  watcher->entryIs(entry);
   watcher->map()->tnlKeysIs(tunnelType(), key);
   if (known) TRACE(1, " Updated New TunnelKey into tnlIdMap ");
-  watcher->entryIs(entry);
   return watcher;
 }
 
@@ -96,12 +96,12 @@ bool HwTunnelProgrammerBase::acceptGeneration(NestedSm_TunnelIdMap& watcher, Con
     } else {
       TRACE(1, " Updating tnlKey with new genId : {}", key.genId());
     }
+    watcher.entryIs(entry);
     map.tnlKeysIs(tunnelType(), key);
     // The status of an earlier generation remains until the new one has its own. One that was replaced meanwhile is
     // not needed for that: it has no status yet, or one that is not complete.
     bool const earlier = hwTunnelStatus()->tunnelStatusHas(map.oldTnlKey(tunnelType()));
     if (!earlier) map.oldTnlKeyIs(tunnelType(), storedKey);
-    watcher.entryIs(entry);
     if (earlier) hwTunnelStatus()->tunnelStatusDel(storedKey);
     return watcher.entry() == entry;
   }

@@ -50,16 +50,24 @@ void HwTunnelProgrammerBase::maybeUpdateHwTunnelIdNhId(Meshal::IpGenAddr const& 
   auto const watcher = tunnelIdMap_.at(vtep);
   auto const map = watcher->map();
   auto const key = map->tnlKeys(tunnelType());
-  auto const inForce = watcher->entry();
-  auto const status = hwTunnelStatus()->tunnelStatusIs(key);
-  auto const isCurrent = [&] { return watcher->entry() == inForce && hwTunnelStatus()->tunnelStatus(key) == status; };
-  if (!isCurrent()) return;
+  auto const status = statusIs(*watcher, key);
+  if (!status) return;
   if (status->hwTunnelId() != map->tnlId()) {
     status->hwTunnelIdIs(map->tnlId());
-    if (!isCurrent()) return;
+    if (watcher->status() != status) return;
   }
   writeNextHopStatus(*watcher, key, *status);
-  if (map->oldTnlKeyHas(tunnelType()) && isCurrent()) endOldGeneration(*map);
+  if (map->oldTnlKeyHas(tunnelType()) && watcher->status() == status) endOldGeneration(*map);
+}
+
+NestedSm_TunnelIdMap::StatusEntry HwTunnelProgrammerBase::statusIs(NestedSm_TunnelIdMap& watcher,
+                                                                   Vane::TunnelKey const& key) {
+  if (watcher.status()) return watcher.status();
+  auto const inForce = watcher.entry();
+  auto const status = hwTunnelStatus()->tunnelStatusIs(key);
+  if (watcher.entry() != inForce || hwTunnelStatus()->tunnelStatus(key) != status) return nullptr;
+  watcher.statusIs(status);
+  return status;
 }
 
 void HwTunnelProgrammerBase::writeNextHopStatus(NestedSm_TunnelIdMap const& watcher, Vane::TunnelKey const& key,
@@ -131,7 +139,7 @@ void HwTunnelProgrammerBase::doUpdateNextHop(ConfigEntry const& entry) {
   auto const vpHandle = virtualPortTableProgrammer()->getEntry(key.dst());
   // The creation that writes the port reads the next hops of that time; an overlay entry written now would have none.
   if (!vpHandle) return TRACE(1, " No virtual port yet for vtepIp: {}", key.dst());
-  if (isNexthopIdProgrammed(*entry, *map)) programTunnelTables(entry, vpHandle);
+  if (isNexthopIdProgrammed(*watcher)) programTunnelTables(entry, vpHandle);
   maybeUpdateHwTunnelStatus(*watcher);
 }
 

@@ -60,41 +60,20 @@ class KeyedStore final : public StoreBase {
   /// passed as an rvalue is moved.
   template <class Entry>
   EntryHandle::PtrConst ref(K const& key, Entry&& entry, Report report) {
-    auto const response = report == Report::atOnce ? responseOf(entry) : WriteResponseFn();
-    auto const [record, isNew] = findOrMake(records_, key, std::forward<Entry>(entry));
-    EntryHandle::PtrConst handle(&record->strong());
-    if (isNew) {
-      allocateRow(*record);
-      firstWrite(*record, report);
-    } else {
-      rewrite(*record, std::forward<Entry>(entry), report);
-    }
-    response(handle->state());
-    return handle;
+    return write(key, std::forward<Entry>(entry), report,
+                 [](Record& record) { return EntryHandle::PtrConst(&record.strong()); });
   }
   /// The same, pinned; the returned handle is weak.
   template <class Entry>
   EntryHandle::PtrConst commit(K const& key, Entry&& entry, Report report) {
-    auto const response = report == Report::atOnce ? responseOf(entry) : WriteResponseFn();
-    auto const [record, isNew] = findOrMake(records_, key, std::forward<Entry>(entry));
-    // The handle is taken first: a former response may remove the entry when it is destroyed.
-    EntryHandle::PtrConst handle(&record->weak());
-    pin(*record);
-    if (isNew) {
-      allocateRow(*record);
-      firstWrite(*record, report);
-    } else {
-      rewrite(*record, std::forward<Entry>(entry), report);
-    }
-    response(handle->state());
-    dropWithoutChip(*record);
+    auto handle = write(key, std::forward<Entry>(entry), report, &weaklyPinned);
+    dropWithoutChip(*handle->record());
     return handle;
   }
   /// The same at a given row.
   EntryHandle::PtrConst commitAt(Index index, K const& key, E const& entry) {
     auto const [record, isNew] = findOrMake(fixed_, key, entry);
-    EntryHandle::PtrConst handle(&record->weak());
-    pin(*record);
+    auto handle = weaklyPinned(*record);
     if (isNew) {
       allocateFixedRow(*record, index);
       firstWrite(*record, Report::later);
@@ -143,6 +122,26 @@ class KeyedStore final : public StoreBase {
     });
   }
 
+  static EntryHandle::PtrConst weaklyPinned(Record& record) {
+    pin(record);
+    return EntryHandle::PtrConst(&record.weak());
+  }
+  /// `hold` makes the returned handle before the write, since a former response may remove the entry when it is
+  /// destroyed.
+  template <class Entry, class Hold>
+  EntryHandle::PtrConst write(K const& key, Entry&& entry, Report report, Hold const& hold) {
+    auto const response = report == Report::atOnce ? responseOf(entry) : WriteResponseFn();
+    auto const [record, isNew] = findOrMake(records_, key, std::forward<Entry>(entry));
+    auto handle = hold(*record);
+    if (isNew) {
+      allocateRow(*record);
+      firstWrite(*record, report);
+    } else {
+      rewrite(*record, std::forward<Entry>(entry), report);
+    }
+    response(handle->state());
+    return handle;
+  }
   void firstWrite(Record& record, Report report) {
     auto response = contentsStored(record);
     finishWrite(record, record.hasRow() ? sendFilled(record) : EntryState::full, response, report);
@@ -162,7 +161,7 @@ class KeyedStore final : public StoreBase {
     return {};
   }
   /// Nothing that is pinned may remain when the chip is gone: nothing would remove it.
-  void dropWithoutChip(Record& record) {
+  void dropWithoutChip(RecordBase& record) {
     if (!hasChip() && record.keyed) [[unlikely]]
       removeKey(record);
   }

@@ -113,7 +113,7 @@ bool StoreBase::releaseRows(RecordBase& record) {
     }
   }
   if (record.fixedRow) fixedRows_.erase(first);
-  if (first >= reserved_) pool_.clearRange(first, count);
+  if (first >= reserved_) count == 1 ? pool_.clearBit(first) : pool_.clearRange(first, count);
   used_ -= count;
   return true;
 }

@@ -48,9 +48,15 @@ class PlaceIndex {
   void remove(Place place) {
     auto* link = &first_[chainOf(links_[place].hash)];
     while (*link != place) link = &links_[*link].next;
-    *link = links_[place].next;
-    links_[place].next = std::exchange(unused_, place) | kUnused;
-    --size_;
+    unlink(*link);
+  }
+  /// Removes the place that `find` would find, which it returns.
+  template <class IsWanted>
+  Place take(std::uint32_t hash, IsWanted const& isWanted) {
+    if (size_ == 0) return none;
+    auto* link = &first_[chainOf(hash)];
+    while (*link != none && !(links_[*link].hash == hash && isWanted(*link))) link = &links_[*link].next;
+    return *link == none ? none : unlink(*link);
   }
   void clear() { *this = {}; }
 
@@ -64,6 +70,14 @@ class PlaceIndex {
   };
 
   std::size_t chainOf(std::uint32_t hash) const { return hash & (places_ - 1); }
+  /// `link` is the chain's link to the place that is removed.
+  Place unlink(Place& link) {
+    auto const place = link;
+    link = links_[place].next;
+    links_[place].next = std::exchange(unused_, place) | kUnused;
+    --size_;
+    return place;
+  }
   void link(Place place, std::uint32_t hash) {
     auto& first = first_[chainOf(hash)];
     links_[place] = {hash, first};

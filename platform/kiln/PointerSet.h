@@ -48,9 +48,13 @@ class PointerSet {
   }
   /// Removes the pointer of `key` and returns it; null if there is none.
   Pointer take(Key const& key) {
-    auto const place = placeOf(key);
-    if (place == PlaceIndex::none) return Pointer{};
-    index_.remove(place);
+    auto place = last_;
+    if (isLast(key)) {
+      index_.remove(place);
+    } else {
+      place = index_.take(hashOf(key), [&](Place at) { return isAt(at, key); });
+      if (place == PlaceIndex::none) return Pointer{};
+    }
     last_ = PlaceIndex::none;
     return std::exchange(pointers_[place], Pointer{});
   }
