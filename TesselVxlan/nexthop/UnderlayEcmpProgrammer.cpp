@@ -47,12 +47,13 @@ NextHopTableProgrammerBase::Handle UnderlayEcmpProgrammer::insertEntry(
     entry.memberBlockHandle = memberBlock(*tunnelConfigEntry, members);
     if (!entry.memberBlockHandle) return {};
     entry.lastMemberIndex = static_cast<std::uint16_t>(members - 1);
-    if (!isEq(entry, groups.entry(groupKey)) || isRefused(groups, groupKey)) handle = groups.entryRef(groupKey, entry);
-    auto weak = groups.entryWeakRef(groupKey);
-    INVARIANT(weak);
-    cache(groupKey, {list.nextHopEntry(), list.serial(), revision, weak});
-    if (handle) return handle;
-    handle = std::move(weak);
+    cache(groupKey, {list.nextHopEntry(), list.serial(), revision});
+    if (!isEq(entry, groups.entry(groupKey)) || isRefused(groups, groupKey)) {
+      handle = groups.entryRef(groupKey, entry);
+      INVARIANT(handle);
+      return handle;
+    }
+    handle = groups.entryWeakRef(groupKey);
   }
   TRACE(1, " Ecmp group already exists for group key= {}", groupKey);
   return handle;
@@ -63,10 +64,11 @@ NextHopTableProgrammerBase::Handle UnderlayEcmpProgrammer::cachedGroup(L3AdjIdKe
   if (nextHopTableProgrammer()->vxlanUnderlayFloodingHw()) return {};
   auto const found = cached_.find(groupKey);
   if (found == cached_.end()) return {};
-  auto const& [nextHops, serial, revision, group] = found->second;
+  auto const& [nextHops, serial, revision] = found->second;
   if (revision != nextHopTableProgrammer()->revision()) return {};
   if (serial != list.serial() && nextHops != list.nextHopEntry()) return {};
-  if (group->gone() || group->state() == EntryState::failed) return {};
+  auto group = ecmpGroup1Table()->entryWeakRef(groupKey);
+  if (!group || group->state() == EntryState::failed) return {};
   auto const& block = ecmpGroup1Table()->entry(groupKey).memberBlockHandle;
   return block && block->state() != EntryState::failed ? group : nullptr;
 }

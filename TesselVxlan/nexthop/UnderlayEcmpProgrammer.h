@@ -44,10 +44,10 @@ class UnderlayEcmpProgrammer final : public NextHopTableProgrammerBase {
     Vane::NextHopEntrySet nextHops;
     std::uint64_t serial = 0;  ///< Of the list they were read from, which is compared first.
     std::uint64_t revision = 0;
-    Handle group;  ///< Weak.
   };
 
-  /// The group, if it was built from exactly these next hops and none of their rows has changed since, else null.
+  /// A weak handle of the group, if it was built from exactly these next hops and none of their rows has changed since,
+  /// else null.
   Handle cachedGroup(TesselL3Common::L3AdjIdKey const& groupKey, Vane::NextHopEntryList const& list) const;
   void cache(TesselL3Common::L3AdjIdKey const& groupKey, Cached&& cached);
   /// The block of the resolved next hops; null if one can't be programmed. Counts them in `members`.

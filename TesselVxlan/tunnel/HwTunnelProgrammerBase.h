@@ -277,9 +277,8 @@ class HwTunnelProgrammerBase : public Kiln::Sm {
 
   /// The status of the configuration in force, which is made if there is none. Null if a subscriber has changed what is
   /// in force.
-  NestedSm_TunnelIdMap::StatusEntry statusIs(NestedSm_TunnelIdMap& watcher, Vane::TunnelKey const& key);
-  void writeNextHopStatus(NestedSm_TunnelIdMap const& watcher, Vane::TunnelKey const& key,
-                          Vane::HwTunnelStatusEntry& status);
+  NestedSm_TunnelIdMap::StatusEntry statusIs(NestedSm_TunnelIdMap& watcher);
+  void writeNextHopStatus(NestedSm_TunnelIdMap const& watcher, Vane::HwTunnelStatusEntry& status);
   void keepUniqueNhId(TesselCentral::VtepIpToTnlIdNhIdMap& map);
   /// REQUIRES: the record has a key that was replaced.
   void endOldGeneration(TesselCentral::VtepIpToTnlIdNhIdMap& map);

@@ -49,20 +49,19 @@ void HwTunnelProgrammerBase::maybeUpdateHwTunnelStatus(NestedSm_TunnelIdMap& wat
 void HwTunnelProgrammerBase::maybeUpdateHwTunnelIdNhId(Meshal::IpGenAddr const& vtep) {
   auto const watcher = tunnelIdMap_.at(vtep);
   auto const map = watcher->map();
-  auto const key = map->tnlKeys(tunnelType());
-  auto const status = statusIs(*watcher, key);
+  auto const status = statusIs(*watcher);
   if (!status) return;
   if (status->hwTunnelId() != map->tnlId()) {
     status->hwTunnelIdIs(map->tnlId());
     if (watcher->status() != status) return;
   }
-  writeNextHopStatus(*watcher, key, *status);
+  writeNextHopStatus(*watcher, *status);
   if (map->oldTnlKeyHas(tunnelType()) && watcher->status() == status) endOldGeneration(*map);
 }
 
-NestedSm_TunnelIdMap::StatusEntry HwTunnelProgrammerBase::statusIs(NestedSm_TunnelIdMap& watcher,
-                                                                   Vane::TunnelKey const& key) {
+NestedSm_TunnelIdMap::StatusEntry HwTunnelProgrammerBase::statusIs(NestedSm_TunnelIdMap& watcher) {
   if (watcher.status()) return watcher.status();
+  auto const key = watcher.map()->tnlKeys(tunnelType());
   auto const inForce = watcher.entry();
   auto const status = hwTunnelStatus()->tunnelStatusIs(key);
   if (watcher.entry() != inForce || hwTunnelStatus()->tunnelStatus(key) != status) return nullptr;
@@ -70,12 +69,12 @@ NestedSm_TunnelIdMap::StatusEntry HwTunnelProgrammerBase::statusIs(NestedSm_Tunn
   return status;
 }
 
-void HwTunnelProgrammerBase::writeNextHopStatus(NestedSm_TunnelIdMap const& watcher, Vane::TunnelKey const& key,
+void HwTunnelProgrammerBase::writeNextHopStatus(NestedSm_TunnelIdMap const& watcher,
                                                 Vane::HwTunnelStatusEntry& status) {
   auto& map = *watcher.map();
-  auto config = watcher.entry();
+  auto const* config = watcher.entry().get();
   // None is in force at a record that replaced another.
-  if (!config) config = hwTunnelConfig()->hwTunnelConfigList(key);
+  if (!config) config = hwTunnelConfig()->hwTunnelConfigList(map.tnlKeys(tunnelType())).get();
   auto nhId = Vane::VaneNextHopId(map.tnlId().value());
   switch (tunnelType()) {
     case Vane::vxlanTunnel_:
@@ -130,11 +129,10 @@ void HwTunnelProgrammerBase::doUpdateNextHop(ConfigEntry const& entry) {
   auto const& key = entry->tunnelKey();
   auto const watcher = tunnelIdMap_.at(key.dst());
   if (!watcher) return TRACE(1, " Skipping as tnlIdMap is not present ");
-  auto const map = watcher->map();
-  if (map->tnlKeysHas(tunnelType()) && !acceptGeneration(*watcher, entry, Event::nextHop)) return;
+  if (watcher->map()->tnlKeysHas(tunnelType()) && !acceptGeneration(*watcher, entry, Event::nextHop)) return;
   if (auto const& list = entry->nextHopEntryList()) {
     TRACE(1, " updating AdjId tnlIdMap to : {}", list->adjId());
-    map->adjIdIs(list->adjId());
+    watcher->map()->adjIdIs(list->adjId());
   }
   auto const vpHandle = virtualPortTableProgrammer()->getEntry(key.dst());
   // The creation that writes the port reads the next hops of that time; an overlay entry written now would have none.
