@@ -23,20 +23,6 @@ class Outcomes : public InBothModes {
 };
 INSTANTIATE_TEST_SUITE_P(Modes, Outcomes, kModes, modeName);
 
-TEST_P(Outcomes, ComeInTheOrderOfTheWrites) {
-  user(1, "a");
-  leaf(1, "b");
-  user(2, "c");
-  user(1, "d", 7);
-  ASSERT_TRUE(world.chip->deliverOne());
-  EXPECT_EQ(world.log, "a:3 ");
-  EXPECT_EQ(world.user->entryWeakRef(1)->state(),
-            GetParam() == Completion::direct ? EntryState::written : EntryState::inProgress)
-      << "a newer write is under way";
-  EXPECT_EQ(world.take(), "a:3 b:3 c:3 d:3 ");
-  EXPECT_FALSE(world.chip->deliverOne());
-}
-
 TEST_P(Outcomes, ManyAreDeliveredOneByOneWhileOthersAreAdded) {
   std::string expected;
   for (std::uint32_t n = 0; n < 900; ++n) {

@@ -48,20 +48,6 @@ TEST_P(Handles, StoredHandleIsAReferenceWhicheverKindItWas) {
   EXPECT_EQ(world.leaf->entrys() + world.members->entryBlocks(), 0U) << "a chain goes with its first link";
 }
 
-TEST_P(Handles, BlockIsKnownByItsContents) {
-  auto const one = world.leafRef(1);
-  auto const two = world.leafRef(2);
-  auto const block = world.block({one, two});
-  auto const writes = world.chip->writes();
-  EXPECT_TRUE(sameEntry(block, world.block({world.leaf->entryWeakRef(1), two})));
-  EXPECT_EQ(world.chip->writes(), writes);
-  EXPECT_FALSE(sameEntry(block, world.block({two, one})));
-  EXPECT_FALSE(sameEntry(block, world.block({one})));
-  EXPECT_EQ(world.members->entryBlocks(), 1U) << "a block without a reference is removed";
-  EXPECT_EQ(world.sim->field("MemberTable", block->row()->value() + 1, "target"), two->row()->value());
-  EXPECT_EQ(block->keyText(), "[1, 2]");
-}
-
 TEST_P(Handles, TablesOfOneClassAndUnitShareTheirEntries) {
   auto const other = Dovel::make<LeafTable>("other");
   other->doInit(Asic::kSharedUnit, nullptr, Asic::ChipInfo(world.chip));
@@ -103,6 +89,49 @@ TEST_P(Handles, MayOutliveTheChipAndBeWrittenInVain) {
   }
   EXPECT_EQ(world.leaf->entrys() + world.user->entrys() + world.slot->entrys(), 0U);
   EXPECT_LT(Dovel::Node::aliveCount(), nodes);
+}
+
+TEST_P(Handles, RewriteKeepsRowAndHandlesAndSendsChangesOnly) {
+  auto const write = [this](std::uint32_t number, std::string const& name) {
+    UserEntry entry;
+    entry.number = number;
+    entry.writeResponse = world.note(name);
+    return world.user->entryCommit(2, entry);
+  };
+  auto const handle = write(7, "a");
+  auto const row = handle->row();
+  EXPECT_EQ(world.log, "") << "a response never runs inside a write";
+  EXPECT_EQ(world.take(), "a:3 ");
+  auto const first = world.chip->writes();
+  write(7, "same");
+  EXPECT_EQ(world.chip->writes(), first);
+  write(8, "other");
+  EXPECT_EQ(world.chip->writes(), first + 1);
+  EXPECT_EQ(world.take(), "same:3 other:3 ");
+  EXPECT_TRUE(row && handle->row() == row && sameEntry(handle, world.user->entryWeakRef(2)));
+  world.sim->refuseNth(1, EntryState::failed);
+  write(9, "b");
+  EXPECT_EQ(world.take(), "b:4 ");
+  write(9, "c");
+  EXPECT_EQ(world.take(), "c:3 ") << "what was refused is sent again";
+}
+
+TEST_P(Handles, FixedRowIsBesideTheOrdinaryEntryOfItsKey) {
+  auto& table = *world.user;
+  auto const ordinary = table.entryCommit(51, {});
+  EXPECT_GE(ordinary->row(), Index(UserTable::reservedRows));
+  auto const fixed = table.entryWriteAtIndex(Index(0), 51, {});
+  EXPECT_FALSE(sameEntry(ordinary, fixed));
+  table.entryRemove(51);
+  EXPECT_TRUE(ordinary->gone());
+  // Again while the former is still used: it keeps the number, the new entry has the row.
+  world.userOf(9, fixed);
+  table.entryRemove(51);
+  EXPECT_EQ(table.entryWriteAtIndex(Index(0), 51, {})->row(), Index(0));
+  EXPECT_EQ(fixed->row(), Index(0));
+  table.entryRemove(9);
+  EXPECT_TRUE(fixed->gone());
+  EXPECT_EQ(table.index(51), Index(0));
 }
 
 TEST_P(Handles, TextsNameTables) {

@@ -6,7 +6,6 @@
 #include "platform/stateway/EntityManager.h"
 #include "platform/tessel/features/ChipAttributes.h"
 #include "platform/tessel/features/TesselChipAttributesVxlan.h"
-#include "platform/tessel/features/TesselSbrAttributes.h"
 #include "platform/tessel/tables/EcmpMember1Table.h"
 #include "platform/tessel/tables/L2TunnelTermTables.h"
 #include "platform/tessel/tables/L3NextHop1Table.h"
@@ -25,16 +24,6 @@ std::string faultOf(std::string_view json) {
     return error.what();
   }
   return "none";
-}
-
-TEST(Profiles, BuiltInOnesLoad) {
-  for (auto const name : Asic::profileNames()) {
-    auto const profile = Asic::loadProfile(std::string(name));
-    EXPECT_EQ(profile->name(), name);
-    EXPECT_TRUE(profile->feature<TesselChipAttributesVxlan>());
-    EXPECT_TRUE(profile->feature<TesselTile::TesselSbrAttributes>()->sbrCode(18));
-  }
-  EXPECT_THAT(Asic::profileNames(), testing::UnorderedElementsAre("cascaded", "compact", "flat", "tiny"));
 }
 
 TEST(Profiles, TableIsThereIfAndOnlyIfItHasRows) {

@@ -136,20 +136,6 @@ TEST_P(Queue, GroupThatChangesKeepsItsPlace) {
   EXPECT_EQ(rowsOf(4), "6+1");
 }
 
-TEST_P(Queue, GroupThatWaitsKeepsItsPlaceToo) {
-  group(1, 16, 100);
-  group(2, 10, 200);
-  group(3, 4, 300);
-  group(2, 12, 200);
-  group(4, 2, 400);
-  group(1, 4, 100);
-  EXPECT_EQ(rowsOf(2), "4+12");
-  EXPECT_EQ(rowsOf(3), "none");
-  group(2, 20, 200);
-  EXPECT_EQ(rowsOf(3), "4+4") << "a group that no table can hold steps aside";
-  EXPECT_EQ(rowsOf(4), "8+2");
-}
-
 TEST_P(Queue, BlockThatTheChipRefusedIsSentAgainWithTheNextReference) {
   world.sim->refuseNth(2, EntryState::failed);
   auto const first = block(3, 10);

@@ -3,8 +3,8 @@
 #include <boost/preprocessor.hpp>
 #include <fstream>
 
-#include "platform/kiln/AttributeDefinitions.h"
 #include "tests/frame/FrameWorld.h"
+#include "tests/support/Watch.h"
 
 namespace FrameTest {
 
@@ -24,24 +24,6 @@ void expectWritten(std::string const& file, std::string const& text) {
   std::ifstream in(TESSEL_SOURCE_DIR "/tests/data/frame/" + file);
   EXPECT_EQ(text, std::string(std::istreambuf_iterator<char>(in), {}));
 }
-
-/// Notes the attributes of the wrapper as they change.
-class Order final : public Kiln::Sm {
-  KILN_BASE_TYPE(Order)
-
- public:
-  explicit Order(Wrapper& wrapper) : wrapper_(*this, &wrapper, Kiln::SubscribeOnly{}) {}
-  std::string text;
-
- private:
-  void wrapperDispatch(Dovel::Change const& change) {
-    for (auto const& attribute : wrapper_->typeData().ownAttributes()) {
-      if (attribute.id == change.id) text.append(attribute.name).append("\n");
-    }
-  }
-  Kiln::Watch<Wrapper, &Order::wrapperDispatch> wrapper_;
-};
-KILN_DESCRIBE(Order)
 
 /// A world whose feature runs, with everything that a capability can add.
 class Bindings : public testing::Test {
@@ -95,10 +77,14 @@ class Bindings : public testing::Test {
  private:
   Wrapper& started() {
     world.mountsComplete().capabilitiesAre(true, true);
-    auto const changes = Dovel::make<Order>(world.wrapper());
+    auto& wrapper = world.wrapper();
+    Support::Watch const watch(wrapper, [&](Dovel::Change const& change) {
+      for (auto const& attribute : wrapper.typeData().ownAttributes()) {
+        if (attribute.id == change.id) order.append(attribute.name).append("\n");
+      }
+    });
     world.start().tunnelSmIsReady();
-    order = changes->text;
-    return world.wrapper();
+    return wrapper;
   }
 };
 

@@ -1,8 +1,8 @@
 #include <functional>
 
-#include "platform/kiln/AttributeDefinitions.h"
 #include "platform/kiln/Trace.h"
 #include "tests/frame/FrameWorld.h"
+#include "tests/support/Watch.h"
 
 namespace FrameTest {
 
@@ -16,21 +16,6 @@ using State = TesselL3Common::TesselVxlanState;
 using Wrapper = TesselVxlan::TesselVxlanMounterSmWrapper;
 
 constexpr char const* everything = "vti unicast member multicast ";
-
-/// Acts on each change of the shared state.
-class Listener final : public Kiln::Sm {
-  KILN_BASE_TYPE(Listener)
-
- public:
-  Listener(FrameWorld const& world, std::function<void(State const&, std::uint16_t)> act)
-      : act_(std::move(act)), state_(*this, world.local<State>(Host::kVxlanStatePath), Kiln::SubscribeOnly{}) {}
-
- private:
-  void stateDispatch(Dovel::Change const& change) { act_(*state_.operator->(), change.id); }
-  std::function<void(State const&, std::uint16_t)> act_;
-  Kiln::Watch<State, &Listener::stateDispatch> state_;
-};
-KILN_DESCRIBE(Listener)
 
 TEST(Gates, theOneThatOpensLastStartsTheFeature) {
   std::string rows[2];
@@ -61,8 +46,8 @@ TEST(Gates, startNothingTwice) {
   FrameWorld world;
   world.mountsComplete().tunnelWanted().start();
   auto const boot = world.local<Boot>(Host::kBootStatusPath);
-  auto const restless = Dovel::make<Listener>(world, [&](State const&, std::uint16_t id) {
-    if (id != State::localVtepId) return;
+  Support::Watch const restless(*world.local<State>(Host::kVxlanStatePath), [&](Dovel::Change const& change) {
+    if (change.id != State::localVtepId) return;
     boot->vaneTunnelSmReadyIs(false);
     boot->vaneTunnelSmReadyIs(true);
   });
@@ -194,12 +179,12 @@ TEST(Wrapper, followsTheTrustStatusOfTheSlice) {
 TEST(Wrapper, setsTheFlagsOfTheFixedRowsInOrder) {
   FrameWorld world;
   world.mountsComplete();
-  world.stores().local->doMount<State>(std::string(Host::kVxlanStatePath));
+  auto const state = world.stores().local->doMount<State>(std::string(Host::kVxlanStatePath));
   std::string seen;
-  auto const flags = Dovel::make<Listener>(world, [&](State const& state, std::uint16_t id) {
-    if (id == State::nextHop2DefaultInitId) seen += state.nextHop2DefaultInit() ? "nextHop2+ " : "nextHop2- ";
-    if (id == State::egrL3TunnelDefaultInitId) seen += state.egrL3TunnelDefaultInit() ? "header+ " : "header- ";
-    if (id == State::vpDefaultInitId) seen += state.vpDefaultInit() ? "ports+ " : "ports- ";
+  Support::Watch const flags(*state, [&](Dovel::Change const& change) {
+    if (change.id == State::nextHop2DefaultInitId) seen += state->nextHop2DefaultInit() ? "nextHop2+ " : "nextHop2- ";
+    if (change.id == State::egrL3TunnelDefaultInitId) seen += state->egrL3TunnelDefaultInit() ? "header+ " : "header- ";
+    if (change.id == State::vpDefaultInitId) seen += state->vpDefaultInit() ? "ports+ " : "ports- ";
   });
   world.start();
   EXPECT_EQ(std::exchange(seen, ""), "nextHop2+ header+ ports+ ");

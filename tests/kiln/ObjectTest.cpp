@@ -13,6 +13,7 @@
 #include "platform/kiln/Json.h"
 #include "platform/kiln/Sm.h"
 #include "platform/meshal/IpGenAddr.h"
+#include "tests/support/Watch.h"
 
 namespace ObjectTest {
 
@@ -236,25 +237,6 @@ TEST_F(Objects, AnInactiveOwnerListensLaterAndAZombieNever) {
   EXPECT_TRUE(site->publisher()->empty());
 }
 
-/// Records the changes of an object without holding it, and does what the test wants at the first.
-class Listener final : public Dovel::Subscriber {
- public:
-  Listener(Dovel::Node const& node, std::string& log, std::function<void()> first)
-      : Subscriber([](Subscriber& self, Dovel::Change const& c) { static_cast<Listener&>(self).hear(c); }),
-        log_(log),
-        first_(std::move(first)) {
-    node.publisher()->subscriberAdd(*this);
-  }
-
- private:
-  void hear(Dovel::Change const& change) {
-    log_ += textOf(change);
-    if (auto const act = std::exchange(first_, nullptr)) act();
-  }
-  std::string& log_;
-  std::function<void()> first_;
-};
-
 // The last reference to an object is released by a subscriber to it, or by the end of an object that a mutator replaces
 // or removes: the mutator publishes all that it changes, and the object is deleted when the mutator has returned.
 TEST(HostileSubscriber, MayReleaseTheObjectThatChanges) {
@@ -286,7 +268,11 @@ TEST(HostileSubscriber, MayReleaseTheObjectThatChanges) {
       site->peerIs(Dovel::make<Host>(4U));
       prepare(*site);
       site->parting.action = [&log] { log += "deleted "; };
-      Listener const listener(*site, log, bySubscriber ? std::function<void()>(release) : nullptr);
+      bool first = bySubscriber;
+      Support::Watch const watch(*site, [&](Dovel::Change const& change) {
+        log += textOf(change);
+        if (std::exchange(first, false)) release();
+      });
       if (!bySubscriber) site->peer()->parting.action = site->host(1)->parting.action = release;
       act(*site);
       release();
@@ -495,12 +481,12 @@ TEST_F(Objects, ADirectoryMakesItsChildrenByType) {
   for (auto const* path : {"", "c", "a/b", "d/c", "d/", "/a"}) EXPECT_EQ(dir->child(path), nullptr) << path;
   dir->childIs("x", Dovel::make<Site>("x"));
   dir->child<Site>("x")->parting.action = [&] { log += dir->child("x") ? "present " : "absent "; };
-  auto listener = std::make_optional<Listener>(*dir, log, nullptr);
+  auto watch = std::make_optional<Support::Watch>(*dir, [&](Dovel::Change const& change) { log += textOf(change); });
   for (int i = 0; i < 2; ++i) dir->childIs("x", inner);
   for (auto const* name : {"x", "a", "x"}) dir->childDel(name);
   auto const change = std::to_string(Kiln::Dir::entityId - 0x100) + " ";
   EXPECT_EQ(said(), change + "present " + change + change) << "the new child is found while the former ends";
-  listener.reset();
+  watch.reset();
   EXPECT_THAT(json(*dir), testing::StartsWith(R"({"entity":{"d":{")"));
   EXPECT_THAT(read(*dir, R"({"entity":{}})"), testing::StartsWith("/entity {}: attribute that can't be written"));
 }

@@ -1,83 +1,26 @@
 #include "tests/laws/DirectTunnels.h"
 
-#include <fmt/format.h>
-
-#include "platform/kiln/AttributeDefinitions.h"
-
 namespace AgentTest {
 
 using Vane::TunnelKey;
-
-/// Calls back for each change of a node.
-class DirectTunnels::Watch final : public Kiln::NotifieeConst {
-  KILN_BASE_TYPE(Watch)
-
- public:
-  Watch(Dovel::Ptr<Dovel::Node const> const& node, std::function<void(Dovel::Change const&)> changed)
-      : changed_(std::move(changed)) {
-    notifierIs(node);
-    isRegisteredNotifieeIs(true);
-  }
-  void end() {
-    changed_ = nullptr;
-    notifierIs(nullptr);
-  }
-
- protected:
-  void onAttribute(Dovel::Change const& change) override {
-    // What is called may end this watch.
-    Dovel::Ptr<Watch> const self(this);
-    auto const changed = changed_;
-    if (changed) changed(change);
-  }
-
- private:
-  std::function<void(Dovel::Change const&)> changed_;
-};
-KILN_DESCRIBE(DirectTunnels::Watch)
-
-namespace {
-
-Dovel::Ptr<Vane::NextHopEntryList> listOfHops(std::uint32_t adjId, Hops const& hops) {
-  Vane::NextHopEntrySet set;
-  for (auto const& hop : hops) {
-    Vane::NextHopEntry entry;
-    entry.typeIs(hop.resolved ? Vane::nextHopResolved : Vane::nextHopUnresolved);
-    entry.addrIs(Meshal::IpGenAddr(fmt::format("10.1.{}.1", hop.uplink)));
-    if (hop.resolved) entry.ethAddrIs(Meshal::EthAddr(0x020000000000 + hop.uplink));
-    entry.l2IntfIs(Meshal::IntfId(portOf(hop)));
-    entry.l3IntfIs(Meshal::IntfId(fmt::format("Vlan{}", 100 + hop.uplink)));
-    set.insert(entry);
-  }
-  return Dovel::make<Vane::NextHopEntryList>(adjId, set);
-}
-
-}  // namespace
 
 DirectTunnels::DirectTunnels(Host::Agent& agent, Vane::TunnelType type, Wish const& wish, Notified notified)
     : agent_(agent), type_(type), wish_(wish), notified_(std::move(notified)) {
   bind();
 }
 
-DirectTunnels::~DirectTunnels() {
-  statuses_->end();
-  for (auto const& [key, watch] : entries_) watch->end();
-}
-
 void DirectTunnels::bind() {
   config().hwInitIs(1);
-  statuses_ = Dovel::make<Watch>(agent_.hwTunnelStatus(type_), [this](Dovel::Change const& change) {
+  statuses_.emplace(*agent_.hwTunnelStatus(type_), [this](Dovel::Change const& change) {
     if (change.id == Vane::HwTunnelStatus::tunnelStatusId) statusChanged(change.keyAs<TunnelKey>());
   });
 }
 
 void DirectTunnels::statusChanged(TunnelKey const& key) {
-  auto const entry = agent_.hwTunnelStatus(type_)->tunnelStatus(key);
   auto const vtep = Kiln::toText(key.dst());
-  auto& watch = entries_[key];
-  if (watch) watch->end();
-  watch = entry ? Dovel::make<Watch>(entry, [this, vtep](Dovel::Change const&) { notified_(vtep); }) : nullptr;
-  if (!entry) entries_.erase(key);
+  entries_.erase(key);
+  if (auto const entry = agent_.hwTunnelStatus(type_)->tunnelStatus(key))
+    entries_.try_emplace(key, *entry, [this, vtep](Dovel::Change const&) { notified_(vtep); });
   notified_(vtep);
 }
 
@@ -188,8 +131,6 @@ void DirectTunnels::activeIs(Present& present, Vane::VaneNextHopId nhId) {
 }
 
 void DirectTunnels::restarted() {
-  statuses_->end();
-  for (auto const& [key, watch] : entries_) watch->end();
   entries_.clear();
   present_.clear();
   bind();
@@ -202,7 +143,7 @@ DirectTunnels::ListPtr DirectTunnels::listOf(std::optional<std::uint32_t> adjId)
   auto& [hops, list] = lists_[*adjId];
   if (!list || hops != found->second) {
     hops = found->second;
-    list = listOfHops(*adjId, hops);
+    list = Dovel::make<Vane::NextHopEntryList>(*adjId, entriesOf(hops));
   }
   return list;
 }

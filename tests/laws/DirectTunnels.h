@@ -2,8 +2,8 @@
 
 #include <functional>
 
-#include "platform/kiln/Sm.h"
 #include "tests/support/AgentWorld.h"
+#include "tests/support/Watch.h"
 
 namespace AgentTest {
 
@@ -18,9 +18,7 @@ class DirectTunnels {
 
   /// `notified` is called on the stack of each notification of a status.
   DirectTunnels(Host::Agent& agent, Vane::TunnelType type, Wish const& wish, Notified notified);
-  ~DirectTunnels();
   DirectTunnels(DirectTunnels const&) = delete;
-  DirectTunnels& operator=(DirectTunnels const&) = delete;
 
   /// Makes all tunnels what the wish says.
   void sync();
@@ -43,7 +41,6 @@ class DirectTunnels {
     std::vector<Vane::TunnelKey> formers;
     Vane::VaneNextHopId active;
   };
-  class Watch;
   using ListPtr = Dovel::Ptr<Vane::NextHopEntryList>;
 
   Vane::HwTunnelConfig& config() const { return *agent_.hwTunnelConfig(type_); }
@@ -64,8 +61,8 @@ class DirectTunnels {
   std::map<std::string, Vane::TunnelKey> last_;
   std::uint64_t lastGenId_ = 0;
   std::map<std::uint32_t, std::pair<Hops, ListPtr>> lists_;
-  Dovel::Ptr<Watch> statuses_;
-  std::map<Vane::TunnelKey, Dovel::Ptr<Watch>> entries_;
+  std::optional<Support::Watch> statuses_;
+  std::map<Vane::TunnelKey, Support::Watch> entries_;
 };
 
 }  // namespace AgentTest

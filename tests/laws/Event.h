@@ -17,9 +17,6 @@ struct Event {
     over,        ///< Over adjacency n; 0: without a route.
     generation,  ///< A new configuration.
     gone,
-    formerHops,  ///< A former generation, late, gets adjacency n.
-    formersGone,
-    react,  ///< From inside notification m of its status from now on: `Reaction` n.
     // Of the switch.
     adjacency,  ///< Number n gets `hops`.
     noAdjacency,
@@ -32,6 +29,10 @@ struct Event {
     dscp,
     tos,
     vti,  ///< 0: the interface is removed.
+    // Of a tunnel that the test itself writes.
+    formerHops,  ///< A former generation, late, gets adjacency n.
+    formersGone,
+    react,  ///< From inside notification m of its status from now on: `Reaction` n.
     // Of chip and process.
     hold,     ///< Completions of table n are held back.
     holdAll,  ///< Those of all tables.

@@ -49,7 +49,7 @@ class Writer {
     Event event{.kind = kinds_[below(static_cast<std::uint32_t>(kinds_.size()))]};
     event.vtep = ipv6_ && oneIn(4) ? 102 + below(2) : 2 + below(vteps);
     event.type = bothTypes_ && oneIn(3) ? member : unicast;
-    event.more = event.kind < Event::hold && event.kind != Event::react && oneIn(5);
+    event.more = event.kind < Event::react && oneIn(5);
     fill(event);
     return event;
   }
@@ -59,58 +59,24 @@ class Writer {
   bool oneIn(std::uint32_t n) { return below(n) == 0; }
 
   void fill(Event& event) {
-    switch (event.kind) {
-      case Event::over:
-      case Event::formerHops:
-        event.n = oneIn(8) ? 0 : 1 + below(adjacencies);
-        return;
-      case Event::generation:
-        event.n = ++lastGenId_;
-        return;
-      case Event::react:
-        event.n = below(Event::reactions);
-        event.m = 1 + below(4);
-        return;
-      case Event::adjacency:
-        event.hops = someHops();
-        [[fallthrough]];
-      case Event::noAdjacency:
-        event.n = 1 + below(adjacencies);
-        return;
-      case Event::source:
-      case Event::source6:
-        event.n = oneIn(4) ? 0 : 101 + below(3);
-        return;
-      case Event::udpPort:
-        event.n = oneIn(3) ? 0 : 4789 + below(2);
-        return;
-      case Event::mlag:
-        event.n = oneIn(3) ? 0 : 101 + below(3);
-        event.m = oneIn(2) ? 0 : 101 + below(3);
-        return;
-      case Event::sourcePorts:
-        event.n = oneIn(2) ? 0 : 49152 + below(2);
-        return;
-      case Event::tos:
-        event.n = below(4);
-        return;
-      case Event::hold:
-        event.n = below(std::size(kHeldTables));
-        return;
-      case Event::deliver:
-        event.n = 1 + below(3);
-        return;
-      case Event::refuseTable:
-        event.n = below(std::size(kRefusingTables));
-        event.m = 4 + below(2);
-        return;
-      case Event::refuseNth:
-        event.n = 1 + below(8);
-        event.m = 4 + below(2);
-        return;
-      default:
-        event.n = below(2);
-    }
+    auto const& [n, m] = std::tie(event.n, event.m);
+    auto const is = [&](auto... kinds) { return ((event.kind == kinds) || ...); };
+    if (is(Event::over, Event::formerHops)) n = oneIn(8) ? 0 : 1 + below(adjacencies);
+    if (is(Event::generation)) n = ++lastGenId_;
+    if (is(Event::react)) n = below(Event::reactions), m = 1 + below(4);
+    if (is(Event::adjacency)) event.hops = someHops();
+    if (is(Event::adjacency, Event::noAdjacency)) n = 1 + below(adjacencies);
+    if (is(Event::source, Event::source6)) n = oneIn(4) ? 0 : 101 + below(3);
+    if (is(Event::udpPort)) n = oneIn(3) ? 0 : 4789 + below(2);
+    if (is(Event::mlag)) n = oneIn(3) ? 0 : 101 + below(3), m = oneIn(2) ? 0 : 101 + below(3);
+    if (is(Event::sourcePorts)) n = oneIn(2) ? 0 : 49152 + below(2);
+    if (is(Event::tos)) n = below(4);
+    if (is(Event::learning, Event::dscp, Event::vti)) n = below(2);
+    if (is(Event::hold)) n = below(std::size(kHeldTables));
+    if (is(Event::deliver)) n = 1 + below(3);
+    if (is(Event::refuseTable)) n = below(std::size(kRefusingTables));
+    if (is(Event::refuseNth)) n = 1 + below(8);
+    if (is(Event::refuseTable, Event::refuseNth)) m = 4 + below(2);
   }
   Hops someHops() {
     Hops hops;
@@ -178,116 +144,62 @@ void Player::play(Story const& story) {
 }
 
 void Player::play(Event const& event) {
-  if (!change(event)) return act(event);
+  if (event.kind > Event::vti) return act(event);
+  change(event);
   if (!event.more) apply();
 }
 
-bool Player::change(Event const& event) {
-  auto const address = [&](std::string const& none, std::string const& some) { return event.n == 0 ? none : some; };
-  switch (event.kind) {
-    case Event::over:
-    case Event::generation:
-    case Event::gone:
-      changeTunnel(event);
-      break;
-    case Event::adjacency:
-      wish_.adjacencies[event.n] = event.hops;
-      break;
-    case Event::noAdjacency:
-      wish_.adjacencies.erase(event.n);
-      break;
-    case Event::source:
-      wish_.localVtep = address("", vtep(event.n));
-      break;
-    case Event::source6:
-      wish_.localVtep6 = address("", vtep6(event.n));
-      break;
-    case Event::mlag:
-      wish_.mlagVtep = address("", vtep(event.n));
-      wish_.mlagVtep6 = event.m == 0 ? "" : vtep6(event.m);
-      headersAreOld_ = true;
-      break;
-    case Event::sourcePorts:
-      wish_.udpSrcPort = static_cast<std::uint16_t>(event.n);
-      wish_.udpSrcPorts = event.n == 0 ? 0 : 1024;
-      headersAreOld_ = true;
-      break;
-    case Event::udpPort:
-      wish_.udpPort = static_cast<std::uint16_t>(event.n);
-      break;
-    case Event::learning:
-      wish_.learning = event.n != 0;
-      break;
-    case Event::dscp:
-      wish_.dscp = event.n != 0;
-      break;
-    case Event::tos:
-      wish_.tos = static_cast<std::uint8_t>(event.n);
-      break;
-    case Event::vti:
-      wish_.vti = event.n != 0;
-      break;
-    default:
-      return false;
-  }
-  return true;
+void Player::change(Event const& event) {
+  auto const [n, m] = std::pair(event.n, event.m);
+  auto const is = [&](Event::Kind kind) { return event.kind == kind; };
+  if (event.kind <= Event::gone) changeTunnel(event);
+  if (is(Event::adjacency)) wish_.adjacencies[n] = event.hops;
+  if (is(Event::noAdjacency)) wish_.adjacencies.erase(n);
+  if (is(Event::source)) wish_.localVtep = n == 0 ? "" : vtep(n);
+  if (is(Event::source6)) wish_.localVtep6 = n == 0 ? "" : vtep6(n);
+  if (is(Event::mlag)) wish_.mlagVtep = n == 0 ? "" : vtep(n), wish_.mlagVtep6 = m == 0 ? "" : vtep6(m);
+  if (is(Event::sourcePorts)) wish_.udpSrcPort = static_cast<std::uint16_t>(n), wish_.udpSrcPorts = n == 0 ? 0 : 1024;
+  headersAreOld_ |= is(Event::mlag) || is(Event::sourcePorts);
+  if (is(Event::udpPort)) wish_.udpPort = static_cast<std::uint16_t>(n);
+  if (is(Event::learning)) wish_.learning = n != 0;
+  if (is(Event::dscp)) wish_.dscp = n != 0;
+  if (is(Event::tos)) wish_.tos = static_cast<std::uint8_t>(n);
+  if (is(Event::vti)) wish_.vti = n != 0;
 }
 
 void Player::changeTunnel(Event const& event) {
   std::pair const key(event.type, vtepOf(event.vtep));
-  if (event.kind == Event::gone) {
-    wish_.tunnels.erase(key);
-    return;
-  }
+  if (event.kind == Event::gone) return void(wish_.tunnels.erase(key));
   auto& tunnel = wish_.tunnels[key];
   if (event.type == unicast) hadUnicast_.insert(key.second);
-  if (event.kind == Event::generation) {
-    tunnel.genId = ++lastGenId_;
-  } else {
-    tunnel.adjId.reset();
-    if (event.n != 0) tunnel.adjId = event.n;
-  }
+  if (event.kind == Event::generation) return void(tunnel.genId = ++lastGenId_);
+  tunnel.adjId.reset();
+  if (event.n != 0) tunnel.adjId = event.n;
 }
 
 void Player::act(Event const& event) {
-  switch (event.kind) {
-    case Event::formerHops:
-      if (direct()) tunnels(event.type).formerHops(vtepOf(event.vtep), event.n);
-      break;
-    case Event::formersGone:
-      if (direct()) tunnels(event.type).formersGone(vtepOf(event.vtep));
-      break;
-    case Event::react:
-      if (direct()) armed_.push_back({event, event.m});
-      break;
-    case Event::hold:
-      agent_.hold(kHeldTables[event.n]);
-      break;
-    case Event::holdAll:
-      heldAll_ = true;
-      for (auto const* store : agent_.agent().chip().stores()) agent_.hold(store->name());
-      break;
-    case Event::deliver:
-      deliver(event.n);
-      break;
-    case Event::release:
-      heldAll_ = false;
-      agent_.release();
-      break;
-    case Event::refuseTable:
-    case Event::refuseNth:
-      refuse(event);
-      break;
-    case Event::heal:
-      agent_.hardware().refuseNone();
-      break;
-    case Event::restart:
-      restart();
-      break;
-    default:
-      break;
-  }
+  auto const is = [&](Event::Kind kind) { return event.kind == kind; };
+  if (is(Event::formerHops) && direct()) tunnels(event.type).formerHops(vtepOf(event.vtep), event.n);
+  if (is(Event::formersGone) && direct()) tunnels(event.type).formersGone(vtepOf(event.vtep));
+  if (is(Event::react) && direct()) armed_.push_back({event, event.m});
+  if (is(Event::hold)) agent_.hold(kHeldTables[event.n]);
+  if (is(Event::holdAll)) holdAll();
+  if (is(Event::deliver)) deliver(event.n);
+  if (is(Event::release)) release();
+  if (is(Event::refuseTable) || is(Event::refuseNth)) refuse(event);
+  if (is(Event::heal)) agent_.hardware().refuseNone();
+  if (is(Event::restart)) restart();
   settle();
+}
+
+void Player::holdAll() {
+  heldAll_ = true;
+  for (auto const* store : agent_.agent().chip().stores()) agent_.hold(store->name());
+}
+
+void Player::release() {
+  heldAll_ = false;
+  agent_.release();
 }
 
 void Player::deliver(unsigned count) {
@@ -295,7 +207,7 @@ void Player::deliver(unsigned count) {
   if (!heldAll_) return;
   chip.release();
   while (count-- > 0 && chip.deliverOne()) continue;
-  for (auto const* store : chip.stores()) chip.hold(store->name());
+  holdAll();
 }
 
 void Player::refuse(Event const& event) {
@@ -310,8 +222,8 @@ void Player::refuse(Event const& event) {
 
 void Player::restart() {
   agent_.hardware().refuseNone();
-  heldAll_ = false;
-  agent_.release().restart();
+  release();
+  agent_.restart();
   if (!direct()) return;
   unicast_->restarted();
   member_->restarted();
@@ -393,8 +305,7 @@ void Player::close() {
 void Player::calm() {
   armed_.clear();
   agent_.hardware().refuseNone();
-  heldAll_ = false;
-  agent_.release();
+  release();
   if (direct()) {
     unicast_->formersGone();
     member_->formersGone();

@@ -56,10 +56,11 @@ class Player {
 
   bool direct() const { return drive_ == Drive::test; }
   DirectTunnels& tunnels(Vane::TunnelType type) { return type == unicast ? *unicast_ : *member_; }
-  /// False if the event changes no wish.
-  bool change(Event const& event);
+  void change(Event const& event);
   void changeTunnel(Event const& event);
   void act(Event const& event);
+  void holdAll();
+  void release();
   void deliver(unsigned count);
   void refuse(Event const& event);
   void notified(Vane::TunnelType type, std::string const& vtep);

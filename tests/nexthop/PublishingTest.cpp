@@ -1,38 +1,26 @@
 // What is published of virtual ports and overlay entries, and tables that run out.
 
 #include "tests/support/TunnelFixture.h"
+#include "tests/support/Watch.h"
 
 namespace AgentTest {
 
 namespace {
 
 using Meshal::IpGenAddr;
-using TesselCentral::VtepIpToTnlIdNhIdMap;
-
-/// Notes what a VTEP's record says of an id at the moment when the id changes.
-struct IdWatch : Dovel::Subscriber {
-  explicit IdWatch(VtepIpToTnlIdNhIdMap& record) : Subscriber(&onChange), map(record) {
-    map.publisher()->subscriberAdd(*this);
-  }
-  ~IdWatch() { map.publisher()->subscriberRemove(*this); }
-  static void onChange(Dovel::Subscriber& subscriber, Dovel::Change const& change) {
-    auto& self = static_cast<IdWatch&>(subscriber);
-    if (change.id == VtepIpToTnlIdNhIdMap::tnlIdId) self.add("port", self.map.tnlIdEntryStatus());
-    if (change.id == VtepIpToTnlIdNhIdMap::nhIdId) self.add("overlay", self.map.nhIdEntryStatus());
-  }
-  void add(std::string const& id, TesselCentral::EntryWriteStatus status) {
-    seen += id + ' ' + Kiln::toText(status) + ' ';
-  }
-  VtepIpToTnlIdNhIdMap& map;
-  std::string seen;
-};
+using Record = TesselCentral::VtepIpToTnlIdNhIdMap;
 
 class Publishing : public Tunnels {};
 INSTANTIATE_TEST_SUITE_P(Chips, Publishing, testing::ValuesIn(chipKinds({"cascaded", "flat"})), kindName);
 
 TEST_P(Publishing, writesTheStatusOfAnIdBeforeTheId) {
   configure(unicast, key(vtep(2), 1), list(7, {1}));
-  IdWatch const watch(*map(vtep(2)));
+  auto const record = map(vtep(2));
+  std::string seen;
+  Support::Watch const watch(*record, [&](Dovel::Change const& change) {
+    if (change.id == Record::tnlIdId) seen += "port " + Kiln::toText(record->tnlIdEntryStatus()) + ' ';
+    if (change.id == Record::nhIdId) seen += "overlay " + Kiln::toText(record->nhIdEntryStatus()) + ' ';
+  });
   agent.hardware().refuseTable("VirtualPort2Table", Asic::EntryState::failed);
   agent.learning(true).hardware().refuseNone();
   agent.learning(false);
@@ -40,7 +28,7 @@ TEST_P(Publishing, writesTheStatusOfAnIdBeforeTheId) {
   config(unicast).hwTunnelConfigList(key(vtep(2), 1))->nextHopEntryListIs(list(8, {2}));
   agent.settle().hardware().refuseNone();
   configure(unicast, key(vtep(2), 2), list(9, {3}));
-  EXPECT_EQ(watch.seen, "port entryWriteFailed port entryWriteDone overlay entryWriteFailed overlay entryWriteDone ");
+  EXPECT_EQ(seen, "port entryWriteFailed port entryWriteDone overlay entryWriteFailed overlay entryWriteDone ");
 }
 
 TEST_P(Publishing, countsWritesThatKeepTheId) {

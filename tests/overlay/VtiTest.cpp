@@ -1,7 +1,7 @@
 // The VXLAN interfaces: addresses at which tunnels end, and what the rest of the agent sees of them.
 
-#include "platform/kiln/AttributeDefinitions.h"
 #include "tests/support/TunnelFixture.h"
+#include "tests/support/Watch.h"
 
 namespace AgentTest {
 
@@ -38,30 +38,6 @@ std::string endsOf(AgentWorld& agent) {
   }
   return text;
 }
-
-/// Notes what the tunnels would see at each change of the shared state.
-class Watcher final : public Kiln::Sm {
-  KILN_BASE_TYPE(Watcher)
-
- public:
-  Watcher(AgentWorld& agent, TesselVxlan::TesselVxlanMounterSmWrapper const& wrapper)
-      : agent_(agent), slice_(wrapper.vxlanSliceConfig()), state_(*this, wrapper.vxlanState(), Kiln::SubscribeOnly{}) {}
-  std::string seen;
-
- private:
-  void stateDispatch(Dovel::Change const& change) {
-    using State = TesselL3Common::TesselVxlanState;
-    auto const slice = Kiln::toText(slice_->localVtepAddr()) + ':' + Kiln::toText(slice_->vxlanUdpPort());
-    if (change.id == State::udpPortId) seen += "port, slice " + slice + "; ";
-    if (change.id == State::localVtepId) {
-      seen += "vtep, " + agent_.table("L2TunnelIpv4DipTable").substr(0, 8) + ", slice " + slice + "; ";
-    }
-  }
-  AgentWorld& agent_;
-  Dovel::Ptr<TesselCentral::VxlanSliceConfig> slice_;
-  Kiln::Watch<TesselL3Common::TesselVxlanState, &Watcher::stateDispatch> state_;
-};
-KILN_DESCRIBE(Watcher)
 
 class Vtis : public OnWrapper {
  protected:
@@ -104,9 +80,16 @@ TEST_P(Vtis, giveTheAgentTheirAddressesAndTakeThemAlong) {
 TEST_P(Vtis, endTunnelsBeforeTheyBeginAndSetTheirPortFirst) {
   auto const other = Dovel::make<Vxlan::VtiStatus>(Meshal::IntfId("Vxlan1"));
   configureAll(*other);
-  auto const watcher = Dovel::make<Watcher>(agent, wrapper());
+  std::string seen;
+  Support::Watch const watch(*wrapper().vxlanState(), [&](Dovel::Change const& change) {
+    using State = TesselL3Common::TesselVxlanState;
+    auto const& config = *wrapper().vxlanSliceConfig();
+    auto const slice = ", slice " + Kiln::toText(config.localVtepAddr()) + ':' + Kiln::toText(config.vxlanUdpPort());
+    if (change.id == State::udpPortId) seen += "port" + slice + "; ";
+    if (change.id == State::localVtepId) seen += agent.table("L2TunnelIpv4DipTable").substr(0, 8) + slice + "; ";
+  });
   vtis().vtiStatusIs(other);
-  EXPECT_EQ(watcher->seen, "port, slice 0.0.0.0:0; vtep, 10.0.0.1, slice 0.0.0.0:4789; ") << "the slice follows";
+  EXPECT_EQ(seen, "port, slice 0.0.0.0:0; 10.0.0.1, slice 0.0.0.0:4789; ") << "the slice follows";
   auto const same = Dovel::make<Vxlan::VtiStatus>(Meshal::IntfId("Vxlan1"));
   configureAll(*same);
   agent.writes();

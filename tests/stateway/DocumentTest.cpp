@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <list>
 #include <string>
 #include <vector>
 
@@ -8,11 +9,11 @@
 #include "platform/kiln/AttributeDefinitions.h"
 #include "platform/kiln/Entity.h"
 #include "platform/kiln/Exceptions.h"
-#include "platform/kiln/Sm.h"
 #include "platform/kilnsharedmem/EntityManager.h"
 #include "platform/local/EntityManager.h"
 #include "platform/stateway/EntityManager.h"
 #include "platform/stateway/Mounter.h"
+#include "tests/support/Watch.h"
 
 namespace DocumentTest {
 
@@ -26,19 +27,6 @@ class Room final : public Kiln::NamedEntity {
   using NamedEntity::NamedEntity;
 };
 KILN_DESCRIBE(Room)
-
-class Watcher final : public Kiln::Sm {
-  void roomDispatch(Dovel::Change const& change) { log_ += room_->name() + std::to_string(change.id - 0x100) + " "; }
-  KILN_BASE_TYPE(DocumentTest::Watcher)
-  KILN_WATCHED(0x102, Room, room, &KilnSelf::roomDispatch, nullptr)
-
- public:
-  Watcher(Dovel::Ptr<Room> room, std::string& log) : room_(*this, std::move(room), Kiln::SubscribeOnly{}), log_(log) {}
-
- private:
-  std::string& log_;
-};
-KILN_DESCRIBE(Watcher)
 
 class Mounter final : public Stateway::Mounter {
   KILN_TYPE(DocumentTest::Mounter, Stateway::Mounter)
@@ -59,7 +47,9 @@ class Documents : public testing::Test {
     for (auto const& room :
          {a = stores.stateway->getEntity<Room>("a"), stores.stateway->getEntity<Room>("b"),
          stores.local->doMount<Room>("c"), Dovel::cast<Room>(stores.shmem->entityIs("d", "DocumentTest::Room"))})
-      watchers.push_back(Dovel::make<Watcher>(room, log));
+      watches.emplace_back(*room, [this, name = room->name()](Dovel::Change const& change) {
+        log += name + std::to_string(change.id - 0x100) + " ";
+      });
   }
 
   /// Checks and applies `text` after the former document. What was published, or what is wrong with the text.
@@ -81,7 +71,7 @@ class Documents : public testing::Test {
   Dovel::Ptr<Mounter> mounter = Dovel::make<Mounter>();
   Dovel::Ptr<Room> a;
   std::string log;
-  std::vector<Dovel::Ptr<Watcher>> watchers;
+  std::list<Support::Watch> watches;
   Stateway::StateDocument current;
 };
 

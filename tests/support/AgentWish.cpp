@@ -1,6 +1,9 @@
 #include "tests/support/AgentWish.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include "platform/kiln/Fmt.h"
 
 namespace AgentTest {
 
@@ -8,79 +11,80 @@ namespace {
 
 constexpr unsigned ports = 9, lag = 9, uplinks = 12;
 
-/// Members of a JSON object or array, put together one by one.
-class List {
- public:
-  void add(std::string const& member) { text_ += (text_.empty() ? "" : ",") + member; }
-  std::string const& text() const { return text_; }
+/// Members of a JSON object, or elements of an array.
+using List = std::vector<std::string>;
 
- private:
-  std::string text_;
-};
+std::string object(List const& members) { return fmt::format("{{{}}}", fmt::join(members, ",")); }
 
-std::string quoted(std::string const& text) { return '"' + text + '"'; }
-
-std::string hopText(Hop const& hop) {
-  return fmt::format(R"({{"type":"{}","addr":"10.1.{}.1","ethAddr":"{}","l2Intf":"{}","l3Intf":"Vlan{}"}})",
-                     hop.resolved ? "nextHopResolved" : "nextHopUnresolved", hop.uplink,
-                     hop.resolved ? fmt::format("02:00:00:00:00:{:02x}", hop.uplink) : "00:00:00:00:00:00", portOf(hop),
-                     100 + hop.uplink);
+std::string hopText(Vane::NextHopEntry const& hop) {
+  return fmt::format(R"({{"type":"{}","addr":"{}","ethAddr":"{}","l2Intf":"{}","l3Intf":"{}"}})", hop.type(),
+                     hop.addr(), hop.ethAddr(), hop.l2Intf(), hop.l3Intf());
 }
 
 std::string vtiText(Wish const& wish) {
-  if (!wish.vti) return "";
-  List fields;
-  fields.add(fmt::format(R"("udpPort":{})", wish.udpPort));
-  if (!wish.localVtep.empty()) fields.add(R"("srcAddr":)" + quoted(wish.localVtep));
-  if (!wish.localVtep6.empty()) fields.add(R"("srcAddrV6":)" + quoted(wish.localVtep6));
-  if (!wish.mlagVtep.empty()) fields.add(R"("mlagVtepAddr":)" + quoted(wish.mlagVtep));
-  if (!wish.mlagVtep6.empty()) fields.add(R"("mlagVtepAddr6":)" + quoted(wish.mlagVtep6));
-  if (wish.udpSrcPorts != 0) {
-    fields.add(fmt::format(R"("udpSrcPort":{},"udpSrcPortLength":{})", wish.udpSrcPort, wish.udpSrcPorts));
+  if (!wish.vti) return "{}";
+  List fields{fmt::format(R"("udpPort":{})", wish.udpPort)};
+  for (auto const& [name, addr] : {std::pair("srcAddr", wish.localVtep),
+                                   {"srcAddrV6", wish.localVtep6},
+                                   {"mlagVtepAddr", wish.mlagVtep},
+                                   {"mlagVtepAddr6", wish.mlagVtep6}}) {
+    if (!addr.empty()) fields.push_back(fmt::format(R"("{}":"{}")", name, addr));
   }
-  return R"("Vxlan1":{)" + fields.text() + '}';
+  if (wish.udpSrcPorts != 0)
+    fields.push_back(fmt::format(R"("udpSrcPort":{},"udpSrcPortLength":{})", wish.udpSrcPort, wish.udpSrcPorts));
+  return R"({"Vxlan1":)" + object(fields) + '}';
 }
 
 std::string tunnelsText(Wish const& wish, Vane::TunnelType type) {
   List adjacencies, tunnels;
   for (auto const& [id, hops] : wish.adjacencies) {
     List entries;
-    for (auto const& hop : hops) entries.add(hopText(hop));
-    adjacencies.add(fmt::format(R"("{}":{{"nextHops":[{}]}})", id, entries.text()));
+    for (auto const& hop : entriesOf(hops)) entries.push_back(hopText(hop));
+    adjacencies.push_back(fmt::format(R"("{}":{{"nextHops":[{}]}})", id, fmt::join(entries, ",")));
   }
   for (auto const& [key, tunnel] : wish.tunnels) {
     if (key.first != type) continue;
     List fields;
-    if (tunnel.adjId) fields.add(fmt::format(R"("adjId":{})", *tunnel.adjId));
-    if (tunnel.genId != 0) fields.add(fmt::format(R"("genId":{})", tunnel.genId));
-    tunnels.add(quoted(key.second) + ":{" + fields.text() + '}');
+    if (tunnel.adjId) fields.push_back(fmt::format(R"("adjId":{})", *tunnel.adjId));
+    if (tunnel.genId != 0) fields.push_back(fmt::format(R"("genId":{})", tunnel.genId));
+    tunnels.push_back(fmt::format(R"("{}":{})", key.second, object(fields)));
   }
-  return fmt::format(R"({{"adjacency":{{{}}},"tunnel":{{{}}}}})", adjacencies.text(), tunnels.text());
+  return fmt::format(R"({{"adjacency":{},"tunnel":{}}})", object(adjacencies), object(tunnels));
 }
 
 std::string switchText(Wish const& wish) {
   List port, l3Intf;
   for (unsigned n = 1; n <= ports; ++n) {
-    port.add(fmt::format(R"("Ethernet{}":{{"kind":"{}","number":{}}})", n, n == lag ? "lag" : "port",
-                         n == 1 ? wish.firstPort : n));
+    port.push_back(fmt::format(R"("Ethernet{}":{{"kind":"{}","number":{}}})", n, n == lag ? "lag" : "port",
+                               n == 1 ? wish.firstPort : n));
   }
-  for (unsigned n = 1; n <= uplinks; ++n) l3Intf.add(fmt::format(R"("Vlan{}":{})", 100 + n, 100 + n));
-  return fmt::format(R"("hardware/tessel/port/config":{{"port":{{{}}}}},"vane/l3IntfTable":{{"l3Intf":{{{}}}}})",
-                     port.text(), l3Intf.text());
+  for (unsigned n = 1; n <= uplinks; ++n) l3Intf.push_back(fmt::format(R"("Vlan{}":{})", 100 + n, 100 + n));
+  return fmt::format(R"("hardware/tessel/port/config":{{"port":{}}},"vane/l3IntfTable":{{"l3Intf":{}}})", object(port),
+                     object(l3Intf));
 }
 
 }  // namespace
 
+Vane::NextHopEntrySet entriesOf(Hops const& hops) {
+  Vane::NextHopEntrySet entries;
+  for (auto const& hop : hops) {
+    Vane::NextHopEntry entry;
+    entry.typeIs(hop.resolved ? Vane::nextHopResolved : Vane::nextHopUnresolved);
+    entry.addrIs(Meshal::IpGenAddr(fmt::format("10.1.{}.1", hop.uplink)));
+    if (hop.resolved) entry.ethAddrIs(Meshal::EthAddr(0x020000000000 + hop.uplink));
+    if (hop.uplink <= 10) entry.l2IntfIs(Meshal::IntfId(fmt::format("Ethernet{}", hop.uplink)));
+    entry.l3IntfIs(Meshal::IntfId(fmt::format("Vlan{}", 100 + hop.uplink)));
+    entries.insert(entry);
+  }
+  return entries;
+}
+
 std::string Wish::document() const {
-  List paths;
-  paths.add(switchText(*this));
-  paths.add(fmt::format(R"("interface/status/eth/vxlan":{{"vtiStatus":{{{}}}}})", vtiText(*this)));
-  paths.add(fmt::format(R"("vxlan/config":{{"dscpPropagation":{}}})", dscp));
-  paths.add(fmt::format(R"("hardware/tessel/tunnel/vxlan/vxlanInfo/vaneGlobalVtiStatus":{{"dataPathLearning":{}}})",
-                        learning));
-  paths.add(R"("hardware/tessel/tunnel/configDir/vxlanTunnel":)" + tunnelsText(*this, unicast));
-  paths.add(R"("hardware/tessel/tunnel/configDir/vxlanMemberTunnel":)" + tunnelsText(*this, member));
-  return R"({"stateway":{)" + paths.text() + "}}";
+  return fmt::format(
+      R"({{"stateway":{{{},"interface/status/eth/vxlan":{{"vtiStatus":{}}},"vxlan/config":{{"dscpPropagation":{}}},)"
+      R"("hardware/tessel/tunnel/vxlan/vxlanInfo/vaneGlobalVtiStatus":{{"dataPathLearning":{}}},)"
+      R"("hardware/tessel/tunnel/configDir/vxlanTunnel":{},"hardware/tessel/tunnel/configDir/vxlanMemberTunnel":{}}}}})",
+      switchText(*this), vtiText(*this), dscp, learning, tunnelsText(*this, unicast), tunnelsText(*this, member));
 }
 
 }  // namespace AgentTest

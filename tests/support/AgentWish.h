@@ -7,7 +7,7 @@
 #include <string>
 #include <utility>
 
-#include "platform/vane/TunnelType.h"
+#include "platform/vane/HwTunnel.h"
 
 /// A whole agent with its feature on a simulated chip, told about as a story.
 namespace AgentTest {
@@ -23,14 +23,17 @@ inline std::string vtep6(unsigned n) { return "fd00::" + std::to_string(n); }
 /// Uplinks 1 to 8 are ports of the switch, 9 is an aggregation of ports, 10 is a port that the chip doesn't have, and
 /// those from 11 on name no port.
 struct Hop {
+  Hop(unsigned n, bool isResolved = true) : uplink(n), resolved(isResolved) {}
   unsigned uplink;
-  bool resolved = true;
+  bool resolved;
   friend auto operator<=>(Hop const&, Hop const&) = default;
 };
 using Hops = std::set<Hop>;
 inline Hop uplink(unsigned n) { return {n}; }
-inline std::string portOf(Hop const& hop) { return hop.uplink > 10 ? "" : "Ethernet" + std::to_string(hop.uplink); }
 inline Hop unresolved(unsigned n) { return {n, false}; }
+
+/// The same as entries of a configuration.
+Vane::NextHopEntrySet entriesOf(Hops const& hops);
 
 struct TunnelWish {
   std::optional<std::uint32_t> adjId;

@@ -31,17 +31,9 @@ class Tunnels : public OnWrapper {
   static Vane::TunnelKey key(std::string const& vtep, std::uint64_t genId) {
     return {{}, Meshal::IpGenAddr(vtep), 0, genId, Meshal::IntfId("Vxlan1")};
   }
-  static Vane::NextHopEntry hop(unsigned n) {
-    Vane::NextHopEntry entry;
-    entry.ethAddrIs(Meshal::EthAddr(0x020000000000u + n));
-    entry.l2IntfIs(Meshal::IntfId("Ethernet" + std::to_string(n)));
-    entry.l3IntfIs(Meshal::IntfId("Vlan" + std::to_string(100 + n)));
-    return entry;
-  }
-  static Dovel::Ptr<Vane::NextHopEntryList> list(std::uint32_t adjId, std::initializer_list<unsigned> uplinks) {
-    Vane::NextHopEntrySet nextHops;
-    for (auto const n : uplinks) nextHops.insert(hop(n));
-    return Dovel::make<Vane::NextHopEntryList>(adjId, nextHops);
+  static Vane::NextHopEntry hop(unsigned n) { return *entriesOf({uplink(n)}).begin(); }
+  static Dovel::Ptr<Vane::NextHopEntryList> list(std::uint32_t adjId, Hops const& hops) {
+    return Dovel::make<Vane::NextHopEntryList>(adjId, entriesOf(hops));
   }
   Vane::HwTunnelConfig& config(Vane::TunnelType type) { return *agent.agent().hwTunnelConfig(type); }
   void configure(Vane::TunnelType type, Vane::TunnelKey const& key,

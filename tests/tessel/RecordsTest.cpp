@@ -19,6 +19,7 @@
 #include "platform/vane/HwTunnel.h"
 #include "platform/vane/VaneTunnel.h"
 #include "platform/vxlan/VxlanConfig.h"
+#include "tests/support/Watch.h"
 
 namespace {
 
@@ -38,20 +39,11 @@ Vane::NextHopEntry nextHop(std::uint8_t n) {
   return entry;
 }
 
-/// Counts the changes of which it is notified.
-class Counter : public Dovel::Subscriber {
- public:
-  explicit Counter(Dovel::Node const& node)
-      : Subscriber([](Dovel::Subscriber& self, Dovel::Change const&) { ++static_cast<Counter&>(self).count; }),
-        publisher_(*node.publisher()) {
-    publisher_.subscriberAdd(*this);
-  }
-  ~Counter() { publisher_.subscriberRemove(*this); }
-
+/// Counts the changes of an object.
+struct Counter {
   int count = 0;
-
- private:
-  Dovel::Publisher& publisher_;
+  Support::Watch watch;
+  explicit Counter(Dovel::Node const& node) : watch(node, [this](Dovel::Change const&) { ++count; }) {}
 };
 
 TEST(Records, wantedTunnelsAreReadFromADocument) {
