@@ -5,7 +5,6 @@
 #include "tests/asic/TestTables.h"
 
 namespace AsicTest {
-namespace {
 
 class Outcomes : public InBothModes {
  protected:
@@ -109,5 +108,4 @@ TEST_P(Outcomes, ChipShowsNumbersByFieldName) {
             "SlotTable\n  1 ports.5=0x3\n");
 }
 
-}  // namespace
 }  // namespace AsicTest

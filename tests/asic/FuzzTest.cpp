@@ -3,51 +3,17 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <map>
 #include <random>
 #include <set>
+#include <sstream>
 
 #include "tests/asic/TestTables.h"
+#include "tests/support/AgentText.h"
 
 namespace AsicTest {
-namespace {
-
-/// Compares the fields of one entry with the numbers that the chip has, unless it is only to count the rows.
-class RowCheck final : public Asic::FieldVisitor {
- public:
-  RowCheck(Asic::SimulatedChip const* chip, Asic::StoreBase const& store, std::uint32_t row)
-      : chip_(chip), store_(store), table_(store.name()), row_(row), first_(row) {}
-
-  void number(std::string_view name, std::uint64_t value) override {
-    if (!chip_) return;
-    auto const row = row_ + store_.base(table_ == "PairOut" ? 1 : 0);
-    ASSERT_FALSE(chip_->row(table_, row).empty()) << table_ << ' ' << row << " is written and not in the chip";
-    EXPECT_EQ(chip_->field(table_, row, name), value) << table_ << ' ' << row << ' ' << name;
-  }
-  void text(std::string_view, std::string) override {}
-  void handle(std::string_view name, Handle const& target) override {
-    auto const row = target ? target->row() : std::nullopt;
-    number(name, row ? row->value() : Index::none);
-  }
-  void groupBegin(std::string_view name) override {
-    ++groups;
-    if (store_.name() == "PairTable") {
-      table_ = name == "in" ? "PairIn" : "PairOut";
-    } else {
-      row_ = first_ + static_cast<std::uint32_t>(std::stoul(std::string(name)));
-    }
-  }
-  void groupEnd() override {}
-  std::uint32_t groups = 0;
-
- private:
-  Asic::SimulatedChip const* chip_;
-  Asic::StoreBase const& store_;
-  std::string_view table_;
-  std::uint32_t row_;
-  std::uint32_t first_;
-};
 
 class Story {
  public:
@@ -233,11 +199,13 @@ class Story {
     for (auto const& [record, told] : told_) {
       EXPECT_EQ(*told.state, told.entry->state()) << told.entry->tableName() << ' ' << told.entry->keyText();
     }
-    forEachEntry([&](Asic::StoreBase const& store, Asic::EntryView const& entry) {
-      if (entry.state() != EntryState::written) return;
-      RowCheck check(world_.sim, store, entry.row()->value());
-      entry.fields(check);
-    });
+    std::istringstream lines(AgentTest::chipText(*world_.chip, *world_.sim));
+    for (std::string line; std::getline(lines, line);) {
+      auto const has = [&line](char const* text) { return line.find(text) != line.npos; };
+      // A removed entry may have left its row to another.
+      if (line.starts_with("  (") || has(" STATE ")) continue;
+      EXPECT_FALSE(has("CHIP HAS") || has("NOT WRITTEN")) << line;
+    }
   }
 
   /// No row has two owners, none is used beside an entry, and nothing waits that could have a row.
@@ -250,9 +218,9 @@ class Story {
         auto const row = entry.row();
         rowless |= !row && entry.state() == EntryState::full;
         if (!row) return;
-        RowCheck count(nullptr, *store, 0);
-        if (blocks) entry.fields(count);
-        for (std::uint32_t i = 0; i < (blocks ? count.groups : 1); ++i) {
+        auto const key = entry.key();
+        auto const rows = blocks ? 1 + std::count(key.begin(), key.end(), ',') : 1;
+        for (std::uint32_t i = 0; i < rows; ++i) {
           EXPECT_TRUE(taken.insert(row->value() + i).second) << store->name() << " row " << row->value() + i;
         }
       });
@@ -290,5 +258,4 @@ TEST_P(Fuzz, WritersKnowTheStatesAndTheChipHasTheRows) {
   }
 }
 
-}  // namespace
 }  // namespace AsicTest

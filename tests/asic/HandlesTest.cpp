@@ -5,7 +5,6 @@
 #include "tests/asic/TestTables.h"
 
 namespace AsicTest {
-namespace {
 
 class Handles : public InBothModes {};
 INSTANTIATE_TEST_SUITE_P(Modes, Handles, kModes, modeName);
@@ -30,22 +29,6 @@ TEST_P(Handles, EntryExistsWhileItIsReferredToOrPinned) {
   EXPECT_EQ(world.leaf->entrys(), 2U);
   world.leaf->entryRemoveAll();
   EXPECT_EQ(world.leaf->store()->used(), 0U);
-}
-
-TEST_P(Handles, StoredHandleIsAReferenceWhicheverKindItWas) {
-  auto strong = world.leafRef(1);
-  world.userOf(5, world.leaf->entryWeakRef(1));
-  strong = nullptr;
-  EXPECT_EQ(world.sim->field("UserTable", 2, "target"), world.leaf->index(1).value());
-  // The only reference to 1 is the one that the rewrite replaces by itself.
-  world.userOf(5, world.leaf->entryWeakRef(1), world.leafRef(2));
-  EXPECT_TRUE(world.leaf->entryHas(1) && world.leaf->entryHas(2));
-  world.userOf(5, world.leaf->entryWeakRef(2));
-  EXPECT_TRUE(!world.leaf->entryHas(1) && world.leaf->entryHas(2));
-  world.userOf(5, world.block({world.leaf->entryWeakRef(2), world.leafRef(3)}));
-  EXPECT_EQ(world.leaf->entrys() + world.members->entryBlocks(), 3U);
-  world.user->entryRemove(5);
-  EXPECT_EQ(world.leaf->entrys() + world.members->entryBlocks(), 0U) << "a chain goes with its first link";
 }
 
 TEST_P(Handles, TablesOfOneClassAndUnitShareTheirEntries) {
@@ -149,5 +132,4 @@ TEST_P(Handles, TextsNameTables) {
   EXPECT_EQ(four->tableName(), "");
 }
 
-}  // namespace
 }  // namespace AsicTest

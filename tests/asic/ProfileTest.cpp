@@ -1,5 +1,4 @@
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "platform/asic/ProfileLoader.h"
 #include "platform/asic/SimulatedChip.h"
@@ -34,20 +33,6 @@ TEST(Profiles, TableIsThereIfAndOnlyIfItHasRows) {
   EXPECT_FALSE(compact->feature<TesselVxlan::L2TunnelIpv6SipTable::Util>());
   EXPECT_TRUE(flat->feature<TesselVxlan::L3NextHop1Table::Util>()) << "a merged table by its parts";
   EXPECT_FALSE(compact->feature<TesselVxlan::L3NextHop1Table::Util>());
-}
-
-TEST(Profiles, ChipIsAsLargeAsItsProfile) {
-  Asic::ChipInfo const info(Asic::makeSimulatedChip(Asic::loadProfile("tiny")));
-  auto const ports = Dovel::make<TesselL3Common::VirtualPortTableMerged>("virtualPortTable");
-  Asic::bringUp(*ports, nullptr, info);
-  EXPECT_EQ(ports->numEntries(), 7U);
-  auto const none = Dovel::make<TesselVxlan::L3NextHop1Table>();
-  Asic::bringUp(*none, nullptr, info);
-  EXPECT_EQ(none->numEntries(), 0U);
-  EXPECT_EQ(none->entryCommit(Meshal::IpGenAddr("10.0.0.1"), {})->state(), Asic::EntryState::full);
-  EXPECT_TRUE(TesselProfile::feature<TesselChipAttributesVxlan>(info)->vxlanCascadedForwardingSupport());
-  EXPECT_TRUE(TesselCentral::chipAttributes(info)->memberSingleHopEcmp());
-  EXPECT_FALSE(info.isTestChip());
 }
 
 TEST(Profiles, FaultsNameFilePlaceAndValue) {

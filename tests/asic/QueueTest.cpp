@@ -5,7 +5,6 @@
 #include "tests/asic/TestTables.h"
 
 namespace AsicTest {
-namespace {
 
 class Queue : public InBothModes {
  protected:
@@ -83,23 +82,6 @@ TEST_P(Queue, FirstComeFirstServed) {
   world.take();
   EXPECT_EQ(fifteen->state(), EntryState::written);
   EXPECT_EQ(two->state(), EntryState::full);
-}
-
-TEST_P(Queue, WhatTheChipRefusedKeepsItsRowAndHoldsNobodyBack) {
-  world.sim->refuseKey("1", EntryState::full);
-  auto const stuck = leaf(1, "a");
-  world.sim->refuseNth(1, EntryState::full);
-  auto const unlucky = leaf(2, "b");
-  EXPECT_EQ(world.take(), "a:5 b:5 ");
-  EXPECT_TRUE(stuck->row());
-  auto third = leaf(3, "c");
-  auto const fourth = leaf(4, "d");
-  EXPECT_EQ(world.take(), "c:3 d:3 b:3 ") << "sent again as soon as the chip has room";
-  EXPECT_EQ(world.leaf->store()->waiting(), 1U);
-  world.sim->refuseNone();
-  third = nullptr;
-  EXPECT_EQ(world.take(), "a:3 ");
-  EXPECT_EQ(world.leaf->store()->waiting(), 0U);
 }
 
 TEST_P(Queue, GroupThatChangesKeepsItsPlace) {
@@ -250,5 +232,4 @@ TEST_P(Queue, ResponsesMayDoAnythingWhenTheyRun) {
   EXPECT_FALSE(world.chip);
 }
 
-}  // namespace
 }  // namespace AsicTest

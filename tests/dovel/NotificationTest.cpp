@@ -3,6 +3,7 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -11,11 +12,11 @@
 #include "platform/kiln/AttributeDefinitions.h"
 #include "platform/kiln/Sm.h"
 #include "platform/kiln/Trace.h"
+#include "tests/support/Watch.h"
 
 KILN_TRACE_FILE("NotificationTest");
 
 namespace NotificationTest {
-namespace {
 
 using Dovel::Change;
 
@@ -29,37 +30,25 @@ class Bell final : public Dovel::PublishingNode {
 KILN_DESCRIBE(Bell)
 
 /// Records its name and the changes, and then does what the test wants.
-class Ear final : public Dovel::Subscriber {
- public:
-  Ear(std::string name, std::string& heard, std::function<void(std::uint16_t)> action = nullptr,
-      Dovel::AttributeSet interest = Dovel::kAllAttributes)
-      : Dovel::Subscriber([](Dovel::Subscriber& self, Change const& change) { static_cast<Ear&>(self).hear(change); },
-                          interest),
-        name_(std::move(name)),
-        heard_(heard),
-        action_(std::move(action)) {}
-  ~Ear() { leave(); }
+struct Ear {
+  Ear(std::string earName, std::string& log, std::function<void(std::uint16_t)> then = nullptr,
+      Dovel::AttributeSet of = Dovel::kAllAttributes)
+      : name(std::move(earName)), heard(log), action(std::move(then)), interest(of) {}
 
   void listen(Bell& bell) {
-    bell_ = &bell;
-    bell.publisher()->subscriberAdd(*this);
+    auto const hear = [&log = heard, name = name, action = action](Change const& change) {
+      log += name + std::to_string(change.id) + " ";
+      if (action) action(change.id);
+    };
+    watch.emplace(bell, hear, interest);
   }
-  void leave() {
-    if (subscribed()) bell_->publisher()->subscriberRemove(*this);
-  }
+  void leave() { watch.reset(); }
 
- private:
-  void hear(Change const& change) {
-    heard_ += name_ + std::to_string(change.id) + " ";
-    // What the action does may end this object.
-    auto const action = action_;
-    if (action) action(change.id);
-  }
-
-  std::string name_;
-  std::string& heard_;
-  std::function<void(std::uint16_t)> action_;
-  Bell* bell_ = nullptr;
+  std::string name;
+  std::string& heard;
+  std::function<void(std::uint16_t)> action;
+  Dovel::AttributeSet interest;
+  std::optional<Support::Watch> watch;
 };
 
 class Notification : public testing::Test {
@@ -151,21 +140,7 @@ TEST_F(Notification, ThePublisherLivesUntilItsPublishReturns) {
   bell->ring(1);
   EXPECT_EQ(heard, "a1 b1 ");
   EXPECT_EQ(Dovel::Node::aliveCount(), before - 1);
-  EXPECT_FALSE(a.subscribed() || b.subscribed());
-}
-
-TEST_F(Notification, WalksOfSeveralPublishersDontMeet) {
-  auto const other = Dovel::make<Bell>();
-  Ear far("far", heard), b("b", heard);
-  Ear a("a", heard, [&](std::uint16_t) {
-    other->ring(7);
-    far.leave();
-    listen({&far});
-  });
-  listen({&a, &b});
-  far.listen(*other);
-  EXPECT_EQ(ring(), "a1 far7 b1 ");
-  EXPECT_TRUE(other->silent());
+  EXPECT_FALSE(a.watch->subscribed() || b.watch->subscribed());
 }
 
 TEST_F(Notification, IsLimitedToTheAttributesOfInterest) {
@@ -183,40 +158,23 @@ TEST_F(Notification, IsLimitedToTheAttributesOfInterest) {
   EXPECT_EQ(ring(0x102), "");
 }
 
-/// Throws, in the way that the test wants, when its bell rings or when it is bound to another.
-class Thrower final : public Kiln::Sm {
-  void bellDispatch(Dovel::Change const&) { act(); }
-  void bellCatchUp() { act(); }
-
-  KILN_BASE_TYPE(NotificationTest::Thrower)
-  KILN_WATCHED(0x102, Bell, bell, &KilnSelf::bellDispatch, &KilnSelf::bellCatchUp)
-
- public:
-  explicit Thrower(std::function<void()> how)
-      : bell_(*this, Dovel::make<Bell>(), Kiln::SubscribeOnly{}), act(std::move(how)) {}
-  void handled(Dovel::Ptr<Bell> const& other) {
-    try {
-      other ? bellIs(other) : bell()->ring(1);
-    } catch (...) {
-    }
-  }
-
- private:
-  std::function<void()> act;
-};
-KILN_DESCRIBE(Thrower)
-
 TEST(NotificationDeathTest, AnExceptionThatLeavesAHandlerEndsTheProcessWithTheLastTraces) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   Kiln::TraceCapture capture("NotificationTest");
-  auto const text = Dovel::make<Thrower>([] {
-    TRACE(1, "before the end");
-    throw std::runtime_error("no room");
-  });
-  auto const died = "Uncaught exception std::runtime_error: no room\nLast traces:\n(.*\n)*.*before the end\n";
-  EXPECT_DEATH(text->handled(nullptr), died);
-  EXPECT_DEATH(text->handled(Dovel::make<Bell>()), died);
-  EXPECT_DEATH(Dovel::make<Thrower>([] { throw 1; })->handled(nullptr), "Uncaught exception int\nLast traces:\n");
+  auto const dies = [](auto what) {
+    auto const bell = Dovel::make<Bell>();
+    Support::Watch const watch(*bell, [&](Change const&) {
+      TRACE(1, "before the end");
+      throw what;
+    });
+    try {
+      bell->ring(1);
+    } catch (...) {
+    }
+  };
+  EXPECT_DEATH(dies(std::runtime_error("no room")),
+               "Uncaught exception std::runtime_error: no room\nLast traces:\n(.*\n)*.*before the end\n");
+  EXPECT_DEATH(dies(1), "Uncaught exception int\nLast traces:\n");
 }
 
 /// Hands out references to itself while it is constructed and while it ends, and keeps none.
@@ -283,5 +241,4 @@ TEST(Node, CountsAndFlagsOfSharedNodesAreExactOnceThreadsAreAnnounced) {
   EXPECT_FALSE(bell->hasNotificationActive());
 }
 
-}  // namespace
 }  // namespace NotificationTest

@@ -8,8 +8,6 @@
 
 namespace FrameTest {
 
-namespace {
-
 using Wrapper = TesselVxlan::TesselVxlanMounterSmWrapper;
 using Entity = Dovel::Ptr<Dovel::Node const>;
 struct Named {
@@ -28,8 +26,8 @@ void expectWritten(std::string const& file, std::string const& text) {
 /// A world whose feature runs, with everything that a capability can add.
 class Bindings : public testing::Test {
  protected:
-  /// The path of an entity in its store; else its name among `own`, or the name that it has itself.
-  std::string place(Entity const& entity, std::vector<Named> const& own = {}) const {
+  /// The path of an entity in its store; else the name that it has itself.
+  std::string place(Entity const& entity) const {
     auto const& stores = world.stores();
     for (auto const& path : stores.stateway->paths()) {
       if (stores.stateway->getEntity(path) == entity) return "state:" + path;
@@ -40,35 +38,13 @@ class Bindings : public testing::Test {
     for (auto const& [path, mount] : stores.shmem->mounts()) {
       if (stores.shmem->getEntity(path) == entity) return "shmem:" + path;
     }
-    for (auto const& [name, is] : own) {
-      if (is == entity) return name;
-    }
     auto const named = Dovel::cast<Kiln::Entity const>(entity);
     return named ? "name:" + named->name() : "unknown";
   }
-  std::string places(std::vector<Named> const& all, std::vector<Named> const& own = {}) const {
+  std::string places(std::vector<Named> const& all) const {
     std::string text;
-    for (auto const& [name, is] : all) text += std::string(name) + ' ' + place(is, own) + '\n';
+    for (auto const& [name, is] : all) text += std::string(name) + ' ' + place(is) + '\n';
     return text + '\n';
-  }
-  /// What both tunnel programmers and their helpers have.
-  std::string tunnelInputs(std::vector<Named> const& own) const {
-    std::string text;
-    for (auto const type : {Vane::vxlanTunnel_, Vane::vxlanMemberTunnel_}) {
-      auto const& p = *w.hwTunnelProgrammer(type);
-      EXPECT_EQ(p.tunnelType(), type);
-      EXPECT_EQ(p.encapIdBitmap(), w.hwTunnelProgrammer(Vane::vxlanTunnel_)->encapIdBitmap()) << "one pool";
-      EXPECT_EQ(p.encapIdBitmap()->size(), 0x6000U);
-      EXPECT_EQ(p.hwTunnelConfig(), w.hwTunnelConfigDir()->hwTunnelConfig(type));
-      EXPECT_EQ(p.hwTunnelStatus(), w.hwTunnelStatusDir()->hwTunnelStatus(type));
-      text +=
-          places({NAMED(p, statewayEm, fcsd, vxlanToL2State, vxlanState, virtualPortTableProgrammer,
-                        tunnelTermTableProgrammer, nextHopTableProgrammer, egrL3TunnelTablesProgrammer,
-                        underlayEcmpProgrammer, l3Oif1TableProgrammer, bumVtepConfigDir, encapIdToBumVtepIpConfigDir,
-                        qosTrustStatus, vxlanConfigDir, evpnStatus, vxlanCapabilities, floodUnderlayVlanToVtepListDir)},
-                 own);
-    }
-    return text;
   }
   FrameWorld world;
   std::string order;
@@ -122,24 +98,6 @@ TEST_F(Bindings, areInOrderTheEntitiesAtTheirPaths) {
               w.vxlanMemberTunnelHelperSm()->initialized());
 }
 
-TEST_F(Bindings, areHandedToThoseThatUseThem) {
-  auto const& m = world.mounter();
-  std::vector<Named> const own{NAMED(m, fcsd, statewayEm, shmemEm, localEntityStore, agentDir) NAMED(
-      w, virtualPortTableProgrammer, tunnelTermTableProgrammer, nextHopTableProgrammer, egrL3TunnelTablesProgrammer,
-      underlayEcmpProgrammer, l3Oif1TableProgrammer, l3Oif2TableHelper, floodUnderlayVlanToVtepListDir)};
-  auto const& [term, headers] = std::tie(*w.tunnelTermTableProgrammer(), *w.egrL3TunnelTablesProgrammer());
-  auto const& [hops, ports] = std::tie(*w.nextHopTableProgrammer(), *w.virtualPortTableProgrammer());
-  auto const text = places({NAMED(w, fcsd, statewayEm, shmemEm, localEntityStore, agentDir) NAMED(term, vxlanConfigDir)
-                                NAMED(headers, vxlanConfigDir, qosTrustStatus) NAMED(*w.l3Oif1TableProgrammer(), fcsd)
-                                    NAMED(*w.underlayEcmpProgrammer(), nextHopTableProgrammer, mountPath) NAMED(
-                                        hops, mountPath, ipmcTable, routingStatus, vaneL3IntfTable, l3Oif2TableHelper)
-                                        NAMED(ports, virtualPortTable, vxlanToL2State, vxlanCapabilities,
-                                              dvpToVtepMapping, tunnelIndexToVtepMapping)},
-                           own);
-  expectWritten("handed.txt", text + tunnelInputs(own));
-  EXPECT_EQ(w.agentSmId(), m.agentSmId());
-}
-
 TEST(Mounts, areAskedForInOrder) {
   FrameWorld world;
   world.mountsAsked();
@@ -187,7 +145,5 @@ TEST(Tables, areBroughtUpInOrderWithTheirFixedRows) {
   }
   expectWritten("tables.txt", text);
 }
-
-}  // namespace
 
 }  // namespace FrameTest

@@ -13,7 +13,7 @@
 #include "platform/kiln/Log.h"
 #include "platform/kilnsharedmem/EntityManager.h"
 #include "platform/stateway/EntityManager.h"
-#include "tests/support/AgentShow.h"
+#include "tests/support/AgentText.h"
 
 /// The start of the feature, step by step.
 namespace FrameTest {

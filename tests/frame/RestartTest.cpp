@@ -9,8 +9,6 @@
 
 namespace FrameTest {
 
-namespace {
-
 using Meshal::IpGenAddr;
 
 TEST(StaleState, goesWithTheStartButForWhatAnUpgradeHandsOver) {
@@ -49,43 +47,21 @@ TEST(SecondStart, hasNothingOfWhatTheFirstPublished) {
   for (bool const sameProcess : {true, false}) {
     SCOPED_TRACE(sameProcess);
     FrameWorld world;
-    world.mountsComplete().start().tunnelSmIsReady().tunnelWanted();
+    world.mountsComplete().start().tunnelSmIsReady();
+    if (sameProcess) world.chip().hold("VirtualPortTableMerged");
+    world.tunnelWanted();
     EXPECT_THAT(world.published(), testing::HasSubstr("10.255.0.1"));
     world.wrapperGone().tunnelGone();
     if (sameProcess) {
-      world.wrapperAgain().start();
+      // Completions of the first do not reach the second.
+      world.wrapperAgain().chip().release();
+      world.start();
     } else {
       world.processAgain().start().tunnelSmIsReady();
     }
     EXPECT_EQ(world.published(), fresh.published());
     EXPECT_EQ(world.rows(), fresh.rows());
     EXPECT_EQ(world.tables(), fresh.tables());
-  }
-}
-
-TEST(SecondWrapper, programsAnewOverWhatTheFirstLeft) {
-  for (bool const held : {false, true}) {
-    FrameWorld world;
-    world.mountsComplete().start().tunnelSmIsReady().tunnelWanted();
-    auto const all = world.rows() + world.published();
-    auto const alive = Dovel::Node::aliveCount();
-    auto const status = world.wrapper().hwTunnelStatusDir()->hwTunnelStatus(Vane::vxlanTunnel_);
-    if (held) {
-      world.tunnelGone().chip().hold("VirtualPortTableMerged");
-      world.tunnelWanted();
-    }
-    world.wrapperAgain();
-    EXPECT_EQ(world.running(), "");
-    world.chip().release();
-    world.start();
-    EXPECT_EQ(world.running(), "vti unicast member multicast ") << "the abstraction's flag is still set";
-    EXPECT_EQ(world.rows() + world.published(), all) << "completions of the first do not reach it";
-    for (auto const type : {Vane::vxlanTunnel_, Vane::vxlanMemberTunnel_, Vane::vxlanHerTunnel_}) {
-      EXPECT_NE(world.wrapper().hwTunnelStatusDir()->hwTunnelStatus(type), status);
-    }
-    if (!held) {
-      EXPECT_EQ(Dovel::Node::aliveCount(), alive + 1 + status->tunnelStatusColl().size()) << "the former status";
-    }
   }
 }
 
@@ -130,7 +106,5 @@ TEST(TogglesDeathTest, decideWhoseTheVniHelperIsAndWhatRuns) {
               HasSubstr("VNI helper mounted 1 bound 1, old group 1, VNI state 0, runs vti unicast member \n"));
   EXPECT_EQ(decided(), "VNI helper mounted 1 bound 1, old group 1, VNI state 0, runs vti unicast member multicast \n");
 }
-
-}  // namespace
 
 }  // namespace FrameTest

@@ -24,8 +24,6 @@
 
 namespace FuzzTest {
 
-namespace {
-
 namespace fs = std::filesystem;
 
 std::uint64_t setting(char const* name, std::uint64_t byDefault) {
@@ -164,8 +162,6 @@ void runCases(Corpus const& corpus, fs::path const& base, std::uint64_t end, Pro
     if (!problem.empty()) std::cerr << "seed " << progress.seed << ": " << problem << "\n" << one.commandLine() << '\n';
   }
 }
-
-}  // namespace
 
 TEST(InputFuzz, everyInputEndsInAnExitCode) {
   auto const first = setting("TESSEL_FUZZ_SEED", 1);

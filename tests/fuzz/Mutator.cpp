@@ -71,59 +71,39 @@ std::string Mutator::textLike(std::string const& former) {
 }
 
 Value Mutator::interesting(Value const& former, Document::AllocatorType& allocator) {
-  static std::vector<std::uint64_t> const numbers{0,     1,     2,          3,          7,    8,          36,
-                                                  63,    64,    255,        256,        4094, 4095,       4789,
-                                                  65535, 65536, 0x7fffffff, 0x80000024, ~0U,  ~0U + 1ULL, ~0ULL};
+  static Texts const values = split(
+      "null {} [] true false -1 1.5 0 1 2 3 7 8 36 63 64 255 256 4094 4095 4789 65535 65536 2147483647 2147483684 "
+      "4294967295 4294967296 18446744073709551615");
   bool const alike = !dice_.oneIn(6);
-  if (alike && former.IsString()) return textValue(textLike(textOf(former)), allocator);
-  if (alike && former.IsNumber()) return Value(dice_.pick(numbers));
+  if (former.IsString() ? alike : dice_.oneIn(7))
+    return textValue(textLike(former.IsString() ? textOf(former) : ""), allocator);
   if (alike && former.IsBool()) return Value(!former.GetBool());
-  switch (dice_.below(7)) {
-    case 0:
-      return textValue(textLike(""), allocator);
-    case 1:
-      return Value(dice_.oneIn(2));
-    case 2:
-      return dice_.oneIn(2) ? Value(-1) : Value(1.5);
-    case 3:
-      return Value(dice_.pick(numbers));
-    default:
-      static constexpr rapidjson::Type empty[] = {rapidjson::kNullType, rapidjson::kObjectType, rapidjson::kArrayType};
-      return Value(empty[dice_.below(3)]);
-  }
+  Document value(&allocator);
+  value.Parse(dice_.pick(values).c_str());
+  return Value(value, allocator);
 }
 
 void Mutator::changeObject(Value& object, Document::AllocatorType& allocator) {
-  auto const at = object.MemberBegin() + static_cast<std::ptrdiff_t>(dice_.below(object.MemberCount()));
+  auto const some = [&] {
+    return object.MemberBegin() + static_cast<std::ptrdiff_t>(dice_.below(object.MemberCount()));
+  };
+  auto const at = some();
   auto key = textValue(textLike(textOf(at->name)), allocator);
-  switch (dice_.below(4)) {
-    case 0:
-      object.RemoveMember(at);
-      return;
-    case 1:
-      at->name = key;
-      return;
-    case 2:  // A second member of the same value, rarely of the same name.
-      if (dice_.oneIn(20)) key.CopyFrom(at->name, allocator);
-      object.AddMember(key, Value(at->value, allocator), allocator);
-      return;
-    default:
-      at->value.Swap((object.MemberBegin() + static_cast<std::ptrdiff_t>(dice_.below(object.MemberCount())))->value);
-  }
+  auto const what = dice_.below(4);
+  if (what == 0) return void(object.RemoveMember(at));
+  if (what == 1) return void(at->value.Swap(some()->value));
+  if (what == 2) return void(at->name = key);
+  // A second member of the same value, rarely of the same name.
+  if (dice_.oneIn(20)) key.CopyFrom(at->name, allocator);
+  object.AddMember(key, Value(at->value, allocator), allocator);
 }
 
 void Mutator::changeArray(Value& array, Document::AllocatorType& allocator) {
-  auto& element = array[static_cast<SizeType>(dice_.below(array.Size()))];
-  switch (dice_.below(3)) {
-    case 0:
-      array.Erase(&element);
-      return;
-    case 1:
-      array.PushBack(Value(element, allocator), allocator);
-      return;
-    default:
-      element.Swap(array[static_cast<SizeType>(dice_.below(array.Size()))]);
-  }
+  auto const some = [&]() -> Value& { return array[static_cast<SizeType>(dice_.below(array.Size()))]; };
+  auto const what = dice_.below(3);
+  if (what == 0) return void(array.Erase(&some()));
+  if (what == 1) return void(array.PushBack(Value(some(), allocator), allocator));
+  some().Swap(some());
 }
 
 void Mutator::change(Document& document, Document const& other) {
@@ -152,17 +132,12 @@ void Mutator::change(Document& document, Document const& other) {
 
 std::string Mutator::brokenText(std::string text) {
   auto const at = dice_.below(text.size());
-  switch (dice_.below(4)) {
-    case 0:
-      return text.substr(0, at);
-    case 1:
-      return text.insert(at, std::string(1 + dice_.below(100'000), "[{\"\\0 "[dice_.below(6)]));
-    case 2:
-      return text.erase(at, 1 + dice_.below(4));
-    default:
-      text[at] = static_cast<char>(dice_.below(256));
-      return text;
-  }
+  auto const what = dice_.below(4);
+  if (what == 0) return text.substr(0, at);
+  if (what == 1) return text.insert(at, std::string(1 + dice_.below(100'000), "[{\"\\0 "[dice_.below(6)]));
+  if (what == 2) return text.erase(at, 1 + dice_.below(4));
+  text[at] = static_cast<char>(dice_.below(256));
+  return text;
 }
 
 std::string Mutator::mutated(std::string const& text, std::string const& other) {

@@ -1,12 +1,9 @@
 #include <cstdlib>
 
 #include "host/agent/Agent.h"
-#include "tests/host/Cases.h"
 #include "tests/host/CommandWorld.h"
 
 namespace Host::Test {
-
-namespace {
 
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -21,8 +18,6 @@ class BadInput : public Files {
     EXPECT_TRUE(inOrder(ran.err, parts));
   }
 };
-
-}  // namespace
 
 TEST_F(BadInput, documentsAreRefusedAsWrittenDown) {
   for (auto const& [given, result] : cases("documents.txt")) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <rapidjson/document.h>
 #include <unistd.h>
 
@@ -50,6 +49,29 @@ inline testing::AssertionResult inOrder(std::string const& text, std::vector<std
     at = found + 1;
   }
   return testing::AssertionSuccess();
+}
+
+/// One paragraph of a file below tests/data/input: what is given, a line each, and the lines behind "= " and "! ",
+/// which say the result and its warnings. Lines that begin with "#" are comments.
+struct Case {
+  std::vector<std::string> given;
+  std::string result;
+};
+
+inline std::vector<Case> cases(std::string const& name) {
+  std::ifstream in(TESSEL_SOURCE_DIR "/tests/data/input/" + name);
+  EXPECT_TRUE(in) << name;
+  std::vector<Case> all;
+  bool inside = false;
+  for (std::string line; std::getline(in, line);) {
+    if (line.starts_with('#')) continue;
+    if (!line.empty() && !inside) all.emplace_back();
+    inside = !line.empty();
+    bool const result = line.starts_with("= ") || line.starts_with("! ");
+    if (inside && result) all.back().result += line + '\n';
+    if (inside && !result) all.back().given.push_back(line);
+  }
+  return all;
 }
 
 /// Files of a test's own, removed at its end.

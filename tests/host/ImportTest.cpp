@@ -1,24 +1,9 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <unistd.h>
-
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-#include <string>
-#include <utility>
-#include <vector>
-
 #include "host/import/CaptureSet.h"
-#include "tests/host/Cases.h"
+#include "tests/host/CommandWorld.h"
 
 namespace Host::Test {
 
-namespace {
-
 using std::filesystem::path;
-
-path captures(std::string const& name) { return path(TESSEL_SOURCE_DIR) / "tests/data/captures" / name; }
 
 /// "VTEP>adjacency ... | adjacency: neighbour@port/interface ...", a `?` after a neighbour that is not resolved.
 std::string roads(rapidjson::Document const& document, std::string const& type = "vxlanTunnel") {
@@ -41,37 +26,30 @@ std::string roads(rapidjson::Document const& document, std::string const& type =
   return text;
 }
 
-/// A switch that is written by hand: two uplinks, a VXLAN device, a bridge with VLAN 10, and one remote VTEP,
-/// 10.255.0.2. Each test replaces the files that it is about.
-class HandMade : public testing::Test {
+/// A switch that is written by hand, in tests/data/input/switch: two uplinks, a VXLAN device, a bridge with VLAN 10,
+/// and one remote VTEP, 10.255.0.2. Each test replaces the files that it is about.
+class HandMade : public Files {
  protected:
   HandMade() { restore(); }
-  ~HandMade() override { remove_all(base_); }
 
   void restore() const {
-    remove_all(base_);
-    file("links", vxlan(R"("local":"10.255.0.1","port":4789)"));
-    file("remotes", "10.255.0.2");
-    file("ip-neigh.json", R"([{"dst":"10.1.1.0","dev":"up1","lladdr":"02:F1:00:00:00:01","state":["STALE"]},
-                              {"dst":"10.1.2.0","dev":"up2","lladdr":"02:f2:00:00:00:01","state":["NOARP"]}])");
+    remove_all(base());
+    put("links", vxlan(R"("local":"10.255.0.1","port":4789)"));
+    put("remotes", "10.255.0.2");
+    put("ip-neigh.json", given("ip-neigh.json"));
   }
   static std::string vxlan(std::string const& data) {
     return R"({"ifindex":9,"ifname":"vx1","linkinfo":{"info_kind":"vxlan","info_data":{)" + data + "}}}";
   }
 
-  path dir(std::string const& name = "base") const { return base_ / name; }
+  path dir(std::string const& name = "base") const { return base() / name; }
 
   /// Writes a file; of "links", "remotes" and "routes" only what differs between tests is given. "-" removes the file.
-  void file(std::string const& name, std::string const& text, std::string const& directory = "base") const {
-    if (name == "links") return links(text);
+  void put(std::string const& name, std::string const& text, std::string const& directory = "base") const {
+    if (name == "links") return put("ip-link.json", given("ip-link.json") + text + "]");
     if (name == "remotes") return remotes(text);
-    if (name == "routes") return file("ip-route-all.json", "[" + text + "]");
-    create_directories(dir(directory));
-    if (text == "-") {
-      remove(dir(directory) / name);
-    } else {
-      std::ofstream(dir(directory) / name) << text;
-    }
+    if (name == "routes") return put("ip-route-all.json", "[" + text + "]");
+    text == "-" ? void(remove(dir(directory) / name)) : void(file(directory + "/" + name, text));
   }
 
   /// "= " and the roads of the capture or what is wrong with it, then the warnings, without the directory of the test.
@@ -92,32 +70,20 @@ class HandMade : public testing::Test {
   }
 
  private:
-  std::string prefix() const { return base_.string() + "/"; }
+  std::string prefix() const { return base().string() + "/"; }
   void remotes(std::string const& vteps) const {
     std::istringstream stream(vteps);
     std::string list;
     for (std::string vtep; stream >> vtep;)
       list += std::string(list.empty() ? "" : ",") + R"({"mac":"02:00:00:00:00:09","ifname":"vx1","dst":")" + vtep +
               R"(","flags":["self"],"state":""})";
-    file("bridge-fdb.json", "[" + list + "]");
+    put("bridge-fdb.json", "[" + list + "]");
   }
-  void links(std::string const& more) const {
-    file("ip-link.json",
-         R"([{"ifindex":1,"ifname":"lo","flags":["LOOPBACK"],"link_type":"loopback"},
-      {"ifindex":2,"ifname":"up1"},{"ifindex":3,"ifname":"up2"},{"ifindex":4,"ifname":"br0","linkinfo":{"info_kind":"bridge"}},
-      {"ifindex":5,"ifname":"vlan10","link":"br0","linkinfo":{"info_kind":"vlan","info_data":{"id":10}}},
-      {"ifindex":6,"ifname":"h1","master":"br0","linkinfo":{"info_kind":"veth","info_slave_kind":"bridge"}},
-      {"ifindex":7,"ifname":"red","linkinfo":{"info_kind":"vrf","info_data":{"table":1001}}},
-      {"ifindex":8,"ifname":"lo-red","master":"red","linkinfo":{"info_kind":"dummy","info_slave_kind":"vrf",
-        "info_slave_data":{"table":1001}}},)" +
-             more + "]");
+  static std::string given(std::string const& name) {
+    std::ifstream in(path(TESSEL_SOURCE_DIR) / "tests/data/input/switch" / name);
+    return {std::istreambuf_iterator<char>(in), {}};
   }
-
-  path base_ = std::filesystem::temp_directory_path() /
-               ("captures-" + std::to_string(getpid()) + testing::UnitTest::GetInstance()->current_test_info()->name());
 };
-
-}  // namespace
 
 TEST_F(HandMade, isReadOrRefusedAsWrittenDown) {
   for (auto const& [given, result] : cases("captures.txt")) {
@@ -125,7 +91,7 @@ TEST_F(HandMade, isReadOrRefusedAsWrittenDown) {
     std::string all;
     for (auto const& line : given) {
       auto const blank = line.find(' ');
-      file(line.substr(0, blank), line.substr(blank + 1));
+      put(line.substr(0, blank), line.substr(blank + 1));
       all += line + '\n';
     }
     EXPECT_EQ(shown(), result) << all;
@@ -134,9 +100,9 @@ TEST_F(HandMade, isReadOrRefusedAsWrittenDown) {
 
 TEST_F(HandMade, ownNumbersFollowFromTheContentsAlone) {
   auto const ids = [this](std::string const& list) {
-    file("routes", R"({"dst":"10.1.2.0/24","nhid":18,"dev":"up2"},{"dst":"10.0.0.9","gateway":"10.1.1.0","dev":"up1"},
+    put("routes", R"({"dst":"10.1.2.0/24","nhid":18,"dev":"up2"},{"dst":"10.0.0.9","gateway":"10.1.1.0","dev":"up1"},
                       {"dst":"10.255.0.2","gateway":"10.1.1.0","dev":"up1"})");
-    file("remotes", list);
+    put("remotes", list);
     CaptureSet set;
     set.overlay(dir());
     auto const document = set.stateDocument();
@@ -159,17 +125,17 @@ TEST_F(HandMade, interfacesWithoutAVlanIdAreRefusedForTheUnderlay) {
   std::string many = vxlan("");
   for (unsigned i = 100; i < 4190; ++i)
     many += R"(,{"ifindex":)" + std::to_string(i) + R"(,"ifname":"p)" + std::to_string(i) + "\"}";
-  file("links", many);
-  file("routes", R"({"dst":"10.255.0.2","nhid":1,"gateway":"10.1.1.0","dev":"p4187"})");
+  put("links", many);
+  put("routes", R"({"dst":"10.255.0.2","nhid":1,"gateway":"10.1.1.0","dev":"p4187"})");
   EXPECT_EQ(shown(), "= 10.255.0.2>1 | 1: 10.1.1.0?@p4187/p4187\n");
-  file("routes", R"({"dst":"10.255.0.2","nhid":1,"gateway":"10.1.1.0","dev":"p4189"})");
+  put("routes", R"({"dst":"10.255.0.2","nhid":1,"gateway":"10.1.1.0","dev":"p4189"})");
   EXPECT_EQ(shown(),
             "= base/ip-link.json: /4098/ifname: found \"p4189\", expected an earlier interface for the underlay: all "
             "VLAN ids are in use\n");
 }
 
 TEST_F(HandMade, aLaterCaptureMayDifferAndABadOneLeavesTheSetAsItWas) {
-  file("ip-link-vxlan.json", "[" + vxlan(R"("port":4790)") + "]", "later");
+  put("ip-link-vxlan.json", "[" + vxlan(R"("port":4790)") + "]", "later");
   CaptureSet set;
   set.overlay(dir());
   set.overlay(dir("later"));
@@ -177,11 +143,11 @@ TEST_F(HandMade, aLaterCaptureMayDifferAndABadOneLeavesTheSetAsItWas) {
   auto const& vti = document["stateway"]["interface/status/eth/vxlan"]["vtiStatus"]["Vxlan1"];
   EXPECT_FALSE(vti.HasMember("srcAddr"));
   EXPECT_EQ(vti["udpPort"].GetUint(), 4790U);
-  file("bridge-fdb.json", "[]", "bad");
-  file("ip-neigh.json", "[", "bad");
+  put("bridge-fdb.json", "[]", "bad");
+  put("ip-neigh.json", "[", "bad");
   EXPECT_THROW(set.overlay(dir("bad")), Kiln::InputError);
   EXPECT_EQ(set.stateDocument(), document);
-  file("readme.txt", "no capture", "other");
+  put("readme.txt", "no capture", "other");
   EXPECT_THAT(shown("other"),
               testing::StartsWith("= other: found no capture in the directory, expected captures: ip-"));
   EXPECT_EQ(shown("nowhere"), "= nowhere: found no directory there, expected a directory of captures\n");
@@ -194,7 +160,7 @@ TEST(Captures, eachDocumentIsAsWrittenDown) {
     CaptureSet set;
     std::string all;
     for (auto const& name : given) {
-      set.overlay(captures(name));
+      set.overlay(capture(name));
       auto const document = set.stateDocument();
       auto const learned = roads(document), flooded = roads(document, "vxlanHwHerTunnel");
       all += "= " + learned + (flooded == learned ? "\n" : "\n= flooded to: " + flooded + '\n');

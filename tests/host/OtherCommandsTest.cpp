@@ -7,13 +7,9 @@
 
 namespace Host::Test {
 
-namespace {
-
 using testing::HasSubstr;
 
 class Explain : public Files {};
-
-}  // namespace
 
 TEST_F(Explain, aProgrammedTunnelRowByRowDownToThePorts) {
   auto const input = file("state.json", wishTo(3).document());

@@ -4,8 +4,6 @@
 
 namespace Host::Test {
 
-namespace {
-
 using testing::Contains;
 using testing::ElementsAre;
 using testing::EndsWith;
@@ -19,8 +17,6 @@ std::string idsOf(rapidjson::Value const& report) {
   auto const& tunnel = report["tunnels"][0];
   return std::to_string(tunnel["tunnelId"].GetUint()) + "/" + std::to_string(tunnel["nextHopId"].GetUint());
 }
-
-}  // namespace
 
 TEST_F(RunCommand, withoutAnInputTheBuiltInLeafIsShown) {
   auto const shown = run({"run"});
@@ -44,18 +40,14 @@ TEST_F(RunCommand, jsonKeepsItsShape) {
   auto const& entry = *std::find_if(table["entries"].Begin(), table["entries"].End(),
                                     [](auto const& one) { return one["key"] == "10.255.0.3"; });
   EXPECT_EQ(table["used"].GetUint(), 4U);
-  auto const keys = keysOf(json, "VirtualPortTableMerged");
-  EXPECT_TRUE(std::is_sorted(keys.begin(), keys.end()));
   EXPECT_EQ(entry["state"].GetUint(), 3U);
   auto const& handle = entry["fields"]["vp2"]["egrL3TunnelTableHandle"];
   EXPECT_EQ(handle["row"], entry["fields"]["vp2"]["tunnelIndex"]);
   EXPECT_THAT(keysOf(json, handle["table"].GetString()), Contains(std::string(handle["key"].GetString())));
-  EXPECT_TRUE(json["tables"]["EcmpGroup1Table"]["entries"][0]["fields"]["groupOptionHandle"].IsNull());
 
   std::uint64_t writes = 0;
   for (auto const& part : json["chip"]["tables"].GetObject()) writes += part.value["writes"].GetUint64();
   EXPECT_EQ(json["chip"]["writes"].GetUint64(), writes);
-  EXPECT_EQ(json["chip"]["tables"]["VirtualPort1Table"]["used"].GetUint(), 4U);
   EXPECT_TRUE(json["logs"].Empty());
   EXPECT_FALSE(json.HasMember("state"));
 }

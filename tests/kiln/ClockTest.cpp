@@ -70,17 +70,4 @@ TEST(Activities, thatAreScheduledByWorkOrByItsReleaseWaitForTheNextTurn) {
   }
 }
 
-TEST(ClockTest, theProcessGoesByARealClockUntilAnotherIsSet) {
-  auto* const real = Kiln::activityManager()->clock();
-  ASSERT_TRUE(real);
-  EXPECT_GE(real->now(), 0);
-  {
-    Kiln::VirtualClock clock;
-    Kiln::ClockScope const scope(clock);
-    clock.advance(3);
-    EXPECT_EQ(Kiln::activityManager()->clock()->now(), 3.0);
-  }
-  EXPECT_EQ(Kiln::activityManager()->clock(), real);
-}
-
 }  // namespace

@@ -1,5 +1,4 @@
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "platform/kiln/Log.h"
 
@@ -82,16 +81,6 @@ TEST_F(LogTest, handlesAreLimitedApartAndWithoutSelectionAsAWhole) {
   }
   EXPECT_EQ(capture.count("FULL"), 1U);
   EXPECT_EQ(capture.count("PLAIN"), 2U);
-}
-
-TEST_F(LogTest, aFloodOfDifferentArgumentsIsForgottenAfterTheInterval) {
-  Kiln::LogHandle handle(full, 30.0, 1.0, 2, 0);
-  for (int round = 0; round < 3; ++round) {
-    for (int i = 0; i < 2000; ++i) Kiln::log(handle, Address{i}, 0);
-    clock.advance(30);
-  }
-  EXPECT_EQ(handle.suppressed(), 0U);
-  EXPECT_EQ(capture.records().size(), 6000U);
 }
 
 }  // namespace

@@ -1,5 +1,4 @@
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <memory>
 #include <string>
@@ -11,7 +10,6 @@ KILN_TRACE_FILE("TraceTest");
 // A second file of the same name, as far as the registry can tell.
 namespace Elsewhere {
 KILN_TRACE_FILE("TraceTestElsewhere");
-static void traced() { TRACE(1, "elsewhere"); }
 }  // namespace Elsewhere
 
 // A file that is loaded when a test says so.
@@ -162,21 +160,6 @@ TEST_F(TraceTest, aFileThatIsLoadedLaterIsSetAndLeavesNothingBehind) {
   }
   EXPECT_FALSE(loaded());
   EXPECT_EQ(Kiln::traceRingLines().size(), 0U);
-}
-
-TEST_F(TraceTest, capturesOverlapAndLeaveTheLevelsAsTheyWere) {
-  ASSERT_EQ(Kiln::traceMasksIs("TraceTest=1"), "");
-  auto outer = std::make_unique<Kiln::TraceCapture>("TraceTest*", 2U);
-  Kiln::TraceCapture inner("TraceTest", 4U);
-  TRACE(0, "zero");
-  TRACE(1, "one");
-  TRACE(2, "two");
-  Elsewhere::traced();
-  EXPECT_THAT(outer->lines(), ElementsAre("TestBody: one", "traced: elsewhere"));
-  EXPECT_THAT(inner.lines(), ElementsAre("TestBody: two"));
-  EXPECT_TRUE(inner.contains("two") && !inner.contains("one"));
-  outer.reset();
-  EXPECT_EQ(kilnTraceHandle.mask(), 5U);
 }
 
 TEST_F(TraceTest, theTextSinkPrintsAtOnceWithPlaceAndLevel) {

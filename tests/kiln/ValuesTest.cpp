@@ -1,5 +1,4 @@
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <limits>
 #include <set>
@@ -7,9 +6,7 @@
 
 #include "platform/bridging/VlanId.h"
 #include "platform/kiln/Json.h"
-#include "platform/logicalfap/LogicalFapId.h"
 #include "platform/meshal/Bounded.h"
-#include "platform/tessel/values/EntryWriteStatus.h"
 #include "platform/tessel/values/L3Keys.h"
 #include "platform/tessel/values/MemberTunnelUniqueNhId.h"
 #include "platform/tessel/values/VxlanTunnelKey.h"
@@ -118,20 +115,6 @@ TEST(Keys, brokenTextsAreRefusedAndChangeNothing) {
     EXPECT_EQ(Kiln::toText(Kiln::fromText<Vane::AdjIdOrNone>(text).value()), text);
 }
 
-TEST(TunnelKey, everyMemberTellsKeysApart) {
-  TunnelKey const base{IpGenAddr("10.0.0.1"), IpGenAddr("10.0.0.2"), 1, 5, IntfId("Vxlan1")};
-  std::vector<TunnelKey> larger(5, base);
-  larger[0].srcIs(IpGenAddr("10.0.0.2"));
-  larger[1].dstIs(IpGenAddr("10.0.0.3"));
-  larger[2].vrfIs(2);
-  larger[3].genIdIs(6);
-  larger[4].intfIdIs(IntfId("later than Vxlan1"));
-  for (auto const& key : larger) {
-    EXPECT_LT(base, key);
-    EXPECT_NE(hash_value(key), hash_value(base));
-  }
-}
-
 struct Outer {
   std::set<Bridging::VlanId> vlans;
   std::vector<NextHopEntry> hops;
@@ -172,39 +155,28 @@ TEST(ValueJson, isReadAndWrittenOrRefusedWithItsPlace) {
   std::string const below65536 = ": expected a whole number from 0 to 65535";
   std::string const tunnelKey = R"("10.0.0.1, dst:10.0.0.2, vrf:1, genId:18446744073709551615, intfId:Vxlan1")";
   for (auto const& [through, json, result] : std::vector<Case>{
-           {through<bool>, "true"},
            {through<bool>, "1", " 1: expected true or false"},
            {through<std::uint64_t>, "18446744073709551615"},
-           {through<std::uint16_t>, "65535"},
            {through<std::uint16_t>, "65536", " 65536" + below65536},
-           {through<std::uint16_t>, "-1", " -1" + below65536},
            {through<std::uint16_t>, "1.5", " 1.5" + below65536},
            {through<std::uint16_t>, "\"7\"", " \"7\"" + below65536},
            {through<std::int8_t>, "-128"},
            {through<std::int8_t>, "127"},
            {through<std::int8_t>, "-129", " -129: expected a whole number from -128 to 127"},
            {through<std::int8_t>, "128", " 128: expected a whole number from -128 to 127"},
-           {through<std::string>, "\"a/b\""},
            {through<std::string>, "7", " 7: expected a string"},
-           {through<Bridging::VlanId>, "4094"},
            {through<Bridging::VlanId>, "\"10\"", "10"},
            {through<Bridging::VlanId>, "65537", " 65537: expected a whole number from 1 to 4094"},
            {through<U24>, "-1", " -1: expected a whole number from 0 to 16777215"},
            {through<Vxlan::VniExtOrNone>, "\"none\""},
            {through<Vxlan::VniExtOrNone>, "4294967295", "\"none\""},
-           {through<Vxlan::VniExtOrNone>, "16777215"},
            {through<Vxlan::VniExtOrNone>, "0", " 0: expected a whole number from 1 to 16777215, or \"none\""},
-           {through<Vane::VaneTunnelId>, "4294967295"},
            {through<Vane::VaneTunnelId>, "4294967296", " 4294967296: expected an id, a whole number of 32 bits"},
            {through<Vane::AdjIdOrNone>, "4294967295"},
            {through<Vane::AdjIdOrNone>, "null"},
-           {through<LogicalFap::LogicalFapId>, "3"},
-           {through<EncapId>, "4097"},
-           {through<Vane::TunnelType>, "\"vxlanHerTunnel\""},
            {through<Vane::TunnelType>, "9", "\"vxlanMemberTunnel\""},
            {through<Vane::TunnelType>, "2",
             " 2: expected one of vxlanTunnel vxlanHerTunnel vxlanMemberTunnel vxlanMcastTunnel vxlanMcastHer vxlanBum"},
-           {through<TesselCentral::EntryWriteStatus>, "2", "\"entryWriteFailed\""},
            {through<Vane::NextHopEntryType>, "12", "\"nextHopMcastTunnel\""},
            {through<Vane::NextHopEntryType>, "77"},
            {through<NextHopEntry>, "{}",

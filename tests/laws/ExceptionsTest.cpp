@@ -6,7 +6,7 @@
 //
 // - Without a local VTEP, and with UDP port 0, the tables stay as they were: until both are there again.
 // - A pass over the outer headers ends at the first tunnel whose family has no local VTEP, and a generation that was
-//   replaced returns when its successor is removed: with the next pass (both in tests/tunnel/SequenceTest.cpp).
+//   replaced returns when its successor is removed: with the next pass (both in tests/tunnel/LifeTest.cpp).
 // - A member tunnel that loses the unicast tunnel of its VTEP keeps that one's overlay entry, until its own next
 //   change, and that one's source address, until the next pass.
 // - Ports and layer 3 interfaces are read when a next hop is written: until the next change of its adjacency.
@@ -16,8 +16,6 @@
 //   of learning.
 
 namespace AgentTest {
-
-namespace {
 
 using testing::HasSubstr;
 using testing::Not;
@@ -101,7 +99,5 @@ TEST(ExceptionsOfAFullChip, nextHopsAreNotTakenUpWhileTheRowIsMissing) {
   fresh.want(agent.wish());
   EXPECT_EQ(agent.chip(), fresh.chip());
 }
-
-}  // namespace
 
 }  // namespace AgentTest

@@ -1,10 +1,9 @@
 #include <algorithm>
+#include <fstream>
 
 #include "tests/laws/Trials.h"
 
 namespace AgentTest {
-
-namespace {
 
 constexpr unsigned storyLength = 40;
 
@@ -70,6 +69,23 @@ void stop(ChipKind const& kind, Story const& story) {
   Player(agent, kind, story.drive).play(story);
 }
 TEST_P(Laws, stoppingAnywhereLeavesNoObject) { tryLaw({.law = stop, .story = storiesOf(all)}, GetParam()); }
+
+// Completions, reviews and new writes are all half done when the agent stops.
+TEST(Stop, betweenTurnsLeavesNoObject) {
+  for (unsigned turns = 0; turns < 32; ++turns) {
+    AgentWorld agent(chipKinds({"cascaded", "flat"})[turns % 4]);
+    agent.hold("VirtualPortTableMerged").hold(agent.overlayTable()).hold("L3NextHop2Table");
+    agent.together([](AgentWorld& a) { a.localVtep(vtep(1)).udpPort(4789); });
+    agent.tunnel(unicast, vtep(2)).via(uplink(1), uplink(2));
+    agent.tunnel(member, vtep(3)).via(uplink(1));
+    agent.agent().chip().release();
+    auto const& wanted = agent.agent().wantedTunnels(unicast);
+    wanted->tunnelDel(Meshal::IpGenAddr(vtep(2)));
+    wanted->tunnelIs(Meshal::IpGenAddr(vtep(4)))->adjIdIs(Vane::AdjIdOrNone(101));
+    for (unsigned turn = 0; turn < turns / 4; ++turn) agent.agent().turn();
+    agent.messages();
+  }
+}
 
 void bothCompletions(ChipKind const& kind, Story const& story) {
   std::string ends[2];
@@ -142,6 +158,24 @@ TEST(KnownStories, keepTheLaws) {
   }
 }
 
+// Of a tunnel that is added, gets another generation and is removed: in each of its notifications.
+TEST(KnownStories, anyReactionKeepsTheLaws) {
+  for (auto const type : {unicast, member}) {
+    for (std::uint32_t reaction = 0; reaction < Event::reactions; ++reaction) {
+      for (std::uint32_t at = 1; at <= 6; ++at) {
+        Story const story{Drive::test,
+                          {{.kind = Event::react, .type = type, .vtep = 2, .n = reaction, .m = at},
+                           {.kind = Event::over, .type = type, .vtep = 2, .n = 1},
+                           {.kind = Event::generation, .type = type, .vtep = 2},
+                           {.kind = Event::gone, .type = type, .vtep = 2}}};
+        SCOPED_TRACE(story.text());
+        freshStart({.profile = "cascaded"}, story);
+        nothingLeft({.profile = "flat", .completion = Asic::Completion::deferred}, story);
+      }
+    }
+  }
+}
+
 /// Events that have nothing to do with each other, in random order.
 Story independentEvents(std::uint64_t seed, std::string const& profile) {
   std::vector<Event> events{
@@ -179,6 +213,40 @@ TEST_P(Laws, theOrderOfIndependentEventsDoesNotMatter) {
          GetParam());
 }
 
-}  // namespace
+/// The rows of a whole state on each kind of chip, as tests/data/states says them: what no comparison of two agents
+/// sees, since both run the same code.
+class WholeStates : public testing::TestWithParam<std::string> {};
+INSTANTIATE_TEST_SUITE_P(Chips, WholeStates, testing::Values("cascaded", "flat", "compact", "oneHeader", "flooding"),
+                         [](auto const& test) { return test.param; });
+
+Wish wishOn(std::string const& profile) {
+  Wish wish;
+  wish.localVtep = vtep(1);
+  wish.udpPort = 4790;
+  wish.udpSrcPort = 49152;
+  wish.udpSrcPorts = 1024;
+  wish.learning = true;
+  wish.dscp = true;
+  wish.tos = 5;
+  wish.adjacencies = {{1, {uplink(1), uplink(profile == "flooding" ? 11 : 9)}}, {2, {unresolved(2)}}, {3, {uplink(3)}}};
+  wish.tunnels = {
+      {{unicast, vtep(2)}, {.adjId = 1}}, {{unicast, vtep(3)}, {.adjId = 2}}, {{member, vtep(4)}, {.adjId = 3}}};
+  if (profile != "compact") {
+    wish.localVtep6 = vtep6(1);
+    wish.tunnels[{unicast, vtep6(2)}] = {.adjId = 1};
+  }
+  return wish;
+}
+
+TEST_P(WholeStates, areAsWrittenDown) {
+  std::ifstream in(TESSEL_SOURCE_DIR "/tests/data/states/" + GetParam() + ".txt");
+  std::string const expected{std::istreambuf_iterator<char>(in), {}};
+  ASSERT_NE(expected, "");
+  for (auto const& kind : chipKinds({GetParam()})) {
+    AgentWorld agent(kind);
+    agent.want(wishOn(GetParam()));
+    EXPECT_EQ(agent.chip(), expected);
+  }
+}
 
 }  // namespace AgentTest

@@ -5,8 +5,6 @@
 
 namespace AgentTest {
 
-namespace {
-
 using Meshal::IpGenAddr;
 using Record = TesselCentral::VtepIpToTnlIdNhIdMap;
 
@@ -114,7 +112,5 @@ TEST_P(FullTables, areReportedOnceAndHeal) {
     EXPECT_EQ(agent.whole(), fresh.whole());
   }
 }
-
-}  // namespace
 
 }  // namespace AgentTest

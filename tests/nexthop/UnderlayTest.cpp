@@ -4,8 +4,6 @@
 
 namespace AgentTest {
 
-namespace {
-
 using Meshal::IntfId;
 using testing::HasSubstr;
 using testing::Not;
@@ -56,35 +54,6 @@ TEST_P(Underlay, nextHopsHoldTheirPortAndVlan) {
   EXPECT_EQ(insert(hop(5, "Ethernet77")), nullptr);
   EXPECT_TRUE(trace.contains(" Invalid Dst Port"));
   EXPECT_EQ(row("02:00:00:00:00:05 Vlan105"), "absent");
-}
-
-TEST_P(Underlay, nextHopsAreWrittenWhereTheyDifferOrWereRefused) {
-  auto const writes = [this] { return agent.agent().chip().writes(); };
-  auto kept = insert(hop(3));
-  auto const before = writes();
-  auto const again = insert(hop(3));
-  EXPECT_EQ(writes(), before);
-  auto const moved = insert(hop(3, "Ethernet4"));
-  EXPECT_TRUE(Asic::sameEntry(kept, moved));
-  EXPECT_EQ(writes(), before + 1) << "one part differs";
-  agent.hardware().refuseTable("EgrL3NextHop2", Asic::EntryState::failed);
-  auto const other = insert(hop(4));
-  EXPECT_EQ(other->state(), Asic::EntryState::failed);
-  agent.hardware().refuseNone();
-  EXPECT_TRUE(Asic::sameEntry(insert(hop(4)), other));
-  EXPECT_EQ(other->state(), Asic::EntryState::written);
-}
-
-TEST_P(Underlay, outgoingInterfacesAreSharedAndSentAgainWhenRefused) {
-  agent.hardware().refuseTable("EgrL3Oif2", Asic::EntryState::failed);
-  auto first = insert(hop(3));
-  agent.hardware().refuseNone();
-  auto second = insert(hop(4, "Ethernet3", "Vlan103"));
-  EXPECT_EQ(agent.table("EgrL3Oif2"), "103: vlanId=103\n");
-  first = nullptr;
-  EXPECT_EQ(agent.table("EgrL3Oif2"), "103: vlanId=103\n");
-  second = nullptr;
-  EXPECT_EQ(agent.chip(), start);
 }
 
 TEST_P(Underlay, groupsAreOfTheirResolvedMembersAndOfAllOrNone) {
@@ -161,7 +130,5 @@ TEST(ReservedRow, isLeftToAChipThatReservesItItself) {
   AgentWorld agent({.values = {{"ownReservedRow", "true"}}});
   EXPECT_EQ(agent.table("L3NextHop2Table"), "ff:ff:ff:ff:ff:ff: macAddr=00:00:00:00:00:00\n");
 }
-
-}  // namespace
 
 }  // namespace AgentTest

@@ -1,5 +1,4 @@
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
@@ -10,7 +9,6 @@
 #include "platform/plugin/Loader.h"
 
 namespace PluginTest {
-namespace {
 
 class Mounter final : public Plugin::Mounter {
   KILN_TYPE(PluginTest::Mounter, Plugin::Mounter)
@@ -87,5 +85,4 @@ TEST(L3Wrapper, startsInOrderAndThenFollowsChipsAndRunningState) {
   EXPECT_EQ(said(), "");
 }
 
-}  // namespace
 }  // namespace PluginTest

@@ -1,5 +1,4 @@
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <functional>
@@ -94,6 +93,8 @@ TEST_F(Mounts, CompleteWhenTheLoopRuns) {
   EXPECT_EQ(log, "complete ");
   EXPECT_EQ(Dovel::Node::aliveCount(), alive) << "a group that is complete is deleted";
   EXPECT_EQ(em->getEntity("room/lamp"), lamp) << "what the host made and filled";
+  for (auto const* path : {"first", "second"}) ask(*mounter, path);
+  EXPECT_EQ(em->completeMounts(), 2U);
   EXPECT_EQ(em->completeMounts(), 0U);
   EXPECT_EQ(em->getEntity("room"), nullptr);
   em->entityIs("room/lamp/x", "MountTest::Lamp");
@@ -105,27 +106,6 @@ TEST_F(Mounts, CompleteWhenTheLoopRuns) {
   EXPECT_EQ(em->getEntity("s/1"), child);
   EXPECT_EQ(em->entityIs("s/1", "MountTest::Lamp"), child);
   EXPECT_EQ(em->getEntity<Kiln::Dir>("s")->child("1"), child);
-}
-
-TEST_F(Mounts, EachGroupOfEachManagerIsCompletedOnItsOwn) {
-  auto const other = Dovel::make<Stateway::EntityManager>();
-  auto const group = other->getMountGroup(*mounter);
-  EXPECT_NE(em->getMountGroup(*mounter), group);
-  group->doMount(mount("room/lamp", "MountTest::Lamp", "r"));
-  group->doClose(false, "", 0);
-  EXPECT_EQ(em->completeMounts(), 0U);
-  EXPECT_EQ(other->completeMounts(), 1U);
-  EXPECT_EQ(em->entity("room/lamp"), nullptr);
-
-  ask(*mounter, "first");
-  ask(*mounter, "second");
-  em->getMountGroup(*mounter);
-  // One that is closed while another completes.
-  auto const later = Dovel::make<Mounter>(log);
-  auto const asking = Dovel::make<Mounter>(log, [&] { ask(*later, "other/lamp"); });
-  ask(*asking);
-  EXPECT_EQ(em->completeMounts(), 4U);
-  EXPECT_TRUE(em->getEntity("first") && em->getEntity("second") && em->getEntity("other/lamp"));
 }
 
 TEST_F(Mounts, AMounterThatWasDeletedIsNotCalled) {
@@ -146,6 +126,7 @@ TEST_F(Mounts, AMounterThatWasDeletedIsNotCalled) {
 TEST_F(Mounts, ModesAreShownAndWrongTypesAndModesRefused) {
   em->entityIs("z", "MountTest::Lamp");
   auto const group = em->getMountGroup(*mounter);
+  EXPECT_NE(Dovel::make<Stateway::EntityManager>()->getMountGroup(*mounter), group);
   for (auto const& [type, why] : std::vector<std::pair<char const*, char const*>>{
            {"MountTest::Nobody", "z: the type MountTest::Nobody is not loaded"},
            {"MountTest::Nameless", "z: the type MountTest::Nameless cannot be created by name"},

@@ -1,5 +1,3 @@
-#include "tests/support/AgentShow.h"
-
 #include <fmt/format.h>
 
 #include <map>
@@ -13,6 +11,7 @@
 #include "platform/asic/Store.h"
 #include "platform/meshal/EthAddr.h"
 #include "platform/meshal/IpGenAddr.h"
+#include "tests/support/AgentText.h"
 
 namespace AgentTest {
 

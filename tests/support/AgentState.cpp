@@ -1,5 +1,3 @@
-#include "tests/support/AgentState.h"
-
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -13,9 +11,14 @@
 #include "platform/tessel/central/VxlanToL2State.h"
 #include "platform/tessel/l3common/TesselVxlanState.h"
 #include "platform/tessel/l3common/VxlanDirs.h"
+#include "tests/support/AgentText.h"
 #include "tests/support/AgentWish.h"
 
 namespace AgentTest {
+
+std::string_view overlayTableOf(Asic::Chip const& chip) {
+  return chip.store("IngL3EcmpMember0Table") ? "IngL3EcmpMember0Table" : "L3NextHop1Table";
+}
 
 namespace {
 
@@ -58,10 +61,6 @@ class Owners {
   std::map<std::string, std::pair<std::uint32_t, EntryState>, std::less<>> entries_;
 };
 
-std::string_view overlayTableOf(Asic::Chip const& chip) {
-  return chip.store("IngL3EcmpMember0Table") ? "IngL3EcmpMember0Table" : "L3NextHop1Table";
-}
-
 char const* nameOf(Vane::TunnelType type) { return type == unicast ? "unicast" : "member"; }
 
 template <class Map, class Less>
@@ -86,10 +85,7 @@ class StateText {
 
   void addStatus() {
     for (auto const type : {unicast, member}) {
-      auto const byVtep = [](auto const& a, auto const& b) {
-        return std::pair(a->tunnelKey().dst(), a->tunnelKey()) < std::pair(b->tunnelKey().dst(), b->tunnelKey());
-      };
-      for (auto const& entry : sortedBy(agent_.hwTunnelStatus(type)->tunnelStatusColl(), byVtep)) {
+      for (auto const& entry : statuses(agent_, type)) {
         auto const& nextHop = entry->hwNextHopStatusEntry();
         auto const& list = nextHop.nextHopEntryList();
         line("{} {} tnl=[{}] nh=[{}]{}", nameOf(type), entry->tunnelKey().dst(),
@@ -195,6 +191,12 @@ class StateText {
 };
 
 }  // namespace
+
+std::vector<Dovel::Ptr<Vane::HwTunnelStatusEntry>> statuses(Host::Agent const& agent, Vane::TunnelType type) {
+  return sortedBy(agent.hwTunnelStatus(type)->tunnelStatusColl(), [](auto const& a, auto const& b) {
+    return std::pair(a->tunnelKey().dst(), a->tunnelKey()) < std::pair(b->tunnelKey().dst(), b->tunnelKey());
+  });
+}
 
 std::string statusText(Host::Agent const& agent) {
   StateText text(agent);

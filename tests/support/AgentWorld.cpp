@@ -8,8 +8,6 @@
 #include "platform/asic/ProfileLoader.h"
 #include "platform/asic/Store.h"
 #include "platform/tessel/qos/TrustStatus.h"
-#include "tests/support/AgentShow.h"
-#include "tests/support/AgentState.h"
 
 namespace AgentTest {
 
@@ -76,20 +74,6 @@ std::unique_ptr<Host::Agent> makeAgent(ChipKind const& kind, Drive drive) {
   return std::make_unique<Host::Agent>(options);
 }
 
-std::vector<Dovel::Ptr<Vane::HwTunnelStatusEntry>> sorted(Vane::HwTunnelStatus const& status) {
-  std::vector<Dovel::Ptr<Vane::HwTunnelStatusEntry>> entries;
-  for (auto const& entry : status.tunnelStatusColl()) entries.push_back(entry);
-  std::sort(entries.begin(), entries.end(), [](auto const& a, auto const& b) {
-    return std::pair(a->tunnelKey().dst(), a->tunnelKey()) < std::pair(b->tunnelKey().dst(), b->tunnelKey());
-  });
-  return entries;
-}
-
-std::string adjText(Vane::HwTunnelStatusEntry const& entry) {
-  auto const& list = entry.hwNextHopStatusEntry().nextHopEntryList();
-  return list ? fmt::format(" adj={}", list->adjId()) : "";
-}
-
 }  // namespace
 
 std::string kindText(ChipKind const& kind) {
@@ -142,18 +126,15 @@ AgentWorld& AgentWorld::changed() {
   return *this;
 }
 
-AgentWorld& AgentWorld::hold(std::string_view table) {
-  agent_->chip().hold(table);
-  return *this;
-}
-
 AgentWorld& AgentWorld::release() {
   agent_->chip().release();
   return settle();
 }
 
 AgentWorld& AgentWorld::restart() {
+  auto const rows = chip();
   agent_->stopFeature();
+  EXPECT_EQ(chip(), rows) << "a stop of the feature leaves its rows";
   agent_->startFeature();
   return *this;
 }
@@ -165,11 +146,12 @@ AgentWorld& AgentWorld::settle() {
 
 std::string AgentWorld::status(Vane::TunnelType type) {
   std::string text;
-  for (auto const& entry : sorted(*agent_->hwTunnelStatus(type))) {
+  for (auto const& entry : statuses(*agent_, type)) {
+    auto const& list = entry->hwNextHopStatusEntry().nextHopEntryList();
     text += fmt::format("{} gen={} tnl={} nh={}{}\n", Kiln::toText(entry->tunnelKey().dst()),
                         entry->tunnelKey().genId(), idText('t', entry->hwTunnelId().value()),
                         idText(type == unicast ? 'n' : 't', entry->hwNextHopStatusEntry().hwNextHopId().value()),
-                        adjText(*entry));
+                        list ? fmt::format(" adj={}", list->adjId()) : "");
   }
   return text;
 }
@@ -191,10 +173,6 @@ std::string AgentWorld::row(std::string_view table, std::string_view key) const 
   return lines.substr(from, lines.find('\n', from) - from);
 }
 
-std::string_view AgentWorld::overlayTable() const {
-  return agent_->chip().store("IngL3EcmpMember0Table") ? "IngL3EcmpMember0Table" : "L3NextHop1Table";
-}
-
 std::string AgentWorld::writes() {
   std::string text;
   for (auto const& report : agent_->chip().tables()) {
@@ -214,42 +192,12 @@ std::string AgentWorld::messages() {
   return text;
 }
 
-std::map<std::string, unsigned> AgentWorld::messageCounts() {
-  std::map<std::string, unsigned> counts;
-  for (auto const& record : agent_->logs().records()) ++counts[record.name];
-  agent_->logs().clear();
-  return counts;
-}
-
 std::string AgentWorld::idText(char kind, std::uint32_t id) {
   if (id == Vane::VaneTunnelId::unprogrammed().value()) return "unprogrammed";
   auto const next = static_cast<unsigned>(std::count_if(ids_.begin(), ids_.end(),
                                                         [&](auto const& known) { return known.first.first == kind; })) +
                     1;
   return fmt::format("#{}", ids_.emplace(std::pair(kind, id), next).first->second);
-}
-
-TunnelStory& TunnelStory::over(std::uint32_t adjId) {
-  wish().adjId = adjId;
-  world_.changed();
-  return *this;
-}
-
-TunnelStory& TunnelStory::withoutRoute() {
-  wish().adjId.reset();
-  world_.changed();
-  return *this;
-}
-
-TunnelStory& TunnelStory::generation(std::uint64_t genId) {
-  wish().genId = genId;
-  world_.changed();
-  return *this;
-}
-
-void TunnelStory::gone() {
-  world_.wish_.tunnels.erase(key_);
-  world_.changed();
 }
 
 }  // namespace AgentTest

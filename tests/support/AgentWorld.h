@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "host/agent/Agent.h"
+#include "tests/support/AgentText.h"
 #include "tests/support/AgentWish.h"
 
 namespace AgentTest {
@@ -70,7 +71,10 @@ class AgentWorld {
   std::uint32_t adjacencyOf(Hops const& hops);
 
   // Chip and process.
-  AgentWorld& hold(std::string_view table);
+  AgentWorld& hold(std::string_view table) {
+    agent_->chip().hold(table);
+    return *this;
+  }
   AgentWorld& release();
   /// The feature stops and starts again over the same state and chip, as in a restart.
   AgentWorld& restart();
@@ -92,12 +96,11 @@ class AgentWorld {
   /// What follows the key in the line of one entry; "absent" if there is none.
   std::string row(std::string_view table, std::string_view key) const;
   /// The table that overlay entries stand in on this chip.
-  std::string_view overlayTable() const;
+  std::string_view overlayTable() const { return overlayTableOf(agent_->chip()); }
   /// Rows written since the last call, by chip table: "VirtualPort1Table 1, …".
   std::string writes();
   /// Operator messages since the last call, a line each: "NAME text".
   std::string messages();
-  std::map<std::string, unsigned> messageCounts();
 
  private:
   friend class TunnelStory;
@@ -127,13 +130,18 @@ class TunnelStory {
   TunnelStory& via(H const&... hops) {
     return over(world_.adjacencyOf({hops...}));
   }
-  TunnelStory& over(std::uint32_t adjId);
-  TunnelStory& withoutRoute();
-  TunnelStory& generation(std::uint64_t genId);
-  void gone();
+  TunnelStory& over(std::uint32_t adjId) { return changed(wish().adjId = adjId); }
+  TunnelStory& withoutRoute() { return changed(wish().adjId = std::nullopt); }
+  TunnelStory& generation(std::uint64_t genId) { return changed(wish().genId = genId); }
+  void gone() { changed(world_.wish_.tunnels.erase(key_)); }
 
  private:
   TunnelWish& wish() { return world_.wish_.tunnels[key_]; }
+  template <class Value>
+  TunnelStory& changed(Value const&) {
+    world_.changed();
+    return *this;
+  }
 
   AgentWorld& world_;
   std::pair<Vane::TunnelType, std::string> key_;

@@ -50,15 +50,6 @@ class Tunnels : public OnWrapper {
   TesselVxlan::HwTunnelProgrammerBase& programmer(Vane::TunnelType type) const {
     return *wrapper().hwTunnelProgrammer(type);
   }
-  /// What a programmer remembers of VTEPs beside their records: "10.255.0.2 by id, 10.255.0.2 rung, ".
-  std::string remembered(Vane::TunnelType type) {
-    std::string text;
-    auto const& of = programmer(type);
-    for (auto const& [nhId, vtep] : of.nhIdToVtepIpMapColl()) text += Kiln::toText(vtep) + " by id, ";
-    for (auto const& [vtep, count] : of.tnlNhUpdateConfig()->tunnelNhUpdateColl())
-      text += Kiln::toText(vtep) + " rung, ";
-    return text;
-  }
   Dovel::Ptr<TesselCentral::VtepIpToTnlIdNhIdMap> map(std::string const& vtep) const {
     return agent.agent()
         .state<TesselCentral::VxlanToL2State>("hardware/tessel/tunnel/vxlan/vxlanToL2State")

@@ -1,19 +1,14 @@
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <rapidjson/document.h>
 
+#include <fstream>
+#include <iterator>
 #include <string>
 
-#include "platform/asic/Chip.h"
-#include "platform/asic/ProfileLoader.h"
-#include "platform/asic/SimulatedChip.h"
 #include "platform/kiln/Dir.h"
 #include "platform/kiln/Json.h"
-#include "platform/tessel/central/CommonData.h"
+#include "platform/tessel/LogMessages.h"
 #include "platform/tessel/central/VxlanToL2State.h"
-#include "platform/tessel/l3/EgrL3OifHelper.h"
-#include "platform/tessel/l3/L3Intf.h"
-#include "platform/tessel/l3common/DstPort.h"
 #include "platform/tessel/l3common/VxlanDirs.h"
 #include "platform/tessel/qos/TrustStatus.h"
 #include "platform/vane/HwTunnel.h"
@@ -104,55 +99,10 @@ TEST(Records, aVtepKeepsOneLocalAddressPerFamily) {
 TEST(Records, floodVtepsArePublishedWhole) {
   auto const dir = Dovel::make<TesselL3Common::TesselVxlanBumVtepConfigDir>();
   auto const config = dir->bumVtepConfigIs(IpGenAddr("10.255.0.2"), TesselL3Common::EncapId(4097));
-  EXPECT_EQ(dir->bumVtepConfigIs(IpGenAddr("10.255.0.2"), TesselL3Common::EncapId(4098)), config);
-  EXPECT_EQ(config->encapId(), TesselL3Common::EncapId(4097));
-
   Counter changes(*config);
-  Meshal::EthAddr const mac(0x020000000001);
-  auto const hop = config->nextHopsIs(IntfId("Ethernet1"), IpGenAddr("10.0.0.1"), mac);
-  EXPECT_EQ(config->nextHopsIs(IntfId("Ethernet1"), IpGenAddr("10.0.0.2"), mac), hop);
+  auto const hop = config->nextHopsIs(IntfId("Ethernet1"), IpGenAddr("10.0.0.1"), Meshal::EthAddr(1));
+  EXPECT_EQ(config->nextHopsIs(IntfId("Ethernet1"), IpGenAddr("10.0.0.2"), Meshal::EthAddr(1)), hop);
   EXPECT_EQ(changes.count, 1);
-  EXPECT_EQ(hop->addr(), IpGenAddr("10.0.0.2"));
-}
-
-TEST(Records, portsOfTheChip) {
-  auto const ports = Dovel::make<TesselCentral::PortConfigDir>();
-  auto const fcsd = Dovel::make<TesselCentral::FeatureAgentCommonSmData>();
-  auto const text = [&](char const* intf) {
-    auto const port = TesselL3Common::getDstPort(fcsd, IntfId(intf), Vane::nextHopResolved, true);
-    return (port.isInvalid() ? "invalid " : "") + std::to_string(port.kind()) + ":" + std::to_string(port.first()) +
-           "/" + std::to_string(port.second()) + "/" + std::to_string(port.third());
-  };
-  EXPECT_EQ(text("Ethernet1"), "invalid 0:0/0/0");
-  fcsd->portConfigDirIs(ports);
-  apply(*ports, R"({"port":{"Ethernet1":{"number":3},"Ethernet2":{"kind":"subPort","number":4},
-                            "Port-Channel1":{"kind":"lag","number":5}}})");
-  EXPECT_EQ(text("Ethernet1"), "0:3/0/0");
-  EXPECT_EQ(text("Ethernet2"), "1:0/4/0");
-  EXPECT_EQ(text("Port-Channel1"), "2:0/0/5");
-  EXPECT_EQ(text("Ethernet3"), "invalid 0:0/0/0");
-}
-
-TEST(Records, layer3IdsAreVlanNumbers) {
-  auto const table = Dovel::make<VaneL3Intf::Table>();
-  table->l3IntfIs(IntfId("Vlan10"), Bridging::VlanIdOrNone(10));
-  EXPECT_EQ(L3Id::l3IdToVlanId(table->intfIdToL3Id(IntfId("Vlan10"))), Bridging::VlanIdOrNone(10));
-  EXPECT_EQ(table->intfIdToL3Id(IntfId("Vlan11")), 0U);
-  EXPECT_THROW(L3Id::l3IdToVlanId(4095), Kiln::RangeException);
-  EXPECT_THROW(L3Id::l3IdToVlanId(65537), Kiln::RangeException);
-}
-
-TEST(Records, oneOutgoingInterfacePerVlan) {
-  auto const chip = Asic::makeSimulatedChip(Asic::loadProfile("flat"));
-  auto const modInfo = Dovel::make<TesselCentral::LogicalModInfo>(Asic::ChipInfo(chip));
-  auto const helper = Dovel::make<TesselL3Tunnel::L3TunnelEgrL3OifHelper>(nullptr);
-  EXPECT_FALSE(helper->initialized());
-  helper->initTables(TesselCentral::ChipInfo(*modInfo));
-  auto const vlan10 = helper->getEgrL3OifHandle(Bridging::VlanIdOrNone(10));
-  helper->initTables(TesselCentral::ChipInfo(*modInfo));
-  EXPECT_TRUE(Asic::sameEntry(helper->getEgrL3OifHandle(Bridging::VlanIdOrNone(10)), vlan10));
-  EXPECT_FALSE(Asic::sameEntry(helper->getEgrL3OifHandle(Bridging::VlanIdOrNone()), vlan10));
-  EXPECT_EQ(chip->writes(), 2U);
 }
 
 TEST(Records, theLocalTrustStatusFollowsTheFirstOfTheDirectory) {
@@ -175,6 +125,20 @@ TEST(Records, theLocalTrustStatusFollowsTheFirstOfTheDirectory) {
   sm = nullptr;
   b->tosBasePtrIs(4);
   EXPECT_EQ(local->tosBasePtr(), 3);
+}
+
+// Operators and their tools search for these texts, missing blanks included. Messages without a text get it where they
+// are raised.
+TEST(LogMessages, areWorded) {
+  std::string texts;
+  for (auto const* message : TesselLog::descriptors()) {
+    texts += std::string(message->name) + ' ' + std::to_string(message->severity) + '\n';
+    if (message->format[0] == 0) continue;
+    auto const action = message->action.code() != 0 ? std::to_string(message->action.code()) : message->action.text();
+    texts += std::string(message->format) + '\n' + message->explanation + '\n' + action + '\n';
+  }
+  std::ifstream wanted(TESSEL_SOURCE_DIR "/tests/data/log-messages.txt");
+  EXPECT_EQ(texts, std::string(std::istreambuf_iterator<char>(wanted), {}));
 }
 
 }  // namespace

@@ -131,18 +131,4 @@ TEST_F(TunnelSm, aTunnelMayBeDeletedOrReplacedInsideItsOwnHandlers) {
   EXPECT_EQ(take(), "+3 +4 -3 +3 -3");
 }
 
-TEST_F(TunnelSm, theOwnerMayEndInsideAHandler) {
-  for (auto const* when : {"start", "+1", "nh1", "-1"}) {
-    auto victim = Dovel::make<Recorder>(config, log);
-    auto* const raw = victim.get();
-    raw->during = [&](std::string const& call) {
-      if (call == when) victim = nullptr;
-    };
-    raw->initializedIs(true);
-    add(1)->nextHopEntryListIs(list());
-    del(1);
-    EXPECT_EQ(victim, nullptr) << when;
-  }
-}
-
 }  // namespace

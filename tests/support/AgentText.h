@@ -2,8 +2,9 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
-#include "platform/asic/SimulatedChip.h"
+#include "host/agent/Agent.h"
 
 namespace AgentTest {
 
@@ -19,5 +20,24 @@ std::string chipText(Asic::Chip const& chip, Asic::SimulatedChip const& hardware
 
 /// The lines of one table of such a text, without its heading; empty if it has no entries.
 std::string tableOf(std::string const& chipText, std::string_view table);
+
+/// The table that overlay entries are in.
+std::string_view overlayTableOf(Asic::Chip const& chip);
+
+/// The statuses of one type in the order of their VTEPs.
+std::vector<Dovel::Ptr<Vane::HwTunnelStatusEntry>> statuses(Host::Agent const& agent, Vane::TunnelType type);
+
+/// The status of the tunnels of both types, a line each: "unicast 10.255.0.2 tnl=[10.255.0.2] nh=[10.255.0.2] adj=7".
+///
+/// Ids are named by the keys of the entries that own the rows, and generations are left out, so that the texts of two
+/// agents compare.
+std::string statusText(Host::Agent const& agent);
+
+/// What an agent publishes beside its rows: status, the records of the VTEPs, published ids, the maps from rows to
+/// VTEPs, and the state and slice configuration of the switch. Ids as in `statusText`.
+///
+/// Where a record doesn't say what the handles of its entries say, both are shown, in capitals. REQUIRES: no completion
+/// is pending.
+std::string stateText(Host::Agent const& agent);
 
 }  // namespace AgentTest
