@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <bit>
 #include <cassert>
@@ -87,7 +86,7 @@ inline void HBitmap::setBit(Bit bit) {
 inline void HBitmap::clearBit(Bit bit) {
   if (!isSet(bit)) return;
   --count_;
-  firstWord_ = std::min(firstWord_, bit / kWordBits);
+  if (bit / kWordBits < firstWord_) firstWord_ = bit / kWordBits;
   for (std::size_t level = 0; level < levels_; ++level, bit /= kWordBits) {
     auto& here = word(level, bit / kWordBits);
     auto const known = here != 0;

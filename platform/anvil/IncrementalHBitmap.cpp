@@ -1,13 +1,14 @@
 #include "platform/anvil/IncrementalHBitmap.h"
 
-#include <fmt/format.h>
-
-#include <iterator>
+#include "platform/kiln/Text.h"
 
 namespace Anvil {
 
 void appendText(std::string& out, IncrementalHBitmap const& bitmap) {
-  fmt::format_to(std::back_inserter(out), "{} of {} set", bitmap.count(), bitmap.size());
+  Kiln::writeText(out, bitmap.count());
+  out += " of ";
+  Kiln::writeText(out, bitmap.size());
+  out += " set";
 }
 
 Dovel::Ptr<IncrementalHBitmap> incrementalHBitmapFactory(std::uint32_t base, std::uint32_t size, std::uint32_t,

@@ -1,10 +1,8 @@
 #include "platform/anvil/PerUnitBitmap.h"
 
-#include <fmt/format.h>
-
-#include <boost/container_hash/hash.hpp>
 #include <charconv>
-#include <iterator>
+
+#include "platform/kiln/Hash.h"
 
 namespace Anvil {
 
@@ -14,7 +12,10 @@ constexpr std::size_t kDigits = 8;
 
 void appendText(std::string& out, PerUnitBitmap const& bitmap) {
   for (std::size_t i = 0; i < PerUnitBitmap::kWords; ++i) {
-    fmt::format_to(std::back_inserter(out), "{}{:08x}", i ? " " : "", bitmap.bitList(i));
+    if (i) out += ' ';
+    for (auto shift = 4 * kDigits; shift != 0; shift -= 4) {
+      out += "0123456789abcdef"[bitmap.bitList(i) >> (shift - 4) & 0xf];
+    }
   }
 }
 
@@ -33,7 +34,9 @@ bool parseText(std::string_view text, PerUnitBitmap& bitmap) {
 }
 
 std::size_t hash_value(PerUnitBitmap const& bitmap) {
-  return boost::hash_range(bitmap.words_.begin(), bitmap.words_.end());
+  std::uint64_t seed = 0;
+  for (auto const word : bitmap.words_) seed = Kiln::mix(seed, word);
+  return seed;
 }
 
 }  // namespace Anvil

@@ -70,17 +70,7 @@ class BlockStore final : public StoreBase {
     auto const* const found = records_.find(block);
     return found ? EntryHandle::PtrConst(&found->weak()) : nullptr;
   }
-  void removeAll() override {
-    std::vector<EntryHandle::PtrConst> handles;
-    for (auto const* record : withoutNulls(records_.all())) handles.emplace_back(&record->weak());
-    for (auto const& handle : handles) {
-      if (handle->record()->keyed) removeKey(*handle->record());
-    }
-  }
 
-  void forEachEntry(Kiln::FunctionRef<void(EntryView const&)> show) const override {
-    showSorted(withoutNulls(records_.all()), show);
-  }
   /// The text of the members' handles in brackets.
   void keyText(RecordBase const& record, std::string& out) const override;
   void showFields(RecordBase const& record, FieldVisitor& visitor) const override;
@@ -103,6 +93,13 @@ class BlockStore final : public StoreBase {
     }
   };
 
+  std::vector<RecordBase*> all() const override {
+    std::vector<RecordBase*> all;
+    for (auto* const record : records_.all()) {
+      if (record) all.push_back(record);
+    }
+    return all;
+  }
   /// A reference to a block that exists, which is sent again if the chip refused it.
   EntryHandle::PtrConst refAgain(Record& record) {
     EntryHandle::PtrConst handle(&record.strong());
@@ -171,8 +168,10 @@ class BlockStore final : public StoreBase {
   }
   RowRange surplusRows(RecordBase const& record) const override { return typed(record).surplus; }
   bool refersToRowless(RecordBase const& record) const override {
-    auto const& members = typed(record).key.members();
-    return std::any_of(members.begin(), members.end(), [](E const& member) { return Row::refersToRowless(member); });
+    for (auto const& member : typed(record).key.members()) {
+      if (Row::refersToRowless(member)) return true;
+    }
+    return false;
   }
   void eraseKey(RecordBase& record) override { records_.take(typed(record).key); }
   // The members are the key, which was erased before.

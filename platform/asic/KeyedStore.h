@@ -1,7 +1,5 @@
 #pragma once
 
-#include <algorithm>
-
 #include "platform/asic/RowCodec.h"
 #include "platform/asic/Store.h"
 #include "platform/kiln/Invariant.h"
@@ -14,24 +12,8 @@ struct KeyOfRecord {
   Key const& operator()(Record const* record) const { return record->key; }
 };
 /// Records by their keys, which they hold as their member `key`.
-template <class Record, class Key, class Hash = Kiln::Hash<Key>, class Equal = std::equal_to<Key>>
+template <class Record, class Key, class Hash = Kiln::Hash<Key>, class Equal = Kiln::Equal<Key>>
 using RecordSet = Kiln::PointerSet<Record*, Key, KeyOfRecord<Record, Key>, Hash, Equal>;
-
-/// The records of a set without its nulls.
-template <class Record>
-std::vector<Record*> withoutNulls(std::vector<Record*> records) {
-  std::erase(records, nullptr);
-  return records;
-}
-
-/// Shows records in the order of their keys' text.
-template <class Record>
-void showSorted(std::vector<Record*> const& records, Kiln::FunctionRef<void(EntryView const&)> show) {
-  std::vector<std::pair<std::string, RecordBase const*>> order;
-  for (auto const* record : records) order.emplace_back(EntryView(*record).key(), record);
-  std::stable_sort(order.begin(), order.end(), [](auto const& a, auto const& b) { return a.first < b.first; });
-  for (auto const& [key, record] : order) show(EntryView(*record));
-}
 
 /// Entries by key; the store of all families but blocks.
 template <class Table, class K, class E>
@@ -87,19 +69,7 @@ class KeyedStore final : public StoreBase {
   void remove(K const& key) {
     if (auto* const record = find(key)) removeKey(*record);
   }
-  // Weak handles: removing one entry may be the end of another.
-  void removeAll() override {
-    auto order = all();
-    std::sort(order.begin(), order.end(), [](auto const* a, auto const* b) { return a->row < b->row; });
-    std::vector<EntryHandle::PtrConst> handles;
-    handles.reserve(order.size());
-    for (auto const* record : order) handles.emplace_back(&record->weak());
-    for (auto const& handle : handles) {
-      if (handle->record()->keyed) removeKey(*handle->record());
-    }
-  }
 
-  void forEachEntry(Kiln::FunctionRef<void(EntryView const&)> show) const override { showSorted(all(), show); }
   void keyText(RecordBase const& record, std::string& out) const override { Kiln::writeText(out, typed(record).key); }
   void showFields(RecordBase const& record, FieldVisitor& visitor) const override {
     Row::show(typed(record).entry, visitor);
@@ -109,10 +79,14 @@ class KeyedStore final : public StoreBase {
   static Record& typed(RecordBase& record) { return static_cast<Record&>(record); }
   static Record const& typed(RecordBase const& record) { return static_cast<Record const&>(record); }
 
-  std::vector<Record*> all() const {
-    auto records = records_.all();
-    records.insert(records.end(), fixed_.all().begin(), fixed_.all().end());
-    return withoutNulls(std::move(records));
+  std::vector<RecordBase*> all() const override {
+    std::vector<RecordBase*> all;
+    for (auto const* records : {&records_, &fixed_}) {
+      for (auto* const record : records->all()) {
+        if (record) all.push_back(record);
+      }
+    }
+    return all;
   }
   /// A new record has the entry already; an entry is moved into a new record only.
   template <class Entry>

@@ -52,6 +52,25 @@ void StoreBase::report(std::vector<ChipTableReport>& out) const {
   }
 }
 
+void StoreBase::forEachEntry(Kiln::FunctionRef<void(EntryView const&)> show) const {
+  std::vector<std::pair<std::string, RecordBase const*>> order;
+  for (auto const* record : all()) order.emplace_back(EntryView(*record).key(), record);
+  std::stable_sort(order.begin(), order.end(), [](auto const& a, auto const& b) { return a.first < b.first; });
+  for (auto const& [key, record] : order) show(EntryView(*record));
+}
+
+// Weak handles: removing one entry may be the end of another.
+void StoreBase::removeAll() {
+  auto order = all();
+  std::sort(order.begin(), order.end(), [](auto const* a, auto const* b) { return a->row < b->row; });
+  std::vector<EntryHandle::PtrConst> handles;
+  handles.reserve(order.size());
+  for (auto const* record : order) handles.emplace_back(&record->weak());
+  for (auto const& handle : handles) {
+    if (handle->record()->keyed) removeKey(*handle->record());
+  }
+}
+
 void StoreBase::chipGone() { chip_ = nullptr; }
 
 // Rows.

@@ -3,7 +3,6 @@
 #include <array>
 #include <map>
 #include <span>
-#include <unordered_map>
 #include <vector>
 
 #include "platform/anvil/HBitmap.h"
@@ -56,7 +55,7 @@ class StoreBase : public Dovel::Node {
   /// The chip's number of a part's first row.
   std::uint32_t base(std::size_t part) const { return parts_[part].layout.base; }
   /// Shows the entries that have a key, in the order of their keys' text.
-  virtual void forEachEntry(Kiln::FunctionRef<void(EntryView const&)> show) const = 0;
+  void forEachEntry(Kiln::FunctionRef<void(EntryView const&)> show) const;
   /// Appends a report for each part.
   void report(std::vector<ChipTableReport>& out) const;
 
@@ -69,7 +68,7 @@ class StoreBase : public Dovel::Node {
   bool published() const { return published_; }
   void publishedIs(bool published) { published_ = published; }
   /// Removes all keys.
-  virtual void removeAll() = 0;
+  void removeAll();
 
   // What depends on the type of the entry; for the table library.
   virtual void keyText(RecordBase const& record, std::string& out) const = 0;
@@ -113,6 +112,8 @@ class StoreBase : public Dovel::Node {
   void removeKey(RecordBase& record);
   static void pin(RecordBase& record);
 
+  /// The records that have a key.
+  virtual std::vector<RecordBase*> all() const = 0;
   /// How many rows the record takes.
   virtual std::uint32_t length(RecordBase const& record) const = 0;
   /// What a displaced record still owns.
@@ -187,7 +188,7 @@ class StoreBase : public Dovel::Node {
   std::map<std::uint32_t, RecordBase*> fixedRows_;  ///< Their owners.
   std::map<std::uint64_t, RecordBase*> queue_;      ///< By rank and arrival.
   std::uint64_t lastPlace_ = 0;
-  std::unordered_map<RecordBase const*, Pending> pending_;
+  std::map<RecordBase const*, Pending> pending_;
 };
 
 /// The part of a type's or table's name behind its last "::".

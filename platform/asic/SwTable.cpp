@@ -1,5 +1,7 @@
 #include "platform/asic/SwTable.h"
 
+#include <algorithm>
+
 #include "platform/kiln/Invariant.h"
 
 namespace Asic {

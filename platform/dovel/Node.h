@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
 
@@ -31,19 +30,14 @@ class Node {
 
   void useInc() const noexcept {
     if (ThreadControl::tsp_) [[unlikely]] {
-      std::atomic_ref(word_).fetch_add(1, std::memory_order_relaxed);
+      useIncShared();
     } else {
       ++word_;
     }
   }
   /// Releases a reference; the last one deletes the object.
   void useDec() const noexcept {
-    std::uint32_t left;
-    if (ThreadControl::tsp_) [[unlikely]] {
-      left = std::atomic_ref(word_).fetch_sub(1, std::memory_order_acq_rel) - 1;
-    } else {
-      left = --word_;
-    }
+    auto const left = ThreadControl::tsp_ ? useDecShared() : --word_;
     if ((left & kCountMask) == 0) lastUserGoneImpl();
   }
   std::uint32_t useCount() const noexcept { return word() & kCountMask; }
@@ -75,13 +69,7 @@ class Node {
 
   /// Runs once, when the last reference was released and the object is still whole.
   virtual void lastUserGone() {}
-  void nodeFlagSet(std::uint32_t flag, bool on) const noexcept {
-    if (ThreadControl::tsp_) [[unlikely]] {
-      on ? std::atomic_ref(word_).fetch_or(flag) : std::atomic_ref(word_).fetch_and(~flag);
-    } else {
-      word_ = on ? (word_ | flag) : (word_ & ~flag);
-    }
-  }
+  void nodeFlagSet(std::uint32_t flag, bool on) const noexcept;
   /// A class without a publisher reports no change.
   void kilnChanged(std::uint16_t, void const* = nullptr) const noexcept {}
 
@@ -94,7 +82,12 @@ class Node {
   static constexpr std::uint32_t kDeleting = 0x10000000;
 
   void lastUserGoneImpl() const noexcept;
-  std::uint32_t word() const noexcept { return std::atomic_ref(word_).load(std::memory_order_relaxed); }
+  // What other threads share, out of line: every source counts references, and few need <atomic>.
+  [[gnu::cold]] void useIncShared() const noexcept;
+  /// The word that is left.
+  [[gnu::cold]] std::uint32_t useDecShared() const noexcept;
+  /// A relaxed load: what `std::atomic_ref` does, without its header.
+  std::uint32_t word() const noexcept { return __atomic_load_n(&word_, __ATOMIC_RELAXED); }
 
   mutable std::uint32_t word_;
   inline static std::size_t alive_ = 0;

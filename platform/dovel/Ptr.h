@@ -18,12 +18,12 @@ class Ptr {
   Ptr(std::nullptr_t) noexcept {}
   Ptr(T* object) noexcept : object_(object) { inc(); }
   Ptr(Ptr const& other) noexcept : object_(other.object_) { inc(); }
-  Ptr(Ptr&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+  Ptr(Ptr&& other) noexcept : object_(other.release()) {}
   template <class U>
-  requires(std::convertible_to<U*, T*> && !std::same_as<U, T>) Ptr(Ptr<U> const& other)
+  requires(!std::same_as<U, T> && std::convertible_to<U*, T*>) Ptr(Ptr<U> const& other)
   noexcept : object_(other.get()) { inc(); }
   template <class U>
-  requires(std::convertible_to<U*, T*> && !std::same_as<U, T>) Ptr(Ptr<U>&& other)
+  requires(!std::same_as<U, T> && std::convertible_to<U*, T*>) Ptr(Ptr<U>&& other)
   noexcept : object_(other.release()) {}
   constexpr ~Ptr() { dec(); }
 
@@ -47,9 +47,18 @@ class Ptr {
   T& operator*() const noexcept { return *object_; }
   T* operator->() const noexcept { return object_; }
   explicit operator bool() const noexcept { return object_ != nullptr; }
-  void swap(Ptr& other) noexcept { std::swap(object_, other.object_); }
+  // By hand: every class would instantiate `std::swap` and `std::exchange` with their conditions.
+  void swap(Ptr& other) noexcept {
+    auto* const mine = object_;
+    object_ = other.object_;
+    other.object_ = mine;
+  }
   /// Hands the reference over to the caller, who has to release it.
-  T* release() noexcept { return std::exchange(object_, nullptr); }
+  T* release() noexcept {
+    auto* const object = object_;
+    object_ = nullptr;
+    return object;
+  }
 
   friend bool operator==(Ptr const& a, Ptr const& b) noexcept { return a.object_ == b.object_; }
   friend bool operator==(Ptr const& a, std::nullptr_t) noexcept { return a.object_ == nullptr; }

@@ -1,10 +1,8 @@
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <iterator>
 #include <utility>
 #include <vector>
 
@@ -68,8 +66,8 @@ class HashMap {
   std::size_t size() const { return index_.size(); }
   bool empty() const { return size() == 0; }
 
-  iterator find(K const& key) { return {*this, std::min(placeOf(hashOf(key), key), index_.end())}; }
-  const_iterator find(K const& key) const { return {*this, std::min(placeOf(hashOf(key), key), index_.end())}; }
+  iterator find(K const& key) { return {*this, placeOrEnd(key)}; }
+  const_iterator find(K const& key) const { return {*this, placeOrEnd(key)}; }
   void erase(iterator at) {
     index_.remove(at.place_);
     array_[at.place_].second = V{};
@@ -102,6 +100,11 @@ class HashMap {
   static std::uint32_t hashOf(K const& key) { return static_cast<std::uint32_t>(Hash<K>{}(key)); }
   Place placeOf(std::uint32_t hash, K const& key) const {
     return index_.find(hash, [&](Place place) { return array_[place].first == key; });
+  }
+
+  Place placeOrEnd(K const& key) const {
+    auto const place = placeOf(hashOf(key), key);
+    return place < index_.end() ? place : index_.end();
   }
 
   PlaceIndex index_;
@@ -256,7 +259,8 @@ class SmallMap {
   std::pair<iterator, bool> try_emplace(K const& key, V const& value) {
     if (auto const found = find(key); found != end()) return {found, false};
     if (array_.empty()) array_.reserve(1);
-    auto const after = std::find_if(array_.begin(), array_.end(), [&](auto const& one) { return one.first < key; });
+    auto after = array_.begin();
+    while (after != array_.end() && !(after->first < key)) ++after;
     return {iterator(std::to_address(array_.emplace(after, key, value)) + 1), true};
   }
 

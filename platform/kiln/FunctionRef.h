@@ -1,6 +1,5 @@
 #pragma once
 
-#include <memory>
 #include <type_traits>
 #include <utility>
 
@@ -15,8 +14,7 @@ class FunctionRef<Result(Args...)> {
  public:
   template <class F>
   requires(!std::is_same_v<std::remove_cvref_t<F>, FunctionRef>) FunctionRef(F&& f)
-      : object_(const_cast<void*>(static_cast<void const*>(std::addressof(f)))),
-        call_([](void* object, Args... args) -> Result {
+      : object_(const_cast<void*>(static_cast<void const*>(&f))), call_([](void* object, Args... args) -> Result {
           return (*static_cast<std::remove_reference_t<F>*>(object))(std::forward<Args>(args)...);
         }) {}
   Result operator()(Args... args) const { return call_(object_, std::forward<Args>(args)...); }

@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <string_view>
 #include <type_traits>
 
@@ -44,6 +43,13 @@ struct Hash {
       return seed;
     }
   }
+};
+
+/// Equality of values, as `Hash`. Unlike `std::equal_to` it costs no <functional>, which the collections would bring
+/// into every source.
+template <class T>
+struct Equal {
+  bool operator()(T const& a, T const& b) const { return a == b; }
 };
 
 }  // namespace Kiln

@@ -6,11 +6,11 @@
 #include <rapidjson/writer.h>
 
 #include <algorithm>
-#include <boost/unordered/unordered_flat_set.hpp>
 #include <cerrno>
 #include <cstdio>
 #include <memory>
 #include <system_error>
+#include <unordered_set>
 #include <vector>
 
 #include "platform/kiln/Text.h"
@@ -118,7 +118,7 @@ char const* expectedBy(rapidjson::ParseErrorCode code) {
 
 /// A member that an object has a second time; null if all names differ.
 Value const* repeatedName(Value const& object) {
-  boost::unordered_flat_set<std::string_view> names;
+  std::unordered_set<std::string_view> names;
   for (auto const& member : object.GetObject()) {
     if (!names.insert(textOf(member.name)).second) return &member.value;
   }

@@ -1,10 +1,8 @@
 #pragma once
 
-#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <utility>
 
 namespace Kiln {
@@ -68,6 +66,25 @@ class PlaceIndex {
     std::uint32_t hash;
     Place next;  ///< Of the chain, or of the unused places.
   };
+  /// Memory of elements that are not initialised. `std::unique_ptr` would do, but its header brings the streams into
+  /// every source.
+  template <class T>
+  class Array {
+   public:
+    Array() = default;
+    explicit Array(std::size_t size) : elements_(new T[size]) {}
+    Array(Array&& from) noexcept : elements_(std::exchange(from.elements_, nullptr)) {}
+    Array& operator=(Array&& from) noexcept {
+      std::swap(elements_, from.elements_);
+      return *this;
+    }
+    ~Array() { delete[] elements_; }
+    T* get() const { return elements_; }
+    T& operator[](std::size_t place) const { return elements_[place]; }
+
+   private:
+    T* elements_ = nullptr;
+  };
 
   std::size_t chainOf(std::uint32_t hash) const { return hash & (places_ - 1); }
   /// `link` is the chain's link to the place that is removed.
@@ -84,13 +101,12 @@ class PlaceIndex {
     first = place;
   }
   [[gnu::noinline]] void grow(std::size_t least) {
-    auto const places = std::bit_ceil(std::max(least, kFewest));
-    auto links = std::make_unique_for_overwrite<Link[]>(places);
-    auto first = std::make_unique_for_overwrite<Place[]>(places);
-    std::copy_n(links_.get(), end_, links.get());
-    std::fill_n(first.get(), places, none);
+    auto const places = std::bit_ceil(least < kFewest ? kFewest : least);
+    Array<Link> links(places);
+    Array<Place> first(places);
+    for (std::size_t chain = 0; chain < places; ++chain) first[chain] = none;
     for (Place place = 0; place < end_; ++place) {
-      auto& link = links[place];
+      auto& link = links[place] = links_[place];
       if (!(link.next & kUnused)) link.next = std::exchange(first[link.hash & (places - 1)], place);
     }
     links_ = std::move(links);
@@ -98,9 +114,9 @@ class PlaceIndex {
     places_ = places;
   }
 
-  std::unique_ptr<Link[]> links_;   ///< By place.
-  std::unique_ptr<Place[]> first_;  ///< Of each chain; as many as there are links.
-  std::size_t places_ = 0;          ///< Room for so many: a power of two, or 0.
+  Array<Link> links_;       ///< By place.
+  Array<Place> first_;      ///< Of each chain; as many as there are links.
+  std::size_t places_ = 0;  ///< Room for so many: a power of two, or 0.
   Place end_ = 0;
   Place unused_ = none;
   std::size_t size_ = 0;

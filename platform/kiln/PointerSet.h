@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <utility>
 #include <vector>
 
@@ -15,7 +14,7 @@ namespace Kiln {
 ///
 /// They are in one array in the order in which they were added, where a removed one leaves a null that a later one
 /// replaces. `KeyOf` returns the key of a pointer that is not null.
-template <class Pointer, class Key, class KeyOf, class Hash = Kiln::Hash<Key>, class Equal = std::equal_to<Key>>
+template <class Pointer, class Key, class KeyOf, class Hash = Kiln::Hash<Key>, class Equal = Kiln::Equal<Key>>
 class PointerSet {
  public:
   std::size_t size() const { return index_.size(); }

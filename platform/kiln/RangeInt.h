@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <compare>
 #include <concepts>
 #include <cstddef>
@@ -22,7 +21,9 @@ struct FixedString {
   char text[Size];
 
   // Implicit: a literal is the argument.
-  constexpr FixedString(char const (&literal)[Size]) { std::copy_n(literal, Size, text); }
+  constexpr FixedString(char const (&literal)[Size]) {
+    for (std::size_t i = 0; i < Size; ++i) text[i] = literal[i];
+  }
 };
 
 /// A whole number from `Min` to `Max`; `Min` by default.

@@ -1,7 +1,7 @@
 #include "platform/meshal/IntfId.h"
 
-#include <boost/unordered/unordered_flat_map.hpp>
 #include <deque>
+#include <unordered_map>
 
 #include "platform/kiln/Exceptions.h"
 #include "platform/kiln/Json.h"
@@ -34,7 +34,7 @@ class NameTable {
 
  private:
   std::deque<std::string> names_;
-  boost::unordered_flat_map<std::string_view, std::uint32_t, Kiln::Hash<std::string_view>> indexes_;
+  std::unordered_map<std::string_view, std::uint32_t> indexes_;
 };
 
 /// The number of "VlanN", 0 for any other name. "Vlan010" is another name: one id has one name.
