@@ -49,35 +49,32 @@ struct Line<0> {
 /// Descriptions.cpp, defines the description and registers the class when the library is loaded. Without that line the
 /// program does not link.
 
-#define KILN_TYPE(Class_, Base_)                                      \
- public:                                                              \
-  using KilnSelf = Class_;                                            \
-  using KilnBase = Base_;                                             \
-  static constexpr char const* kilnName = #Class_;                    \
-  [[maybe_unused]] static constexpr int kilnFirstLine = __LINE__;     \
-  static ::Kiln::Type const& kilnType();                              \
-  ::Kiln::Type const& typeData() const override;                      \
-  template <class Describer_>                                         \
-  static ::Kiln::Line<0> kilnDescribe(Describer_&, ::Kiln::Line<0>) { \
-    return {};                                                        \
-  }                                                                   \
-                                                                      \
- private:                                                             \
+#define KILN_TYPE(Class_, Base_)                                  \
+ public:                                                          \
+  using KilnSelf = Class_;                                        \
+  using KilnBase = Base_;                                         \
+  static constexpr char const* kilnName = #Class_;                \
+  [[maybe_unused]] static constexpr int kilnFirstLine = __LINE__; \
+  static ::Kiln::Type const& kilnType();                          \
+  ::Kiln::Type const& typeData() const override;                  \
+  template <class Describer_>                                     \
+  static void kilnDescribe(Describer_&, ::Kiln::Line<0>) {}       \
+                                                                  \
+ private:                                                         \
   static ::Kiln::Type const& kilnRegistered_;
 
 #define KILN_BASE_TYPE(Class_) KILN_TYPE(Class_, void)
 
-/// What a line of a class adds to its description: a call of a member of `Kiln::Describer`. A template, so that only
-/// `KILN_DESCRIBE` compiles it.
-#define KILN_LINE(...)                                                                                 \
- public:                                                                                               \
-  template <class Describer_>                                                                          \
-  static ::Kiln::Line<__LINE__ - kilnFirstLine> kilnDescribe(Describer_& kilnDescriber,                \
-                                                             ::Kiln::Line<__LINE__ - kilnFirstLine>) { \
-    kilnDescriber.template __VA_ARGS__;                                                                \
-    return {};                                                                                         \
-  }                                                                                                    \
-                                                                                                       \
+/// What a line of a class adds to its description, behind what the lines before it add: a call of a member of
+/// `Kiln::Describer`. A template, so that only `KILN_DESCRIBE` compiles it.
+#define KILN_LINE(...)                                                                          \
+ public:                                                                                        \
+  template <class Describer_>                                                                   \
+  static void kilnDescribe(Describer_& kilnDescriber, ::Kiln::Line<__LINE__ - kilnFirstLine>) { \
+    kilnDescribe(kilnDescriber, ::Kiln::Line<__LINE__ - kilnFirstLine - 1>{});                  \
+    kilnDescriber.template __VA_ARGS__;                                                         \
+  }                                                                                             \
+                                                                                                \
  private:
 
 /// Before a member that is compiled in those sources alone that call it. Without it each source would compile the

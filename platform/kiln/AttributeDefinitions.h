@@ -3,28 +3,46 @@
 // Defines the descriptions of classes. For a folder's Descriptions.cpp, which has a line `KILN_DESCRIBE(Ns::Class)` for
 // each described class of the folder, and for a source file with a described class of its own.
 
-#include <boost/unordered/unordered_flat_set.hpp>
 #include <string>
 #include <type_traits>
 #include <utility>
-#include <vector>
 
 #include "platform/kiln/Attribute.h"
 #include "platform/kiln/Codec.h"
 #include "platform/kiln/Entity.h"
 #include "platform/kiln/FunctionRef.h"
 
-namespace Kiln::Impl {
+namespace Kiln {
 
-/// The members of a JSON object, in its order; `fn` gets the key's text.
-void eachMember(JsonIn const& in, FunctionRef<void(std::string_view, JsonIn const&)> fn);
-bool isNull(JsonIn const& in);
-[[noreturn]] void failKey(JsonIn const& in, std::string_view keyType);
-void nullOut(JsonOut& out);
-void textOut(JsonOut& out, std::string_view text);
-/// An object whose members are in the order of their keys' text.
-void sortedOut(JsonOut& out, std::vector<std::pair<std::string, void const*>>&& members,
-               FunctionRef<void(void const*, JsonOut&)> value);
+/// How an attribute's owner is read and written, for an `Attribute` that knows neither its class nor its types.
+///
+/// Values and keys are passed by address, as to their codecs; objects too, entities by the address of their `Entity`.
+/// What an attribute does not support is null.
+struct AttributeAccess {
+  ValueCodec const& (*codec)() = nullptr;     ///< Of the value or of a collection's elements; null for objects.
+  ValueCodec const& (*keyCodec)() = nullptr;  ///< Of a collection.
+  bool areEntities = false;                   ///< The objects are entities.
+  /// Used in place of the functions below.
+  void (*toJson)(Dovel::Node const& owner, JsonOut& out) = nullptr;
+
+  /// The value, or the object, which may be null.
+  void const* (*get)(Dovel::Node const& owner) = nullptr;
+  /// `key` is null unless the attribute is a collection.
+  void (*set)(Dovel::Node& owner, void const* key, void const* value) = nullptr;
+  void (*reset)(Dovel::Node& owner) = nullptr;
+  void (*forEach)(Dovel::Node const& owner, FunctionRef<void(void const* key, void const* value)> visit) = nullptr;
+  void (*del)(Dovel::Node& owner, void const* key) = nullptr;
+  /// The class of an entity.
+  Type const& (*type)() = nullptr;
+  /// The entity of `key`; otherwise a new one, which is not added.
+  Dovel::Ptr<Entity> (*presentOrNew)(Dovel::Node const& owner, void const* key) = nullptr;
+  /// The entity of `key`, which is added if there is none.
+  Dovel::Ptr<Entity> (*findOrCreate)(Dovel::Node& owner, void const* key) = nullptr;
+};
+
+namespace Impl {
+
+void nullToJson(Dovel::Node const& owner, JsonOut& out);
 
 template <class T>
 struct PtrTarget {};
@@ -66,25 +84,33 @@ Type::Construct constructor() {
 }
 
 template <class T>
-void valueOut(T const& value, JsonOut& out) {
+constexpr ValueCodec const& (*codecFunction())() {
   if constexpr (isPtr<T>) {
-    using Target = std::remove_const_t<typename PtrTarget<T>::type>;
-    if (!value) return nullOut(out);
-    if constexpr (std::is_base_of_v<Entity, Target>) {
-      entityToJson(*value, out);
-    } else {
-      textOut(out, typeNameOf<T>());
-    }
+    return nullptr;
   } else {
-    codecOf<T>().toJson(&value, out);
+    return &codecOf<T>;
   }
 }
 
 template <class T>
-T valueIn(JsonIn const& in) {
-  T value{};
-  codecOf<T>().fromJson(&value, in);
-  return value;
+constexpr bool isEntity() {
+  if constexpr (isPtr<T>) {
+    return std::is_base_of_v<Entity, std::remove_const_t<typename PtrTarget<T>::type>>;
+  } else {
+    return false;
+  }
+}
+
+/// A value as `AttributeAccess` passes it.
+template <class T>
+void const* addressOf(T const& value) {
+  if constexpr (isEntity<T>()) {
+    return static_cast<Entity const*>(value.get());
+  } else if constexpr (isPtr<T>) {
+    return value.get();
+  } else {
+    return &value;
+  }
 }
 
 /// Whether an attribute of type `T` can be written from a document.
@@ -98,238 +124,171 @@ constexpr bool readable() {
   }
 }
 
-template <class C, class T, auto Read, auto Write, auto Default>
-Attribute attribute(AttributeId id, std::string_view name) {
-  Attribute a{id,
-              name,
-              &typeNameOf<T>,
-              nullptr,
-              isPtr<T> ? AttributeKind::pointer : AttributeKind::value,
-              readable<T>(),
-              [](Dovel::Node const& owner, JsonOut& out) { valueOut((static_cast<C const&>(owner).*Read)(), out); },
-              nullptr,
-              nullptr,
-              nullptr};
-  if constexpr (readable<T>()) {
-    a.check = [](Dovel::Node const& owner, JsonIn const& in) {
-      if constexpr (isPtr<T>) {
-        if (isNull(in)) return;
-        T const present = (static_cast<C const&>(owner).*Read)();
-        entityCheck(present ? *present : *Dovel::make<typename PtrTarget<T>::type>(), in);
-      } else {
-        valueIn<T>(in);
-      }
-    };
-    a.reset = [](Dovel::Node& owner) { (static_cast<C&>(owner).*Write)(Default()); };
-    a.fromJson = [](Dovel::Node& owner, JsonIn const& in) {
-      auto& self = static_cast<C&>(owner);
-      if constexpr (isPtr<T>) {
-        if (isNull(in)) return (self.*Write)(nullptr);
-        if (!(self.*Read)()) (self.*Write)(Dovel::make<typename PtrTarget<T>::type>());
-        T const present = (self.*Read)();
-        entityFromJson(*present, in);
-      } else {
-        (self.*Write)(valueIn<T>(in));
-      }
-    };
-  }
-  return a;
-}
-
-inline Attribute reservedAttribute(AttributeId id, std::string_view name, std::string_view (*typeName)()) {
-  return {id,
-          name,
-          typeName,
-          nullptr,
-          AttributeKind::pointer,
-          false,
-          [](Dovel::Node const&, JsonOut& out) { nullOut(out); },
-          nullptr,
-          nullptr,
-          nullptr};
-}
+template <class T>
+constexpr AttributeKind kindOf = isPtr<T> ? AttributeKind::pointer : AttributeKind::value;
 
 template <class C, class T, auto Read>
-Attribute fixedAttribute(AttributeId id, std::string_view name) {
-  return {id,
-          name,
-          &typeNameOf<T>,
-          nullptr,
-          isPtr<T> ? AttributeKind::pointer : AttributeKind::value,
-          false,
-          [](Dovel::Node const& owner, JsonOut& out) { valueOut((static_cast<C const&>(owner).*Read)(), out); },
-          nullptr,
-          nullptr,
-          nullptr};
-}
+struct FixedAccess {
+  static void const* get(Dovel::Node const& owner) { return addressOf((static_cast<C const&>(owner).*Read)()); }
 
-template <class K>
-K keyIn(std::string_view text, JsonIn const& in) {
-  K key{};
-  if (!codecOf<K>().fromText || !codecOf<K>().fromText(text, &key)) failKey(in, codecOf<K>().typeName);
-  return key;
-}
-template <class K>
-std::string keyOut(K const& key) {
-  std::string text;
-  codecOf<K>().toText(&key, text);
-  return text;
-}
+  static constexpr AttributeAccess access{.codec = codecFunction<T>(), .areEntities = isEntity<T>(), .get = &get};
+};
 
-/// Deletes the elements of `coll` that `in` doesn't name.
-template <class K, class Coll, class Del>
-void dropOthers(Coll const& coll, JsonIn const& in, Del&& del) {
-  std::vector<K> wanted;
-  eachMember(in, [&](std::string_view text, JsonIn const& member) { wanted.push_back(keyIn<K>(text, member)); });
-  boost::unordered_flat_set<K, Hash<K>> const stay(wanted.begin(), wanted.end());
-  for (auto const& key : keysOf(coll)) {
-    if (!stay.contains(key)) del(key);
+template <class C, class T, auto Read, auto Write, auto Default>
+struct ValueAccess : FixedAccess<C, T, Read> {
+  static void set(Dovel::Node& owner, void const*, void const* value) {
+    (static_cast<C&>(owner).*Write)(*static_cast<T const*>(value));
   }
-}
+  static void reset(Dovel::Node& owner) {
+    T const initial = Default();
+    set(owner, nullptr, &initial);
+  }
 
-[[noreturn]] void failKeyAgain(JsonIn const& in);
+  static constexpr AttributeAccess access{
+      .codec = &codecOf<T>, .get = &FixedAccess<C, T, Read>::get, .set = &set, .reset = &reset};
+};
 
-/// Calls `check` for each member of `in`. Refuses a key that is no `K`, and one that is there a second time in another
-/// text.
-template <class K, class Check>
-void keysCheck(JsonIn const& in, Check check) {
-  boost::unordered_flat_set<K, Hash<K>> keys;
-  eachMember(in, [&](std::string_view text, JsonIn const& member) {
-    auto const key = keyIn<K>(text, member);
-    if (!keys.insert(key).second) failKeyAgain(member);
-    check(key, member);
-  });
-}
+template <class C, class T, auto Read, auto Write, auto Default>
+struct EntityAccess : FixedAccess<C, T, Read> {
+  using Class = typename PtrTarget<T>::type;
+
+  static void set(Dovel::Node& owner, void const*, void const* value) {
+    auto* const object = static_cast<Entity*>(const_cast<void*>(value));
+    (static_cast<C&>(owner).*Write)(T(static_cast<Class*>(object)));
+  }
+  static void reset(Dovel::Node& owner) {
+    T const initial = Default();
+    set(owner, nullptr, addressOf(initial));
+  }
+
+  static constexpr AttributeAccess access{.areEntities = true,
+                                          .get = &FixedAccess<C, T, Read>::get,
+                                          .set = &set,
+                                          .reset = &reset,
+                                          .type = &Class::kilnType};
+};
 
 template <class C, class K, class V, auto Coll, auto Is, auto Del>
-Attribute collection(AttributeId id, std::string_view name) {
-  Attribute a{id,
-              name,
-              &typeNameOf<V>,
-              &typeNameOf<K>,
-              AttributeKind::collection,
-              !isPtr<V>,
-              [](Dovel::Node const& owner, JsonOut& out) {
-                std::vector<std::pair<std::string, void const*>> members;
-                for (auto const& element : (static_cast<C const&>(owner).*Coll)()) {
-                  members.emplace_back(keyOut(element.first), &element.second);
-                }
-                sortedOut(out, std::move(members),
-                          [](void const* value, JsonOut& to) { valueOut(*static_cast<V const*>(value), to); });
-              },
-              nullptr,
-              nullptr,
-              nullptr};
-  if constexpr (!isPtr<V>) {
-    a.check = [](Dovel::Node const&, JsonIn const& in) {
-      keysCheck<K>(in, [](K const&, JsonIn const& member) { valueIn<V>(member); });
-    };
-    a.fromJson = [](Dovel::Node& owner, JsonIn const& in) {
-      auto& self = static_cast<C&>(owner);
-      dropOthers<K>((self.*Coll)(), in, [&](K const& key) { (self.*Del)(key); });
-      eachMember(in, [&](std::string_view text, JsonIn const& member) {
-        (self.*Is)(keyIn<K>(text, member), valueIn<V>(member));
-      });
-    };
-    a.reset = [](Dovel::Node& owner) {
-      auto& self = static_cast<C&>(owner);
-      for (auto const& key : keysOf((self.*Coll)())) (self.*Del)(key);
-    };
+struct CollectionAccess {
+  static void forEach(Dovel::Node const& owner, FunctionRef<void(void const*, void const*)> visit) {
+    for (auto const& element : (static_cast<C const&>(owner).*Coll)()) visit(&element.first, addressOf(element.second));
   }
-  return a;
-}
+  static void set(Dovel::Node& owner, void const* key, void const* value) {
+    (static_cast<C&>(owner).*Is)(*static_cast<K const*>(key), *static_cast<V const*>(value));
+  }
+  static void del(Dovel::Node& owner, void const* key) { (static_cast<C&>(owner).*Del)(*static_cast<K const*>(key)); }
+  static constexpr AttributeAccess make() {
+    AttributeAccess access{.codec = codecFunction<V>(), .keyCodec = &codecOf<K>, .areEntities = isEntity<V>()};
+    access.forEach = &forEach;
+    if constexpr (!isPtr<V>) {
+      access.set = &set;
+      access.del = &del;
+    }
+    return access;
+  }
 
-template <class C, class K, class V, class Map, auto Coll, auto Del, auto Make>
-Attribute entityCollection(AttributeId id, std::string_view name) {
-  return {id,
-          name,
-          &typeNameOf<Dovel::Ptr<V>>,
-          &typeNameOf<K>,
-          AttributeKind::entityCollection,
-          true,
-          [](Dovel::Node const& owner, JsonOut& out) {
-            auto const& map = (static_cast<C const&>(owner).*Coll)();
-            std::vector<std::pair<std::string, void const*>> members;
-            for (auto at = map.begin(); at != map.end(); ++at) members.emplace_back(keyOut(map.keyAt(at)), at->get());
-            sortedOut(out, std::move(members),
-                      [](void const* value, JsonOut& to) { entityToJson(*static_cast<V const*>(value), to); });
-          },
-          [](Dovel::Node const& owner, JsonIn const& in) {
-            auto const& map = (static_cast<C const&>(owner).*Coll)();
-            keysCheck<K>(in, [&](K const& key, JsonIn const& member) {
-              auto const present = map.at(key);
-              entityCheck(present ? *present : *Dovel::make<V>(key), member);
-            });
-          },
-          [](Dovel::Node& owner, JsonIn const& in) {
-            auto& self = static_cast<C&>(owner);
-            dropOthers<K>((self.*Coll)(), in, [&](K const& key) { (self.*Del)(key); });
-            eachMember(in, [&](std::string_view text, JsonIn const& member) {
-              entityFromJson(*(self.*Make)(keyIn<K>(text, member)), member);
-            });
-          },
-          [](Dovel::Node& owner) {
-            auto& self = static_cast<C&>(owner);
-            for (auto const& key : keysOf((self.*Coll)())) (self.*Del)(key);
-          }};
-}
+  static constexpr AttributeAccess access = make();
+};
 
-}  // namespace Kiln::Impl
+template <class C, class K, class V, auto Coll, auto Is, auto Del>
+struct EntityCollectionAccess {
+  static void forEach(Dovel::Node const& owner, FunctionRef<void(void const*, void const*)> visit) {
+    auto const& map = (static_cast<C const&>(owner).*Coll)();
+    for (auto at = map.begin(); at != map.end(); ++at) {
+      auto const& key = map.keyAt(at);
+      visit(&key, addressOf(*at));
+    }
+  }
+  static void del(Dovel::Node& owner, void const* key) { (static_cast<C&>(owner).*Del)(*static_cast<K const*>(key)); }
+  static Dovel::Ptr<Entity> presentOrNew(Dovel::Node const& owner, void const* at) {
+    auto const& key = *static_cast<K const*>(at);
+    auto const present = (static_cast<C const&>(owner).*Coll)().at(key);
+    return present ? present : Dovel::make<V>(key);
+  }
+  static Dovel::Ptr<Entity> findOrCreate(Dovel::Node& owner, void const* key) {
+    return (static_cast<C&>(owner).*Is)(*static_cast<K const*>(key));
+  }
 
-namespace Kiln {
+  static constexpr AttributeAccess access{.keyCodec = &codecOf<K>,
+                                          .areEntities = true,
+                                          .forEach = &forEach,
+                                          .del = &del,
+                                          .presentOrNew = &presentOrNew,
+                                          .findOrCreate = &findOrCreate};
+};
+
+inline constexpr AttributeAccess reservedAccess{.toJson = &nullToJson};
+
+}  // namespace Impl
+
+/// What a `Describer` collects.
+class Description {
+ public:
+  Type::Members take() { return std::move(members_); }
+
+ protected:
+  // Out of line: each is called once for every attribute of every class.
+  void add(Attribute const& attribute);
+  void add(Method const& method);
+
+ private:
+  Type::Members members_;
+};
 
 /// Collects the attributes and methods of class `C`: its members are what the macros of Attribute.h call.
 template <class C>
-class Describer {
+class Describer : private Description {
  public:
   /// All that the class's macros say, in order of declaration.
   static Type::Members describe() {
     Describer describer;
-    describer.upTo<500>();
-    return std::move(describer.members_);
+    C::kilnDescribe(describer, Line<500>{});
+    return describer.take();
   }
 
   template <class T, auto Read, void (C::*Write)(T const&), auto Default>
   void attribute(AttributeId id, std::string_view name) {
-    add(Impl::attribute<C, T, Read, Write, Default>(id, name));
+    if constexpr (!Impl::isPtr<T>) {
+      addValue<T>(id, name, true, Impl::ValueAccess<C, T, Read, Write, Default>::access);
+    } else if constexpr (Impl::readable<T>()) {
+      addValue<T>(id, name, true, Impl::EntityAccess<C, T, Read, Write, Default>::access);
+    } else {
+      fixed<T, Read>(id, name);
+    }
   }
   template <class T, auto Read>
   void fixed(AttributeId id, std::string_view name) {
-    add(Impl::fixedAttribute<C, T, Read>(id, name));
+    addValue<T>(id, name, false, Impl::FixedAccess<C, T, Read>::access);
   }
   template <class K, class V, auto Coll, void (C::*Is)(K const&, V const&), V (C::*Del)(K const&)>
   void collection(AttributeId id, std::string_view name) {
-    add(Impl::collection<C, K, V, Coll, Is, Del>(id, name));
+    add({id, name, &Impl::typeNameOf<V>, &Impl::typeNameOf<K>, AttributeKind::collection, !Impl::isPtr<V>,
+         &Impl::CollectionAccess<C, K, V, Coll, Is, Del>::access});
   }
   template <class K, class V, class Map, auto Coll, Dovel::Ptr<V> (C::*Is)(K const&), Dovel::Ptr<V> (C::*Del)(K const&)>
   void entityCollection(AttributeId id, std::string_view name) {
-    add(Impl::entityCollection<C, K, V, Map, Coll, Del, Is>(id, name));
+    add({id, name, &Impl::typeNameOf<Dovel::Ptr<V>>, &Impl::typeNameOf<K>, AttributeKind::entityCollection, true,
+         &Impl::EntityCollectionAccess<C, K, V, Coll, Is, Del>::access});
   }
   template <void (C::*Run)()>
   void method(std::string_view name) {
-    members_.methods.push_back({name, [](Dovel::Node& object) { (static_cast<C&>(object).*Run)(); }});
+    add(Method{name, [](Dovel::Node& object) { (static_cast<C&>(object).*Run)(); }});
   }
   template <class...>
   void reserved(AttributeId id, std::string_view name, std::string_view (*typeName)()) {
-    add(Impl::reservedAttribute(id, name, typeName));
+    add({id, name, typeName, nullptr, AttributeKind::pointer, false, &Impl::reservedAccess});
   }
+  /// An attribute that the class describes itself.
   template <class...>
-  void add(Attribute const& attribute) {
-    members_.attributes.push_back(attribute);
+  void own(Attribute const& attribute) {
+    add(attribute);
   }
 
  private:
-  /// The macros at or before a line: finds the last of them, takes those before it, then itself.
-  template <int Number>
-  void upTo() {
-    using Last = decltype(C::kilnDescribe(*this, Line<Number>{}));
-    if constexpr (Last::number > 0) {
-      upTo<Last::number - 1>();
-      C::kilnDescribe(*this, Last{});
-    }
+  template <class T>
+  void addValue(AttributeId id, std::string_view name, bool writable, AttributeAccess const& access) {
+    add({id, name, &Impl::typeNameOf<T>, nullptr, Impl::kindOf<T>, writable, &access});
   }
-
-  Type::Members members_;
 };
 
 namespace Impl {

@@ -15,6 +15,8 @@ class JsonIn;
 struct ValueCodec {
   /// As in "Meshal::IpGenAddr", "u16", "bool".
   std::string_view typeName;
+  void* (*make)(void const* from);  ///< A new value: a copy of `from`, the default if that is null.
+  void (*drop)(void* value);
   void (*toJson)(void const* value, JsonOut& out);
   /// Throws `Kiln::InputError` and then leaves the value unchanged. Members that the document leaves out have defaults.
   void (*fromJson)(void* value, JsonIn const& in);

@@ -1,5 +1,6 @@
 #include "platform/kiln/Dir.h"
 
+#include "platform/kiln/AttributeDefinitions.h"
 #include "platform/kiln/Json.h"
 
 namespace Kiln {
@@ -18,6 +19,8 @@ void childrenToJson(Dovel::Node const& owner, JsonOut& out) {
   }
 }
 
+constexpr AttributeAccess kChildren{.toJson = &childrenToJson};
+
 }  // namespace
 
 Attribute Dir::childrenAttribute() {
@@ -27,10 +30,7 @@ Attribute Dir::childrenAttribute() {
           .keyTypeName = [] { return std::string_view("string"); },
           .kind = AttributeKind::entityCollection,
           .writable = false,
-          .toJson = &childrenToJson,
-          .check = nullptr,
-          .fromJson = nullptr,
-          .reset = nullptr};
+          .access = &kChildren};
 }
 
 Dovel::Ptr<Dovel::Node> Dir::createEntity(std::string_view typeName, std::string const& name) {

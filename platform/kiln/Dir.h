@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <map>
 #include <stdexcept>
 #include <string>
@@ -22,7 +21,7 @@ class TypeException : public std::logic_error {
 /// `std::string`, when one is added, removed or replaced. Main thread only.
 class Dir : public NamedEntity {
   KILN_TYPE(Kiln::Dir, Kiln::NamedEntity)
-  KILN_LINE(add<>(childrenAttribute()))
+  KILN_LINE(own<>(childrenAttribute()))
 
  public:
   using Children = std::map<std::string, Dovel::Ptr<Dovel::Node>, std::less<>>;

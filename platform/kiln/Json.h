@@ -146,11 +146,14 @@ void readSequence(T& value, JsonIn const& in) {
 
 template <class T>
 ValueCodec makeCodec(std::string_view name) {
-  ValueCodec codec{.typeName = name,
-                   .toJson = [](void const* v, JsonOut& out) { writeJson(*static_cast<T const*>(v), out); },
-                   .fromJson = [](void* v, JsonIn const& in) { readJson(*static_cast<T*>(v), in); },
-                   .toText = [](void const* v, std::string& out) { writeText(out, *static_cast<T const*>(v)); },
-                   .fromText = nullptr};
+  ValueCodec codec{
+      .typeName = name,
+      .make = [](void const* from) -> void* { return from ? new T(*static_cast<T const*>(from)) : new T{}; },
+      .drop = [](void* v) { delete static_cast<T*>(v); },
+      .toJson = [](void const* v, JsonOut& out) { writeJson(*static_cast<T const*>(v), out); },
+      .fromJson = [](void* v, JsonIn const& in) { readJson(*static_cast<T*>(v), in); },
+      .toText = [](void const* v, std::string& out) { writeText(out, *static_cast<T const*>(v)); },
+      .fromText = nullptr};
   if constexpr (HasParse<T>) {
     codec.fromText = [](std::string_view text, void* v) { return readText(text, *static_cast<T*>(v)); };
   }

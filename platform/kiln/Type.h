@@ -7,6 +7,7 @@
 
 #include "platform/dovel/Node.h"
 #include "platform/dovel/Ptr.h"
+#include "platform/kiln/FunctionRef.h"
 
 namespace Kiln {
 
@@ -15,6 +16,8 @@ class JsonIn;
 class JsonOut;
 
 using AttributeId = std::uint16_t;
+
+struct AttributeAccess;
 
 enum class AttributeKind : std::uint8_t { value, pointer, collection, entityCollection };
 
@@ -26,14 +29,23 @@ struct Attribute {
   std::string_view (*keyTypeName)();  ///< Null unless the attribute is a collection.
   AttributeKind kind;
   bool writable;  ///< False where there is no setter.
-  void (*toJson)(Dovel::Node const& owner, JsonOut& out);
+  AttributeAccess const* access;
+
+  void toJson(Dovel::Node const& owner, JsonOut& out) const;
   /// Throws `InputError` unless `in` can be read into this attribute of `owner`; changes nothing. REQUIRES: `writable`.
-  void (*check)(Dovel::Node const& owner, JsonIn const& in);
+  void check(Dovel::Node const& owner, JsonIn const& in) const;
   /// Makes the attribute what `in` says, through the owner's setters: only differences are written. A collection ends
   /// with exactly the members of `in`. REQUIRES: `writable`, and `in` passes `check`.
-  void (*fromJson)(Dovel::Node& owner, JsonIn const& in);
+  void fromJson(Dovel::Node& owner, JsonIn const& in) const;
   /// Makes the attribute what it is in a new object. REQUIRES: `writable`.
-  void (*reset)(Dovel::Node& owner);
+  void reset(Dovel::Node& owner) const;
+
+ private:
+  void oneToJson(void const* value, JsonOut& out) const;
+  void membersToJson(Dovel::Node const& owner, JsonOut& out) const;
+  void objectFromJson(Dovel::Node& owner, JsonIn const& in) const;
+  void dropOthers(Dovel::Node& owner, JsonIn const& in) const;
+  void dropUnless(Dovel::Node& owner, FunctionRef<bool(void const* key)> isWanted) const;
 };
 
 struct Method {
