@@ -178,13 +178,13 @@ struct CollectionAccess {
   }
   static void del(Dovel::Node& owner, void const* key) { (static_cast<C&>(owner).*Del)(*static_cast<K const*>(key)); }
   static constexpr AttributeAccess make() {
-    AttributeAccess access{.codec = codecFunction<V>(), .keyCodec = &codecOf<K>, .areEntities = isEntity<V>()};
-    access.forEach = &forEach;
+    AttributeAccess made{.codec = codecFunction<V>(), .keyCodec = &codecOf<K>, .areEntities = isEntity<V>()};
+    made.forEach = &forEach;
     if constexpr (!isPtr<V>) {
-      access.set = &set;
-      access.del = &del;
+      made.set = &set;
+      made.del = &del;
     }
-    return access;
+    return made;
   }
 
   static constexpr AttributeAccess access = make();

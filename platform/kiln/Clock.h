@@ -7,9 +7,9 @@
 #include <utility>
 #include <vector>
 
-namespace Kiln {
+#include "platform/kiln/Seconds.h"
 
-using Seconds = double;
+namespace Kiln {
 
 /// The time base of timed work, in seconds since an arbitrary start; monotonic.
 class Clock {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "platform/kiln/Clock.h"
 #include "platform/kiln/Invariant.h"
 
 namespace Kiln {

@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/kiln/Clock.h"
+#include "platform/kiln/Seconds.h"
 
 namespace Kiln {
 

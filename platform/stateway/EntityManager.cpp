@@ -39,7 +39,7 @@ std::size_t EntityManager::completeMounts() {
   Dovel::Ptr<EntityManager> const self(this);
   for (; !closedGroups_.empty(); ++count) {
     Dovel::Ptr<MountGroup> const group(closedGroups_.front());
-    closedGroups_.pop_front();
+    closedGroups_.erase(closedGroups_.begin());
     for (auto const& mount : group->mounts()) mountIs(mount);
     if (!group->mounter_) continue;
     Dovel::Ptr<Mounter> const mounter(group->mounter_);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <deque>
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -63,7 +63,7 @@ class EntityManager final : public Dovel::Node {
 
   Store store_;
   std::multimap<std::string, Mount, std::less<>> mounts_;
-  std::deque<MountGroup*> closedGroups_;  ///< A group removes itself when it is deleted.
+  std::vector<MountGroup*> closedGroups_;  ///< In order of closing. A group removes itself when it is deleted.
 };
 
 }  // namespace Stateway

@@ -6,7 +6,7 @@
 #include "platform/dovel/Node.h"
 #include "platform/dovel/Ptr.h"
 #include "platform/kiln/Attribute.h"
-#include "platform/kiln/Clock.h"
+#include "platform/kiln/Seconds.h"
 #include "platform/stateway/Mount.h"
 
 namespace Stateway {

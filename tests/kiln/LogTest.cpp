@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include "platform/kiln/Clock.h"
 #include "platform/kiln/Log.h"
 
 namespace {

@@ -1,0 +1,8 @@
+#pragma once
+
+namespace Kiln {
+
+/// A time or a duration.
+using Seconds = double;
+
+}  // namespace Kiln
