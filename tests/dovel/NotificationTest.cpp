@@ -3,7 +3,6 @@
 #include <atomic>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -30,25 +29,37 @@ class Bell final : public Dovel::PublishingNode {
 KILN_DESCRIBE(Bell)
 
 /// Records its name and the changes, and then does what the test wants.
-struct Ear {
-  Ear(std::string earName, std::string& log, std::function<void(std::uint16_t)> then = nullptr,
-      Dovel::AttributeSet of = Dovel::kAllAttributes)
-      : name(std::move(earName)), heard(log), action(std::move(then)), interest(of) {}
+class Ear final : public Dovel::Subscriber {
+ public:
+  Ear(std::string name, std::string& heard, std::function<void(std::uint16_t)> action = nullptr,
+      Dovel::AttributeSet interest = Dovel::kAllAttributes)
+      : Dovel::Subscriber([](Dovel::Subscriber& self, Change const& change) { static_cast<Ear&>(self).hear(change); },
+                          interest),
+        name_(std::move(name)),
+        heard_(heard),
+        action_(std::move(action)) {}
+  ~Ear() { leave(); }
 
   void listen(Bell& bell) {
-    auto const hear = [&log = heard, name = name, action = action](Change const& change) {
-      log += name + std::to_string(change.id) + " ";
-      if (action) action(change.id);
-    };
-    watch.emplace(bell, hear, interest);
+    bell_ = &bell;
+    bell.publisher()->subscriberAdd(*this);
   }
-  void leave() { watch.reset(); }
+  void leave() {
+    if (subscribed()) bell_->publisher()->subscriberRemove(*this);
+  }
 
-  std::string name;
-  std::string& heard;
-  std::function<void(std::uint16_t)> action;
-  Dovel::AttributeSet interest;
-  std::optional<Support::Watch> watch;
+ private:
+  void hear(Change const& change) {
+    heard_ += name_ + std::to_string(change.id) + " ";
+    // What the action does may end this object.
+    auto const action = action_;
+    if (action) action(change.id);
+  }
+
+  std::string name_;
+  std::string& heard_;
+  std::function<void(std::uint16_t)> action_;
+  Bell* bell_ = nullptr;
 };
 
 class Notification : public testing::Test {
@@ -140,7 +151,7 @@ TEST_F(Notification, ThePublisherLivesUntilItsPublishReturns) {
   bell->ring(1);
   EXPECT_EQ(heard, "a1 b1 ");
   EXPECT_EQ(Dovel::Node::aliveCount(), before - 1);
-  EXPECT_FALSE(a.watch->subscribed() || b.watch->subscribed());
+  EXPECT_FALSE(a.subscribed() || b.subscribed());
 }
 
 TEST_F(Notification, IsLimitedToTheAttributesOfInterest) {

@@ -80,12 +80,6 @@ class Case {
     return said.find(base_.string()) == std::string::npos ? "names no file: " + said : "";
   }
 
-  std::string commandLine() const {
-    std::string text = "tessel-agent";
-    for (auto const& argument : arguments_) text += " " + argument;
-    return text;
-  }
-
  private:
   void build() {
     setenv("TESSEL_TOGGLE_DIR", (base_ / "toggles").c_str(), 1);
@@ -159,7 +153,7 @@ void runCases(Corpus const& corpus, fs::path const& base, std::uint64_t end, Pro
     int code = 0;
     auto const problem = one.run(code);
     ++(problem.empty() ? progress.codes[code] : progress.wrong);
-    if (!problem.empty()) std::cerr << "seed " << progress.seed << ": " << problem << "\n" << one.commandLine() << '\n';
+    if (!problem.empty()) std::cerr << "seed " << progress.seed << ": " << problem << '\n';
   }
 }
 

@@ -79,7 +79,7 @@ TEST_F(TraceTest, offEvaluatesNothingAndCostsNoSlotAndOnReturns) {
 }
 
 TEST_F(TraceTest, readsBackEveryKindOfArgumentAsItWas) {
-  Kiln::TraceCapture capture("TraceTest", ~4U);
+  Kiln::TraceCapture capture("TraceTest", ~4U), other("TraceTest", 4U);
   World::Row<5> small;
   World::Row<40> large;
   small.fields[4] = 7;
@@ -98,6 +98,7 @@ TEST_F(TraceTest, readsBackEveryKindOfArgumentAsItWas) {
   EXPECT_THAT(Kiln::traceRingLines(1), ElementsAre("TestBody: one two three (null)"));
   TRACE(1, "{:{}}", 1, -2);
   EXPECT_THAT(only(capture), HasSubstr("{:{}} (")) << "a bad width is shown, not thrown";
+  EXPECT_THAT(other.lines(), ElementsAre("appendText: asked"));
 }
 
 TEST_F(TraceTest, aLongTextIsCutAndStarvesNoOther) {

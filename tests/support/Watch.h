@@ -12,13 +12,11 @@ class Watch final : public Dovel::Subscriber {
  public:
   using Heard = std::function<void(Dovel::Change const&)>;
 
-  Watch(Dovel::Node const& node, Heard heard, Dovel::AttributeSet interest = Dovel::kAllAttributes)
-      : Subscriber(
-            [](Subscriber& self, Dovel::Change const& change) {
-              auto const call = static_cast<Watch&>(self).heard_;
-              call(change);
-            },
-            interest),
+  Watch(Dovel::Node const& node, Heard heard)
+      : Subscriber([](Subscriber& self, Dovel::Change const& change) {
+          auto const call = static_cast<Watch&>(self).heard_;
+          call(change);
+        }),
         publisher_(*node.publisher()),
         heard_(std::move(heard)) {
     publisher_.subscriberAdd(*this);

@@ -76,17 +76,6 @@ TEST_P(TunnelLife, theOldStatusStandsUntilTheNewOneDoes) {
   EXPECT_THAT(agent.status(unicast), HasSubstr("10.255.0.2 gen=2 "));
 }
 
-TEST_P(TunnelLife, theStatusOfAGenerationThatWasReplacedTwiceGoes) {
-  configure(unicast, key(vtep(2), 5));
-  agent.udpPort(0);
-  configure(unicast, key(vtep(2), 6));
-  configure(unicast, key(vtep(2), 7));
-  dismiss(unicast, key(vtep(2), 5));
-  dismiss(unicast, key(vtep(2), 6));
-  agent.udpPort(4789);
-  EXPECT_EQ(agent.status(unicast), "10.255.0.2 gen=7 tnl=#1 nh=#1\n");
-}
-
 TEST_P(TunnelLife, aVtepWithoutAFamilyGetsNothing) {
   auto wish = agent.wish();
   wish.mlagVtep = vtep(9);
@@ -145,12 +134,6 @@ TEST_P(TunnelLife, theDeletionOfWhatWasNeverRecordedRemovesItsStatus) {
   dismiss(unicast, key(vtep(2), 5));
   agent.localVtep(vtep(1));
   EXPECT_EQ(agent.chip(), start);
-}
-
-TEST_P(TunnelLife, headersHaveTheTtlOfTheState) {
-  programmer(unicast).vxlanState()->ttlIs(17);
-  agent.tunnel(unicast, vtep(2)).via(uplink(1));
-  EXPECT_THAT(header(vtep(2)), HasSubstr("ttl=17"));
 }
 
 TEST_P(TunnelLife, theHandshakeEchoesCounters) {
@@ -266,6 +249,7 @@ TEST_P(TunnelLife, anActiveIdIsFoundUntilItEnds) {
   EXPECT_THAT(agent.table("L2TunnelIpv4SipTable"), HasSubstr(vtep(2)));
   config(unicast).activeNextHopIdListDel(nhId);
   EXPECT_EQ(agent.table("L2TunnelIpv4SipTable"), "");
+  EXPECT_TRUE(programmer(unicast).nhIdToVtepIpMapColl().empty());
   dismiss(member, key(vtep(2), 1));
 }
 
