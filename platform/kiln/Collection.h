@@ -9,6 +9,7 @@
 #include "platform/dovel/Ptr.h"
 #include "platform/kiln/Hash.h"
 #include "platform/kiln/PlaceIndex.h"
+#include "platform/kiln/PlaceIterator.h"
 #include "platform/kiln/PointerSet.h"
 #include "platform/kiln/Text.h"
 #include "platform/scree/Slab.h"
@@ -23,54 +24,23 @@ template <class K, class V>
 class HashMap {
   using Place = PlaceIndex::Place;
 
-  template <class Map, class Element>
-  class Iterator {
-   public:
-    using iterator_category = std::forward_iterator_tag;
-    using value_type = Element;
-    using difference_type = std::ptrdiff_t;
-    using pointer = Element*;
-    using reference = Element&;
-
-    Iterator() = default;
-    Iterator(Map& map, Place place) : map_(&map), place_(place) {}
-    reference operator*() const { return map_->array_[place_]; }
-    pointer operator->() const { return &**this; }
-    Iterator& operator++() {
-      ++place_;
-      skipUnused();
-      return *this;
-    }
-    Iterator operator++(int) { return std::exchange(*this, std::next(*this)); }
-    friend bool operator==(Iterator const& a, Iterator const& b) { return a.place_ == b.place_; }
-
-   private:
-    friend class HashMap;
-    void skipUnused() {
-      while (place_ < map_->index_.end() && !map_->index_.isUsed(place_)) ++place_;
-    }
-
-    Map* map_ = nullptr;
-    Place place_ = 0;
-  };
-
  public:
   using value_type = std::pair<K, V>;
-  using iterator = Iterator<HashMap, value_type>;
-  using const_iterator = Iterator<HashMap const, value_type const>;
+  using iterator = PlaceIterator<HashMap, value_type>;
+  using const_iterator = PlaceIterator<HashMap const, value_type const>;
 
-  iterator begin() { return first<iterator>(*this); }
-  iterator end() { return {*this, index_.end()}; }
-  const_iterator begin() const { return first<const_iterator>(*this); }
-  const_iterator end() const { return {*this, index_.end()}; }
+  iterator begin() { return iterator::first(*this); }
+  iterator end() { return {*this, endPlace()}; }
+  const_iterator begin() const { return const_iterator::first(*this); }
+  const_iterator end() const { return {*this, endPlace()}; }
   std::size_t size() const { return index_.size(); }
   bool empty() const { return size() == 0; }
 
   iterator find(K const& key) { return {*this, placeOrEnd(key)}; }
   const_iterator find(K const& key) const { return {*this, placeOrEnd(key)}; }
   void erase(iterator at) {
-    index_.remove(at.place_);
-    array_[at.place_].second = V{};
+    index_.remove(static_cast<Place>(at.place()));
+    at->second = V{};
   }
   std::pair<iterator, bool> try_emplace(K const& key, V const& value = {}) {
     auto const hash = hashOf(key);
@@ -91,12 +61,13 @@ class HashMap {
   }
 
  private:
-  template <class Iterator_, class Map>
-  static Iterator_ first(Map& map) {
-    Iterator_ at(map, 0);
-    at.skipUnused();
-    return at;
-  }
+  template <class, class>
+  friend class PlaceIterator;
+
+  value_type& elementAt(std::size_t place) { return array_[place]; }
+  value_type const& elementAt(std::size_t place) const { return array_[place]; }
+  bool isUsed(std::size_t place) const { return index_.isUsed(static_cast<Place>(place)); }
+  std::size_t endPlace() const { return index_.end(); }
   static std::uint32_t hashOf(K const& key) { return static_cast<std::uint32_t>(Hash<K>{}(key)); }
   Place placeOf(std::uint32_t hash, K const& key) const {
     return index_.find(hash, [&](Place place) { return array_[place].first == key; });
@@ -127,43 +98,10 @@ class IdMap {
   };
   using Pages = PointerSet<Page*, std::uint32_t, NumberOf>;
 
-  template <class Element>
-  class Iterator {
-   public:
-    using iterator_category = std::forward_iterator_tag;
-    using value_type = Element;
-    using difference_type = std::ptrdiff_t;
-    using pointer = Element*;
-    using reference = Element&;
-
-    Iterator() = default;
-    reference operator*() const { return (*pages_)[place_ / kPageSize]->elements[place_ % kPageSize]; }
-    pointer operator->() const { return &**this; }
-    Iterator& operator++() {
-      ++place_;
-      skipUnused();
-      return *this;
-    }
-    Iterator operator++(int) { return std::exchange(*this, std::next(*this)); }
-    friend bool operator==(Iterator const& a, Iterator const& b) { return a.place_ == b.place_; }
-
-   private:
-    friend class IdMap;
-    Iterator(std::vector<Page*> const& pages, std::size_t place) : pages_(&pages), place_(place) {}
-    void skipUnused() {
-      while (place_ < pages_->size() * kPageSize && !((*pages_)[place_ / kPageSize]->used >> place_ % kPageSize & 1)) {
-        ++place_;
-      }
-    }
-
-    std::vector<Page*> const* pages_ = nullptr;
-    std::size_t place_ = 0;
-  };
-
  public:
   using value_type = std::pair<K, V>;
-  using iterator = Iterator<value_type>;
-  using const_iterator = Iterator<value_type const>;
+  using iterator = PlaceIterator<IdMap, value_type>;
+  using const_iterator = PlaceIterator<IdMap const, value_type const>;
 
   IdMap() = default;
   IdMap(IdMap const&) = delete;
@@ -172,23 +110,17 @@ class IdMap {
     for (auto const* page : pages_.all()) delete page;
   }
 
-  iterator begin() { return first<iterator>(); }
-  iterator end() { return {pages_.all(), pages_.all().size() * kPageSize}; }
-  const_iterator begin() const { return first<const_iterator>(); }
-  const_iterator end() const { return {pages_.all(), pages_.all().size() * kPageSize}; }
+  iterator begin() { return iterator::first(*this); }
+  iterator end() { return {*this, endPlace()}; }
+  const_iterator begin() const { return const_iterator::first(*this); }
+  const_iterator end() const { return {*this, endPlace()}; }
   std::size_t size() const { return size_; }
   bool empty() const { return size_ == 0; }
 
-  iterator find(K const& key) {
-    auto const* const page = pageOf(key);
-    return page ? iterator(pages_.all(), placeIn(*page, key)) : end();
-  }
-  const_iterator find(K const& key) const {
-    auto const* const page = pageOf(key);
-    return page ? const_iterator(pages_.all(), placeIn(*page, key)) : end();
-  }
+  iterator find(K const& key) { return {*this, placeOrEnd(key)}; }
+  const_iterator find(K const& key) const { return {*this, placeOrEnd(key)}; }
   void erase(iterator at) {
-    pages_.all()[at.place_ / kPageSize]->used &= ~(std::uint64_t{1} << at.place_ % kPageSize);
+    pageAt(at.place()).used &= ~bitAt(at.place());
     *at = {};
     --size_;
   }
@@ -199,16 +131,23 @@ class IdMap {
              .findOrMake(number,
                          [&] { return new Page{.number = number, .place = static_cast<std::uint32_t>(pages_.size())}; })
              .first;
-    bool const isNew = !(page.used & bitOf(key));
+    bool const isNew = !(page.used & bitAt(numberOf(key)));
     if (isNew) {
-      page.used |= bitOf(key);
+      page.used |= bitAt(numberOf(key));
       page.elements[numberOf(key) % kPageSize] = {key, value};
       ++size_;
     }
-    return {iterator(pages_.all(), placeIn(page, key)), isNew};
+    return {iterator(*this, placeIn(page, key)), isNew};
   }
 
  private:
+  template <class, class>
+  friend class PlaceIterator;
+
+  value_type& elementAt(std::size_t place) const { return pageAt(place).elements[place % kPageSize]; }
+  bool isUsed(std::size_t place) const { return pageAt(place).used & bitAt(place); }
+  std::size_t endPlace() const { return pages_.all().size() * kPageSize; }
+
   static std::uint32_t numberOf(K const& key) {
     if constexpr (requires { key.value(); }) {
       return key.value();
@@ -216,20 +155,14 @@ class IdMap {
       return key;
     }
   }
-  static std::uint64_t bitOf(K const& key) { return std::uint64_t{1} << numberOf(key) % kPageSize; }
+  static std::uint64_t bitAt(std::size_t place) { return std::uint64_t{1} << place % kPageSize; }
+  Page& pageAt(std::size_t place) const { return *pages_.all()[place / kPageSize]; }
   static std::size_t placeIn(Page const& page, K const& key) {
     return std::size_t{page.place} * kPageSize + numberOf(key) % kPageSize;
   }
-  /// The page that has `key`; null if none does.
-  Page const* pageOf(K const& key) const {
+  std::size_t placeOrEnd(K const& key) const {
     auto const* const page = pages_.find(numberOf(key) / kPageSize);
-    return page && page->used & bitOf(key) ? page : nullptr;
-  }
-  template <class Iterator_>
-  Iterator_ first() const {
-    Iterator_ at(pages_.all(), 0);
-    at.skipUnused();
-    return at;
+    return page && page->used & bitAt(numberOf(key)) ? placeIn(*page, key) : endPlace();
   }
 
   Pages pages_;
@@ -286,37 +219,7 @@ class EntityMap {
   };
 
  public:
-  class const_iterator {
-   public:
-    using iterator_category = std::forward_iterator_tag;
-    using value_type = Dovel::Ptr<V>;
-    using difference_type = std::ptrdiff_t;
-    using pointer = value_type const*;
-    using reference = value_type const&;
-
-    const_iterator() = default;
-    reference operator*() const { return (*objects_)[place_]; }
-    pointer operator->() const { return &**this; }
-    const_iterator& operator++() {
-      ++place_;
-      skipHoles();
-      return *this;
-    }
-    const_iterator operator++(int) { return std::exchange(*this, std::next(*this)); }
-    friend bool operator==(const_iterator const& a, const_iterator const& b) { return a.place_ == b.place_; }
-
-   private:
-    friend class EntityMap;
-    const_iterator(std::vector<Dovel::Ptr<V>> const& objects, std::size_t place) : objects_(&objects), place_(place) {
-      skipHoles();
-    }
-    void skipHoles() {
-      while (place_ < objects_->size() && !(*objects_)[place_]) ++place_;
-    }
-
-    std::vector<Dovel::Ptr<V>> const* objects_ = nullptr;
-    std::size_t place_ = 0;
-  };
+  using const_iterator = PlaceIterator<EntityMap const, Dovel::Ptr<V> const>;
 
   EntityMap() = default;
   EntityMap(EntityMap const&) = delete;
@@ -339,14 +242,21 @@ class EntityMap {
     return isNew ? nullptr : std::exchange(object, value);
   }
   Dovel::Ptr<V> take(K const& key) { return objects_.take(key); }
-  const_iterator begin() const { return {objects_.all(), 0}; }
-  const_iterator end() const { return {objects_.all(), objects_.all().size()}; }
+  const_iterator begin() const { return const_iterator::first(*this); }
+  const_iterator end() const { return {*this, endPlace()}; }
   std::size_t size() const { return objects_.size(); }
   bool empty() const { return objects_.empty(); }
   void reserve(std::size_t count) { objects_.reserve(count); }
   K const keyAt(const_iterator at) const { return KeyOfObject{}(*at); }
 
  private:
+  template <class, class>
+  friend class PlaceIterator;
+
+  Dovel::Ptr<V> const& elementAt(std::size_t place) const { return objects_.all()[place]; }
+  bool isUsed(std::size_t place) const { return elementAt(place) != nullptr; }
+  std::size_t endPlace() const { return objects_.all().size(); }
+
   PointerSet<Dovel::Ptr<V>, K, KeyOfObject> objects_;
 };
 
