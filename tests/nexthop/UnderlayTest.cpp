@@ -50,6 +50,10 @@ TEST_P(Underlay, nextHopsHoldTheirPortAndVlan) {
   auto const withoutVlan = insert(hop(3, "Ethernet3", "Loopback0"));
   EXPECT_THAT(row("02:00:00:00:00:04 Vlan104"), HasSubstr("destination=77 vlanId=104 l3Oif2Handle=EgrL3Oif2[104]"));
   EXPECT_THAT(row("02:00:00:00:00:03 Loopback0"), HasSubstr("destination=3 l3Oif2Handle=EgrL3Oif2[0]"));
+  auto const writes = agent.agent().chip().writes();
+  wrapper().l3Oif2TableHelper()->initTables(wrapper().chipInfo());
+  EXPECT_TRUE(Asic::sameEntry(insert(hop(4)), sub));
+  EXPECT_EQ(agent.agent().chip().writes(), writes) << "a table is made once";
   Kiln::TraceCapture const trace("NextHopTableProgrammer");
   EXPECT_EQ(insert(hop(5, "Ethernet77")), nullptr);
   EXPECT_TRUE(trace.contains(" Invalid Dst Port"));
