@@ -1,8 +1,9 @@
+#include "platform/kiln/AttributeDefinitions.h"
+
 #include <algorithm>
 #include <deque>
 #include <set>
 
-#include "platform/kiln/AttributeDefinitions.h"
 #include "platform/kiln/Json.h"
 
 namespace Kiln {
