@@ -1,8 +1,7 @@
 #pragma once
 
 #include <cstddef>
-#include <iterator>
-#include <utility>
+#include <vector>  // has what is needed of <iterator>, which brings the streams into every source
 
 namespace Kiln {
 
@@ -37,7 +36,11 @@ class PlaceIterator {
     skipUnused();
     return *this;
   }
-  PlaceIterator operator++(int) { return std::exchange(*this, std::next(*this)); }
+  PlaceIterator operator++(int) {
+    auto const before = *this;
+    ++*this;
+    return before;
+  }
   friend bool operator==(PlaceIterator const& a, PlaceIterator const& b) { return a.place_ == b.place_; }
 
  private:
