@@ -126,28 +126,37 @@ void sameAgain(ChipKind const& kind, Story const& story) {
 }
 TEST_P(Laws, theSameAgainWritesNothing) { tryLaw({.law = sameAgain, .story = storiesOf(all)}, GetParam()); }
 
+Event atVtep(Event::Kind kind, unsigned vtep, std::uint32_t n = 0, Vane::TunnelType type = unicast) {
+  return {.kind = kind, .type = type, .vtep = vtep, .n = n};
+}
+Event reaction(unsigned vtep, Event::Reaction to, std::uint32_t notification, Vane::TunnelType type = unicast) {
+  return {.kind = Event::react, .type = type, .vtep = vtep, .n = to, .m = notification};
+}
+Event set(Event::Kind kind, std::uint32_t n = 0, std::uint32_t m = 0) { return {.kind = kind, .n = n, .m = m}; }
+
 /// Stories that broke a law once, whatever chip they are tried on.
 std::vector<Story> const onceBroken{
+    // A generation without a header is removed.
+    {Drive::documents,
+     {atVtep(Event::over, 2, 1), set(Event::udpPort), atVtep(Event::generation, 2), atVtep(Event::gone, 2),
+      set(Event::udpPort, 4789)}},
+    // A generation gets its status before its header, and both types wait for a port while their next hops change.
+    {Drive::documents,
+     {atVtep(Event::over, 2, 1), set(Event::udpPort), set(Event::source, 103), atVtep(Event::generation, 2),
+      atVtep(Event::over, 3, 1), atVtep(Event::over, 3, 1, member), atVtep(Event::over, 2, 2), set(Event::vti),
+      set(Event::udpPort, 4789), set(Event::vti, 1), set(Event::learning, 1)}},
     // A generation that is replaced on the stack of its own status while that of an earlier one remains.
     {Drive::test,
-     {{.kind = Event::over, .type = member, .vtep = 4},
-      {.kind = Event::react, .type = member, .vtep = 4, .n = Event::newGeneration, .m = 1},
-      {.kind = Event::generation, .type = member, .vtep = 4, .n = 3}}},
-    {Drive::test,
-     {{.kind = Event::over, .vtep = 2, .n = 1},
-      {.kind = Event::react, .vtep = 2, .n = Event::newGeneration, .m = 2},
-      {.kind = Event::generation, .vtep = 2, .n = 4}}},
+     {atVtep(Event::over, 4, 0, member), reaction(4, Event::newGeneration, 1, member),
+      atVtep(Event::generation, 4, 3, member)}},
+    {Drive::test, {atVtep(Event::over, 2, 1), reaction(2, Event::newGeneration, 2), atVtep(Event::generation, 2, 4)}},
     // Learning reaches an IPv6 tunnel that is sourced from an MLAG address of IPv4.
-    {Drive::documents,
-     {{.kind = Event::mlag, .n = 103}, {.kind = Event::over, .vtep = 102, .n = 1}, {.kind = Event::learning, .n = 1}}},
+    {Drive::documents, {set(Event::mlag, 103), atVtep(Event::over, 102, 1), set(Event::learning, 1)}},
     // A unicast tunnel is removed on the stack of its status, and a member tunnel of its VTEP is not.
-    {Drive::test,
-     {{.kind = Event::over, .type = member, .vtep = 2, .n = 1},
-      {.kind = Event::react, .vtep = 2, .n = Event::remove, .m = 3},
-      {.kind = Event::over, .vtep = 2, .n = 1}}},
+    {Drive::test, {atVtep(Event::over, 2, 1, member), reaction(2, Event::remove, 3), atVtep(Event::over, 2, 1)}},
     // The row that admits a VTEP's traffic is refused: by both drives.
-    {Drive::test, {{.kind = Event::refuseTable, .n = 13, .m = 4}, {.kind = Event::over, .vtep = 2, .n = 1}}},
-    {Drive::documents, {{.kind = Event::refuseTable, .n = 13, .m = 4}, {.kind = Event::over, .vtep = 2, .n = 1}}},
+    {Drive::test, {set(Event::refuseTable, 13, 4), atVtep(Event::over, 2, 1)}},
+    {Drive::documents, {set(Event::refuseTable, 13, 4), atVtep(Event::over, 2, 1)}},
 };
 TEST(KnownStories, keepTheLaws) {
   for (auto const& story : onceBroken) {
@@ -161,13 +170,11 @@ TEST(KnownStories, keepTheLaws) {
 // Of a tunnel that is added, gets another generation and is removed: in each of its notifications.
 TEST(KnownStories, anyReactionKeepsTheLaws) {
   for (auto const type : {unicast, member}) {
-    for (std::uint32_t reaction = 0; reaction < Event::reactions; ++reaction) {
+    for (std::uint32_t to = 0; to < Event::reactions; ++to) {
       for (std::uint32_t at = 1; at <= 6; ++at) {
         Story const story{Drive::test,
-                          {{.kind = Event::react, .type = type, .vtep = 2, .n = reaction, .m = at},
-                           {.kind = Event::over, .type = type, .vtep = 2, .n = 1},
-                           {.kind = Event::generation, .type = type, .vtep = 2},
-                           {.kind = Event::gone, .type = type, .vtep = 2}}};
+                          {reaction(2, Event::Reaction(to), at, type), atVtep(Event::over, 2, 1, type),
+                           atVtep(Event::generation, 2, 0, type), atVtep(Event::gone, 2, 0, type)}};
         SCOPED_TRACE(story.text());
         freshStart({.profile = "cascaded"}, story);
         nothingLeft({.profile = "flat", .completion = Asic::Completion::deferred}, story);
@@ -179,12 +186,12 @@ TEST(KnownStories, anyReactionKeepsTheLaws) {
 /// Events that have nothing to do with each other, in random order.
 Story independentEvents(std::uint64_t seed, std::string const& profile) {
   std::vector<Event> events{
-      {.kind = Event::source, .n = 101},
-      {.kind = Event::source6, .n = 102},
-      {.kind = Event::udpPort, .n = 4790},
-      {.kind = Event::learning, .n = 1},
-      {.kind = Event::dscp, .n = 1},
-      {.kind = Event::tos, .n = 5},
+      set(Event::source, 101),
+      set(Event::source6, 102),
+      set(Event::udpPort, 4790),
+      set(Event::learning, 1),
+      set(Event::dscp, 1),
+      set(Event::tos, 5),
       {.kind = Event::adjacency, .n = 1, .hops = {uplink(1), uplink(2)}},
       {.kind = Event::adjacency, .n = 2, .hops = {uplink(2), unresolved(3)}},
       {.kind = Event::adjacency, .n = 3, .hops = {unresolved(1)}},
@@ -192,10 +199,10 @@ Story independentEvents(std::uint64_t seed, std::string const& profile) {
   unsigned vtep = 2;
   for (auto const type : {unicast, member}) {
     for (auto const adjId : {1U, 1U, 2U, 3U, 0U}) {
-      events.push_back({.kind = Event::over, .type = type, .vtep = vtep++, .n = adjId});
+      events.push_back(atVtep(Event::over, vtep++, adjId, type));
     }
   }
-  if (profile != "compact") events.push_back({.kind = Event::over, .vtep = 102, .n = 2});
+  if (profile != "compact") events.push_back(atVtep(Event::over, 102, 2));
   std::mt19937_64 random(seed);
   std::shuffle(events.begin(), events.end(), random);
   return {seed % 2 == 0 ? Drive::documents : Drive::test, events};

@@ -187,7 +187,7 @@ TEST_P(Vtis, followThePhbSettingAndTheCentralFlags) {
   config().outerHeaderPhbIs(true);
   EXPECT_EQ(ends(), "10.0.0.1+ 10.0.0.2 10.0.0.3+ 239.1.1.1 2001:db8::1+ 2001:db8::3+ ff0e::1");
   auto& central = *wrapper().tesselCentralVxlanState();
-  auto const& slice = *wrapper().vxlanSliceConfig();
+  auto& slice = *wrapper().vxlanSliceConfig();
   auto const flags = [&] {
     return std::to_string(slice.vxlanEnabled()) + std::to_string(slice.vxlanNdSnooping()) +
            std::to_string(slice.controllerClientL3Mode());
@@ -199,6 +199,8 @@ TEST_P(Vtis, followThePhbSettingAndTheCentralFlags) {
   central.vxlanEnabledIs(false);
   EXPECT_EQ(flags(), "010");
   central.controllerClientL3ModeIs(true);
+  slice.controllerClientL3ModeIs(false);
+  slice.vxlanEnabledIs(true);
   agent.restart();
   EXPECT_EQ(flags(), "011");
 }

@@ -30,6 +30,8 @@ TEST_P(TunnelUnderlay, withoutAResolvedNextHopIsTheDefaultOne) {
   EXPECT_THAT(overlay(vtep(2)), HasSubstr(defaultNextHop));
   EXPECT_EQ(agent.table("EcmpGroup1Table"), "");
   EXPECT_EQ(agent.status(unicast), before) << "ids stay";
+  agent.udpPort(0).tunnel(unicast, vtep(6)).via(uplink(1)).via(uplink(2));
+  EXPECT_EQ(overlay(vtep(6)), "absent") << "while there is no port";
 }
 
 TEST_P(TunnelUnderlay, changesInPlaceForAllTunnelsOverAnAdjacency) {
