@@ -117,8 +117,8 @@ class NestedSm_TunnelIdMap final : public Kiln::NotifieeConst {
 ///   no record ──create──▶ recorded ──virtual port──▶ tunnel id ──overlay──▶ programmed: status published
 ///
 /// A status is written only from ids that have reached the VTEP's record, and a replaced generation's status is removed
-/// only after the new one is written. The watcher of a VTEP keeps which configuration is in force there and whether it
-/// has been created; nothing else is kept about a tunnel but the reverse of its next-hop id.
+/// only after the new one is written. The watcher of a VTEP keeps which configuration is in force there, its status and
+/// whether it has been created; nothing else is kept about a tunnel but the reverse of its next-hop id.
 /// Main thread only. Re-entrant at each write of shared state: a virtual port that is written at once publishes its id
 /// inside the creation, and a subscriber of a status may delete the tunnel, replace its generation or change its next
 /// hops on that stack. After such a write an operation continues only while its configuration is still the one in
