@@ -75,7 +75,7 @@ class LogHandle {
  public:
   /// At most `perInterval` messages of equal selected arguments within `interval` seconds; interval 0 never limits.
   /// Bit n of `rateLimitArgsMask` selects argument n, counted from 1; with no argument selected all messages of the
-  /// handle count as equal. `hashSeed` is part of `idHash` and distinguishes handles of one descriptor apart.
+  /// handle count as equal. `hashSeed` is part of `idHash` and distinguishes handles of one descriptor.
   LogHandle(LogDescriptor const& descriptor, Seconds interval, double perInterval, unsigned rateLimitArgsMask,
             unsigned hashSeed);
 

@@ -130,18 +130,11 @@ TEST_P(FloodingUnderlay, hasOneRecordPerEncapsulation) {
   EXPECT_EQ(agent.table("VxlanEgrL3Oif1Table"), "her: herEncap=1\n");
 }
 
-TEST(DropRow, refersToNoInterfaceAndNoDestination) {
-  AgentWorld agent;
-  auto const& store = *agent.agent().chip().store("L3NextHop2Table");
-  for (auto const row : {0U, 1U}) {
-    EXPECT_EQ(agent.hardware().field("IngL3NextHop2Table", store.base(0) + row, "destinationHandle"), 0U);
-    EXPECT_EQ(agent.hardware().field("EgrL3NextHop2", store.base(1) + row, "l3Oif2Handle"), 0U);
-  }
-}
-
 TEST(ReservedRow, isLeftToAChipThatReservesItItself) {
   AgentWorld agent({.values = {{"ownReservedRow", "true"}}});
   EXPECT_EQ(agent.table("L3NextHop2Table"), "ff:ff:ff:ff:ff:ff: macAddr=00:00:00:00:00:00\n");
+  auto const dropRow = agent.agent().chip().store("L3NextHop2Table")->base(1) + 1;
+  EXPECT_EQ(agent.hardware().field("EgrL3NextHop2", dropRow, "l3Oif2Handle"), 0U);
 }
 
 }  // namespace AgentTest

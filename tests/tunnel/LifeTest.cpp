@@ -240,6 +240,20 @@ TEST_P(TunnelLife, aGenerationThatWaitsIsTakenUpWithItsNextHops) {
   EXPECT_EQ(agent.chip(), start);
 }
 
+// The port is refused, too: its success publishes the failure of the overlay entry, which is written nevertheless.
+TEST_P(TunnelLife, aNewGenerationWritesWhatTheChipRefused) {
+  auto const* const overlay = cascaded() ? "IngL3EcmpMember0Table" : "IngL3NextHop1";
+  for (auto const* const table : {overlay, "EcmpGroup1Table", "EgrL3NextHop2", "EgrL3Ipv4TunnelTable"}) {
+    for (auto const* const refused : {"VirtualPort1Table", table})
+      agent.hardware().refuseTable(refused, Asic::EntryState::failed);
+    configure(unicast, key(vtep(2), 1), list(7, {1, 2}));
+    agent.hardware().refuseNone();
+    configure(unicast, key(vtep(2), 2), list(7, {1, 2}));
+    EXPECT_THAT(agent.status(unicast), Not(HasSubstr("gen=2 tnl=#1 nh=unprogrammed"))) << table;
+    for (auto const genId : {1, 2}) dismiss(unicast, key(vtep(2), genId));
+  }
+}
+
 TEST_P(TunnelLife, anActiveIdIsFoundUntilItEnds) {
   configure(unicast, key(vtep(2), 1), list(7, {1}));
   configure(member, key(vtep(2), 1), list(7, {1}));
@@ -254,22 +268,18 @@ TEST_P(TunnelLife, anActiveIdIsFoundUntilItEnds) {
 }
 
 TEST_P(TunnelLife, anActiveNextHopKeepsThePortThatItsPacketsGoTo) {
-  auto const active = agent.agent().hwTunnelConfig(unicast);
-  auto const nhId = [this] {
-    return agent.agent().hwTunnelStatus(unicast)->tunnelStatus(key(vtep(2), 1))->hwNextHopStatusEntry().hwNextHopId();
-  };
   configure(unicast, key(vtep(2), 1));
-  auto const first = nhId();
-  active->activeNextHopIdListIs(first, true);
+  auto const first = map(vtep(2))->nhId();
+  config(unicast).activeNextHopIdListIs(first, true);
   dismiss(unicast, key(vtep(2), 1));
   EXPECT_THAT(agent.table("VirtualPortTableMerged"), HasSubstr("(10.255.0.2):"));
   configure(unicast, key(vtep(2), 1));
-  auto const second = nhId();
-  active->activeNextHopIdListDel(first);
-  active->activeNextHopIdListIs(second, true);
+  auto const second = map(vtep(2))->nhId();
+  config(unicast).activeNextHopIdListDel(first);
+  config(unicast).activeNextHopIdListIs(second, true);
   EXPECT_THAT(agent.table("VirtualPortTableMerged"), Not(HasSubstr("(10.255.0.2):")));
   EXPECT_THAT(agent.table("L2TunnelIpv4SipTable"), HasSubstr("svpHandle=VirtualPortTableMerged[10.255.0.2]"));
-  active->activeNextHopIdListDel(second);
+  config(unicast).activeNextHopIdListDel(second);
   dismiss(unicast, key(vtep(2), 1));
   agent.settle();
   EXPECT_EQ(agent.chip(), start);
