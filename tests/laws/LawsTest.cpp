@@ -145,11 +145,6 @@ std::vector<Story> const onceBroken{
      {atVtep(Event::over, 2, 1), set(Event::udpPort), set(Event::source, 103), atVtep(Event::generation, 2),
       atVtep(Event::over, 3, 1), atVtep(Event::over, 3, 1, member), atVtep(Event::over, 2, 2), set(Event::vti),
       set(Event::udpPort, 4789), set(Event::vti, 1), set(Event::learning, 1)}},
-    // A generation that is replaced on the stack of its own status while that of an earlier one remains.
-    {Drive::test,
-     {atVtep(Event::over, 4, 0, member), reaction(4, Event::newGeneration, 1, member),
-      atVtep(Event::generation, 4, 3, member)}},
-    {Drive::test, {atVtep(Event::over, 2, 1), reaction(2, Event::newGeneration, 2), atVtep(Event::generation, 2, 4)}},
     // Learning reaches an IPv6 tunnel that is sourced from an MLAG address of IPv4.
     {Drive::documents, {set(Event::mlag, 103), atVtep(Event::over, 102, 1), set(Event::learning, 1)}},
     // A unicast tunnel is removed on the stack of its status, and a member tunnel of its VTEP is not.
@@ -167,17 +162,21 @@ TEST(KnownStories, keepTheLaws) {
   }
 }
 
-// Of a tunnel that is added, gets another generation and is removed: in each of its notifications.
+// Of a tunnel that is added, gets another generation and is removed: in each of its notifications. What comes later may
+// mend what went wrong before, so that each beginning is a story.
 TEST(KnownStories, anyReactionKeepsTheLaws) {
   for (auto const type : {unicast, member}) {
+    Event const events[] = {atVtep(Event::over, 2, 1, type), atVtep(Event::generation, 2, 0, type),
+                            atVtep(Event::gone, 2, 0, type)};
     for (std::uint32_t to = 0; to < Event::reactions; ++to) {
       for (std::uint32_t at = 1; at <= 6; ++at) {
-        Story const story{Drive::test,
-                          {reaction(2, Event::Reaction(to), at, type), atVtep(Event::over, 2, 1, type),
-                           atVtep(Event::generation, 2, 0, type), atVtep(Event::gone, 2, 0, type)}};
-        SCOPED_TRACE(story.text());
-        freshStart({.profile = "cascaded"}, story);
-        nothingLeft({.profile = "flat", .completion = Asic::Completion::deferred}, story);
+        Story story{Drive::test, {reaction(2, Event::Reaction(to), at, type)}};
+        for (auto const& event : events) {
+          story.events.push_back(event);
+          SCOPED_TRACE(story.text());
+          freshStart({.profile = "cascaded"}, story);
+          nothingLeft({.profile = "flat", .completion = Asic::Completion::deferred}, story);
+        }
       }
     }
   }

@@ -173,19 +173,6 @@ TEST_P(TunnelLife, anIdMayBecomeActiveOnItsStatus) {
   EXPECT_EQ(agent.chip(), start);
 }
 
-// What is active without a tunnel finds none.
-TEST_P(TunnelLife, aTunnelThatWasDeletedOnItsStatusIsNotFoundByItsId) {
-  auto nhId = Vane::VaneNextHopId();
-  atNextHopId([&] {
-    nhId = map(vtep(2))->nhId();
-    config(unicast).hwTunnelConfigListDel(key(vtep(2), 1));
-  });
-  configure(unicast, key(vtep(2), 1), list(7, {1, 2}));
-  config(unicast).activeNextHopIdListIs(nhId, true);
-  EXPECT_EQ(agent.table("L2TunnelIpv4SipTable"), "");
-  config(unicast).activeNextHopIdListDel(nhId);
-}
-
 TEST_P(TunnelLife, aGenerationMayGetAnotherSource) {
   agent.tunnel(unicast, vtep(2)).via(uplink(1)).generation(5);
   auto const before = agent.whole();
@@ -213,6 +200,19 @@ TEST_P(TunnelLife, aHeaderPassEndsAtAFamilyWithoutAnAddress) {
   }
   agent.localVtep(vtep6(1));
   for (unsigned n = 3; n <= 8; ++n) EXPECT_NE(header(vtep(n), vtep(9)), "absent") << n;
+}
+
+// The record still has the tunnel's own address then: only the port tells which one the header has.
+TEST_P(TunnelLife, anIpv6TunnelGetsAnMlagAddressAndLosesIt) {
+  agent.localVtep(vtep6(1)).tunnel(unicast, vtep6(2)).via(uplink(1));
+  auto const before = agent.whole();
+  auto wish = agent.wish();
+  wish.mlagVtep = vtep(9);
+  agent.want(wish).tos(3);
+  EXPECT_THAT(agent.row("VirtualPortTableMerged", vtep6(2)), HasSubstr("[10.255.0.9 > fd00::2]"));
+  wish.mlagVtep.clear();
+  agent.want(wish).tos(4).tos(0);
+  EXPECT_EQ(agent.whole(), before);
 }
 
 // What a removed generation replaced stays wanted, and is programmed by the next pass over the headers.
