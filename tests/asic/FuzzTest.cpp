@@ -120,7 +120,9 @@ class Story {
   void writeUser() {
     auto const key = upTo(kKeys);
     if (chance(6) && world_.user->entryHas(key)) {
+      auto const number = world_.user->entry(key).number;
       noted(world_.user->entryCommit(key, world_.user->entry(key)), nullptr);
+      EXPECT_EQ(world_.user->entry(key).number, number) << "its own contents";
       return;
     }
     UserEntry entry;

@@ -107,6 +107,10 @@ TEST_P(Handles, FixedRowIsBesideTheOrdinaryEntryOfItsKey) {
   EXPECT_FALSE(sameEntry(ordinary, fixed));
   table.entryRemove(51);
   EXPECT_TRUE(ordinary->gone());
+  EXPECT_NE(table.entryCommit(51, {})->row(), Index(0)) << "an ordinary write has a row of its own";
+  table.entryCommit(52, table.entry(52));
+  EXPECT_TRUE(isEq(table.entry(52), UserEntry())) << "what a missing entry reads as is an entry once it is written";
+  table.entryRemove(51);
   // Again while the former is still used: it keeps the number, the new entry has the row.
   world.userOf(9, fixed);
   table.entryRemove(51);
