@@ -296,9 +296,11 @@ class Nested final : public Kiln::NotifieeConst {
   ~Nested() override { log_ += "-" + std::to_string(key_) + " "; }
   std::uint32_t key() const { return key_; }
   void ownerClear() { log_ += std::string(isZombie() ? "z" : "") + (hasNotificationActive() ? "a" : "") + "clear "; }
+  std::function<void()> action;
 
  protected:
   void onAttribute(Dovel::Change const&) override {
+    if (action) action();
     log_ += "n" + std::to_string(static_cast<Host const&>(*notifier()).number()) + " ";
   }
 
@@ -337,6 +339,9 @@ TEST_F(Objects, ANestedReactorFollowsItsOwnerAndEndsBeforeIt) {
   owner->nestedIs(host);
   owner->nestedDel(2);
   EXPECT_EQ(heard(), "+2 zaclear -2 ");
+  owner->nestedIs(host)->action = [&] { owner->nestedDel(2); };
+  EXPECT_EQ(heard(), "+2 zaclear n2 -2 ") << "removed by its own handler, which runs to its end";
+  { Kiln::NestedSms<std::uint32_t, Nested> const endsBeforeItsOwner(*owner); }
   owner->hasNotificationActiveIs(false);
   auto kept = owner->nestedIs(host);
   EXPECT_EQ(heard(), "+2 ") << "added to an inactive owner";
