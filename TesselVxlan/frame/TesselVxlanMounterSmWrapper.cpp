@@ -1,6 +1,8 @@
 #include "TesselVxlan/frame/TesselVxlanMounterSmWrapper.h"
 
 #include "TesselVxlan/frame/Toggles.h"
+#include "TesselVxlan/tunnel/HwTunnelProgrammerHer.h"
+#include "TesselVxlan/tunnel/HwTunnelProgrammerMcast.h"
 #include "TesselVxlan/tunnel/HwTunnelProgrammerMemberTunnel.h"
 #include "TesselVxlan/tunnel/HwTunnelProgrammerUnicast.h"
 #include "platform/kiln/Invariant.h"
@@ -81,12 +83,18 @@ void TesselVxlanMounterSmWrapper::doStartVxlanSms() {
       tunnelStatusDir()->tunnelStatus(Vane::vxlanHerTunnel_), vaneVxlanHwHerVtepConfigDir(),
       vaneVxlanHwHerVtepStatusDir(), vxlanVtepStatusDir(), vtiStatusDir(), bridgingHwCapabilities(), false));
   vaneVxlanHwHerSm()->initializedIs(true);
+  if (chipHas<TesselEpre::EpreCcbeNextHopRemapTable>()) {
+    epreSmIs(epreEdevConfigCcbeSmFactory(statewayEm(), fcsd(), routeDestinationTableDir(), epreNextHopRemapTable(),
+                                         virtualPortTableProgrammer(), nextHopTableProgrammer(), vxlanState(),
+                                         vxlanUnderlayFloodingHw()));
+  }
   vxlanVtiStatusSmIs(tesselVxlanVtiStatusSmFactory(
       "vxlanVtiStatusSm", vtiStatusDir(), bridgingHwCapabilities(), statewayEm(), fcsd(), vxlanCapabilities(),
       vxlanConfig(), tunnelTermTableProgrammer(), egrL3TunnelTablesProgrammer(), tesselCentralVxlanState(),
       vxlanState(), vxlanSliceConfig(), vxlanConfigDir(), profileSupportsVxlan()));
   TRACE(0, "Calling createVxlanTunnelHelperSm");
   createVxlanTunnelHelperSm();
+  createVaneVxlanMcastHelperSm();
   if (toggleTessel4L3McastUnderlayHEREnabled()) {
     l3McastEvpnStatusSmIs(mounted<Routing::Multicast::McastEvpnStatus>("routing/multicast/mcastEvpnStatus"),
                           mounted<Routing::Multicast::McastEvpnStatus>("routing6/multicast/mcastEvpnStatus"));
@@ -100,30 +108,50 @@ void TesselVxlanMounterSmWrapper::createVxlanTunnelHelperSm() {
     return TRACE(0, "Returning TBNI");
   }
   if (!vxlanBootStatus()->vaneTunnelSmReady()) return TRACE(0, "Returning VTSNI");
+  if (chipHas<TesselEpre::EpreCcbeNextHopRemapTable>()) INVARIANT(epreSm());
   INVARIANT(nhAttributes());
-  hwTunnelProgrammerIs(Vane::vxlanTunnel_,
-                       hwTunnelProgrammerUnicastFactory(tunnelProgrammerInputs(Vane::vxlanTunnel_, encapIdBitmap)));
-  hwTunnelProgrammerIs(Vane::vxlanMemberTunnel_, hwTunnelProgrammerMemberTunnelFactory(
-                                                     tunnelProgrammerInputs(Vane::vxlanMemberTunnel_, encapIdBitmap)));
+  auto const inputs = [&](Vane::TunnelType type) { return tunnelProgrammerInputs(type, encapIdBitmap); };
+  hwTunnelProgrammerIs(Vane::vxlanTunnel_, hwTunnelProgrammerUnicastFactory(inputs(Vane::vxlanTunnel_)));
+  hwTunnelProgrammerIs(Vane::vxlanMemberTunnel_,
+                       hwTunnelProgrammerMemberTunnelFactory(inputs(Vane::vxlanMemberTunnel_)));
+  hwTunnelProgrammerIs(Vane::vxlanHerTunnel_, hwTunnelProgrammerHerFactory(inputs(Vane::vxlanHerTunnel_)));
+  if (vxlanCapabilities()->mcastTunnelSupported()) {
+    hwTunnelProgrammerIs(Vane::vxlanMcastTunnel_, hwTunnelProgrammerMcastFactory(inputs(Vane::vxlanMcastTunnel_)));
+    vxlanMcastTunnelHelperSmIs(tunnelHelper(Vane::vxlanMcastTunnel_));
+    vxlanMcastTunnelHelperSm()->initializedIs(true);
+  }
   vxlanTunnelHelperSmIs(tunnelHelper(Vane::vxlanTunnel_));
   vxlanTunnelHelperSm()->initializedIs(true);
   vxlanMemberTunnelHelperSmIs(tunnelHelper(Vane::vxlanMemberTunnel_));
   vxlanMemberTunnelHelperSm()->initializedIs(true);
+  auto const her = tunnelPair(Vane::vxlanHerTunnel_);
+  herTunnelHelperSmIs(herTunnelHelperSmFactory(vcsd(), Vane::vxlanHerTunnel_, her.config, her.status,
+                                               hwTunnelProgrammer(Vane::vxlanHerTunnel_), vxlanState(), vxlanInfo(),
+                                               vaneVxlanHwHerVtepConfigDir(), vaneVxlanHwHerVtepStatusDir()));
+  herTunnelHelperSm()->initializedIs(true);
+}
+
+Vane::VXLAN::HwTunnelPair TesselVxlanMounterSmWrapper::tunnelPair(Vane::TunnelType type) const {
+  if (type == Vane::vxlanMcastTunnel_) return {hwMcastTunnelConfig(), hwMcastTunnelStatus()};
+  return {hwTunnelConfigDir()->hwTunnelConfig(type), hwTunnelStatusDir()->hwTunnelStatus(type)};
 }
 
 TunnelProgrammerInputs TesselVxlanMounterSmWrapper::tunnelProgrammerInputs(
     Vane::TunnelType type, Dovel::Ptr<Anvil::IncrementalHBitmap> const& encapIdBitmap) const {
+  auto const pair = tunnelPair(type);
   return {.statewayEm = statewayEm(),
           .fcsd = fcsd(),
           .vxlanToL2State = vxlanToL2State(),
           .virtualPortTableProgrammer = virtualPortTableProgrammer(),
           .tunnelTermTableProgrammer = tunnelTermTableProgrammer(),
           .nextHopTableProgrammer = nextHopTableProgrammer(),
+          .herNextHopTableProgrammer = herNextHopTableProgrammer(),
           .egrL3TunnelTablesProgrammer = egrL3TunnelTablesProgrammer(),
           .underlayEcmpProgrammer = underlayEcmpProgrammer(),
+          .epreEdevConfigCcbeSm = epreSm(),
           .tunnelType = type,
-          .hwTunnelConfig = hwTunnelConfigDir()->hwTunnelConfig(type),
-          .hwTunnelStatus = hwTunnelStatusDir()->hwTunnelStatus(type),
+          .hwTunnelConfig = pair.config,
+          .hwTunnelStatus = pair.status,
           .vxlanState = vxlanState(),
           .encapIdBitmap = encapIdBitmap,
           .bumVtepConfigDir = bumVtepConfigDir(),
@@ -138,9 +166,44 @@ TunnelProgrammerInputs TesselVxlanMounterSmWrapper::tunnelProgrammerInputs(
 }
 
 Dovel::Ptr<TunnelBaseHelperSm> TesselVxlanMounterSmWrapper::tunnelHelper(Vane::TunnelType type) const {
-  return tunnelBaseHelperSmFactory(vcsd(), type, hwTunnelConfigDir()->hwTunnelConfig(type),
-                                   hwTunnelStatusDir()->hwTunnelStatus(type), hwTunnelProgrammer(type), vxlanState(),
+  auto const pair = tunnelPair(type);
+  return tunnelBaseHelperSmFactory(vcsd(), type, pair.config, pair.status, hwTunnelProgrammer(type), vxlanState(),
                                    vxlanInfo());
+}
+
+void TesselVxlanMounterSmWrapper::createVaneVxlanMcastHelperSm() {
+  using namespace Multicast::Vxlan;
+  Vane::VXLAN::HwTunnelPair const bum{Vane::hwTunnelConfigFactory(Vane::vxlanBum_),
+                                      Vane::hwTunnelStatusFactory(Vane::vxlanBum_)};
+  Vane::VXLAN::HwTunnelPair const mcastHer{Vane::hwTunnelConfigFactory(Vane::vxlanMcastHer_),
+                                           Vane::hwTunnelStatusFactory(Vane::vxlanMcastHer_)};
+  mcastTunnelConfigDirCollIs();
+  mcastTunnelStatusDirCollIs();
+  mcastTunnelDirsIs<VxlanMcastTunnelConfigDir, VxlanMcastTunnelStatusDir>(Vane::vxlanMcastTunnel_,
+                                                                          "vxlan/multicast/tunnel/");
+  mcastTunnelDirsIs<VxlanBumTunnelConfigDir, VxlanBumTunnelStatusDir>(Vane::vxlanBum_, "vxlan/multicast/bumTunnel/");
+  mcastTunnelDirsIs<VxlanMcastHerTunnelConfigDir, VxlanMcastHerTunnelStatusDir>(Vane::vxlanMcastHer_,
+                                                                                "vxlan/multicast/herTunnel/");
+  bool const hasMcast = vxlanCapabilities()->mcastTunnelSupported();
+  auto const mcast = hasMcast ? tunnelPair(Vane::vxlanMcastTunnel_) : Vane::VXLAN::HwTunnelPair();
+  vaneVxlanMcastSmIs(Vane::VXLAN::vaneVxlanMcastSmFactory(vcsd(), mcastTunnelConfigDirColl(),
+                                                          mcastTunnelStatusDirColl(), mcast, mcastHer, bum,
+                                                          vxlanBootStatus(), vaneL3IntfTable()));
+  vaneVxlanMcastSm()->initializedIs(true);
+  bumVtepSmIs(bumVtepSmOf(bum));
+  if (vxlanCapabilities()->bumFloodSupported()) mcastHerVtepSmIs(bumVtepSmOf(mcastHer));
+  if (hasMcast) mcastVtepSmIs(bumVtepSmOf(mcast));
+}
+
+template <class ConfigDir, class StatusDir>
+void TesselVxlanMounterSmWrapper::mcastTunnelDirsIs(Vane::TunnelType type, std::string const& path) {
+  mcastTunnelConfigDirColl()->tunnelConfigDirIs(type, mounted<ConfigDir>(path + "config"));
+  mcastTunnelStatusDirColl()->tunnelStatusDirIs(type, mounted<StatusDir>(path + "status"));
+}
+
+Dovel::Ptr<BumVtepSm> TesselVxlanMounterSmWrapper::bumVtepSmOf(Vane::VXLAN::HwTunnelPair const& pair) const {
+  return bumVtepSmFactory(pair.config, pair.status, bumVtepConfigDir(), floodUnderlayVlanToVtepListDir(),
+                          vlanStatusDir(), vxlanUnderlayFloodingHw());
 }
 
 void TesselVxlanMounterSmWrapper::programDefaultSvpEntry() {

@@ -4,13 +4,17 @@
 #include <cstdint>
 
 #include "TesselVxlan/frame/TesselVxlanTypes.h"
+#include "TesselVxlan/nexthop/HerNextHopTableProgrammer.h"
 #include "TesselVxlan/nexthop/NextHopTableProgrammer.h"
 #include "TesselVxlan/nexthop/UnderlayEcmpProgrammer.h"
 #include "TesselVxlan/nexthop/VirtualPortTableProgrammer.h"
 #include "TesselVxlan/nexthop/VxlanL3Oif1TableProgrammer.h"
+#include "TesselVxlan/overlay/BumVtepSm.h"
+#include "TesselVxlan/overlay/EpreEdevConfigCcbeSm.h"
 #include "TesselVxlan/overlay/TesselVxlanEgrL3TunnelTablesProgrammer.h"
 #include "TesselVxlan/overlay/TesselVxlanTunnelTermTableProgrammer.h"
 #include "TesselVxlan/overlay/TesselVxlanVtiStatusSm.h"
+#include "TesselVxlan/tunnel/HerTunnelHelperSm.h"
 #include "TesselVxlan/tunnel/HwTunnelProgrammerBase.h"
 #include "TesselVxlan/tunnel/TunnelBaseHelperSm.h"
 #include "platform/bridging/BridgingConfig.h"
@@ -33,6 +37,9 @@
 #include "platform/tessel/tables/IpmcTable.h"
 #include "platform/tessel/tables/VniTables.h"
 #include "platform/vane/HerVtep.h"
+#include "platform/vane/McastTunnel.h"
+#include "platform/vane/VaneVxlanHwHerSm.h"
+#include "platform/vane/VaneVxlanMcastSm.h"
 #include "platform/vane/VtepGroup.h"
 #include "platform/vane/VxlanInfo.h"
 #include "platform/vxlan/VxlanConfig.h"
@@ -58,10 +65,12 @@ class TesselVxlanMounterSmWrapper final : public TesselL3Unicast::L3MounterSmWra
   Kiln::SmallMap<Vane::TunnelType, Dovel::Ptr<HwTunnelProgrammerBase>> hwTunnelProgrammersToEnd_;
 
  public:
-  /// Creates the tunnel and VTI state machines if both gates are open and they do not exist yet.
+  /// Creates the state machines if both gates are open and they do not exist yet.
   void doStartVxlanSms();
   /// Creates the tunnel programmers and their helper state machines.
   void createVxlanTunnelHelperSm();
+  /// Creates what makes the tunnels of multicast features, and what publishes those that flood traffic uses.
+  void createVaneVxlanMcastHelperSm();
   /// Fetches the entities that the state machines read and write, and clears HER status, which survives no start.
   void doBindEntities();
   /// Writes the default virtual ports once the default outer header exists.
@@ -76,7 +85,7 @@ class TesselVxlanMounterSmWrapper final : public TesselL3Unicast::L3MounterSmWra
   KILN_WATCHED(0x103, TesselL3Common::TesselVxlanBootStatus, vxlanBootStatus, &KilnSelf::vxlanBootStatusDispatch,
                &KilnSelf::doStartVxlanSms)
   KILN_ATTR(0x104, Dovel::Ptr<TesselCentral::VxlanState>, tesselCentralVxlanState)
-  KILN_ATTR(0x105, Dovel::Ptr<Bridging::VlanStatusDir const>, vlanStatusDir)  ///< Held for flood VTEPs.
+  KILN_ATTR(0x105, Dovel::Ptr<Bridging::VlanStatusDir const>, vlanStatusDir)
   KILN_WATCHED(0x106, TesselL3Common::TesselVxlanState, vxlanState, &KilnSelf::vxlanStateDispatch,
                &KilnSelf::programDefaultSvpEntry)
   KILN_ATTR(0x107, Dovel::Ptr<Vane::HwTunnelConfigDir>, hwTunnelConfigDir)
@@ -131,10 +140,10 @@ class TesselVxlanMounterSmWrapper final : public TesselL3Unicast::L3MounterSmWra
   KILN_ATTR(0x130, Dovel::Ptr<TesselVxlanVtiStatusSm>, vxlanVtiStatusSm)
   KILN_ATTR(0x131, Dovel::Ptr<TesselCentral::VxlanSliceConfig>, vxlanSliceConfig)
   KILN_SMALL_COLL(0x132, Vane::TunnelType, Dovel::Ptr<HwTunnelProgrammerBase>, hwTunnelProgrammer)
-  KILN_ATTR(0x133, Dovel::Ptr<TunnelBaseHelperSm>, vxlanMcastTunnelHelperSm)  ///< Held for multicast tunnels; null.
+  KILN_ATTR(0x133, Dovel::Ptr<TunnelBaseHelperSm>, vxlanMcastTunnelHelperSm)  ///< Null without multicast tunnels.
   KILN_ATTR(0x134, Dovel::Ptr<TunnelBaseHelperSm>, vxlanTunnelHelperSm)
   KILN_ATTR(0x135, Dovel::Ptr<TunnelBaseHelperSm>, vxlanMemberTunnelHelperSm)
-  KILN_RESERVED(0x136, "TesselVxlan::HerTunnelHelperSm", herTunnelHelperSm)
+  KILN_ATTR(0x136, Dovel::Ptr<HerTunnelHelperSm>, herTunnelHelperSm)
   KILN_RESERVED(0x137, "TesselVxlan::TesselVxlanHelperPortGroupSm", tesselVxlanHelperPortGroupSm)
   KILN_RESERVED(0x138, "TesselVxlan::TesselVxlanHelperVniSm", tesselVxlanHelperVniSm)
   KILN_RESERVED(0x139, "TesselVxlan::TesselVxlanECNSm", tesselVxlanECNSm)
@@ -144,13 +153,13 @@ class TesselVxlanMounterSmWrapper final : public TesselL3Unicast::L3MounterSmWra
   KILN_RESERVED(0x13d, "TesselVxlan::VxlanVtepGroupDirSm", vxlanVtepGroupDirSm)
   KILN_READONLY(0x13e, bool, tablesInitialized)
 
-  // Flooding and multicast, not part of this build.
-  KILN_RESERVED(0x13f, "Multicast::Tunnel::ConfigDirColl", mcastTunnelConfigDirColl)
-  KILN_RESERVED(0x140, "Multicast::Tunnel::StatusDirColl", mcastTunnelStatusDirColl)
-  KILN_RESERVED(0x141, "Vane::VXLAN::VaneVxlanMcastSm", vaneVxlanMcastSm)
-  KILN_RESERVED(0x142, "TesselVxlan::BumVtepSm", bumVtepSm)
-  KILN_RESERVED(0x143, "TesselVxlan::BumVtepSm", mcastHerVtepSm)
-  KILN_RESERVED(0x144, "TesselVxlan::BumVtepSm", mcastVtepSm)
+  // Flooding and multicast: createVaneVxlanMcastHelperSm.
+  KILN_INST(0x13f, Multicast::Tunnel::ConfigDirColl, mcastTunnelConfigDirColl)
+  KILN_INST(0x140, Multicast::Tunnel::StatusDirColl, mcastTunnelStatusDirColl)
+  KILN_ATTR(0x141, Dovel::Ptr<Vane::VXLAN::VaneVxlanMcastSm>, vaneVxlanMcastSm)
+  KILN_ATTR(0x142, Dovel::Ptr<BumVtepSm>, bumVtepSm)
+  KILN_ATTR(0x143, Dovel::Ptr<BumVtepSm>, mcastHerVtepSm)  ///< Null without flooding of multicast traffic.
+  KILN_ATTR(0x144, Dovel::Ptr<BumVtepSm>, mcastVtepSm)     ///< Null without multicast tunnels.
 
   // Quality of service, capabilities, layer 3: bindQos, bindMountedEntities.
   KILN_INST(0x145, TesselL3Common::FloodUnderlayVlanToVtepListDir, floodUnderlayVlanToVtepListDir)
@@ -160,7 +169,7 @@ class TesselVxlanMounterSmWrapper final : public TesselL3Unicast::L3MounterSmWra
   KILN_ATTR(0x149, Dovel::Ptr<TesselCentral::VxlanCapabilities const>, vxlanCapabilities)
   KILN_ATTR(0x14a, Dovel::Ptr<TesselL3::RoutingStatus const>, routingStatus)
   KILN_ATTR(0x14b, Dovel::Ptr<Vxlan::EcnConfig const>, ecnConfig)  ///< Held for congestion marking.
-  KILN_RESERVED(0x14c, "TesselVxlan::EpreEdevConfigCcbeSm", epreSm)
+  KILN_ATTR(0x14c, Dovel::Ptr<EpreEdevConfigCcbeSm>, epreSm)       ///< Null on a chip without remap table.
   KILN_ATTR(0x14d, Dovel::Ptr<VaneL3Intf::Table const>, vaneL3IntfTable)
   KILN_ATTR(0x14e, Dovel::Ptr<VxlanVtepGroupTunnelIdMapDir>, vtepGrpTnlIdMapDir)  ///< Held for groups.
   KILN_ATTR(0x14f, Dovel::Ptr<Evpn::EvpnStatus const>, evpnStatus)
@@ -178,7 +187,7 @@ class TesselVxlanMounterSmWrapper final : public TesselL3Unicast::L3MounterSmWra
   KILN_INST(0x159, TesselL3Tunnel::L3TunnelEgrL3OifHelper, l3Oif2TableHelper)
   KILN_INST(0x15a, NextHopTableProgrammer, nextHopTableProgrammer)
   KILN_INST(0x15b, VxlanL3Oif1TableProgrammer, l3Oif1TableProgrammer)
-  KILN_RESERVED(0x15c, "TesselVxlan::HerNextHopTableProgrammer", herNextHopTableProgrammer)
+  KILN_INST(0x15c, HerNextHopTableProgrammer, herNextHopTableProgrammer)
   KILN_INST(0x15d, UnderlayEcmpProgrammer, underlayEcmpProgrammer)
   KILN_RESERVED(0x15e, "TesselVxlan::VpLagEcmpProgrammer", vpLagEcmpProgrammer)
   KILN_INST(0x15f, TesselVxlanEgrL3TunnelTablesProgrammer, egrL3TunnelTablesProgrammer)
@@ -186,6 +195,7 @@ class TesselVxlanMounterSmWrapper final : public TesselL3Unicast::L3MounterSmWra
   KILN_ATTR(0x161, std::uint16_t, indirectionBasePtr)  ///< 0: nothing assigns it.
   KILN_METHOD(doStartVxlanSms)
   KILN_METHOD(createVxlanTunnelHelperSm)
+  KILN_METHOD(createVaneVxlanMcastHelperSm)
   KILN_METHOD(doBindEntities)
   KILN_METHOD(programDefaultSvpEntry)
   KILN_METHOD(cleanupHitfulRestart)
@@ -205,6 +215,9 @@ class TesselVxlanMounterSmWrapper final : public TesselL3Unicast::L3MounterSmWra
       Dovel::Ptr<TesselL3Tunnel::L3TunnelEgrL3OifHelper> l3Oif2TableHelper,
       Dovel::Ptr<TesselMcast::IpmcTable> ipmcTable, bool vxlanUnderlayFloodingHw);
   Dovel::Ptr<VxlanL3Oif1TableProgrammer> l3Oif1TableProgrammerIs();
+  Dovel::Ptr<HerNextHopTableProgrammer> herNextHopTableProgrammerIs(
+      Dovel::Ptr<VxlanL3Oif1TableProgrammer> l3Oif1TableProgrammer,
+      Dovel::Ptr<TesselL3Tunnel::L3TunnelEgrL3OifHelper> l3Oif2TableHelper);
   Dovel::Ptr<TesselVxlanEgrL3TunnelTablesProgrammer> egrL3TunnelTablesProgrammerIs();
   Dovel::Ptr<VirtualPortProgrammer> virtualPortTableProgrammerIs();
   Dovel::Ptr<UnderlayEcmpProgrammer> underlayEcmpProgrammerIs();
@@ -252,9 +265,15 @@ class TesselVxlanMounterSmWrapper final : public TesselL3Unicast::L3MounterSmWra
 
   void clearLocalState();
   std::array<Dovel::Node*, 3> nestedSms() const;
+  /// Configuration and status of a type; of multicast tunnels, this object's own pair.
+  Vane::VXLAN::HwTunnelPair tunnelPair(Vane::TunnelType type) const;
   TunnelProgrammerInputs tunnelProgrammerInputs(Vane::TunnelType type,
                                                 Dovel::Ptr<Anvil::IncrementalHBitmap> const& encapIdBitmap) const;
   Dovel::Ptr<TunnelBaseHelperSm> tunnelHelper(Vane::TunnelType type) const;
+  /// Adds the directories of one kind to the two collections.
+  template <class ConfigDir, class StatusDir>
+  void mcastTunnelDirsIs(Vane::TunnelType type, std::string const& path);
+  Dovel::Ptr<BumVtepSm> bumVtepSmOf(Vane::VXLAN::HwTunnelPair const& pair) const;
 
   template <class Table>
   bool chipHas() const;
@@ -263,7 +282,7 @@ class TesselVxlanMounterSmWrapper final : public TesselL3Unicast::L3MounterSmWra
   template <class T>
   Dovel::Ptr<T> local(std::string const& path) const;
 
-  Dovel::Ptr<Kiln::Dir> herNextHop1Dir_;  ///< Held for the HER next-hop tables.
+  Dovel::Ptr<Kiln::Dir> herNextHop1Dir_;
   Dovel::Ptr<Kiln::Dir> nextHop2Dir_;
   Dovel::Ptr<Kiln::Dir> virtualPortDir_;
   Dovel::Ptr<TesselMcast::IpmcTable> ipmcTable_;

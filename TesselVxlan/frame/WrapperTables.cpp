@@ -74,6 +74,7 @@ void TesselVxlanMounterSmWrapper::makeProgrammers() {
   l3Oif2TableHelperIs(localEntityManager());
   nextHopTableProgrammerIs(l3Oif2TableHelper(), ipmcTable_, vxlanUnderlayFloodingHw());
   l3Oif1TableProgrammerIs();
+  herNextHopTableProgrammerIs(l3Oif1TableProgrammer(), l3Oif2TableHelper());
   egrL3TunnelTablesProgrammerIs();
   virtualPortTableProgrammerIs();
   underlayEcmpProgrammerIs();
@@ -92,6 +93,13 @@ Dovel::Ptr<NextHopTableProgrammer> TesselVxlanMounterSmWrapper::nextHopTableProg
 
 Dovel::Ptr<VxlanL3Oif1TableProgrammer> TesselVxlanMounterSmWrapper::l3Oif1TableProgrammerIs() {
   return l3Oif1TableProgrammerIs(statewayEm(), fcsd());
+}
+
+Dovel::Ptr<HerNextHopTableProgrammer> TesselVxlanMounterSmWrapper::herNextHopTableProgrammerIs(
+    Dovel::Ptr<VxlanL3Oif1TableProgrammer> l3Oif1TableProgrammer,
+    Dovel::Ptr<TesselL3Tunnel::L3TunnelEgrL3OifHelper> l3Oif2TableHelper) {
+  return herNextHopTableProgrammerIs(statewayEm(), fcsd(), vaneL3IntfTable(), std::move(l3Oif1TableProgrammer),
+                                     std::move(l3Oif2TableHelper));
 }
 
 Dovel::Ptr<TesselVxlanEgrL3TunnelTablesProgrammer> TesselVxlanMounterSmWrapper::egrL3TunnelTablesProgrammerIs() {
@@ -137,6 +145,9 @@ void TesselVxlanMounterSmWrapper::initNextHopTables(TablesDone& done) {
   if (vxlanAttr) l3Oif1TableProgrammer()->initTables(chipInfo());
   if (vxlanAttr && vxlanAttr->vxlanHerNextHopTableSupported()) {
     INVARIANT(l3Oif1TableProgrammer()->vxlanEgrL3Oif1Table());
+    herNextHopTableProgrammer()->mountPathIs(herNextHop1Dir_);
+    herNextHopTableProgrammer()->initTables(chipInfo());
+    INVARIANT(herNextHopTableProgrammer()->herNextHop1Table());
   }
   if (!chipHas<EcmpMember1Table>()) return;
   underlayEcmpProgrammer()->mountPathIs(ecmpNhTableDir());

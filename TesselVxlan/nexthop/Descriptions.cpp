@@ -1,3 +1,4 @@
+#include "TesselVxlan/nexthop/HerNextHopTableProgrammer.h"
 #include "TesselVxlan/nexthop/NextHopTableProgrammer.h"
 #include "TesselVxlan/nexthop/NextHopTableProgrammerBase.h"
 #include "TesselVxlan/nexthop/OverlayCascadedTableProgrammer.h"
@@ -16,3 +17,4 @@ KILN_DESCRIBE(TesselVxlan::OverlayTableProgrammer)
 KILN_DESCRIBE(TesselVxlan::UnderlayEcmpProgrammer)
 KILN_DESCRIBE(TesselVxlan::VirtualPortProgrammer)
 KILN_DESCRIBE(TesselVxlan::VxlanL3Oif1TableProgrammer)
+KILN_DESCRIBE(TesselVxlan::HerNextHopTableProgrammer)

@@ -167,10 +167,37 @@ bool TesselVxlanTunnelTermTableProgrammer::dipEntryHas(IpGenAddr const& addr) co
   return has;
 }
 
-void TesselVxlanTunnelTermTableProgrammer::insertSipEntry(IpGenAddr const& addr, Handle const& svpHandle) {
+bool TesselVxlanTunnelTermTableProgrammer::sipEntryHas(IpGenAddr const& addr) const {
+  bool has = false;
+  byFamily(addr, l2TunnelIpv4SipTable(), l2TunnelIpv6SipTable(),
+           [&](auto const& table, auto const& key) { has = table->entryHas(key); });
+  return has;
+}
+
+bool TesselVxlanTunnelTermTableProgrammer::sipEntryHeld(IpGenAddr const& addr, SipHolder holder) {
+  if (floodSips_.empty()) return false;
+  auto const found = floodSips_.find(addr);
+  if (found == floodSips_.end()) return false;
+  if (holder == SipHolder::nextHop) {
+    found->second = false;
+    return true;
+  }
+  bool const byNextHop = found->second;
+  floodSips_.erase(found);
+  return byNextHop;
+}
+
+void TesselVxlanTunnelTermTableProgrammer::insertSipEntry(IpGenAddr const& addr, Handle const& svpHandle,
+                                                          SipHolder holder) {
   TRACE(1, " sip: {} svp : {}", addr, svpHandle);
   // A row without a port would take the VTEP's packets away from the default port, where they are learned from.
   if (!svpHandle || svpHandle->gone()) return TRACE(1, " virtual port has gone, sip: {} not written", addr);
+  if (holder == SipHolder::floodTunnel) {
+    floodSips_.try_emplace(addr, sipEntryHas(addr));
+  } else if (!floodSips_.empty()) {
+    auto const held = floodSips_.find(addr);
+    if (held != floodSips_.end()) held->second = true;
+  }
   bool const valid =
       byFamily(addr, l2TunnelIpv4SipTable(), l2TunnelIpv6SipTable(), [&](auto const& table, auto const& key) {
         EntryOf<std::remove_cvref_t<decltype(table)>> entry;
@@ -181,8 +208,9 @@ void TesselVxlanTunnelTermTableProgrammer::insertSipEntry(IpGenAddr const& addr,
   if (!valid) INVARIANT(false && "SIP is not a valid ipv4/6 address");
 }
 
-void TesselVxlanTunnelTermTableProgrammer::deleteSipEntry(IpGenAddr const& addr) {
+void TesselVxlanTunnelTermTableProgrammer::deleteSipEntry(IpGenAddr const& addr, SipHolder holder) {
   TRACE(1, " sip: {}", addr);
+  if (sipEntryHeld(addr, holder)) return;
   bool const valid =
       byFamily(addr, l2TunnelIpv4SipTable(), l2TunnelIpv6SipTable(), [&](auto const& table, auto const& key) {
         if (!table->entryHas(key)) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 #include "platform/dovel/Factory.h"
 #include "platform/dovel/Node.h"
 #include "platform/kiln/Attribute.h"
@@ -10,6 +12,10 @@
 
 namespace TesselVxlan {
 
+/// Who needs that packets from a remote VTEP are accepted: an active next hop of a unicast tunnel to it, or a flood
+/// tunnel to a VTEP that is learnt from a routing protocol.
+enum class SipHolder : std::uint8_t { nextHop, floodTunnel };
+
 /// Owns the tunnel termination tables: local addresses (DIP) and remote VTEPs (SIP).
 ///
 /// DIP tables hold the addresses at which tunnels end, SIP tables the remote VTEPs with the virtual port that their
@@ -18,8 +24,9 @@ namespace TesselVxlan {
 /// States: a table is null until its `init` operation, and always if the chip doesn't have it; addresses of its family
 /// then have no effect.
 /// Main thread only.
-/// Users of an address are not counted: a second insert overwrites, one delete removes. A SIP row is a reference to its
-/// virtual port. The caller deletes a DIP row when the last user of its address is removed.
+/// Users of a DIP address are not counted: a second insert overwrites, one delete removes. A SIP row has two possible
+/// holders and is removed with the last; it is a reference to its virtual port. The caller deletes a DIP row when the
+/// last user of its address is removed.
 class TesselVxlanTunnelTermTableProgrammer final : public Dovel::Node {
   KILN_BASE_TYPE(TesselVxlan::TesselVxlanTunnelTermTableProgrammer)
   KILN_FIXED(0x102, Dovel::Ptr<Stateway::EntityManager>, statewayEm)
@@ -54,15 +61,22 @@ class TesselVxlanTunnelTermTableProgrammer final : public Dovel::Node {
   /// Whether tunnels to `addr` end here; false for an address without family too.
   bool dipEntryHas(Meshal::IpGenAddr const& addr) const;
 
-  /// Packets from `addr` get the virtual port behind `svpHandle` from now on. A null handle, or one of a removed
-  /// port, changes nothing.
-  void insertSipEntry(Meshal::IpGenAddr const& addr, Handle const& svpHandle);
-  /// No effect for an address without row.
-  void deleteSipEntry(Meshal::IpGenAddr const& addr);
+  /// Packets from `addr` get the virtual port behind `svpHandle` from now on, while `holder` needs it. A null handle,
+  /// or one of a removed port, changes nothing.
+  void insertSipEntry(Meshal::IpGenAddr const& addr, Handle const& svpHandle, SipHolder holder);
+  /// `holder` needs the row no longer; it is removed with its last holder. No effect for an address without row.
+  void deleteSipEntry(Meshal::IpGenAddr const& addr, SipHolder holder);
 
  private:
   template <class Table>
   Dovel::Ptr<Table> broughtUp(Dovel::Ptr<Table> const& table, TesselCentral::ChipInfo const& chipInfo) const;
+  bool sipEntryHas(Meshal::IpGenAddr const& addr) const;
+  /// Whether another holder than `holder`, which lets go of it, needs the row.
+  bool sipEntryHeld(Meshal::IpGenAddr const& addr, SipHolder holder);
+
+  /// The addresses whose row a flood tunnel holds, and whether a next hop holds it too. Most rows are next hops' alone
+  /// and not in here.
+  Kiln::HashMap<Meshal::IpGenAddr, bool> floodSips_;
 };
 
 inline constexpr Dovel::Factory<TesselVxlanTunnelTermTableProgrammer> tesselVxlanTunnelTermTableProgrammerFactory;

@@ -59,8 +59,10 @@ HwTunnelProgrammerBase::HwTunnelProgrammerBase(TunnelProgrammerInputs const& inp
       virtualPortTableProgrammer_(inputs.virtualPortTableProgrammer),
       tunnelTermTableProgrammer_(inputs.tunnelTermTableProgrammer),
       nextHopTableProgrammer_(inputs.nextHopTableProgrammer),
+      herNextHopTableProgrammer_(inputs.herNextHopTableProgrammer),
       egrL3TunnelTablesProgrammer_(inputs.egrL3TunnelTablesProgrammer),
       underlayEcmpProgrammer_(inputs.underlayEcmpProgrammer),
+      epreEdevConfigCcbeSm_(inputs.epreEdevConfigCcbeSm),
       tunnelType_(inputs.tunnelType),
       hwTunnelConfig_(inputs.hwTunnelConfig),
       hwTunnelStatus_(inputs.hwTunnelStatus),
@@ -190,7 +192,8 @@ Meshal::IpGenAddr HwTunnelProgrammerBase::headerSource(Meshal::IpGenAddr const& 
                                                        Meshal::IpGenAddr const& localVtep) const {
   if (tunnelType() != Vane::vxlanMemberTunnel_) return localVtep;
   auto const& map = vtepMap(vtep);
-  return map && map->tnlKeysHas(Vane::vxlanTunnel_) ? getVtepIpHelper(vtep.af()) : localVtep;
+  bool const shared = map && (map->tnlKeysHas(Vane::vxlanTunnel_) || map->tnlKeysHas(Vane::vxlanHerTunnel_));
+  return shared ? getVtepIpHelper(vtep.af()) : localVtep;
 }
 
 bool HwTunnelProgrammerBase::isHerEvpnTunnel(Meshal::IpGenAddr const& vtep) const {

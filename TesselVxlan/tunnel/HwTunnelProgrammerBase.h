@@ -3,15 +3,18 @@
 #include <cstdint>
 
 #include "TesselVxlan/frame/TesselVxlanTypes.h"
+#include "TesselVxlan/nexthop/HerNextHopTableProgrammer.h"
 #include "TesselVxlan/nexthop/NextHopTableProgrammer.h"
 #include "TesselVxlan/nexthop/OverlayTableProgrammerBase.h"
 #include "TesselVxlan/nexthop/UnderlayEcmpProgrammer.h"
 #include "TesselVxlan/nexthop/VirtualPortTableProgrammer.h"
 #include "TesselVxlan/nexthop/VxlanL3Oif1TableProgrammer.h"
+#include "TesselVxlan/overlay/EpreEdevConfigCcbeSm.h"
 #include "TesselVxlan/overlay/TesselVxlanEgrL3TunnelTablesProgrammer.h"
 #include "TesselVxlan/overlay/TesselVxlanTunnelTermTableProgrammer.h"
 #include "platform/anvil/IncrementalHBitmap.h"
 #include "platform/evpn/EvpnStatus.h"
+#include "platform/kiln/FunctionRef.h"
 #include "platform/kiln/Sm.h"
 #include "platform/stateway/EntityManager.h"
 #include "platform/tessel/central/CommonData.h"
@@ -21,6 +24,7 @@
 #include "platform/tessel/l3common/TesselVxlanState.h"
 #include "platform/tessel/l3common/VxlanDirs.h"
 #include "platform/tessel/qos/TrustStatus.h"
+#include "platform/tessel/values/FinalNextHopSet.h"
 #include "platform/vane/HwTunnel.h"
 #include "platform/vxlan/VxlanConfig.h"
 
@@ -37,8 +41,10 @@ struct TunnelProgrammerInputs {
   Dovel::Ptr<VirtualPortProgrammer> virtualPortTableProgrammer;
   Dovel::Ptr<TesselVxlanTunnelTermTableProgrammer> tunnelTermTableProgrammer;
   Dovel::Ptr<NextHopTableProgrammer> nextHopTableProgrammer;
+  Dovel::Ptr<HerNextHopTableProgrammer> herNextHopTableProgrammer;
   Dovel::Ptr<TesselVxlanEgrL3TunnelTablesProgrammer> egrL3TunnelTablesProgrammer;
   Dovel::Ptr<UnderlayEcmpProgrammer> underlayEcmpProgrammer;
+  Dovel::Ptr<EpreEdevConfigCcbeSm> epreEdevConfigCcbeSm;  ///< Null on a chip without remap table.
   Vane::TunnelType tunnelType{};
   Dovel::Ptr<Vane::HwTunnelConfig const> hwTunnelConfig;
   Dovel::Ptr<Vane::HwTunnelStatus> hwTunnelStatus;
@@ -147,10 +153,10 @@ class HwTunnelProgrammerBase : public Kiln::Sm {
   KILN_FIXED(0x107, Dovel::Ptr<VirtualPortProgrammer>, virtualPortTableProgrammer)
   KILN_FIXED(0x108, Dovel::Ptr<TesselVxlanTunnelTermTableProgrammer>, tunnelTermTableProgrammer)
   KILN_FIXED(0x109, Dovel::Ptr<NextHopTableProgrammer>, nextHopTableProgrammer)
-  KILN_RESERVED(0x10a, "TesselVxlan::HerNextHopTableProgrammer", herNextHopTableProgrammer)
+  KILN_FIXED(0x10a, Dovel::Ptr<HerNextHopTableProgrammer>, herNextHopTableProgrammer)
   KILN_FIXED(0x10b, Dovel::Ptr<TesselVxlanEgrL3TunnelTablesProgrammer>, egrL3TunnelTablesProgrammer)
   KILN_FIXED(0x10c, Dovel::Ptr<UnderlayEcmpProgrammer>, underlayEcmpProgrammer)
-  KILN_RESERVED(0x10d, "TesselVxlan::EpreEdevConfigCcbeSm", epreEdevConfigCcbeSm)
+  KILN_FIXED(0x10d, Dovel::Ptr<EpreEdevConfigCcbeSm>, epreEdevConfigCcbeSm)
   KILN_FIXED(0x10e, Vane::TunnelType, tunnelType)
   KILN_FIXED(0x10f, Dovel::Ptr<Vane::HwTunnelConfig const>, hwTunnelConfig)
   KILN_FIXED(0x110, Dovel::Ptr<Vane::HwTunnelStatus>, hwTunnelStatus)
@@ -230,6 +236,10 @@ class HwTunnelProgrammerBase : public Kiln::Sm {
   virtual void programTunnelTables(ConfigEntry const& entry, Handle const& vpHandle);
   /// Writes both ids into the tunnel's status and removes the former generation's. REQUIRES: the VTEP has a record.
   virtual void maybeUpdateHwTunnelIdNhId(Meshal::IpGenAddr const& vtep);
+  /// The same with the next-hop id that `nextHopId` names, given the status of the configuration in force.
+  using NextHopIdOf = Kiln::FunctionRef<Vane::VaneNextHopId(TesselCentral::VtepIpToTnlIdNhIdMap& map,
+                                                            Vane::HwTunnelStatusEntry const& status)>;
+  void updateStatus(Meshal::IpGenAddr const& vtep, NextHopIdOf const& nextHopId);
 
   // What tunnel types share.
 
@@ -241,6 +251,16 @@ class HwTunnelProgrammerBase : public Kiln::Sm {
   /// The entry for traffic without a resolved next hop. Never null.
   Handle defaultNextHop() const;
   static unsigned resolvedNextHops(Vane::NextHopEntryList const& list);
+
+  // Flooding: the record of a flood VTEP, with a remap entry for each port that its copies leave by.
+
+  /// Brings record and remap entries of the tunnel's VTEP to these next hops. A VTEP gets an encapsulation id with its
+  /// first one, and loses it with its last. Throws the range exception of `Bridging::VlanId` for a next hop behind a
+  /// VLAN interface that is no VLAN. REQUIRES: the pool has an encapsulation id left.
+  void programEpreTable(ConfigEntry const& entry, FinalNextHopSet const& finalNextHops);
+  void deleteEpreTable(Vane::TunnelKey const& tunnelKey);
+  /// The same and, on chips that have such tables, the VTEP's row for replicated packets.
+  void deleteFloodTables(Vane::TunnelKey const& tunnelKey);
   void uniqueNhIdValueInc(std::uint32_t step) { uniqueNhIdValue_ += step; }
 
  private:
@@ -270,6 +290,16 @@ class HwTunnelProgrammerBase : public Kiln::Sm {
   bool isNexthopIdProgrammed(NestedSm_TunnelIdMap& watcher) const;
   void handleSipEntry(Meshal::IpGenAddr const& vtepIp, Handle const& vpHandle, bool add);
 
+  TesselL3Common::EncapId getEncapId();
+  void releaseEncapId(TesselL3Common::EncapId encapId);
+  /// The port that copies to a next hop leave by.
+  Meshal::IntfId getCorePort(Vane::NextHopEntry const& nextHop) const;
+  Dovel::Ptr<TesselL3Common::TesselVxlanBumVtepConfig> bumVtepConfigOf(Meshal::IpGenAddr const& vtep);
+  void programEpreEntry(TesselL3Common::TesselVxlanBumVtepConfig& config, Vane::NextHopEntry const& nextHop);
+  void deleteEpreEntryByPort(Vane::TunnelKey const& tunnelKey, Meshal::IntfId port);
+  /// Ends the record of a VTEP that has no next hop.
+  void releaseIfUnused(Meshal::IpGenAddr const& vtep);
+
   void deleteTunnelUnderlayTables(TesselCentral::VtepIpToTnlIdNhIdMap& tnlIdMap, Vane::TunnelKey const& tunnelKey);
   void deleteOverlayTableEntry(TesselCentral::VtepIpToTnlIdNhIdMap& tnlIdMap, Vane::TunnelKey const& tunnelKey);
   /// Removes the status of `key`, unless a subscriber has put the key in force again. Traces `why`.
@@ -278,7 +308,8 @@ class HwTunnelProgrammerBase : public Kiln::Sm {
   /// The status of the configuration in force, which is made if there is none. Null if a subscriber has changed what is
   /// in force.
   NestedSm_TunnelIdMap::StatusEntry statusIs(NestedSm_TunnelIdMap& watcher);
-  void writeNextHopStatus(NestedSm_TunnelIdMap const& watcher, Vane::HwTunnelStatusEntry& status);
+  /// The next-hop id of the tunnel's own type.
+  Vane::VaneNextHopId nextHopIdOf(TesselCentral::VtepIpToTnlIdNhIdMap& map);
   void keepUniqueNhId(TesselCentral::VtepIpToTnlIdNhIdMap& map);
   /// REQUIRES: the record has a key that was replaced.
   void endOldGeneration(TesselCentral::VtepIpToTnlIdNhIdMap& map);

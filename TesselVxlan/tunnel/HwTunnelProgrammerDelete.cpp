@@ -28,7 +28,7 @@ void HwTunnelProgrammerBase::doTunnelDelete(ConfigEntry const& entry) {
   }
   if (evpnHerTunnelListHas(vtep)) {
     TRACE(1, " Removing SIP to SVP entry for EVPN Flood Vtep :{}", vtep);
-    tunnelTermTableProgrammer()->deleteSipEntry(vtep);
+    tunnelTermTableProgrammer()->deleteSipEntry(vtep, SipHolder::floodTunnel);
     evpnHerTunnelListDel(vtep);
   }
   if (map->tnlKeysHas(tunnelType())) {
@@ -64,7 +64,10 @@ void HwTunnelProgrammerBase::deleteTunnelStatus(Vane::TunnelKey const& key, [[ma
 void HwTunnelProgrammerBase::deleteTunnelUnderlayTables(TesselCentral::VtepIpToTnlIdNhIdMap& tnlIdMap,
                                                         Vane::TunnelKey const& tunnelKey) {
   TRACE(1, " tunnelType: {} key: {}", tunnelType(), tunnelKey);
-  if (tunnelType() != Vane::vxlanTunnel_ && tunnelType() != Vane::vxlanMemberTunnel_) return;
+  if (tunnelType() == Vane::vxlanHerTunnel_ || tunnelType() == Vane::vxlanMcastTunnel_) {
+    TRACE(1, "Deleting EPRE table for vtepIp: {}", tunnelKey.dst());
+    return deleteFloodTables(tunnelKey);
+  }
   // Unicast and member tunnel of a VTEP share its overlay entry: the second one's deletion removes it.
   if (tnlIdMap.tnlKeysHas(Vane::vxlanTunnel_) || tnlIdMap.tnlKeysHas(Vane::vxlanMemberTunnel_)) {
     tnlNhUpdateConfig()->tunnelNhUpdateDel(tunnelKey.dst());
@@ -72,6 +75,11 @@ void HwTunnelProgrammerBase::deleteTunnelUnderlayTables(TesselCentral::VtepIpToT
   }
   TRACE(1, "Deleting EcmpMember0 table for vtepIp: {}", tunnelKey.dst());
   deleteOverlayTableEntry(tnlIdMap, tunnelKey);
+}
+
+void HwTunnelProgrammerBase::deleteFloodTables(Vane::TunnelKey const& tunnelKey) {
+  deleteEpreTable(tunnelKey);
+  if (vxlanAttr()->vxlanHerNextHopTableSupported()) herNextHopTableProgrammer()->deleteEntry(tunnelKey.dst());
 }
 
 void HwTunnelProgrammerBase::deleteOverlayTableEntry(TesselCentral::VtepIpToTnlIdNhIdMap& tnlIdMap,

@@ -45,8 +45,12 @@ void HwTunnelProgrammerBase::maybeUpdateHwTunnelStatus(NestedSm_TunnelIdMap& wat
   }
 }
 
-// Each write may run a subscriber that deletes the tunnel or replaces its generation: the rest is then not this call's.
 void HwTunnelProgrammerBase::maybeUpdateHwTunnelIdNhId(Meshal::IpGenAddr const& vtep) {
+  updateStatus(vtep, [this](VtepIpToTnlIdNhIdMap& map, Vane::HwTunnelStatusEntry const&) { return nextHopIdOf(map); });
+}
+
+// Each write may run a subscriber that deletes the tunnel or replaces its generation: the rest is then not this call's.
+void HwTunnelProgrammerBase::updateStatus(Meshal::IpGenAddr const& vtep, NextHopIdOf const& nextHopId) {
   auto const watcher = tunnelIdMap_.at(vtep);
   auto const map = watcher->map();
   auto const status = statusIs(*watcher);
@@ -55,7 +59,10 @@ void HwTunnelProgrammerBase::maybeUpdateHwTunnelIdNhId(Meshal::IpGenAddr const& 
     status->hwTunnelIdIs(map->tnlId());
     if (watcher->status() != status) return;
   }
-  writeNextHopStatus(*watcher, *status);
+  auto const* config = watcher->entry().get();
+  // None is in force at a record that replaced another.
+  if (!config) config = hwTunnelConfig()->hwTunnelConfigList(map->tnlKeys(tunnelType())).get();
+  status->hwNextHopStatusEntryIs({nextHopId(*map, *status), config ? config->nextHopEntryList() : nullptr});
   if (map->oldTnlKeyHas(tunnelType()) && watcher->status() == status) endOldGeneration(*map);
 }
 
@@ -69,25 +76,11 @@ NestedSm_TunnelIdMap::StatusEntry HwTunnelProgrammerBase::statusIs(NestedSm_Tunn
   return status;
 }
 
-void HwTunnelProgrammerBase::writeNextHopStatus(NestedSm_TunnelIdMap const& watcher,
-                                                Vane::HwTunnelStatusEntry& status) {
-  auto& map = *watcher.map();
-  auto const* config = watcher.entry().get();
-  // None is in force at a record that replaced another.
-  if (!config) config = hwTunnelConfig()->hwTunnelConfigList(map.tnlKeys(tunnelType())).get();
-  auto nhId = Vane::VaneNextHopId(map.tnlId().value());
-  switch (tunnelType()) {
-    case Vane::vxlanTunnel_:
-      nhId = map.nhId();
-      break;
-    case Vane::vxlanMemberTunnel_:
-      keepUniqueNhId(map);
-      break;
-    default:
-      break;
-  }
-  TRACE(1, " Updating tnlId to {} and nhId to {}", map.tnlId(), nhId);
-  status.hwNextHopStatusEntryIs({nhId, config ? config->nextHopEntryList() : nullptr});
+Vane::VaneNextHopId HwTunnelProgrammerBase::nextHopIdOf(VtepIpToTnlIdNhIdMap& map) {
+  if (tunnelType() == Vane::vxlanMemberTunnel_) keepUniqueNhId(map);
+  auto const nhId = tunnelType() == Vane::vxlanTunnel_ ? map.nhId() : Vane::VaneNextHopId(map.tnlId().value());
+  TRACE_IN("maybeUpdateHwTunnelIdNhId", 1, " Updating tnlId to {} and nhId to {}", map.tnlId(), nhId);
+  return nhId;
 }
 
 // An unchanged adjacency keeps its value; a value is never used twice in a run.
@@ -159,10 +152,9 @@ void HwTunnelProgrammerBase::handleActiveNextHopId(Vane::VaneNextHopId nhId) {
     TRACE(1, "Addition of nhID {} for vtepIp={}", nhId, vtep);
     return handleSipEntry(vtep, virtualPortTableProgrammer()->getEntry(vtep), true);
   }
-  if (!isHerEvpnTunnel(vtep)) {
-    TRACE(1, "Deletion of nhID {} for vtepIp={}", nhId, vtep);
-    handleSipEntry(vtep, nullptr, false);
-  }
+  if (!isHerEvpnTunnel(vtep)) TRACE(1, "Deletion of nhID {} for vtepIp={}", nhId, vtep);
+  // The row stays where a flood tunnel needs it too.
+  handleSipEntry(vtep, nullptr, false);
   auto const& watcher = tunnelIdMap_.at(vtep);
   if (!watcher || watcher->nhId() != nhId) forgetInactive(nhId, vtep);
 }
@@ -170,10 +162,10 @@ void HwTunnelProgrammerBase::handleActiveNextHopId(Vane::VaneNextHopId nhId) {
 void HwTunnelProgrammerBase::handleSipEntry(Meshal::IpGenAddr const& vtepIp, Handle const& vpHandle, bool add) {
   if (add) {
     TRACE(1, " Obtained SVP handleKey :{}", vpHandle);
-    tunnelTermTableProgrammer()->insertSipEntry(vtepIp, vpHandle);
+    tunnelTermTableProgrammer()->insertSipEntry(vtepIp, vpHandle, SipHolder::nextHop);
   } else {
     TRACE(1, " vtepIp: {}", vtepIp);
-    tunnelTermTableProgrammer()->deleteSipEntry(vtepIp);
+    tunnelTermTableProgrammer()->deleteSipEntry(vtepIp, SipHolder::nextHop);
   }
 }
 

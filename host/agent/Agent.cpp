@@ -109,8 +109,7 @@ void Agent::makeMounter() {
 }
 
 void Agent::makeProducers() {
-  // HER tunnels are carried in the document; no class turns them into rows yet.
-  for (auto const type : {Vane::vxlanTunnel_, Vane::vxlanMemberTunnel_}) {
+  for (auto const& [type, name] : kTunnelTypes) {
     producers_.push_back(
         Dovel::make<TunnelProducer>(wantedTunnels(type), publishedTunnels(type), hwTunnelConfig(type)));
   }

@@ -1,8 +1,12 @@
 #include "platform/kiln/AttributeDefinitions.h"
+#include "platform/vane/FloodLists.h"
 #include "platform/vane/HerVtep.h"
 #include "platform/vane/HwTunnel.h"
+#include "platform/vane/McastTunnel.h"
 #include "platform/vane/VaneHelperTunnelSm.h"
 #include "platform/vane/VaneTunnel.h"
+#include "platform/vane/VaneVxlanHwHerSm.h"
+#include "platform/vane/VaneVxlanMcastSm.h"
 #include "platform/vane/VtepGroup.h"
 #include "platform/vane/VtiStatusDirSm.h"
 #include "platform/vane/VxlanInfo.h"
@@ -40,3 +44,24 @@ KILN_DESCRIBE(Vane::VXLAN::VaneVniSmState)
 KILN_DESCRIBE(Vane::VXLAN::VaneVxlanInfo)
 KILN_DESCRIBE(Vane::VXLAN::VtiStatusDirSm::NestedSm_VtiStatus)
 KILN_DESCRIBE(VaneHelper::VaneHelperTunnelSm::NestedSm_HwTunnelConfigEntry)
+KILN_DESCRIBE(L2Rib::FloodSet)
+KILN_DESCRIBE(L2Rib::FloodSetOutput)
+KILN_DESCRIBE(VxlanController::VtepStatusDirV2)
+KILN_DESCRIBE(Vane::VXLAN::NestedSm_FloodSet)
+KILN_DESCRIBE(Vane::VXLAN::VaneVxlanHwHerSm)
+KILN_DESCRIBE(Multicast::Vxlan::TunnelConfig)
+KILN_DESCRIBE(Multicast::Vxlan::TunnelConfigDir)
+KILN_DESCRIBE(Multicast::Vxlan::TunnelStatus)
+KILN_DESCRIBE(Multicast::Vxlan::TunnelStatusDir)
+KILN_DESCRIBE(Multicast::Vxlan::VxlanMcastTunnelConfigDir)
+KILN_DESCRIBE(Multicast::Vxlan::VxlanMcastTunnelStatusDir)
+KILN_DESCRIBE(Multicast::Vxlan::VxlanBumTunnelConfigDir)
+KILN_DESCRIBE(Multicast::Vxlan::VxlanBumTunnelStatusDir)
+KILN_DESCRIBE(Multicast::Vxlan::VxlanMcastHerTunnelConfigDir)
+KILN_DESCRIBE(Multicast::Vxlan::VxlanMcastHerTunnelStatusDir)
+KILN_DESCRIBE(Multicast::Tunnel::ConfigDirColl)
+KILN_DESCRIBE(Multicast::Tunnel::StatusDirColl)
+KILN_DESCRIBE(Vane::VXLAN::McastTunnels)
+KILN_DESCRIBE(Vane::VXLAN::VaneVxlanMcastSm)
+KILN_DESCRIBE(Vane::VXLAN::NestedSm_McastTunnelConfig)
+KILN_DESCRIBE(Vane::VXLAN::NestedSm_McastTunnelStatus)

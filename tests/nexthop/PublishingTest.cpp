@@ -73,9 +73,10 @@ TEST_P(Publishing, admitsNoVtepWhosePortHasGoneAndNoneWithoutAFamily) {
   auto& termination = *wrapper().tunnelTermTableProgrammer();
   configure(unicast, key(vtep(2), 1), list(7, {1}));
   auto const port = wrapper().virtualPortTableProgrammer()->getEntry(IpGenAddr(vtep(2)));
-  EXPECT_DEATH(termination.insertSipEntry(IpGenAddr(), port), "SIP is not a valid ipv4/6 address");
+  EXPECT_DEATH(termination.insertSipEntry(IpGenAddr(), port, TesselVxlan::SipHolder::nextHop),
+               "SIP is not a valid ipv4/6 address");
   dismiss(unicast, key(vtep(2), 1));
-  termination.insertSipEntry(IpGenAddr(vtep(2)), port);
+  termination.insertSipEntry(IpGenAddr(vtep(2)), port, TesselVxlan::SipHolder::nextHop);
   EXPECT_EQ(agent.table("L2TunnelIpv4SipTable"), "");
 }
 

@@ -1,7 +1,5 @@
 #include "platform/tessel/l3common/VxlanDirs.h"
 
-#include <algorithm>
-
 #include "platform/kiln/Json.h"
 
 namespace TesselL3Common {
@@ -28,17 +26,29 @@ Dovel::Ptr<TesselVxlanBumVtepConfig> TesselVxlanBumVtepConfigDir::bumVtepConfigI
   return config;
 }
 
-void FloodUnderlayVlanToVtepList::vtepIpListIs(Meshal::IpGenAddr const& vtep) {
-  auto const at = std::lower_bound(vtepIpList_.begin(), vtepIpList_.end(), vtep);
-  if (at == vtepIpList_.end() || *at != vtep) vtepIpList_.insert(at, vtep);
+void FloodUnderlayVlanToVtepListDir::vtepIpListIs(Bridging::VlanId const& vlan, Meshal::IpGenAddr const& vtep) {
+  auto const changed = vlan;
+  if (floodUnderlayVlanToVtepList_.try_emplace(changed).first->second.vtepIpListIs(vtep)) {
+    kilnChanged(floodUnderlayVlanToVtepListId, &changed);
+  }
 }
 
-void FloodUnderlayVlanToVtepList::vtepIpListDel(Meshal::IpGenAddr const& vtep) {
-  auto const at = std::lower_bound(vtepIpList_.begin(), vtepIpList_.end(), vtep);
-  if (at != vtepIpList_.end() && *at == vtep) vtepIpList_.erase(at);
+void FloodUnderlayVlanToVtepListDir::vtepIpListDel(Bridging::VlanId const& vlan, Meshal::IpGenAddr const& vtep) {
+  auto const changed = vlan;
+  auto const found = floodUnderlayVlanToVtepList_.find(changed);
+  if (found == floodUnderlayVlanToVtepList_.end() || !found->second.vtepIpListDel(vtep)) return;
+  if (found->second.vtepIpList().empty()) floodUnderlayVlanToVtepList_.erase(found);
+  kilnChanged(floodUnderlayVlanToVtepListId, &changed);
 }
 
-void appendText(std::string& out, FloodUnderlayVlanToVtepList const& list) { Kiln::writeText(out, list.vtepIpList()); }
+void appendText(std::string& out, FloodUnderlayVlanToVtepList const& list) {
+  out += '[';
+  for (auto const& vtep : list.vtepIpList()) {
+    if (out.back() != '[') out += ", ";
+    appendText(out, vtep);
+  }
+  out += ']';
+}
 
 }  // namespace TesselL3Common
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
+#include <set>
 
 #include "platform/bridging/VlanId.h"
 #include "platform/dovel/Factory.h"
@@ -113,17 +113,21 @@ class EncapIdToBumVtepIpConfigDir final : public Kiln::NamedEntity {
   using NamedEntity::NamedEntity;
 };
 
-/// The flood VTEPs behind one underlay VLAN, in the order of their addresses.
+/// The flood VTEPs behind one underlay VLAN.
 class FloodUnderlayVlanToVtepList {
  public:
-  std::vector<Meshal::IpGenAddr> const& vtepIpList() const { return vtepIpList_; }
-  void vtepIpListIs(Meshal::IpGenAddr const& vtep);
-  void vtepIpListDel(Meshal::IpGenAddr const& vtep);
+  using Vteps = std::set<Meshal::IpGenAddr>;
+
+  Vteps const& vtepIpList() const { return vtepIpList_; }
+  /// False if the VTEP was in the list already.
+  bool vtepIpListIs(Meshal::IpGenAddr const& vtep) { return vtepIpList_.insert(vtep).second; }
+  /// False if it was not.
+  bool vtepIpListDel(Meshal::IpGenAddr const& vtep) { return vtepIpList_.erase(vtep) != 0; }
 
   friend bool operator==(FloodUnderlayVlanToVtepList const&, FloodUnderlayVlanToVtepList const&) = default;
 
  private:
-  std::vector<Meshal::IpGenAddr> vtepIpList_;
+  Vteps vtepIpList_;
 };
 void appendText(std::string& out, FloodUnderlayVlanToVtepList const& list);
 KILN_VALUE_STREAM(FloodUnderlayVlanToVtepList)
@@ -135,6 +139,12 @@ class FloodUnderlayVlanToVtepListDir final : public Kiln::NamedEntity {
 
  public:
   using NamedEntity::NamedEntity;
+
+  /// Adds a VTEP to the list of a VLAN, which need not exist. Publishes as storing the longer list would, at a cost
+  /// that does not depend on its length.
+  void vtepIpListIs(Bridging::VlanId const& vlan, Meshal::IpGenAddr const& vtep);
+  /// Removes it, and the list with its last VTEP.
+  void vtepIpListDel(Bridging::VlanId const& vlan, Meshal::IpGenAddr const& vtep);
 };
 
 inline constexpr Dovel::Factory<TesselVxlanConfig> tesselVxlanConfigFactory;

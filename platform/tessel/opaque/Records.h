@@ -18,17 +18,9 @@
   }
 
 TESSEL_OPAQUE(Interface, VlanIntfConfigDir)
-TESSEL_OPAQUE(L2Rib, FloodSetOutput)
-TESSEL_OPAQUE(Multicast::Vxlan, VxlanMcastTunnelConfigDir)
-TESSEL_OPAQUE(Multicast::Vxlan, VxlanMcastTunnelStatusDir)
-TESSEL_OPAQUE(Multicast::Vxlan, VxlanBumTunnelConfigDir)
-TESSEL_OPAQUE(Multicast::Vxlan, VxlanBumTunnelStatusDir)
-TESSEL_OPAQUE(Multicast::Vxlan, VxlanMcastHerTunnelConfigDir)
-TESSEL_OPAQUE(Multicast::Vxlan, VxlanMcastHerTunnelStatusDir)
 TESSEL_OPAQUE(Routing::Multicast, McastEvpnStatus)
 TESSEL_OPAQUE(VaneHelper, VaneHelperVniConfig)
 TESSEL_OPAQUE(VaneHelper, VaneHelperVniStatus)
-TESSEL_OPAQUE(VxlanController, VtepStatusDirV2)
 
 namespace MrouteLib {
 
