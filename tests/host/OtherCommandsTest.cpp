@@ -63,7 +63,7 @@ TEST(OtherCommands, printWhatTheyAreAskedFor) {
            {{"types", "Vane::HwTunnelConfig"},
             {"is a Kiln::Entity", "0x83", "hwInit", "u32", "yes", "0x85", "hwTunnelConfigList",
              "Vane::TunnelKey to Vane::HwTunnelConfigEntry"}},
-           {{"profiles"}, {"\ncascaded ", "\ncompact ", "\nflat ", "\ntiny "}},
+           {{"profiles"}, {"\ncascaded ", "\ncompact ", "\nflat ", "\nflooding ", "\ntiny "}},
            {{"profiles", "tiny"},
             {"\nVirtualPort1Table                 7  4096\n", "vxlanCascadedForwardingSupport=true"}},
            {{"--help"}, {usage}},
