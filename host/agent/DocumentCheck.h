@@ -11,6 +11,9 @@ namespace Host {
 /// REQUIRES: `document` passes `Stateway::check`.
 void checkSemantics(Stateway::StateDocument const& document);
 
+/// The chip has this many encapsulation ids, one for each flood VTEP and each multicast tunnel.
+inline constexpr std::size_t maxFloodTunnels = 24'576;
+
 /// The key of an underlay group is the adjacency id with its top bit set.
 inline constexpr std::uint32_t maxAdjId = 0x7fffffff;
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <fstream>
 #include <system_error>
 
 #include "host/import/StateDocument.h"
@@ -10,15 +11,23 @@ namespace Host {
 
 namespace {
 
-constexpr std::array readCaptures{"ip-link.json",    "ip-link-vxlan.json", "ip-route-all.json",
-                                  "ip-nexthop.json", "ip-neigh.json",      "bridge-fdb.json"};
+constexpr std::array readCaptures{
+    "ip-link.json",  "ip-link-vxlan.json", "ip-route-all.json", "ip-nexthop.json",
+    "ip-neigh.json", "bridge-fdb.json",    "bridge-vlan.json",  "bridge-vlan-tunnelshow.json"};
 /// Part of a capture, but nothing in them is needed; a kernel can leave some of them cut short.
-constexpr std::array otherCaptures{"ip-addr.json", "bridge-link.json", "bridge-vlan.json",
-                                   "bridge-vlan-tunnelshow.json", "bridge-vni.json"};
+constexpr std::array otherCaptures{"ip-addr.json", "bridge-link.json", "bridge-vni.json"};
 
 constexpr auto neededFiles =
     "expected captures: ip-link.json or ip-link-vxlan.json, bridge-fdb.json, and for the underlay "
-    "ip-route-all.json, ip-nexthop.json, ip-neigh.json";
+    "ip-route-all.json, ip-nexthop.json, ip-neigh.json, and for the VLANs bridge-vlan.json, "
+    "bridge-vlan-tunnelshow.json";
+
+/// Whether a file holds nothing but "[": what a kernel without VLANs in its bridges prints about them.
+bool isCutShort(std::filesystem::path const& file) {
+  std::ifstream in(file);
+  std::string word, rest;
+  return in >> word && word == "[" && !(in >> rest);
+}
 
 }  // namespace
 
@@ -29,12 +38,15 @@ void CaptureSet::overlay(std::filesystem::path const& directory) {
   }
   auto const has = [&](char const* name) { return std::filesystem::exists(directory / name, error); };
   std::map<std::string, Held> read;
-  for (auto const name : readCaptures) {
-    if (has(name))
-      read[name] = {std::make_shared<Kiln::JsonDocument const>(Kiln::JsonDocument::read(directory / name)),
-                    overlays_ + 1};
+  bool seen = std::any_of(otherCaptures.begin(), otherCaptures.end(), has);
+  for (std::string const name : readCaptures) {
+    if (!has(name.c_str())) continue;
+    seen = true;
+    if (name.starts_with("bridge-vlan") && isCutShort(directory / name)) continue;
+    read[name] = {std::make_shared<Kiln::JsonDocument const>(Kiln::JsonDocument::read(directory / name)),
+                  overlays_ + 1};
   }
-  if (read.empty() && std::none_of(otherCaptures.begin(), otherCaptures.end(), has)) {
+  if (!seen) {
     throw Kiln::InputError(directory.string(), "", "no capture in the directory", neededFiles);
   }
   read.merge(files_);  // keeps what was just read
@@ -64,6 +76,8 @@ rapidjson::Document CaptureSet::stateDocument(std::vector<std::string>& warnings
                             .fdb = file("bridge-fdb.json"),
                             .routes = file("ip-route-all.json"),
                             .nextHops = file("ip-nexthop.json"),
+                            .vlans = file("bridge-vlan.json"),
+                            .vlanTunnels = file("bridge-vlan-tunnelshow.json"),
                             .neighbours = file("ip-neigh.json"),
                             .warnings = &warnings,
                             .nextHopsName = pathOf("ip-nexthop.json")};

@@ -24,8 +24,10 @@ class CaptureSet {
 
   /// The state that the switch has by these captures:
   /// - "interface/status/eth/vxlan": the tunnel interface "Vxlan1" with source addresses and UDP port;
-  /// - ".../configDir/vxlanTunnel" and ".../vxlanHwHerTunnel": a tunnel for each VTEP that a MAC address is behind,
-  ///   and for each that is flooded to, with the adjacencies that lead there. No `adjId`: it cannot be reached;
+  /// - ".../configDir/vxlanTunnel": a tunnel for each VTEP that a MAC address is behind, with the adjacencies that lead
+  ///   there. No `adjId`: it cannot be reached;
+  /// - "bridging/l2Rib/floodOutput": the VTEPs that each VLAN is flooded to; "vxlan/version2/vtepStatusDir" and
+  ///   ".../vxlanHwHerTunnel": their adjacencies, none for one that cannot be reached;
   /// - "vane/l3IntfTable" and "hardware/tessel/port/config": numbers of interfaces and ports.
   /// Throws InputError where a capture that is needed is missing or a value cannot be used. Fills `warnings` with what
   /// is passed over, a line each: values that a kernel accepts and a switch cannot use.

@@ -4,7 +4,7 @@
 
 namespace Host::Import {
 
-Fdb::Fdb(JsonDocument const& file, Links const& links, NextHopObjects const& nextHops,
+Fdb::Fdb(JsonDocument const& file, Links const& links, BridgeVlans const& vlans, NextHopObjects const& nextHops,
          std::vector<std::string>& warnings)
     : vti_(links.vti()), warnings_(warnings) {
   for (auto const entry : objects(file.root())) {
@@ -12,32 +12,47 @@ Fdb::Fdb(JsonDocument const& file, Links const& links, NextHopObjects const& nex
     // A device that was added after the links were captured is a VXLAN device if its entries are those of one.
     bool const vxlan = !device || device->kind == DeviceKind::vxlan;
     if (vxlan && (has(entry, "dst") || has(entry, "nhid"))) {
-      readRemote(entry, nextHops);
+      readRemote(entry, vlans, nextHops);
     } else {
       readLocal(entry);
     }
   }
 }
 
-void Fdb::readRemote(JsonIn entry, NextHopObjects const& nextHops) {
+void Fdb::readRemote(JsonIn entry, BridgeVlans const& vlans, NextHopObjects const& nextHops) {
   // Floods are sent where the entries of the zero address point.
   bool const flood = ethAddr(entry.member("mac")).isZero();
-  if (auto const dst = entry.find("dst")) addVtep(*dst, flood);
+  std::vector<JsonIn> remotes;
+  if (auto const dst = entry.find("dst")) remotes.push_back(*dst);
   if (auto const nhid = entry.find("nhid")) {
-    for (auto const gateway : nextHops.vteps(*nhid)) addVtep(gateway, flood);
+    for (auto const gateway : nextHops.vteps(*nhid)) remotes.push_back(gateway);
+  }
+  for (auto const at : remotes) {
+    if (flood && whyNotUnicast(ipAddr(at)) == "multicast") {
+      passOver(at, "a multicast group is not a VTEP");
+    } else if (auto const address = vtep(at); address && flood) {
+      addFlooded(at, *address, vlans.vlanOf(std::string(entry.member("ifname").text()), number(entry, "src_vni")));
+    } else if (address) {
+      unicast_.insert(*address);
+    }
   }
 }
 
-void Fdb::addVtep(JsonIn at, bool flood) {
+std::optional<IpGenAddr> Fdb::vtep(JsonIn at) {
   auto const address = ipAddr(at);
   if (address == vti_.srcAddr || address == vti_.srcAddrV6) {
-    warnings_.push_back(remark(at, "ignored: this switch's own address is not a remote VTEP"));
+    passOver(at, "this switch's own address is not a remote VTEP");
   } else if (address.isUnspecified()) {
-    warnings_.push_back(remark(at, "ignored: the unspecified address is not a remote VTEP"));
-  } else if (!flood || whyNotUnicast(address) != "multicast") {
-    // A multicast group is where floods may go, but it is not a VTEP.
-    (flood ? flooded_ : unicast_).insert(unicastIpAddr(at, "VTEP"));
+    passOver(at, "the unspecified address is not a remote VTEP");
+  } else {
+    return unicastIpAddr(at, "VTEP");
   }
+  return std::nullopt;
+}
+
+void Fdb::addFlooded(JsonIn at, IpGenAddr const& vtep, BridgeVlans::Result const& vlan) {
+  if (vlan.vlan == 0) return passOver(at, "it is unknown which VLAN is flooded to this VTEP: " + vlan.why);
+  flooded_.try_emplace(vtep, Flooded{at, {}}).first->second.vlans.insert(vlan.vlan);
 }
 
 void Fdb::readLocal(JsonIn entry) {

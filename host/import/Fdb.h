@@ -1,12 +1,14 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <tuple>
 #include <vector>
 
 #include "host/import/Address.h"
+#include "host/import/BridgeVlans.h"
 #include "host/import/Links.h"
 #include "host/import/NextHopObjects.h"
 
@@ -15,30 +17,40 @@ namespace Host::Import {
 /// What the forwarding databases of bridges and VXLAN devices say: the remote VTEPs, and the ports behind which
 /// neighbours are.
 ///
-/// A VTEP counts as unicast when a MAC address is behind it, alone or in a group; as flooded to when an entry of the
-/// all-zero address names it. Multicast groups are not VTEPs; neither are the switch's own and the unspecified address,
-/// which a kernel accepts and which are passed over with a warning.
+/// A VTEP counts as unicast when a MAC address is behind it, alone or in a group; as flooded to in a VLAN when an entry
+/// of the all-zero address names it and the VLAN of the entry's device or VNI is known. Passed over with a warning is
+/// what a kernel accepts: the switch's own and the unspecified address, floods to a multicast group, and those of an
+/// unknown VLAN.
 class Fdb {
  public:
   /// Throws InputError where a value is of a wrong type, an entry names a group that does not exist, or a VTEP is not a
   /// unicast address.
-  Fdb(JsonDocument const& file, Links const& links, NextHopObjects const& nextHops, std::vector<std::string>& warnings);
+  Fdb(JsonDocument const& file, Links const& links, BridgeVlans const& vlans, NextHopObjects const& nextHops,
+      std::vector<std::string>& warnings);
 
+  /// A VTEP that is flooded to.
+  struct Flooded {
+    JsonIn at;  ///< Where it was first named.
+    std::set<std::uint32_t> vlans;
+  };
   std::set<IpGenAddr> const& unicast() const { return unicast_; }
-  std::set<IpGenAddr> const& flooded() const { return flooded_; }
+  std::map<IpGenAddr, Flooded> const& flooded() const { return flooded_; }
 
   /// The bridge port behind which an address was learned or configured, in the VLAN or in no VLAN (0); empty: none.
   std::string portBehind(std::string const& bridge, std::uint32_t vlan, EthAddr const& mac) const;
 
  private:
-  void readRemote(JsonIn entry, NextHopObjects const& nextHops);
-  void addVtep(JsonIn at, bool flood);
+  void readRemote(JsonIn entry, BridgeVlans const& vlans, NextHopObjects const& nextHops);
+  /// The VTEP there; nothing for one that is passed over.
+  std::optional<IpGenAddr> vtep(JsonIn at);
+  void addFlooded(JsonIn at, IpGenAddr const& vtep, BridgeVlans::Result const& vlan);
+  void passOver(JsonIn at, std::string const& why) { warnings_.push_back(remark(at, "ignored: " + why)); }
   void readLocal(JsonIn entry);
 
   Vti vti_;
   std::vector<std::string>& warnings_;
   std::set<IpGenAddr> unicast_;
-  std::set<IpGenAddr> flooded_;
+  std::map<IpGenAddr, Flooded> flooded_;
   std::map<std::tuple<std::string, std::uint32_t, EthAddr>, std::string> ports_;  ///< By bridge, VLAN, address.
 };
 

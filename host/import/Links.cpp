@@ -30,6 +30,7 @@ std::string tableIn(std::optional<JsonIn> data) {
 void readInfo(JsonIn info, Device& device) {
   auto const data = info.find("info_data");
   device.slaveKind = text(info, "info_slave_kind").value_or("");
+  if (device.kind == DeviceKind::bridge && data) device.filtersVlans = number(*data, "vlan_filtering").value_or(0) != 0;
   if (device.kind == DeviceKind::vlan && data) device.vlanId = numberIn(data->member("id"), 0, highestVlan);
   if (device.kind == DeviceKind::vrf) device.table = tableIn(data);
   if (device.slaveKind == "vrf") device.table = tableIn(info.find("info_slave_data"));
@@ -46,6 +47,7 @@ Device readDevice(JsonIn at) {
                 .slaveKind = "",
                 .link = text(at, "link").value_or(""),
                 .vlanId = 0,
+                .filtersVlans = false,
                 .table = ""};
   if (info) readInfo(*info, device);
   return device;

@@ -22,11 +22,12 @@ struct Device {
   std::string name;
   std::uint32_t ifindex = 0;
   DeviceKind kind = DeviceKind::port;
-  std::string master;        ///< The bridge, bond or VRF that it belongs to; empty: none.
-  std::string slaveKind;     ///< What the master is.
-  std::string link;          ///< The device under it; empty: none that this switch knows.
-  std::uint32_t vlanId = 0;  ///< Of a VLAN device.
-  std::string table;         ///< Routing table of a VRF, or of the VRF that it belongs to; empty: main.
+  std::string master;         ///< The bridge, bond or VRF that it belongs to; empty: none.
+  std::string slaveKind;      ///< What the master is.
+  std::string link;           ///< The device under it; empty: none that this switch knows.
+  std::uint32_t vlanId = 0;   ///< Of a VLAN device.
+  bool filtersVlans = false;  ///< Of a bridge: whether it keeps VLANs apart.
+  std::string table;          ///< Routing table of a VRF, or of the VRF that it belongs to; empty: main.
 };
 
 /// The VXLAN tunnel interface that all VXLAN devices together make up.

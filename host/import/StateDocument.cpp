@@ -4,7 +4,9 @@
 #include <set>
 #include <vector>
 
+#include "host/agent/DocumentCheck.h"
 #include "host/import/AdjacencyIds.h"
+#include "host/import/BridgeVlans.h"
 #include "host/import/Fdb.h"
 #include "host/import/Links.h"
 #include "host/import/Neighbours.h"
@@ -37,32 +39,55 @@ class Writer {
       : allocator_(allocator),
         links_(captures.links, captures.vxlanLinks, captures.vxlanLinksAge),
         nextHops_(captures.nextHops, captures.nextHopsName, *captures.warnings),
-        fdb_(*captures.fdb, links_, nextHops_, *captures.warnings),
+        vlans_(captures.vlans, captures.vlanTunnels, links_),
+        fdb_(*captures.fdb, links_, vlans_, nextHops_, *captures.warnings),
         underlay_(captures.routes, links_.underlayTable(), nextHops_, links_),
         neighbours_(captures.neighbours),
+        warnings_(*captures.warnings),
+        flooded_(flooded()),
         paths_(pathsOf(fdb_, underlay_)),
-        ids_(values(paths_)),
-        warnings_(*captures.warnings) {}
+        ids_(values(paths_)) {}
 
   Value stateway() {
     auto paths = object();
     put(paths, "interface/status/eth/vxlan", vtiStatus(), allocator_);
-    put(paths, "hardware/tessel/tunnel/configDir/vxlanTunnel", tunnels(fdb_.unicast()), allocator_);
-    put(paths, "hardware/tessel/tunnel/configDir/vxlanHwHerTunnel", tunnels(fdb_.flooded()), allocator_);
+    put(paths, "hardware/tessel/tunnel/configDir/vxlanTunnel", tunnels(), allocator_);
+    put(paths, "hardware/tessel/tunnel/configDir/vxlanHwHerTunnel", wrapped("adjacency", adjacencies(flooded_)),
+        allocator_);
+    put(paths, "vxlan/version2/vtepStatusDir", wrapped("vtepAdjacency", floodRoutes()), allocator_);
     put(paths, "vane/l3IntfTable", l3Interfaces(), allocator_);
     put(paths, "hardware/tessel/port/config", ports(), allocator_);
+    return paths;
+  }
+
+  Value shmem() {
+    auto paths = object();
+    put(paths, "bridging/l2Rib/floodOutput", wrapped("floodSet", floodLists()), allocator_);
     return paths;
   }
 
  private:
   static std::map<IpGenAddr, Path> pathsOf(Fdb const& fdb, Underlay const& underlay) {
     std::map<IpGenAddr, Path> paths;
-    for (auto const vteps : {&fdb.unicast(), &fdb.flooded()}) {
-      for (auto const& vtep : *vteps) {
-        if (!paths.contains(vtep)) paths.emplace(vtep, underlay.path(vtep));
-      }
+    for (auto const& vtep : fdb.unicast()) paths.emplace(vtep, underlay.path(vtep));
+    for (auto const& [vtep, flooded] : fdb.flooded()) {
+      if (!paths.contains(vtep)) paths.emplace(vtep, underlay.path(vtep));
     }
     return paths;
+  }
+
+  /// Those that the chip has encapsulation ids for.
+  std::set<IpGenAddr> flooded() {
+    std::set<IpGenAddr> vteps;
+    for (auto const& [vtep, flooded] : fdb_.flooded()) {
+      if (vteps.size() < maxFloodTunnels) {
+        vteps.insert(vtep);
+      } else {
+        warnings_.push_back(
+            remark(flooded.at, "ignored: a switch floods to at most " + Kiln::toText(maxFloodTunnels) + " VTEPs"));
+      }
+    }
+    return vteps;
   }
 
   static std::vector<Path> values(std::map<IpGenAddr, Path> const& paths) {
@@ -86,24 +111,57 @@ class Writer {
     return wrapped("vtiStatus", wrapped("Vxlan1", std::move(status)));
   }
 
-  Value tunnels(std::set<IpGenAddr> const& vteps) {
-    std::map<std::uint32_t, std::set<Hop> const*> used;
+  Value tunnels() {
     auto tunnel = object();
-    for (auto const& vtep : vteps) {
+    for (auto const& vtep : fdb_.unicast()) {
       auto entry = object();
-      auto const& path = paths_.at(vtep);
-      if (!path.hops.empty()) {
-        auto const id = ids_.id(path);
-        used.emplace(id, &path.hops);
-        put(entry, "adjId", Value(id), allocator_);
-      }
+      if (auto const id = adjId(vtep)) put(entry, "adjId", Value(*id), allocator_);
       put(tunnel, Kiln::toText(vtep), std::move(entry), allocator_);
+    }
+    auto config = wrapped("adjacency", adjacencies(fdb_.unicast()));
+    put(config, "tunnel", std::move(tunnel), allocator_);
+    return config;
+  }
+
+  /// Nothing: no route.
+  std::optional<std::uint32_t> adjId(IpGenAddr const& vtep) const {
+    auto const& path = paths_.at(vtep);
+    return path.hops.empty() ? std::nullopt : std::optional(ids_.id(path));
+  }
+
+  Value adjacencies(std::set<IpGenAddr> const& vteps) {
+    std::map<std::uint32_t, std::set<Hop> const*> used;
+    for (auto const& vtep : vteps) {
+      if (auto const id = adjId(vtep)) used.emplace(*id, &paths_.at(vtep).hops);
     }
     auto adjacency = object();
     for (auto const& [id, hops] : used) put(adjacency, std::to_string(id), nextHops(*hops), allocator_);
-    auto config = wrapped("adjacency", std::move(adjacency));
-    put(config, "tunnel", std::move(tunnel), allocator_);
-    return config;
+    return adjacency;
+  }
+
+  Value floodRoutes() {
+    auto routes = object();
+    for (auto const& vtep : flooded_) {
+      if (auto const id = adjId(vtep)) {
+        put(routes, Kiln::toText(vtep), Value(*id), allocator_);
+      } else {
+        warnings_.push_back(remark(fdb_.flooded().at(vtep).at, "no route leads to this VTEP"));
+      }
+    }
+    return routes;
+  }
+
+  Value floodLists() {
+    std::map<std::uint32_t, Value> vlans;
+    for (auto const& vtep : flooded_) {
+      for (auto const vlan : fdb_.flooded().at(vtep).vlans) {
+        auto& list = vlans.try_emplace(vlan, rapidjson::kObjectType).first->second;
+        put(list, Kiln::toText(vtep), Value(true), allocator_);
+      }
+    }
+    auto sets = object();
+    for (auto& [vlan, list] : vlans) put(sets, std::to_string(vlan), wrapped("vtep", std::move(list)), allocator_);
+    return sets;
   }
 
   Value nextHops(std::set<Hop> const& hops) {
@@ -177,12 +235,14 @@ class Writer {
   Allocator& allocator_;
   Links links_;
   NextHopObjects nextHops_;
+  BridgeVlans vlans_;
   Fdb fdb_;
   Underlay underlay_;
   Neighbours neighbours_;
+  std::vector<std::string>& warnings_;
+  std::set<IpGenAddr> flooded_;
   std::map<IpGenAddr, Path> paths_;
   AdjacencyIds ids_;
-  std::vector<std::string>& warnings_;
   std::set<std::string> usedPorts_;  ///< Of next hops; complete after the tunnels.
 };
 
@@ -191,7 +251,9 @@ class Writer {
 rapidjson::Document stateDocument(Captures const& captures) {
   rapidjson::Document document(rapidjson::kObjectType);
   auto& allocator = document.GetAllocator();
-  put(document, "stateway", Writer(captures, allocator).stateway(), allocator);
+  Writer writer(captures, allocator);
+  put(document, "stateway", writer.stateway(), allocator);
+  put(document, "shmem", writer.shmem(), allocator);
   return document;
 }
 

@@ -18,12 +18,15 @@ struct Captures {
   JsonDocument const* fdb = nullptr;                                 ///< Never null.
   JsonDocument const* routes = nullptr;                              ///< Null: no VTEP can be reached.
   JsonDocument const* nextHops = nullptr;
+  JsonDocument const* vlans = nullptr;           ///< VLANs of the bridges' ports.
+  JsonDocument const* vlanTunnels = nullptr;     ///< VNIs of the bridges' VLANs.
   JsonDocument const* neighbours = nullptr;      ///< Null: no next hop is resolved.
   std::vector<std::string>* warnings = nullptr;  ///< Never null; filled with what is passed over.
   std::string nextHopsName;                      ///< The next hops' file, for errors where it is missing.
 };
 
-/// The state document of the switch: tunnel interface, tunnels with their adjacencies, interfaces and ports. The same
+/// The state document of the switch: tunnel interface, tunnels and flood lists with their adjacencies, interfaces and
+/// ports. The same
 /// captures always result in the same document, member for member. Throws InputError.
 rapidjson::Document stateDocument(Captures const& captures);
 
