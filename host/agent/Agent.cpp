@@ -128,6 +128,13 @@ void Agent::stopFeature() {
   world_->processIs();
 }
 
+bool Agent::restart() {
+  stopFeature();
+  startFeature();
+  Stateway::apply(document_, document_, stores());
+  return settle();
+}
+
 std::size_t Agent::stop() {
   stopFeature();
   world_.reset();

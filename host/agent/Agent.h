@@ -84,6 +84,8 @@ class Agent {
   /// Loads the plug-in, runs the feature's start and settles, as a new process would. Throws `Plugin::LoadError`.
   /// REQUIRES: no feature runs.
   void startFeature();
+  /// Both, and the present document again: a restart of the process. Returns the result of `settle`.
+  bool restart();
   /// Stops the feature and releases the rest. Returns how many objects leaked: those alive now that were not before the
   /// agent was constructed.
   std::size_t stop();

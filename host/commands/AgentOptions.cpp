@@ -10,11 +10,13 @@ namespace Host {
 
 void AgentOptions::addTo(CLI::App& command) {
   command.add_option("--profile", profile, "Chip profile: the name of a built-in one, or a file")
+      ->each([this](std::string const&) { profileGiven = true; })
       ->capture_default_str();
   command
       .add_option("--completion", completion,
                   "When writes to the chip complete: at once, or with the next turn of the loop")
       ->check(CLI::IsMember({"direct", "deferred"}))
+      ->each([this](std::string const&) { completionGiven = true; })
       ->capture_default_str();
   command.add_option("--format", format, "How to print")->check(CLI::IsMember({"text", "json"}))->capture_default_str();
   command.add_option("--trace", trace,

@@ -13,6 +13,9 @@ namespace Host {
 struct AgentOptions {
   std::string profile = "cascaded";
   std::string completion = "direct";
+  /// Whether the command line names them.
+  bool profileGiven = false;
+  bool completionGiven = false;
   std::string format = "text";
   std::string trace;
   std::string plugin;

@@ -17,6 +17,8 @@ struct RunOptions : AgentOptions {
 };
 /// Applies the inputs in turn and shows the state of the agent after the last, or after each.
 int runCommand(RunOptions const& options, std::ostream& out, std::ostream& err);
+/// Plays a scenario and shows what it violates. Its profile and completion are used where the options name none.
+int scenarioCommand(RunOptions options, Stateway::StateDocument const& document, std::ostream& out, std::ostream& err);
 
 struct ExplainOptions : AgentOptions {
   std::string vtep;

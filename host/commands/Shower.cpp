@@ -1,0 +1,67 @@
+#include "host/commands/Shower.h"
+
+#include <algorithm>
+#include <ostream>
+
+#include "host/show/JsonReport.h"
+#include "host/show/TextReport.h"
+
+namespace Host {
+
+Shower::Shower(RunOptions const& options, Agent const& agent, std::ostream& out, bool steps)
+    : options_(options),
+      agent_(agent),
+      out_(out),
+      json_(out, JsonWriter::Layout::indented),
+      steps_(steps || options.showEach) {
+  if (!options_.json()) return;
+  json_.object();
+  if (steps_) json_.key("steps").array();
+}
+
+void Shower::step(std::string const& name) {
+  if (!steps_) return;
+  step(
+      name, [&](JsonWriter& json) { json.key("input").text(std::string_view(name)); }, "");
+}
+
+void Shower::step(std::string const& name, Kiln::FunctionRef<void(JsonWriter&)> json, std::string const& text) {
+  if (options_.json()) {
+    json_.object();
+    json(json_);
+    if (options_.showEach) show();
+    json_.objectEnd();
+    return;
+  }
+  out_ << "== " << name << '\n' << text << '\n';
+  if (!options_.showEach) return;
+  show();
+  out_ << '\n';
+}
+
+bool Shower::end() {
+  if (options_.json() && steps_) json_.arrayEnd();
+  if (!options_.showEach) show();
+  if (options_.json()) {
+    json_.objectEnd();
+    out_ << '\n';
+  }
+  return good_;
+}
+
+void Shower::show() {
+  auto const tunnels = tunnelReports(agent_);
+  good_ = agent_.settled() &&
+          std::all_of(tunnels.begin(), tunnels.end(), [](auto const& tunnel) { return tunnel.programmed(); });
+  auto const& sections = options_.show;
+  if (options_.json()) {
+    bool const withState = std::find(sections.begin(), sections.end(), "state") != sections.end();
+    return writeReport(json_, agent_, tunnels, withState);
+  }
+  for (auto const& section : sections) {
+    if (&section != &sections.front()) out_ << '\n';
+    printSection(out_, section, agent_, tunnels);
+  }
+}
+
+}  // namespace Host
