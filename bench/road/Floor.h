@@ -10,7 +10,8 @@ namespace RoadBench {
 /// The same rows, of the same sizes, in flat hash maps and vectors: no notification, no handle, no chip.
 ///
 /// A row of header, virtual port, overlay and termination for each tunnel, found by the VTEP, and its status with both
-/// ids. Rows of next hops and groups are there once for each adjacency.
+/// ids. Rows of next hops and groups are there once for each adjacency. A flood tunnel has header and port, a row for
+/// each next hop that its copies use, its record with an encapsulation id, the way back from that id, and its status.
 class Floor {
  public:
   /// `flat`: the overlay row is a merged next hop.
@@ -66,6 +67,15 @@ class Floor {
   struct Status {
     std::uint32_t tunnelId, nextHopId, group;
   };
+  struct Copy {
+    std::uint32_t port, nextHop;
+    std::uint8_t type;
+  };
+  struct FloodVtep {
+    std::uint32_t encapId;
+    std::uint64_t version;
+    std::vector<std::pair<std::uint32_t, Addr>> nextHops;  ///< By port.
+  };
   struct Group {
     Vane::NextHopEntrySet nextHops;
     std::uint32_t users = 0;
@@ -73,6 +83,9 @@ class Floor {
 
   void add(std::uint32_t tunnel);
   void remove(std::uint32_t tunnel);
+  void addFlood(Addr const& vtep, std::uint32_t port, std::uint32_t group);
+  void removeFlood(Addr const& vtep);
+  void chooseCopies(Addr const& vtep, FloodVtep& flood, std::uint32_t group);
 
   Road const& road_;
   bool flat_;
@@ -84,6 +97,12 @@ class Floor {
   Rows<MergedNextHop> nextHops_;
   Rows<Sip> sips_;
   std::vector<Group> groups_;
+  bool unicast_, flood_;
+  std::uint32_t copies_;               ///< Of a flooded packet to one VTEP.
+  Map<std::uint64_t, Copy> copyRows_;  ///< By VTEP and port.
+  Map<Addr, FloodVtep> floodVteps_;
+  Map<std::uint32_t, Addr> vtepOfEncapId_;
+  Map<Addr, Status> floodStatus_;
 };
 
 }  // namespace RoadBench

@@ -6,6 +6,8 @@
 #include <numeric>
 #include <random>
 
+#include "platform/vane/McastTunnel.h"
+
 namespace RoadBench {
 
 namespace {
@@ -25,19 +27,41 @@ std::string nextHopText(std::uint32_t n) {
 
 }  // namespace
 
-Road::Road(std::uint32_t itsTunnels) : tunnels(itsTunnels) {}
+Road::Road(std::uint32_t itsTunnels, Kind itsKind) : tunnels(itsTunnels), kind(itsKind) {}
 
-Meshal::IpGenAddr Road::vtep(std::uint32_t tunnel) const { return Meshal::IpAddr(0x0a800000 + tunnel); }
+Meshal::IpGenAddr Road::vtep(std::uint32_t tunnel) const {
+  return Meshal::IpAddr((kind == Kind::mcast ? 0xef000000 : 0x0a800000) + tunnel);
+}
+
+std::vector<Vane::TunnelType> Road::types() const {
+  switch (kind) {
+    case Kind::her:
+      return {Vane::vxlanHerTunnel_};
+    case Kind::mixed:
+      return {Vane::vxlanTunnel_, Vane::vxlanHerTunnel_};
+    case Kind::mcast:
+      return {Vane::vxlanMcastTunnel_};
+    default:
+      return {Vane::vxlanTunnel_};
+  }
+}
+
+bool Road::has(Vane::TunnelType type) const {
+  auto const all = types();
+  return std::find(all.begin(), all.end(), type) != all.end();
+}
 
 Vane::TunnelKey Road::key(std::uint32_t tunnel) const {
   static Meshal::IntfId const vxlan1("Vxlan1");
+  if (kind == Kind::mcast) return Vane::floodTunnelKey(vtep(tunnel));
   return {{}, vtep(tunnel), 0, 1, vxlan1};
 }
 
-Vane::NextHopEntrySet Road::nextHops(std::uint32_t adjacency) {
+Vane::NextHopEntrySet Road::nextHops(std::uint32_t adjacency, Vane::TunnelType type) {
   Vane::NextHopEntrySet set;
   for (std::uint32_t n = adjacency * kNextHops; n < (adjacency + 1) * kNextHops; ++n) {
     Vane::NextHopEntry entry;
+    if (type == Vane::vxlanMcastTunnel_) entry.typeIs(Vane::nextHopMcastTunnel());
     entry.addrIs(Meshal::IpAddr(0x0a010000 + n));
     entry.ethAddrIs(Meshal::EthAddr(0x020000000000 + n));
     entry.l2IntfIs(Meshal::IntfId(fmt::format("Ethernet{}", n % kPorts)));

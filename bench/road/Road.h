@@ -16,14 +16,17 @@ inline constexpr std::uint32_t kPorts = 64;
 inline constexpr std::uint32_t kBurst = 64;
 inline constexpr std::uint16_t kUdpPort = 4789;
 
+/// What is wanted at each VTEP.
+enum class Kind : std::uint8_t { unicast, her, mixed, mcast };  ///< `mixed`: unicast and head-end replication.
+
 /// The overlay of `tunnels` remote VTEPs: what both the agent and the floor are given. Always the same for the same
 /// size.
 struct Road {
-  explicit Road(std::uint32_t tunnels);
+  explicit Road(std::uint32_t tunnels, Kind kind = Kind::unicast);
 
   Meshal::IpGenAddr vtep(std::uint32_t tunnel) const;
   Vane::TunnelKey key(std::uint32_t tunnel) const;
-  static Vane::NextHopEntrySet nextHops(std::uint32_t adjacency);
+  static Vane::NextHopEntrySet nextHops(std::uint32_t adjacency, Vane::TunnelType type = Vane::vxlanTunnel_);
   static std::uint32_t adjacencyOf(std::uint32_t tunnel) { return tunnel % kAdjacencies; }
   /// The state of the switch itself: interfaces, ports, the VTI. With all tunnels wanted on demand.
   std::string document(bool withTunnels) const;
@@ -38,7 +41,12 @@ struct Road {
   /// All tunnels in random order.
   std::vector<std::uint32_t> shuffled() const;
 
-  std::uint32_t tunnels;
+  /// The types of the tunnels at each VTEP.
+  std::vector<Vane::TunnelType> types() const;
+  bool has(Vane::TunnelType type) const;
+
+  std::uint32_t tunnels;  ///< VTEPs, or groups.
+  Kind kind;
 };
 
 }  // namespace RoadBench

@@ -1,5 +1,7 @@
 #include "bench/road/RoadAgent.h"
 
+#include <algorithm>
+
 #include "platform/vxlan/VxlanConfig.h"
 
 namespace RoadBench {
@@ -20,21 +22,30 @@ Host::Agent::Options optionsOf(std::string const& profile, Asic::Completion comp
 RoadAgent::RoadAgent(Road const& road, std::string const& profile, Asic::Completion completion)
     : road_(road), agent_(optionsOf(profile, completion)), active_(road.tunnels) {
   agent_.apply(road.document(false), "switch");
-  for (std::uint32_t n = 0; n < kAdjacencies; ++n) {
-    lists_.push_back(Dovel::make<Vane::NextHopEntryList>(n + 1, Road::nextHops(n)));
-  }
-  for (std::uint32_t n = 0; n < road.tunnels; ++n) {
-    entries_.push_back(Dovel::make<Vane::HwTunnelConfigEntry>(road.key(n)));
-    entries_[n]->nextHopEntryListIs(lists_[Road::adjacencyOf(n)]);
+  for (auto const type : road.types()) {
+    auto& tunnels = all_.emplace_back(Tunnels{type, {}, {}, {}, {}});
+    for (std::uint32_t n = 0; n < kAdjacencies; ++n) {
+      tunnels.lists.push_back(Dovel::make<Vane::NextHopEntryList>(n + 1, Road::nextHops(n, type)));
+    }
+    for (std::uint32_t n = 0; n < road.tunnels; ++n) {
+      auto const entry = Dovel::make<Vane::HwTunnelConfigEntry>(road.key(n));
+      entry->nextHopEntryListIs(tunnels.lists[Road::adjacencyOf(n)]);
+      tunnels.entries.push_back(entry);
+    }
   }
   bind();
   writes();
 }
 
 void RoadAgent::bind() {
-  config_ = agent_.hwTunnelConfig(Vane::vxlanTunnel_);
-  status_ = agent_.hwTunnelStatus(Vane::vxlanTunnel_);
-  config_->hwInitIs(1);
+  for (auto& tunnels : all_) {
+    bool const mcast = tunnels.type == Vane::vxlanMcastTunnel_;
+    auto const configs = mcast ? "l3/hwMcastTunnelConfigDir" : Host::kHwTunnelConfigPath;
+    auto const statuses = mcast ? "l3/hwMcastTunnelStatusDir" : Host::kHwTunnelStatusPath;
+    tunnels.config = agent_.local<Vane::HwTunnelConfigDir>(configs)->hwTunnelConfig(tunnels.type);
+    tunnels.status = agent_.local<Vane::HwTunnelStatusDir>(statuses)->hwTunnelStatus(tunnels.type);
+    tunnels.config->hwInitIs(1);
+  }
   agent_.settle();
 }
 
@@ -48,13 +59,17 @@ void RoadAgent::create() {
   }
 }
 
-void RoadAgent::add(std::uint32_t tunnel) { config_->hwTunnelConfigListIs(entries_[tunnel]); }
+void RoadAgent::add(std::uint32_t tunnel) {
+  for (auto const& tunnels : all_) tunnels.config->hwTunnelConfigListIs(tunnels.entries[tunnel]);
+}
 
 void RoadAgent::activate(std::uint32_t tunnel) {
-  auto const& entry = status_->tunnelStatus(road_.key(tunnel));
+  auto const& tunnels = all_.front();
+  if (tunnels.type != Vane::vxlanTunnel_) return;
+  auto const& entry = tunnels.status->tunnelStatus(road_.key(tunnel));
   if (!entry) return;
   active_[tunnel] = entry->hwNextHopStatusEntry().hwNextHopId();
-  config_->activeNextHopIdListIs(active_[tunnel], true);
+  tunnels.config->activeNextHopIdListIs(active_[tunnel], true);
 }
 
 void RoadAgent::moveLocalVtep() {
@@ -67,14 +82,44 @@ void RoadAgent::moveLocalVtep() {
 void RoadAgent::update(std::vector<Road::Update> const& updates) {
   std::uint32_t written = 0;
   for (auto const& update : updates) {
-    entries_[update.tunnel]->nextHopEntryListIs(listOf(update.adjacency));
+    for (auto const& tunnels : all_) {
+      auto const& list = tunnels.lists[update.adjacency];
+      tunnels.entries[update.tunnel]->nextHopEntryListIs(
+          Dovel::make<Vane::NextHopEntryList>(list->adjId(), list->nextHopEntry()));
+    }
     if (++written % kBurst == 0) agent_.settle();
   }
   agent_.settle();
 }
 
-Dovel::Ptr<Vane::NextHopEntryList> RoadAgent::listOf(std::uint32_t adjacency) const {
-  return Dovel::make<Vane::NextHopEntryList>(adjacency + 1, lists_[adjacency]->nextHopEntry());
+void RoadAgent::flap() {
+  Meshal::IntfId const uplink("Ethernet0");
+  changeListsOver(uplink, [&](Vane::NextHopEntryList const& former) {
+    auto left = former.nextHopEntry();
+    for (auto const& nextHop : former.nextHopEntry()) {
+      if (nextHop.l2Intf() == uplink) left.erase(nextHop);
+    }
+    return Dovel::make<Vane::NextHopEntryList>(former.adjId(), left);
+  });
+  agent_.settle();
+  changeListsOver(uplink, [](Vane::NextHopEntryList const& former) {
+    return Dovel::make<Vane::NextHopEntryList>(former.adjId(), former.nextHopEntry());
+  });
+  agent_.settle();
+}
+
+template <class ListOf>
+void RoadAgent::changeListsOver(Meshal::IntfId uplink, ListOf&& listOf) {
+  for (auto const& tunnels : all_) {
+    for (std::uint32_t adjacency = 0; adjacency < kAdjacencies; ++adjacency) {
+      auto const& nextHops = tunnels.lists[adjacency]->nextHopEntry();
+      if (std::none_of(nextHops.begin(), nextHops.end(), [&](auto const& hop) { return hop.l2Intf() == uplink; })) {
+        continue;
+      }
+      auto const list = listOf(*tunnels.lists[adjacency]);
+      for (auto n = adjacency; n < road_.tunnels; n += kAdjacencies) tunnels.entries[n]->nextHopEntryListIs(list);
+    }
+  }
 }
 
 void RoadAgent::remove(std::vector<std::uint32_t> const& order) {
@@ -87,8 +132,8 @@ void RoadAgent::remove(std::vector<std::uint32_t> const& order) {
 }
 
 void RoadAgent::remove(std::uint32_t tunnel) {
-  config_->activeNextHopIdListDel(active_[tunnel]);
-  config_->hwTunnelConfigListDel(road_.key(tunnel));
+  if (active_[tunnel].valid()) all_.front().config->activeNextHopIdListDel(active_[tunnel]);
+  for (auto const& tunnels : all_) tunnels.config->hwTunnelConfigListDel(road_.key(tunnel));
 }
 
 void RoadAgent::replace(std::uint32_t tunnel) {
@@ -101,8 +146,10 @@ void RoadAgent::replace(std::uint32_t tunnel) {
 }
 
 void RoadAgent::restart() {
-  config_ = nullptr;
-  status_ = nullptr;
+  for (auto& tunnels : all_) {
+    tunnels.config = nullptr;
+    tunnels.status = nullptr;
+  }
   agent_.stopFeature();
   agent_.startFeature();
   bind();
@@ -110,11 +157,14 @@ void RoadAgent::restart() {
 }
 
 bool RoadAgent::allProgrammed() const {
-  for (std::uint32_t n = 0; n < road_.tunnels; ++n) {
-    auto const& entry = status_->tunnelStatus(road_.key(n));
-    if (!entry || entry->hwTunnelId() == Vane::VaneTunnelId::unprogrammed() || !entry->hwTunnelId().valid() ||
-        active_[n] == Vane::VaneNextHopId::unprogrammed() || !active_[n].valid()) {
-      return false;
+  for (auto const& tunnels : all_) {
+    for (std::uint32_t n = 0; n < road_.tunnels; ++n) {
+      auto const& entry = tunnels.status->tunnelStatus(road_.key(n));
+      if (!entry || entry->hwTunnelId() == Vane::VaneTunnelId::unprogrammed() || !entry->hwTunnelId().valid()) {
+        return false;
+      }
+      auto const nhId = entry->hwNextHopStatusEntry().hwNextHopId();
+      if (nhId == Vane::VaneNextHopId::unprogrammed() || !nhId.valid()) return false;
     }
   }
   return true;

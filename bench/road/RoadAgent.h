@@ -21,6 +21,8 @@ class RoadAgent {
   /// Another source address for all.
   void moveLocalVtep();
   void update(std::vector<Road::Update> const& updates);
+  /// One uplink is lost, and returns: the adjacencies that use it get other lists, as do the tunnels over them.
+  void flap();
   void remove(std::vector<std::uint32_t> const& order);
   /// The tunnel is removed and added again.
   void replace(std::uint32_t tunnel);
@@ -33,19 +35,27 @@ class RoadAgent {
   std::map<std::string, std::uint64_t> writes();
 
  private:
+  /// The tunnels of one type.
+  struct Tunnels {
+    Vane::TunnelType type;
+    std::vector<Dovel::Ptr<Vane::NextHopEntryList>> lists;
+    std::vector<Dovel::Ptr<Vane::HwTunnelConfigEntry>> entries;  ///< By tunnel.
+    Dovel::Ptr<Vane::HwTunnelConfig> config;
+    Dovel::Ptr<Vane::HwTunnelStatus> status;
+  };
+
   void add(std::uint32_t tunnel);
   void activate(std::uint32_t tunnel);
   void remove(std::uint32_t tunnel);
   void bind();
-  Dovel::Ptr<Vane::NextHopEntryList> listOf(std::uint32_t adjacency) const;
+  /// The tunnels over the adjacencies that `uplink` is in get the lists that `listOf(former list)` returns.
+  template <class ListOf>
+  void changeListsOver(Meshal::IntfId uplink, ListOf&& listOf);
 
   Road const& road_;
   Host::Agent agent_;
-  std::vector<Dovel::Ptr<Vane::NextHopEntryList>> lists_;
-  std::vector<Dovel::Ptr<Vane::HwTunnelConfigEntry>> entries_;  ///< By tunnel.
-  std::vector<Vane::VaneNextHopId> active_;                     ///< By tunnel.
-  Dovel::Ptr<Vane::HwTunnelConfig> config_;
-  Dovel::Ptr<Vane::HwTunnelStatus> status_;
+  std::vector<Tunnels> all_;
+  std::vector<Vane::VaneNextHopId> active_;  ///< Of the unicast tunnels.
   std::map<std::string, std::uint64_t> writesSeen_;
 };
 

@@ -6,8 +6,10 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <chrono>
 #include <functional>
+#include <map>
 #include <optional>
 
 #include "bench/road/Floor.h"
@@ -17,6 +19,12 @@
 
 namespace RoadBench {
 namespace {
+
+std::map<std::string, Kind> const kKinds{
+    {"unicast", Kind::unicast}, {"her", Kind::her}, {"mixed", Kind::mixed}, {"mcast", Kind::mcast}};
+std::string const& nameOf(Kind kind) {
+  return std::find_if(kKinds.begin(), kKinds.end(), [&](auto const& named) { return named.second == kind; })->first;
+}
 
 constexpr std::uint32_t kUpdates = 100'000;
 constexpr std::uint32_t kSteadyRounds = 10'000;
@@ -91,6 +99,10 @@ void runOne(Road const& road, Setting const& setting, std::string_view phase) {
     RoadAgent agent(road, setting.profile, setting.completion);
     agent.create();
     measured([&] { agent.restart(); });
+  } else if (phase == "flap") {
+    RoadAgent agent(road, setting.profile, setting.completion);
+    agent.create();
+    measured([&] { agent.flap(); });
   } else if (phase == "read") {
     auto const text = road.document(true);
     measured([&] { Stateway::StateDocument::parse(text); });
@@ -107,8 +119,9 @@ void runOne(Road const& road, Setting const& setting, std::string_view phase) {
 }
 
 void runAll(Road const& road, Setting const& setting) {
-  fmt::print("\n{} tunnels over {} adjacencies of {} next hops, {}, {}\n", road.tunnels, kAdjacencies, kNextHops,
-             setting.profile, setting.completion == Asic::Completion::direct ? "direct" : "deferred");
+  fmt::print("\n{} {} tunnels over {} adjacencies of {} next hops, {}, {}\n", road.tunnels, nameOf(road.kind),
+             kAdjacencies, kNextHops, setting.profile,
+             setting.completion == Asic::Completion::direct ? "direct" : "deferred");
   fmt::print("{:<8} {:>10} {:>10} {:>6} {:>10} {:>10} {:>6} {:>8} {:>8}\n", "phase", "ns", "floor", "ratio", "bytes",
              "floor", "ratio", "calls", "floor");
   std::optional<RoadAgent> agent;
@@ -118,6 +131,7 @@ void runAll(Road const& road, Setting const& setting) {
     return a < 0 || b <= 0 ? std::string("-") : fmt::format("{:.2f}", a / b);
   };
   std::string notes;
+  Cost flap;
   for (auto const& [phase, units] : kPhases) {
     auto const ours = costOf(workOf(phase, *agent, road));
     notes += fmt::format("  {:<8} {}\n", phase, writesText(agent->writes()));
@@ -129,7 +143,10 @@ void runAll(Road const& road, Setting const& setting) {
                ours.nanoseconds / by, theirs.nanoseconds / by, ratio(ours.nanoseconds, theirs.nanoseconds), ourBytes,
                theirBytes, ratio(ourBytes, theirBytes), static_cast<double>(ours.calls) / by,
                static_cast<double>(theirs.calls) / by);
-    if (phase == std::string_view("create") && !agent->allProgrammed()) fmt::print("NOT all are programmed\n");
+    if (phase != "create") continue;
+    if (!agent->allProgrammed()) fmt::print("NOT all are programmed\n");
+    flap = costOf([&] { agent->flap(); });
+    notes += fmt::format("  {:<8} {}\n", "flap", writesText(agent->writes()));
   }
   agent->create();
   agent->writes();
@@ -139,10 +156,11 @@ void runAll(Road const& road, Setting const& setting) {
   auto const read = costOf([&] { Stateway::StateDocument::parse(text); });
   auto const tunnels = static_cast<double>(road.tunnels);
   fmt::print(
-      "start to ready {:.2f} ms, {:.0f} KiB; second start {:.0f} ns a tunnel; document of {:.1f} MiB read in "
+      "flap of an uplink {:.0f} us; start to ready {:.2f} ms, {:.0f} KiB; second start {:.0f} ns a tunnel; document of "
+      "{:.1f} MiB read in "
       "{:.0f} ns a tunnel\n",
-      start.nanoseconds / 1e6, static_cast<double>(start.bytes) / 1024, again.nanoseconds / tunnels,
-      static_cast<double>(text.size()) / (1 << 20), read.nanoseconds / tunnels);
+      flap.nanoseconds / 1e3, start.nanoseconds / 1e6, static_cast<double>(start.bytes) / 1024,
+      again.nanoseconds / tunnels, static_cast<double>(text.size()) / (1 << 20), read.nanoseconds / tunnels);
   fmt::print("chip writes:\n{}", notes);
 }
 
@@ -150,24 +168,31 @@ int run(int argc, char** argv) {
   CLI::App app{"What a tunnel costs on its whole road"};
   std::vector<std::uint32_t> sizes{1'000, 4'096, 24'576};
   std::vector<std::string> profiles{"cascaded", "flat"};
+  std::vector<Kind> kinds{Kind::unicast, Kind::her, Kind::mixed, Kind::mcast};
   std::string phase;
   bool deferred = false;
   app.add_option("--tunnels", sizes, "How many")->delimiter(',')->capture_default_str();
   app.add_option("--profile", profiles, "Chip profiles")->delimiter(',')->capture_default_str();
+  app.add_option("--kind", kinds, "What is wanted at each VTEP")
+      ->delimiter(',')
+      ->transform(CLI::CheckedTransformer(kKinds));
   app.add_option("--phase", phase,
-                 "One phase alone: create, move, update, steady, remove; the same after \"floor-\"; start, restart, "
-                 "read");
+                 "One phase alone: create, move, update, steady, remove; the same after \"floor-\"; flap, start, "
+                 "restart, read");
   app.add_flag("--deferred", deferred, "The chip answers later");
   CLI11_PARSE(app, argc, argv);
   for (auto const& profile : profiles) {
     Setting const setting{profile, deferred ? Asic::Completion::deferred : Asic::Completion::direct};
-    for (auto const tunnels : sizes) {
-      Road const road(tunnels);
-      if (phase.empty()) {
-        runAll(road, setting);
-      } else {
-        runOne(road, setting, phase);
+    for (auto const kind : kinds) {
+      for (auto const tunnels : sizes) {
+        Road const road(tunnels, kind);
+        if (phase.empty()) {
+          runAll(road, setting);
+        } else {
+          runOne(road, setting, phase);
+        }
       }
+      if (!phase.empty()) break;
     }
     if (!phase.empty()) break;
   }
