@@ -14,6 +14,13 @@ std::string_view whyNotUnicast(Meshal::IpGenAddr const& address) {
   return v4.isMulticast() ? "multicast" : "";
 }
 
+std::string_view whyNotGroup(Meshal::IpGenAddr const& address) {
+  if (whyNotUnicast(address) != "multicast") return "no group";
+  // 224.0.0.0/24, and the scopes up to the link.
+  if (!address.isIpv6()) return address.v4Addr().isReservedMulticast() ? "reserved" : "";
+  return (address.v6Addr().bytes()[1] & 0xf) <= 2 ? "reserved" : "";
+}
+
 std::string_view whyNotUnicast(Meshal::EthAddr const& address) {
   if (address.isZero()) return "zero";
   if (address.u64() == 0xffffffffffff) return "broadcast";

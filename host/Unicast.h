@@ -12,5 +12,8 @@ namespace Host {
 std::string_view whyNotUnicast(Meshal::IpGenAddr const& address);
 /// The same for an Ethernet address: "zero", "multicast" or "broadcast".
 std::string_view whyNotUnicast(Meshal::EthAddr const& address);
+/// Why `address` is not a group that packets can be routed to: "no group", or "reserved" for those that no router
+/// forwards. Empty for such a group.
+std::string_view whyNotGroup(Meshal::IpGenAddr const& address);
 
 }  // namespace Host

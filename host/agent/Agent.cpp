@@ -13,6 +13,7 @@
 #include "platform/stateway/EntityManager.h"
 #include "platform/tessel/l3common/TesselVxlanState.h"
 #include "platform/tessel/values/VxlanTunnelKey.h"
+#include "platform/vane/FloodLists.h"
 
 namespace Host {
 
@@ -28,7 +29,9 @@ constexpr char const* ownState = "written by the agent itself, not by documents"
 
 bool isWantedTunnels(std::string_view path) {
   return std::any_of(kTunnelTypes.begin(), kTunnelTypes.end(),
-                     [&](auto const& type) { return wantedTunnelsPath(type.first) == path; });
+                     [&](auto const& type) { return wantedTunnelsPath(type.first) == path; }) ||
+         std::any_of(kMcastKinds.begin(), kMcastKinds.end(),
+                     [&](McastKind const& kind) { return kind.configPath() == path; });
 }
 
 /// Refuses paths that the agent itself writes, except the wanted tunnels.
@@ -151,6 +154,11 @@ void Agent::check(Stateway::StateDocument const& document) const {
 
 bool Agent::apply(Stateway::StateDocument document) {
   check(document);
+  // Flood tunnels end when the loop turns, multicast tunnels begin at once: they would take ids that are not free yet.
+  if (floodTunnels(document_).vteps + floodTunnels(document).groups > maxFloodTunnels) {
+    stores().shmem->getEntity<L2Rib::FloodSetOutput>(std::string(kFloodListsPath))->floodSetDelAll();
+    settle();
+  }
   Stateway::apply(document_, document, stores());
   document_ = std::move(document);
   return settle();

@@ -1,6 +1,7 @@
 #include "host/agent/DocumentCheck.h"
 
 #include <map>
+#include <set>
 
 #include "host/Unicast.h"
 #include "host/agent/World.h"
@@ -53,15 +54,25 @@ void checkAdjId(JsonIn const& in, std::uint64_t adjId) {
   if (adjId > maxAdjId) in.fail("expected an adjacency id from 0 to " + Kiln::toText(maxAdjId));
 }
 
-void checkTunnel(std::string_view vtepText, JsonIn const& tunnel, OwnAddresses const& own) {
-  IpGenAddr vtep;
-  Kiln::readText(vtepText, vtep);
+IpGenAddr addressOf(std::string_view text) {
+  IpGenAddr address;
+  Kiln::readText(text, address);
+  return address;
+}
+
+/// `in` is what a document says about the VTEP.
+void checkVtep(std::string_view text, JsonIn const& in, OwnAddresses const& own) {
+  auto const vtep = addressOf(text);
   if (auto const why = whyNotUnicast(vtep); !why.empty()) {
-    tunnel.fail(std::string("expected a VTEP with a unicast address, this one is ").append(why));
+    in.fail(std::string("expected a VTEP with a unicast address, this one is ").append(why));
   }
   if (auto const found = own.find(vtep); found != own.end()) {
-    tunnel.fail("expected a remote VTEP, not this switch's own address (" + found->second + ")");
+    in.fail("expected a remote VTEP, not this switch's own address (" + found->second + ")");
   }
+}
+
+void checkTunnel(std::string_view vtep, JsonIn const& tunnel, OwnAddresses const& own) {
+  checkVtep(vtep, tunnel, own);
   if (auto const adjId = tunnel.find("adjId"); adjId && adjId->value().IsUint64()) {
     checkAdjId(*adjId, adjId->value().GetUint64());
   }
@@ -73,21 +84,103 @@ void checkTunnel(std::string_view vtepText, JsonIn const& tunnel, OwnAddresses c
   }
 }
 
-void checkNextHop(JsonIn const& in) {
+/// "Vlan4095" would be the interface of a VLAN that no switch has.
+void checkVlanIntf(JsonIn const& in, std::string_view member, Meshal::IntfId intf) {
+  auto const name = intf.name();
+  if (Meshal::VlanIntfId::isVlanIntfId(intf) || !name.starts_with("Vlan")) return;
+  auto const number = Kiln::fromText<std::uint64_t>(std::string_view(name).substr(4));
+  if (number && (*number < Bridging::VlanId::min || *number > Bridging::VlanId::max)) {
+    in.member(member).fail("expected the interface of a VLAN from 1 to 4094");
+  }
+}
+
+/// What the packets of a tunnel are sent to.
+enum class Destination { host, group };
+
+void checkNextHop(JsonIn const& in, Destination destination) {
   auto const nextHop = valueOf<Vane::NextHopEntry>(in);
-  if (nextHop.type() != Vane::nextHopResolved) return;
+  checkVlanIntf(in, "l2Intf", nextHop.l2Intf());
+  checkVlanIntf(in, "l3Intf", nextHop.l3Intf());
+  bool const group = destination == Destination::group;
+  if (nextHop.type() != Vane::nextHopResolved && !(group && nextHop.type() == Vane::nextHopMcastTunnel())) return;
   auto const why = whyNotUnicast(nextHop.ethAddr());
-  if (why.empty()) return;
+  if (why.empty() || (group && why == "multicast")) return;
   in.find("ethAddr").value_or(in).fail(
       std::string("expected a resolved next hop with a unicast MAC, not with a ").append(why).append(" one"));
+}
+
+void checkNextHops(JsonIn const& owner, Destination destination) {
+  if (auto const nextHops = owner.find("nextHops")) {
+    nextHops->eachElement([&](JsonIn const& in) { checkNextHop(in, destination); });
+  }
 }
 
 void checkTunnels(JsonIn const& config, OwnAddresses const& own) {
   eachMemberOf(config, "adjacency", [](std::string_view adjId, JsonIn const& adjacency) {
     checkAdjId(adjacency, Kiln::fromText<std::uint32_t>(adjId).value_or(0));
-    if (auto const nextHops = adjacency.find("nextHops")) nextHops->eachElement(checkNextHop);
+    checkNextHops(adjacency, Destination::host);
   });
   eachMemberOf(config, "tunnel", [&](std::string_view vtep, JsonIn const& tunnel) { checkTunnel(vtep, tunnel, own); });
+}
+
+void checkHerTunnels(JsonIn const& stateway) {
+  auto const config = stateway.find(wantedTunnelsPath(Vane::vxlanHerTunnel_));
+  auto const tunnel = config ? config->find("tunnel") : std::nullopt;
+  if (!tunnel) return;
+  tunnel->fail("expected no flood tunnels here, they follow from the flood lists: shmem " +
+               std::string(kFloodListsPath) + ", and their adjacencies: stateway " + std::string(kVtepStatusPath));
+}
+
+void checkFloodRoutes(JsonIn const& status) {
+  eachMemberOf(status, "vtepAdjacency", [](std::string_view, JsonIn const& adjId) {
+    if (adjId.value().IsUint64()) checkAdjId(adjId, adjId.value().GetUint64());
+  });
+}
+
+void checkGroup(std::string_view text, JsonIn const& tunnel) {
+  if (auto const why = whyNotGroup(addressOf(text)); !why.empty()) {
+    tunnel.fail(std::string("expected a tunnel to a multicast group that routers forward, this one is ").append(why));
+  }
+}
+
+void checkMcastTunnels(McastKind const& kind, JsonIn const& config, OwnAddresses const& own) {
+  bool const toGroups = kind.type == Vane::vxlanMcastTunnel_;
+  eachMemberOf(config, "tunnel", [&](std::string_view addr, JsonIn const& tunnel) {
+    toGroups ? checkGroup(addr, tunnel) : checkVtep(addr, tunnel, own);
+    checkNextHops(tunnel, toGroups ? Destination::group : Destination::host);
+  });
+}
+
+/// Calls `visit(text, in)` for each VTEP of each flood list.
+template <class Visit>
+void eachFloodVtep(Stateway::StateDocument const& document, Visit visit) {
+  auto const shmem = document.root().find("shmem");
+  auto const output = shmem ? shmem->find(kFloodListsPath) : std::nullopt;
+  if (!output) return;
+  eachMemberOf(*output, "floodSet", [&](std::string_view, JsonIn const& list) { eachMemberOf(list, "vtep", visit); });
+}
+
+/// The tunnels to multicast groups.
+std::optional<JsonIn> groupsOf(Stateway::StateDocument const& document) {
+  auto const stateway = document.root().find("stateway");
+  auto const config = stateway ? stateway->find(kMcastKinds.front().configPath()) : std::nullopt;
+  return config ? config->find("tunnel") : std::nullopt;
+}
+
+void checkFloodLists(Stateway::StateDocument const& document, OwnAddresses const& own) {
+  auto const groups = groupsOf(document);
+  std::size_t used = groups ? groups->size() : 0;
+  auto const limit = [&](JsonIn const& in) {
+    if (used <= maxFloodTunnels) return;
+    in.fail("expected at most " + Kiln::toText(maxFloodTunnels) + " flood VTEPs and multicast tunnels together");
+  };
+  if (groups) limit(*groups);
+  std::set<IpGenAddr> vteps;
+  eachFloodVtep(document, [&](std::string_view text, JsonIn const& in) {
+    checkVtep(text, in, own);
+    if (vteps.insert(addressOf(text)).second) ++used;
+    limit(in);
+  });
 }
 
 void checkPorts(JsonIn const& config) {
@@ -105,18 +198,34 @@ void checkL3Interfaces(JsonIn const& table) {
   });
 }
 
+void checkStateway(JsonIn const& stateway, OwnAddresses const& own) {
+  for (auto const& [type, name] : kTunnelTypes) {
+    if (auto const config = stateway.find(wantedTunnelsPath(type))) checkTunnels(*config, own);
+  }
+  if (auto const ports = stateway.find(TesselCentral::PortConfigDir::mountPath)) checkPorts(*ports);
+  if (auto const table = stateway.find("vane/l3IntfTable")) checkL3Interfaces(*table);
+  checkHerTunnels(stateway);
+  if (auto const status = stateway.find(kVtepStatusPath)) checkFloodRoutes(*status);
+  for (auto const& kind : kMcastKinds) {
+    if (auto const config = stateway.find(kind.configPath())) checkMcastTunnels(kind, *config, own);
+  }
+}
+
 }  // namespace
+
+FloodTunnels floodTunnels(Stateway::StateDocument const& document) {
+  std::set<IpGenAddr> vteps;
+  eachFloodVtep(document, [&](std::string_view text, JsonIn const&) { vteps.insert(addressOf(text)); });
+  auto const groups = groupsOf(document);
+  return {vteps.size(), groups ? groups->size() : 0};
+}
 
 void checkSemantics(Stateway::StateDocument const& document) {
   auto const stateway = document.root().find("stateway");
-  if (!stateway) return;
-  auto const vti = stateway->find(kVtiStatusPath);
+  auto const vti = stateway ? stateway->find(kVtiStatusPath) : std::nullopt;
   auto const own = vti ? ownAddresses(*vti) : OwnAddresses();
-  for (auto const& [type, name] : kTunnelTypes) {
-    if (auto const config = stateway->find(wantedTunnelsPath(type))) checkTunnels(*config, own);
-  }
-  if (auto const ports = stateway->find(TesselCentral::PortConfigDir::mountPath)) checkPorts(*ports);
-  if (auto const table = stateway->find("vane/l3IntfTable")) checkL3Interfaces(*table);
+  if (stateway) checkStateway(*stateway, own);
+  checkFloodLists(document, own);
 }
 
 }  // namespace Host

@@ -21,6 +21,21 @@ inline constexpr std::array<std::pair<Vane::TunnelType, std::string_view>, 3> kT
     {Vane::vxlanMemberTunnel_, "vxlanMemberTunnel"},
     {Vane::vxlanHerTunnel_, "vxlanHwHerTunnel"},
 }};
+/// The tunnel types of multicast features, with their names and the beginning of their paths in the state database.
+struct McastKind {
+  Vane::TunnelType type;
+  std::string_view name;
+  std::string_view path;
+
+  std::string configPath() const { return std::string(path) + "config"; }
+  std::string statusPath() const { return std::string(path) + "status"; }
+};
+inline constexpr std::array<McastKind, 3> kMcastKinds{{
+    {Vane::vxlanMcastTunnel_, "vxlanMcastTunnel", "vxlan/multicast/tunnel/"},
+    {Vane::vxlanMcastHer_, "vxlanMcastHer", "vxlan/multicast/herTunnel/"},
+    {Vane::vxlanBum_, "vxlanBum", "vxlan/multicast/bumTunnel/"},
+}};
+
 /// The path of the wanted tunnels of a type in the state database. REQUIRES: one of `kTunnelTypes`.
 std::string wantedTunnelsPath(Vane::TunnelType type);
 
@@ -34,6 +49,8 @@ inline constexpr std::string_view kVlanStatusPath = "l3/vlanStatusDir";
 inline constexpr std::string_view kVxlanStatePath = "tesselVxlan/vxlanState";
 inline constexpr std::string_view kVxlanToL2StatePath = "hardware/tessel/tunnel/vxlan/vxlanToL2State";
 inline constexpr std::string_view kVtiStatusPath = "interface/status/eth/vxlan";
+inline constexpr std::string_view kFloodListsPath = "bridging/l2Rib/floodOutput";  ///< In shared memory.
+inline constexpr std::string_view kVtepStatusPath = "vxlan/version2/vtepStatusDir";
 
 /// What an agent has before its feature starts: the chip, empty stores, and the entities that the agent itself owns.
 ///

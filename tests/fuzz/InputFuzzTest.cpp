@@ -40,13 +40,16 @@ std::string contents(fs::path const& file) {
 struct Corpus {
   fs::path const source = TESSEL_SOURCE_DIR;
   std::vector<std::string> documents{std::string(Host::defaultLeaf()),
-                                     contents(source / "tests/data/input/tunnels.json")};
+                                     contents(source / "tests/data/input/tunnels.json"),
+                                     contents(source / "tests/data/input/flood.json")};
+  std::vector<std::string> explained{"10.255.0.2", "10.255.0.3", "239.1.1.1", "fd00::2"};
+  std::vector<std::string> chips{"cascaded", "flat", "flooding"};
   std::vector<std::string> profiles;
   std::vector<std::string> toggles{R"({"VaneVniSmInTesselL2":true})", R"({"Tessel4L3McastUnderlayHER":false})"};
   std::vector<std::map<std::string, std::string>> captures;
 
   Corpus() {
-    for (auto const* name : {"cascaded", "flat", "compact", "tiny"}) {
+    for (auto const* name : {"cascaded", "flat", "flooding", "compact", "tiny"}) {
       profiles.push_back(contents(source / "profiles" / (std::string(name) + ".json")));
     }
     for (auto const* name : {"bridge-per-vni/leaf1", "single-vxlan-device", "vlan-aware-multihomed/leaf3",
@@ -89,7 +92,7 @@ class Case {
     if (kind == 2) file("toggles/TesselL2.json", corpus_.toggles);
     if (kind == 2) return arguments_.assign({"run"});
     arguments_ = {"run", "--show", "summary,tunnels,tables,chip,logs,state"};
-    if (kind == 3) arguments_ = {"explain", dice_.oneIn(2) ? "10.255.0.2" : "fd00::2"};
+    if (kind == 3) arguments_ = {"explain", dice_.pick(corpus_.explained)};
     if (kind != 3 && dice_.oneIn(4)) arguments_.push_back("--show-each");
     addInputs();
     addOptions();
@@ -105,7 +108,7 @@ class Case {
   void addOptions() {
     arguments_.push_back("--profile");
     arguments_.push_back(dice_.oneIn(4)   ? file("profile.json", corpus_.profiles)
-                         : dice_.oneIn(8) ? "cascaded"
+                         : dice_.oneIn(4) ? dice_.pick(corpus_.chips)
                                           : "tiny");
     if (dice_.oneIn(2)) arguments_.insert(arguments_.end(), {"--completion", "deferred"});
     if (dice_.oneIn(4)) arguments_.insert(arguments_.end(), {"--format", "json"});

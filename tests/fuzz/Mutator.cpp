@@ -34,16 +34,20 @@ Texts split(std::string const& list) {
 
 // Texts at the edges of what each kind can be.
 Texts const addresses = split(
-    "0.0.0.0 10.255.0.1 10.255.0.2 10.255.0.3 10.255.0.4 10.1.1.0 127.0.0.1 224.0.0.1 255.255.255.255 10.0.0.256 :: "
+    "0.0.0.0 239.1.1.1 239.1.1.2 224.0.0.5 ff05::9 10.255.0.1 10.255.0.2 10.255.0.3 10.255.0.4 10.1.1.0 127.0.0.1 "
+    "224.0.0.1 255.255.255.255 10.0.0.256 :: "
     "::1 fd00::1 fd00::2 FD00::2 ff02::1 fe80::1 ::ffff:10.0.0.1 0.0.0.0/0 10.0.0.0/8 10.0.0.0/33 default");
 Texts const macs = split(
-    "00:00:00:00:00:00 02:f1:00:00:00:01 02:00:00:00:00:02 02:00:00:00:00:03 01:00:5e:00:00:01 ff:ff:ff:ff:ff:ff "
+    "00:00:00:00:00:00 01:00:5e:01:01:01 02:f1:00:00:00:01 02:00:00:00:00:02 02:00:00:00:00:03 01:00:5e:00:00:01 "
+    "ff:ff:ff:ff:ff:ff "
     "02:F1:00:00:00:01");
 Texts const numbersAsText = split("0 1 7 8 07 36 4094 4095 65536 2147483648 4294967295 -1");
 Texts const names = [] {
   auto all = split(
       "Vlan0 Vlan10 Vlan101 Vlan4095 Vxlan1 Vxlan2 Ethernet1 Ethernet2 Ethernet11 up1 up2 lo br0 nextHopResolved "
       "nextHopUnresolved nextHopMcastTunnel port lag subPort stateway local shmem l3/vlanStatusDir "
+      "bridging/l2Rib/floodOutput vxlan/version2/vtepStatusDir vxlan/multicast/tunnel/config "
+      "vxlan/multicast/bumTunnel/config "
       "tesselVxlan/vxlanState ttl vxlan/config dead FAILED vlan bond bridge vxlan veth \xc3\xa9/~");
   all.insert(all.end(), {"", std::string("a\0b", 3), std::string(300, 'x')});
   return all;

@@ -1,6 +1,7 @@
 #include <cstdlib>
 
 #include "host/agent/Agent.h"
+#include "platform/tessel/l3common/VxlanDirs.h"
 #include "tests/host/CommandWorld.h"
 
 namespace Host::Test {
@@ -32,6 +33,48 @@ TEST_F(BadInput, documentsAreRefusedAsWrittenDown) {
       EXPECT_EQ("= accepted\n", result) << given[0];
       EXPECT_EQ(ran.code, kGood);
     }
+  }
+}
+
+/// Flood lists of VLAN 10 and multicast tunnels, as many of each.
+std::string floodDocument(unsigned vteps, unsigned groups) {
+  std::string lists, routes, tunnels;
+  auto const add = [](std::string& list, unsigned base, unsigned i, char const* value) {
+    list += (list.empty() ? "\"" : ",\"") + Kiln::toText(Meshal::IpAddr(base + i)) + "\":" + value;
+  };
+  for (unsigned i = 0; i < vteps; ++i) add(lists, 0x0b000001, i, "true"), add(routes, 0x0b000001, i, "7");
+  for (unsigned i = 0; i < groups; ++i)
+    add(tunnels, 0xef000001, i, R"({"nextHops":[{"ethAddr":"01:00:5e:00:00:01"}]})");
+  return R"({"stateway":{"interface/status/eth/vxlan":{"vtiStatus":{"Vxlan1":{"srcAddr":"10.0.0.1","udpPort":4789}}},
+            "hardware/tessel/tunnel/configDir/vxlanHwHerTunnel":{"adjacency":{"7":{"nextHops":[{"ethAddr":"02:00:00:00:00:01"}]}}},
+            "vxlan/version2/vtepStatusDir":{"vtepAdjacency":{)" +
+         routes + R"(}},"vxlan/multicast/tunnel/config":{"tunnel":{)" + tunnels +
+         R"(}}},"shmem":{"bridging/l2Rib/floodOutput":{"floodSet":{"10":{"vtep":{)" + lists + "}}}}}}";
+}
+
+TEST_F(BadInput, moreFloodTunnelsThanEncapsulationIds) {
+  for (auto const& [vteps, groups, place] :
+       {std::tuple(24'577U, 0U, "vtep/11.0.96.1: found true, expected at most 24576 flood VTEPs and multicast"),
+        {1U, 24'576U, "vtep/11.0.0.1: found true, expected at most 24576"},
+        {0U, 24'577U, "tunnel: found {\"239.0.0.1\":"}}) {
+    auto const name = file("many.json", floodDocument(vteps, groups));
+    expectRefused({"run", name}, {name, place});
+  }
+}
+
+// The ids of one document's flood VTEPs are free for the multicast tunnels of the next.
+TEST(Agent, allEncapsulationIdsChangeTheirUsers) {
+  Agent::Options options;
+  options.profile = "flat";
+  Agent agent(options);
+  auto const ids = [&] {
+    return agent.local<TesselL3Common::TesselVxlanBumVtepConfigDir>("vxlan/bumVtepConfigDir")
+        ->bumVtepConfigColl()
+        .size();
+  };
+  for (auto const& [vteps, groups] : {std::pair(24'576U, 0U), {0U, 24'576U}, {24'575U, 1U}, {1U, 24'575U}}) {
+    agent.apply(floodDocument(vteps, groups));
+    EXPECT_EQ(ids(), vteps + groups);
   }
 }
 
