@@ -182,7 +182,8 @@ void BumVtepSm::maybeUpdateHwTunnelStatus(TunnelKey const& tunnelKey, bool setSt
   if (!initialized()) return;
   Dovel::Ptr<Vane::HwTunnelConfigEntry const> const entry = hwTunnelConfig()->hwTunnelConfigList(tunnelKey);
   // A tunnel programmer that hears of a tunnel first may raise its VTEP's version before this object hears of it.
-  if (!entry || !tesselVxlanVtepHwTunnelConfig_.at(tunnelKey)) {
+  auto const known = tesselVxlanVtepHwTunnelConfig_.at(tunnelKey);
+  if (!entry || !known || known->notifier().get() != entry.get()) {
     return TRACE(1, ", tunnelKey: {}, not updating hwTunnelStatus ", tunnelKey);
   }
   if (setStatus) {

@@ -59,8 +59,9 @@ void McastTunnels::handleTunnel(Meshal::IpGenAddr const& addr) {
   if (auto const entry = config_->hwTunnelConfigList(key)) {
     auto const& present = entry->nextHopEntryList();
     bool const same = present && list ? present->nextHopEntry() == list->nextHopEntry() : present == list;
-    if (!same) entry->nextHopEntryListIs(list);
-    return;
+    if (same) return;
+    // Only tunnels to groups have a programmer, which follows the list. The others are published anew.
+    if (config_->tunnelType() == vxlanMcastTunnel_) return entry->nextHopEntryListIs(list);
   }
   auto const entry = Dovel::make<HwTunnelConfigEntry>(key);
   entry->nextHopEntryListIs(list);

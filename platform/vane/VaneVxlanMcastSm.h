@@ -57,8 +57,8 @@ class NestedSm_McastTunnelStatus final : public Kiln::NotifieeConst {
 /// Keeps the hardware tunnels of one multicast type: a configuration for each wanted tunnel, with one generation each,
 /// and the published ids.
 ///
-/// The next hops of a tunnel to a group are of the type that such tunnels have, and resolved ones alone. Main thread
-/// only.
+/// The next hops of a tunnel to a group are of the type that such tunnels have, and resolved ones alone; they change in
+/// place. Other next hops of a tunnel of another type are a new entry under its key. Main thread only.
 class McastTunnels final : public Kiln::Sm {
   KILN_BASE_TYPE(Vane::VXLAN::McastTunnels)
 

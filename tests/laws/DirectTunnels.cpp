@@ -1,5 +1,7 @@
 #include "tests/laws/DirectTunnels.h"
 
+#include "platform/vane/McastTunnel.h"
+
 namespace AgentTest {
 
 using Vane::TunnelKey;
@@ -11,7 +13,9 @@ DirectTunnels::DirectTunnels(Host::Agent& agent, Vane::TunnelType type, Wish con
 
 void DirectTunnels::bind() {
   config().hwInitIs(1);
-  statuses_.emplace(*agent_.hwTunnelStatus(type_), [this](Dovel::Change const& change) {
+  auto const status = tunnelStatus(agent_, type_);
+  if (!status) return;
+  statuses_.emplace(*status, [this](Dovel::Change const& change) {
     if (change.id == Vane::HwTunnelStatus::tunnelStatusId) statusChanged(change.keyAs<TunnelKey>());
   });
 }
@@ -19,7 +23,7 @@ void DirectTunnels::bind() {
 void DirectTunnels::statusChanged(TunnelKey const& key) {
   auto const vtep = Kiln::toText(key.dst());
   entries_.erase(key);
-  if (auto const entry = agent_.hwTunnelStatus(type_)->tunnelStatus(key))
+  if (auto const entry = tunnelStatus(agent_, type_)->tunnelStatus(key))
     entries_.try_emplace(key, *entry, [this, vtep](Dovel::Change const&) { notified_(vtep); });
   notified_(vtep);
 }
@@ -46,7 +50,8 @@ void DirectTunnels::sync(std::string const& vtep) {
   }
   auto& present = present_[vtep];
   if (found != present_.end()) present.formers.push_back(present.key);
-  present.key = {{}, Meshal::IpGenAddr(vtep), 0, ++lastGenId_, Vane::defaultTunnelIntf()};
+  present.key = hasVersion(type_) ? Vane::floodTunnelKey(Meshal::IpGenAddr(vtep))
+                                  : TunnelKey{{}, Meshal::IpGenAddr(vtep), 0, ++lastGenId_, Vane::defaultTunnelIntf()};
   present.genId = wanted->second.genId;
   last_[vtep] = present.key;
   add(TunnelKey(present.key), list);
@@ -113,6 +118,7 @@ void DirectTunnels::formersGone() {
 
 bool DirectTunnels::activate() {
   bool changed = false;
+  if (hasVersion(type_)) return false;
   for (auto& [vtep, present] : present_) {
     auto const& status = agent_.hwTunnelStatus(type_)->tunnelStatus(present.key);
     auto const nhId = status ? status->hwNextHopStatusEntry().hwNextHopId() : Vane::VaneNextHopId();
@@ -143,7 +149,7 @@ DirectTunnels::ListPtr DirectTunnels::listOf(std::optional<std::uint32_t> adjId)
   auto& [hops, list] = lists_[*adjId];
   if (!list || hops != found->second) {
     hops = found->second;
-    list = Dovel::make<Vane::NextHopEntryList>(*adjId, entriesOf(hops));
+    list = Dovel::make<Vane::NextHopEntryList>(*adjId, entriesOf(hops, type_));
   }
   return list;
 }

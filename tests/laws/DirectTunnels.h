@@ -10,8 +10,8 @@ namespace AgentTest {
 /// The tunnels of one type, written into the feature's configuration by the test itself.
 ///
 /// Unlike the forwarding abstraction it writes at once, on the caller's stack, and may be called from inside a
-/// notification of the status; former generations stay in the configuration until they are removed. The wish is the
-/// caller's. REQUIRES: an agent without producers; gone before the agent is.
+/// notification of the status; former generations stay in the configuration until they are removed. Multicast tunnels
+/// have one generation. The wish is the caller's. REQUIRES: an agent without producers; gone before the agent is.
 class DirectTunnels {
  public:
   using Notified = std::function<void(std::string const& vtep)>;
@@ -43,7 +43,7 @@ class DirectTunnels {
   };
   using ListPtr = Dovel::Ptr<Vane::NextHopEntryList>;
 
-  Vane::HwTunnelConfig& config() const { return *agent_.hwTunnelConfig(type_); }
+  Vane::HwTunnelConfig& config() const { return *tunnelConfig(agent_, type_); }
   void bind();
   void statusChanged(Vane::TunnelKey const& key);
   void syncFormers(std::string const& vtep);

@@ -3,6 +3,8 @@
 #include <fmt/args.h>
 #include <fmt/format.h>
 
+#include "tests/support/AgentText.h"
+
 namespace AgentTest {
 
 namespace {
@@ -10,6 +12,7 @@ namespace {
 constexpr std::string_view words[Event::kinds] = {
     "{tunnel} over adjacency {n}",
     "{tunnel} has generation {n}",
+    "{tunnel} in VLANs {n}",
     "{tunnel} is removed",
     "adjacency {n}:{hops}",
     "adjacency {n} is removed",
@@ -19,6 +22,8 @@ constexpr std::string_view words[Event::kinds] = {
     "UDP source ports from {n} on",
     "UDP port {n}",
     "learning {n}",
+    "EVPN {n}",
+    "VLAN {n} has ports {m}",
     "DSCP propagation {n}",
     "TOS {n}",
     "VXLAN interface {n}",
@@ -47,7 +52,7 @@ std::string_view at(Names const& names, std::uint32_t n) {
 std::string text(Event const& event) {
   std::string hops;
   for (auto const& hop : event.hops) hops += fmt::format(" {}{}", hop.uplink, hop.resolved ? "" : "?");
-  auto const tunnel = fmt::format("{} {}", event.type == unicast ? "unicast" : "member", vtepOf(event.vtep));
+  auto const tunnel = fmt::format("{} {}", nameOf(event.type), addressOf(event));
   auto const line =
       fmt::format(fmt::runtime(words[event.kind]), fmt::arg("tunnel", tunnel), fmt::arg("n", event.n),
                   fmt::arg("m", event.m), fmt::arg("hops", hops), fmt::arg("reaction", at(reactionWords, event.n)),

@@ -15,7 +15,8 @@ struct Event {
   enum Kind : std::uint8_t {
     // Of one tunnel.
     over,        ///< Over adjacency n; 0: without a route.
-    generation,  ///< A new configuration.
+    generation,  ///< A new configuration; nothing for a tunnel that has one generation.
+    vlans,       ///< Of a flood tunnel: VLAN 10, 20, 30 for each bit of n.
     gone,
     // Of the switch.
     adjacency,  ///< Number n gets `hops`.
@@ -26,6 +27,8 @@ struct Event {
     sourcePorts,  ///< UDP source ports from n on; 0: none.
     udpPort,
     learning,
+    evpn,
+    vlanPorts,  ///< VLAN n gets port Ethernet1, Ethernet2 for each bit of m.
     dscp,
     tos,
     vti,  ///< 0: the interface is removed.
@@ -56,17 +59,33 @@ struct Event {
 };
 
 /// Tables whose completions are held back, and tables of the chip that refuse; the number of an event is an index here.
-inline constexpr std::string_view kHeldTables[] = {"VirtualPortTableMerged", "IngL3EcmpMember0Table",
-                                                   "L3NextHop1Table",        "L3NextHop2Table",
-                                                   "EgrL3Ipv4TunnelTable",   "EcmpGroup1Table"};
-inline constexpr std::string_view kRefusingTables[] = {
-    "VirtualPort1Table", "VirtualPort2Table",   "IngL3EcmpMember0Table", "IngL3NextHop1",
-    "EgrL3NextHop1",     "IngL3NextHop2Table",  "EgrL3NextHop2",         "EgrL3Ipv4TunnelTable",
-    "EcmpGroup1Table",   "EcmpMember1Table",    "EgrL3Ipv6TunnelTable",  "L2TunnelIpv4DipTable",
-    "EgrL3Oif2",         "L2TunnelIpv4SipTable"};
+inline constexpr std::string_view kHeldTables[] = {
+    "VirtualPortTableMerged", "IngL3EcmpMember0Table", "L3NextHop1Table",  "L3NextHop2Table",
+    "EgrL3Ipv4TunnelTable",   "EcmpGroup1Table",       "HerNextHop1Table", "EpreCcbeNextHopRemapTable"};
+inline constexpr std::string_view kRefusingTables[] = {"VirtualPort1Table",
+                                                       "VirtualPort2Table",
+                                                       "IngL3EcmpMember0Table",
+                                                       "IngL3NextHop1",
+                                                       "EgrL3NextHop1",
+                                                       "IngL3NextHop2Table",
+                                                       "EgrL3NextHop2",
+                                                       "EgrL3Ipv4TunnelTable",
+                                                       "EcmpGroup1Table",
+                                                       "EcmpMember1Table",
+                                                       "EgrL3Ipv6TunnelTable",
+                                                       "L2TunnelIpv4DipTable",
+                                                       "EgrL3Oif2",
+                                                       "L2TunnelIpv4SipTable",
+                                                       "HerNextHop1Table",
+                                                       "HerNextHop2Table",
+                                                       "EpreCcbeNextHopRemapTable"};
 
 /// The VTEP of a number: of IPv6 from 100 on.
 inline std::string vtepOf(unsigned n) { return n < 100 ? vtep(n) : vtep6(n - 100); }
+/// The address of the tunnel of an event: of a multicast tunnel, a group.
+inline std::string addressOf(Event const& event) {
+  return event.type == mcast ? group(event.vtep) : vtepOf(event.vtep);
+}
 /// The line of an event in a story, such as "unicast 10.255.0.2 over adjacency 3".
 std::string text(Event const& event);
 

@@ -20,12 +20,14 @@ std::vector<Group> const groups{
     {1, {{Event::over, 12}, {Event::gone, 6}}},
     {2, {{Event::adjacency, 6}, {Event::noAdjacency, 1}}},
     {2, {{Event::generation, 4}}},
+    {3, {{Event::vlans, 3}, {Event::vlanPorts, 2}}},
     {3, {{Event::formerHops, 2}, {Event::formersGone, 1}}},
     {3, {{Event::react, 4}}},
     {2, {{Event::source, 3}, {Event::source6, 1}}},
     {2, {{Event::udpPort, 3}}},
     {3, {{Event::vti, 2}}},
     {3, {{Event::learning, 1}, {Event::dscp, 1}, {Event::tos, 1}}},
+    {3, {{Event::evpn, 3}, {Event::learning, 1}}},
     {4, {{Event::mlag, 2}, {Event::sourcePorts, 1}}},
     {3, {{Event::hold, 2}, {Event::release, 1}}},
     {3, {{Event::holdAll, 2}, {Event::deliver, 6}, {Event::release, 1}}},
@@ -36,7 +38,11 @@ std::vector<Group> const groups{
 class Writer {
  public:
   Writer(std::uint64_t seed, std::string const& profile, EventKinds allowed)
-      : random_(seed), ipv6_(profile != "compact" && !oneIn(3)), bothTypes_(!oneIn(3)), portless_(oneIn(3)) {
+      : random_(seed),
+        ipv6_(profile != "compact" && !oneIn(3)),
+        members_(!oneIn(3)),
+        floods_(!oneIn(3)),
+        portless_(oneIn(profile.find("looding") == profile.npos ? 3 : 1)) {
     for (auto const& group : groups) {
       bool const has = oneIn(group.oneIn);
       for (auto const& [kind, weight] : group.weights) {
@@ -48,7 +54,8 @@ class Writer {
   Event next() {
     Event event{.kind = kinds_[below(static_cast<std::uint32_t>(kinds_.size()))]};
     event.vtep = ipv6_ && oneIn(4) ? 102 + below(2) : 2 + below(vteps);
-    event.type = bothTypes_ && oneIn(3) ? member : unicast;
+    event.type = event.kind == Event::vlans ? flood : someType();
+    if (event.type == mcast) event.vtep = 2 + below(2);
     event.more = event.kind < Event::react && oneIn(5);
     fill(event);
     return event;
@@ -58,6 +65,10 @@ class Writer {
   std::uint32_t below(std::uint32_t n) { return static_cast<std::uint32_t>(random_() % n); }
   bool oneIn(std::uint32_t n) { return below(n) == 0; }
 
+  Vane::TunnelType someType() {
+    if (floods_ && oneIn(2)) return oneIn(2) ? flood : oneIn(3) ? bum : mcast;
+    return members_ && oneIn(3) ? member : unicast;
+  }
   void fill(Event& event) {
     auto const& [n, m] = std::tie(event.n, event.m);
     auto const is = [&](auto... kinds) { return ((event.kind == kinds) || ...); };
@@ -71,7 +82,9 @@ class Writer {
     if (is(Event::mlag)) n = oneIn(3) ? 0 : 101 + below(3), m = oneIn(2) ? 0 : 101 + below(3);
     if (is(Event::sourcePorts)) n = oneIn(2) ? 0 : 49152 + below(2);
     if (is(Event::tos)) n = below(4);
-    if (is(Event::learning, Event::dscp, Event::vti)) n = below(2);
+    if (is(Event::learning, Event::evpn, Event::dscp, Event::vti)) n = below(2);
+    if (is(Event::vlans)) n = 1 + below(7);
+    if (is(Event::vlanPorts)) n = 111 + below(2), m = below(4);
     if (is(Event::hold)) n = below(std::size(kHeldTables));
     if (is(Event::deliver)) n = 1 + below(3);
     if (is(Event::refuseTable)) n = below(std::size(kRefusingTables));
@@ -83,13 +96,13 @@ class Writer {
     for (unsigned n = 1; n <= uplinks; ++n) {
       if (oneIn(2)) hops.insert(Hop{n, !oneIn(5)});
     }
-    if (portless_ && oneIn(8)) hops.insert(uplink(10 + below(2)));
+    if (portless_ && oneIn(8)) hops.insert(uplink(10));
+    if (portless_ && oneIn(4)) hops.insert(uplink(11 + below(2)));
     return hops;
   }
 
   std::mt19937_64 random_;
-  bool ipv6_, bothTypes_;
-  bool portless_;
+  bool ipv6_, members_, floods_, portless_;
   std::uint32_t lastGenId_ = 0;
   std::vector<Event::Kind> kinds_;
 };
@@ -109,6 +122,16 @@ Story storyOf(std::uint64_t seed, std::string const& profile, EventKinds allowed
   return story;
 }
 
+/// One for each bit.
+std::set<unsigned> chosen(std::initializer_list<unsigned> from, std::uint32_t bits) {
+  std::set<unsigned> some;
+  for (auto const n : from) {
+    if (bits & 1) some.insert(n);
+    bits >>= 1;
+  }
+  return some;
+}
+
 Wish usualWish() {
   Wish wish;
   wish.localVtep = vtep(1);
@@ -123,13 +146,10 @@ Player::Player(AgentWorld& agent, ChipKind const& kind, Drive drive, Wish wish)
       drive_(drive),
       wish_(std::move(wish)),
       small_(kind.profile.starts_with("tiny") || kind.profile == "fewMembers") {
-  if (direct()) {
-    auto const make = [this](Vane::TunnelType type) {
-      return std::make_unique<DirectTunnels>(agent_.agent(), type, wish_,
-                                             [this, type](std::string const& vtep) { notified(type, vtep); });
-    };
-    unicast_ = make(unicast);
-    member_ = make(member);
+  for (auto const type : {unicast, member, flood, mcast}) {
+    if (!direct()) break;
+    auto const heard = [this, type](std::string const& address) { notified(type, address); };
+    tunnels_.emplace(type, std::make_unique<DirectTunnels>(agent_.agent(), type, wish_, heard));
   }
   apply();
 }
@@ -162,16 +182,21 @@ void Player::change(Event const& event) {
   headersAreOld_ |= is(Event::mlag) || is(Event::sourcePorts);
   if (is(Event::udpPort)) wish_.udpPort = static_cast<std::uint16_t>(n);
   if (is(Event::learning)) wish_.learning = n != 0;
+  if (is(Event::evpn)) wish_.evpn = n != 0;
+  floodsAreOld_ |= is(Event::learning) || is(Event::evpn);
+  if (is(Event::vlanPorts)) wish_.vlanPorts[n] = chosen({1, 2}, m);
   if (is(Event::dscp)) wish_.dscp = n != 0;
   if (is(Event::tos)) wish_.tos = static_cast<std::uint8_t>(n);
   if (is(Event::vti)) wish_.vti = n != 0;
 }
 
 void Player::changeTunnel(Event const& event) {
-  std::pair const key(event.type, vtepOf(event.vtep));
+  std::pair const key(event.type, addressOf(event));
   if (event.kind == Event::gone) return void(wish_.tunnels.erase(key));
+  if (event.kind == Event::generation && hasVersion(event.type)) return;
   auto& tunnel = wish_.tunnels[key];
-  if (event.type == unicast) hadUnicast_.insert(key.second);
+  if (event.type != member) hadOther_.insert(key.second);
+  if (event.kind == Event::vlans) return void(tunnel.vlans = chosen({10, 20, 30}, event.n));
   if (event.kind == Event::generation) return void(tunnel.genId = ++lastGenId_);
   tunnel.adjId.reset();
   if (event.n != 0) tunnel.adjId = event.n;
@@ -179,9 +204,10 @@ void Player::changeTunnel(Event const& event) {
 
 void Player::act(Event const& event) {
   auto const is = [&](Event::Kind kind) { return event.kind == kind; };
-  if (is(Event::formerHops) && direct()) tunnels(event.type).formerHops(vtepOf(event.vtep), event.n);
-  if (is(Event::formersGone) && direct()) tunnels(event.type).formersGone(vtepOf(event.vtep));
-  if (is(Event::react) && direct()) armed_.push_back({event, event.m});
+  bool const isDirect = tunnels_.contains(event.type);
+  if (is(Event::formerHops) && isDirect) tunnels(event.type).formerHops(addressOf(event), event.n);
+  if (is(Event::formersGone) && isDirect) tunnels(event.type).formersGone(addressOf(event));
+  if (is(Event::react) && isDirect) armed_.push_back({event, event.m});
   if (is(Event::hold)) agent_.hold(kHeldTables[event.n]);
   if (is(Event::holdAll)) holdAll();
   if (is(Event::deliver)) deliver(event.n);
@@ -225,20 +251,19 @@ void Player::restart() {
   release();
   agent_.restart();
   if (!direct()) return;
-  unicast_->restarted();
-  member_->restarted();
+  for (auto const& [type, tunnels] : tunnels_) tunnels->restarted();
   settle();
 }
 
-void Player::notified(Vane::TunnelType type, std::string const& vtep) {
+void Player::notified(Vane::TunnelType type, std::string const& address) {
   for (auto& armed : armed_) {
-    if (armed.event.type != type || vtepOf(armed.event.vtep) != vtep || armed.left == 0) continue;
+    if (armed.event.type != type || addressOf(armed.event) != address || armed.left == 0) continue;
     if (--armed.left == 0) return react(armed.event);
   }
 }
 
 void Player::react(Event const& event) {
-  auto const vtep = vtepOf(event.vtep);
+  auto const vtep = addressOf(event);
   std::pair const key(event.type, vtep);
   auto const reaction = event.n;
   auto& tunnels = this->tunnels(event.type);
@@ -247,9 +272,9 @@ void Player::react(Event const& event) {
     return tunnels.sync(vtep);
   }
   auto& tunnel = wish_.tunnels[key];
-  if (event.type == unicast) hadUnicast_.insert(vtep);
+  if (event.type != member) hadOther_.insert(vtep);
   if (reaction == Event::removeAndReturn) return tunnels.again(vtep);
-  if (reaction == Event::newGeneration) tunnel.genId = ++lastGenId_;
+  if (reaction == Event::newGeneration && !hasVersion(event.type)) tunnel.genId = ++lastGenId_;
   if (reaction == Event::otherHops) tunnel.adjId = tunnel.adjId.value_or(0) % adjacencies + 1;
   tunnels.sync(vtep);
 }
@@ -265,20 +290,23 @@ void Player::apply() {
     agent_.want(wish_);
   } else {
     auto rest = wish_;
-    rest.tunnels.clear();
-    rest.adjacencies.clear();
+    // Flood lists and tunnels without programmer are in documents either way.
+    std::erase_if(rest.tunnels, [&](auto const& tunnel) {
+      return tunnel.first.first != flood && tunnels_.contains(tunnel.first.first);
+    });
+    if (rest.tunnels.empty()) rest.adjacencies.clear();
     agent_.want(rest);
-    unicast_->sync();
-    member_->sync();
+    for (auto const& [type, tunnels] : tunnels_) tunnels->sync();
   }
   settle();
 }
 
 void Player::settle() {
   agent_.settle();
-  if (direct()) {
-    while (unicast_->activate() || member_->activate()) agent_.settle();
-  }
+  auto const activate = [this] {
+    return std::ranges::any_of(tunnels_, [](auto const& tunnels) { return tunnels.second->activate(); });
+  };
+  while (activate()) agent_.settle();
   if (small_ || refused_) agent_.messages();
 }
 
@@ -306,10 +334,7 @@ void Player::calm() {
   armed_.clear();
   agent_.hardware().refuseNone();
   release();
-  if (direct()) {
-    unicast_->formersGone();
-    member_->formersGone();
-  }
+  for (auto const& [type, tunnels] : tunnels_) tunnels->formersGone();
 }
 
 /// The wish with what tunnels need, and no more tunnels than a small chip has rows for.
@@ -322,7 +347,8 @@ Wish Player::closed() const {
   if (!small_) return wish;
   wish.adjacencies = {{1, {uplink(1), uplink(2)}}, {2, {uplink(2), unresolved(3)}}};
   std::erase_if(wish.tunnels, [](auto const& tunnel) {
-    return tunnel.first.second != vtep(2) && tunnel.first.second != vtep(4) && tunnel.first.second != vtep6(2);
+    return tunnel.first.second != vtep(2) && tunnel.first.second != vtep(4) && tunnel.first.second != vtep6(2) &&
+           tunnel.first.second != group(2);
   });
   return wish;
 }
@@ -332,9 +358,14 @@ void Player::refresh(Wish const& last) {
   auto moved = last;
   // Over a next hop that no other adjacency has: its write is accepted, and those that the chip refused are sent again.
   moved.adjacencies[scratchAdjacency] = {uplink(uplinks + 1)};
+  std::erase_if(moved.tunnels, [&](auto const& tunnel) {
+    auto const type = tunnel.first.first;
+    bool const floods = type == flood || type == mcast;
+    return type == bum || (floods && (floodsAreOld_ || small_ || refused_));
+  });
   for (auto& [key, tunnel] : moved.tunnels) {
     bool const alone = !last.tunnels.contains({unicast, key.second});
-    bool const stale = key.first == member && alone && hadUnicast_.contains(key.second);
+    bool const stale = key.first == member && alone && hadOther_.contains(key.second);
     if (stale || small_ || refused_) tunnel.adjId = scratchAdjacency;
     // Beyond the generations that the agent numbers by itself.
     if (refused_) tunnel.genId = lastGenId_ += 1000;

@@ -55,7 +55,7 @@ class Player {
   };
 
   bool direct() const { return drive_ == Drive::test; }
-  DirectTunnels& tunnels(Vane::TunnelType type) { return type == unicast ? *unicast_ : *member_; }
+  DirectTunnels& tunnels(Vane::TunnelType type) { return *tunnels_.at(type); }
   void change(Event const& event);
   void changeTunnel(Event const& event);
   void act(Event const& event);
@@ -63,7 +63,7 @@ class Player {
   void release();
   void deliver(unsigned count);
   void refuse(Event const& event);
-  void notified(Vane::TunnelType type, std::string const& vtep);
+  void notified(Vane::TunnelType type, std::string const& address);
   void react(Event const& event);
   void apply();
   void settle();
@@ -76,13 +76,13 @@ class Player {
   Wish wish_;
   bool small_;  ///< The chip has a handful of rows.
   std::uint64_t lastGenId_ = 1000;
-  std::set<std::string> hadUnicast_;
+  std::set<std::string> hadOther_;  ///< VTEPs that had a tunnel which its member tunnel shares entries with.
   std::vector<Armed> armed_;
   bool refused_ = false;
   bool heldAll_ = false;
   bool headersAreOld_ = false;  ///< The MLAG address or the source ports have changed.
-  std::unique_ptr<DirectTunnels> unicast_;
-  std::unique_ptr<DirectTunnels> member_;
+  bool floodsAreOld_ = false;   ///< What decides over the rows of flood tunnels at their creation has changed.
+  std::map<Vane::TunnelType, std::unique_ptr<DirectTunnels>> tunnels_;  ///< Of the types that the test itself writes.
 };
 
 }  // namespace AgentTest

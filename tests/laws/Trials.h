@@ -15,8 +15,8 @@ using Law = void (*)(ChipKind const& kind, Story const& story);
 struct Trials {
   Law law;
   std::function<Story(std::uint64_t seed, std::string const& profile)> story;
-  std::vector<std::string> profiles{"cascaded", "flat",     "compact", "oneHeader",
-                                    "flooding", "tinyFlat", "tiny",    "fewMembers"};  ///< By seed, in turn.
+  std::vector<std::string> profiles{"cascaded",     "flat",     "compact", "oneHeader", "flooding",
+                                    "flatFlooding", "tinyFlat", "tiny",    "fewMembers"};  ///< By seed, in turn.
   unsigned seeds = 150;  ///< From 1 on, unless the environment says otherwise.
 };
 

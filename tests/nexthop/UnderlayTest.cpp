@@ -106,7 +106,7 @@ TEST_P(Underlay, groupsFollowWhatTheirNextHopsAreReadFrom) {
 }
 
 class FloodingUnderlay : public Underlay {};
-INSTANTIATE_TEST_SUITE_P(Chips, FloodingUnderlay, testing::ValuesIn(chipKinds({"flooding"})), kindName);
+INSTANTIATE_TEST_SUITE_P(Chips, FloodingUnderlay, testing::ValuesIn(chipKinds({"flatFlooding"})), kindName);
 
 TEST_P(FloodingUnderlay, sendsToTheMulticastGroupOfItsVlanWhereThereIsNoPort) {
   auto const ipmc = agent.agent().local<TesselMcast::IpmcTable>("mcast/swTable/shared/destination/ipmc/511");

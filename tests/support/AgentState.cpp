@@ -20,6 +20,23 @@ std::string_view overlayTableOf(Asic::Chip const& chip) {
   return chip.store("IngL3EcmpMember0Table") ? "IngL3EcmpMember0Table" : "L3NextHop1Table";
 }
 
+char const* nameOf(Vane::TunnelType type) {
+  switch (type) {
+    case unicast:
+      return "unicast";
+    case member:
+      return "member";
+    case flood:
+      return "flood";
+    case mcast:
+      return "mcast";
+    case mcastHer:
+      return "mcastHer";
+    default:
+      return "bum";
+  }
+}
+
 namespace {
 
 using Asic::EntryState;
@@ -61,7 +78,16 @@ class Owners {
   std::map<std::string, std::pair<std::uint32_t, EntryState>, std::less<>> entries_;
 };
 
-char const* nameOf(Vane::TunnelType type) { return type == unicast ? "unicast" : "member"; }
+Dovel::Ptr<TesselVxlan::TesselVxlanMounterSmWrapper> wrapperOf(Host::Agent const& agent) {
+  return Dovel::cast<TesselVxlan::TesselVxlanMounter>(agent.mounter())->vxlanMounterSmWrapper();
+}
+
+/// Publishes the tunnels of a type with versions; null if the chip has none.
+Dovel::Ptr<TesselVxlan::BumVtepSm> publisherOf(TesselVxlan::TesselVxlanMounterSmWrapper const& wrapper,
+                                               Vane::TunnelType type) {
+  if (type == mcast) return wrapper.mcastVtepSm();
+  return type == mcastHer ? wrapper.mcastHerVtepSm() : wrapper.bumVtepSm();
+}
 
 template <class Map, class Less>
 auto sortedBy(Map const& map, Less const& less) {
@@ -81,16 +107,15 @@ class StateText {
       : agent_(agent),
         ports_(agent.chip(), "VirtualPortTableMerged"),
         overlay_(agent.chip(), overlayTableOf(agent.chip())),
-        mounter_(Dovel::cast<TesselVxlan::TesselVxlanMounter>(agent.mounter())) {}
+        wrapper_(wrapperOf(agent)) {}
 
   void addStatus() {
-    for (auto const type : {unicast, member}) {
+    for (auto const type : tunnelTypes) {
       for (auto const& entry : statuses(agent_, type)) {
         auto const& nextHop = entry->hwNextHopStatusEntry();
-        auto const& list = nextHop.nextHopEntryList();
         line("{} {} tnl=[{}] nh=[{}]{}", nameOf(type), entry->tunnelKey().dst(),
              ports_.name(entry->hwTunnelId().value()), nextHopName(type, nextHop.hwNextHopId()),
-             list ? fmt::format(" adj={}", list->adjId()) : "");
+             nextHopsText(type, nextHop.nextHopEntryList()));
       }
     }
   }
@@ -99,10 +124,12 @@ class StateText {
     auto const state = agent_.state<TesselCentral::VxlanToL2State>(Host::kVxlanToL2StatePath);
     for (auto const& map : sortedBy(state->vtepIpToTnlIdNhIdMapColl(), byVtep)) addRecord(*map);
     line("learning={}", state->dataPathLearning());
-    for (auto const type : {unicast, member}) {
-      addPublished(type);
-      addKept(*state, type);
-    }
+    for (auto const type : {unicast, member, flood}) addPublished(type);
+    addPublished("vxlan/multicast/tunnel/status");
+    addPublished("vxlan/multicast/herTunnel/status");
+    addPublished("vxlan/multicast/bumTunnel/status");
+    for (auto const& [type, programmer] : ordered(wrapper_->hwTunnelProgrammerColl())) addKept(*state, *programmer);
+    addFlooding();
     addPortMap();
     addVxlanState(*agent_.local<TesselL3Common::TesselVxlanState>(Host::kVxlanStatePath));
     auto const slice = agent_.state<TesselCentral::VxlanSliceConfig>("hardware/tessel/tunnel/vxlan/sliceConfig");
@@ -117,7 +144,15 @@ class StateText {
     text_ += '\n';
   }
   std::string nextHopName(Vane::TunnelType type, Vane::VaneNextHopId id) const {
+    if (hasVersion(type)) return id.valid() && id.value() != 0 ? "version" : "NO VERSION";
     return (type == unicast ? overlay_ : ports_).name(id.value());
+  }
+  static std::string nextHopsText(Vane::TunnelType type, Dovel::Ptr<Vane::NextHopEntryList> const& list) {
+    if (!list) return "";
+    if (!hasVersion(type)) return fmt::format(" adj={}", list->adjId());
+    std::string text;
+    for (auto const& hop : list->nextHopEntry()) text += fmt::format(" {}", hop.l3Intf());
+    return text;
   }
 
   void addRecord(VtepIpToTnlIdNhIdMap const& map) {
@@ -159,17 +194,55 @@ class StateText {
            nextHopName(type, entry->hwNextHopId()));
     }
   }
+  void addPublished(char const* path) {
+    auto const byAddr = [](auto const& a, auto const& b) { return a->addr() < b->addr(); };
+    auto const dir = Dovel::cast<Multicast::Vxlan::TunnelStatusDir>(agent_.stores().stateway->getEntity(path));
+    for (auto const& entry : sortedBy(dir->tunnelColl(), byAddr)) {
+      line("{} {} tnl=[{}] {}", path, entry->addr(), ports_.name(entry->hwTunnelId().value()),
+           nextHopName(bum, entry->hwNextHopId()));
+    }
+  }
   /// What the programmer of a type keeps by itself. Counters of rewrites tell of the past: only strays are shown.
-  void addKept(TesselCentral::VxlanToL2State const& state, Vane::TunnelType type) {
-    auto const& programmer = mounter_->vxlanMounterSmWrapper()->hwTunnelProgrammer(type);
-    for (auto const& [id, vtep] : ordered(programmer->nhIdToVtepIpMapColl())) {
+  void addKept(TesselCentral::VxlanToL2State const& state, TesselVxlan::HwTunnelProgrammerBase const& programmer) {
+    auto const type = programmer.tunnelType();
+    for (auto const& [vtep, held] : ordered(programmer.evpnHerTunnelListColl()))
+      line("{} holds the row that admits {}", nameOf(type), vtep);
+    for (auto const& [id, vtep] : ordered(programmer.nhIdToVtepIpMapColl())) {
       auto const& map = state.vtepIpToTnlIdNhIdMap(vtep);
       if (id.value() != unprogrammedId && map && map->tnlKeysHas(type) && map->nhId() == id) continue;
       line("NEXT HOP {} LEADS TO {}", id, vtep);
     }
-    for (auto const& [vtep, count] : ordered(programmer->tnlNhUpdateConfig()->tunnelNhUpdateColl())) {
+    for (auto const& [vtep, count] : ordered(programmer.tnlNhUpdateConfig()->tunnelNhUpdateColl())) {
       if (!state.vtepIpToTnlIdNhIdMapHas(vtep)) line("COUNTER OF {} REMAINS", vtep);
     }
+  }
+  void addFlooding() {
+    auto const byVtep = [](auto const& a, auto const& b) { return a->vtepIp() < b->vtepIp(); };
+    for (auto const& vtep : sortedBy(wrapper_->vaneVxlanHwHerVtepStatusDir()->vaneVxlanHwHerVtepStatusColl(), byVtep)) {
+      std::string vlans;
+      for (auto const& [vlan, floods] : ordered(vtep->vlanListColl())) vlans += fmt::format(" {}", vlan);
+      line("flood VLANs of {}:{}", vtep->vtepIp(), vlans);
+    }
+    auto const& records = wrapper_->bumVtepConfigDir()->bumVtepConfigColl();
+    auto const& ids = wrapper_->encapIdToBumVtepIpConfigDir()->vxlanReverseConfigColl();
+    for (auto const& record : sortedBy(records, byVtep)) addFloodVtep(*record);
+    auto const& programmer = wrapper_->hwTunnelProgrammer(flood);
+    auto const used = programmer ? programmer->encapIdBitmap()->count() : 0;
+    if (used != records.size() || ids.size() != used)
+      line("{} FLOOD VTEPS HAVE {} IDS OF {}", records.size(), ids.size(), used);
+    for (auto const& [vlan, list] :
+         ordered(wrapper_->floodUnderlayVlanToVtepListDir()->floodUnderlayVlanToVtepListColl())) {
+      line("flood VTEPs behind VLAN {}: {}", vlan, list);
+    }
+  }
+  void addFloodVtep(TesselL3Common::TesselVxlanBumVtepConfig const& record) {
+    auto const byPort = [](auto const& a, auto const& b) { return a->port().name() < b->port().name(); };
+    std::string ports;
+    for (auto const& hop : sortedBy(record.nextHopsColl(), byPort))
+      ports += fmt::format(" {} > {} {} {}", hop->port(), hop->addr(), hop->ethAddr(), hop->l3Intf());
+    auto const owner = wrapper_->encapIdToBumVtepIpConfigDir()->vxlanReverseConfig(record.encapId());
+    line("flood VTEP {}:{}{}{}", record.vtepIp(), ports, owner && owner->vtepIp() == record.vtepIp() ? "" : " NO ID",
+         record.version() == 0 ? " NO VERSION" : "");
   }
   /// A port of a range that isn't valid is that of an earlier one.
   void addVxlanState(TesselL3Common::TesselVxlanState const& state) {
@@ -186,14 +259,26 @@ class StateText {
   Host::Agent const& agent_;
   Owners ports_;
   Owners overlay_;
-  Dovel::Ptr<TesselVxlan::TesselVxlanMounter> mounter_;
+  Dovel::Ptr<TesselVxlan::TesselVxlanMounterSmWrapper> wrapper_;
   std::string text_;
 };
 
 }  // namespace
 
+Dovel::Ptr<Vane::HwTunnelConfig> tunnelConfig(Host::Agent const& agent, Vane::TunnelType type) {
+  return type == mcast ? wrapperOf(agent)->hwMcastTunnelConfig() : agent.hwTunnelConfig(type);
+}
+
+Dovel::Ptr<Vane::HwTunnelStatus> tunnelStatus(Host::Agent const& agent, Vane::TunnelType type) {
+  if (!hasVersion(type)) return agent.hwTunnelStatus(type);
+  auto const publisher = publisherOf(*wrapperOf(agent), type);
+  return publisher ? publisher->hwTunnelStatus() : nullptr;
+}
+
 std::vector<Dovel::Ptr<Vane::HwTunnelStatusEntry>> statuses(Host::Agent const& agent, Vane::TunnelType type) {
-  return sortedBy(agent.hwTunnelStatus(type)->tunnelStatusColl(), [](auto const& a, auto const& b) {
+  auto const status = tunnelStatus(agent, type);
+  if (!status) return {};
+  return sortedBy(status->tunnelStatusColl(), [](auto const& a, auto const& b) {
     return std::pair(a->tunnelKey().dst(), a->tunnelKey()) < std::pair(b->tunnelKey().dst(), b->tunnelKey());
   });
 }

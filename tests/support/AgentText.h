@@ -24,17 +24,26 @@ std::string tableOf(std::string const& chipText, std::string_view table);
 /// The table that overlay entries are in.
 std::string_view overlayTableOf(Asic::Chip const& chip);
 
+/// "unicast", "member", "flood", "mcast", "mcastHer", "bum".
+char const* nameOf(Vane::TunnelType type);
+
+/// Configuration and status of the tunnels of one type, those of the types with versions too. Those may be null: the
+/// chip's capabilities decide.
+Dovel::Ptr<Vane::HwTunnelConfig> tunnelConfig(Host::Agent const& agent, Vane::TunnelType type);
+Dovel::Ptr<Vane::HwTunnelStatus> tunnelStatus(Host::Agent const& agent, Vane::TunnelType type);
+
 /// The statuses of one type in the order of their VTEPs.
 std::vector<Dovel::Ptr<Vane::HwTunnelStatusEntry>> statuses(Host::Agent const& agent, Vane::TunnelType type);
 
-/// The status of the tunnels of both types, a line each: "unicast 10.255.0.2 tnl=[10.255.0.2] nh=[10.255.0.2] adj=7".
+/// The status of the tunnels of all types, a line each: "unicast 10.255.0.2 tnl=[10.255.0.2] nh=[10.255.0.2] adj=7".
 ///
-/// Ids are named by the keys of the entries that own the rows, and generations are left out, so that the texts of two
-/// agents compare.
+/// Ids are named by the keys of the entries that own the rows, and generations and versions are left out, so that the
+/// texts of two agents compare. A status with a version has the ports of its next hops in place of an adjacency.
 std::string statusText(Host::Agent const& agent);
 
-/// What an agent publishes beside its rows: status, the records of the VTEPs, published ids, the maps from rows to
-/// VTEPs, and the state and slice configuration of the switch. Ids as in `statusText`.
+/// What an agent publishes beside its rows: status, the records of the VTEPs, published ids, the flood VTEPs with what
+/// is programmed for them, the maps from rows to VTEPs, and the state and slice configuration of the switch. Ids as in
+/// `statusText`.
 ///
 /// Where a record doesn't say what the handles of its entries say, both are shown, in capitals. REQUIRES: no completion
 /// is pending.

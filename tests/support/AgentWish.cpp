@@ -35,13 +35,23 @@ std::string vtiText(Wish const& wish) {
   return R"({"Vxlan1":)" + object(fields) + '}';
 }
 
+std::string nextHopsText(Hops const& hops) {
+  List entries;
+  for (auto const& hop : entriesOf(hops)) entries.push_back(hopText(hop));
+  return fmt::format(R"({{"nextHops":[{}]}})", fmt::join(entries, ","));
+}
+
+std::string adjacenciesText(Wish const& wish, Vane::TunnelType type) {
+  List adjacencies;
+  auto const first = wish.tunnels.lower_bound({type, ""});
+  if (first == wish.tunnels.end() || first->first.first != type) return "{}";
+  for (auto const& [id, hops] : wish.adjacencies)
+    adjacencies.push_back(fmt::format(R"("{}":{})", id, nextHopsText(hops)));
+  return object(adjacencies);
+}
+
 std::string tunnelsText(Wish const& wish, Vane::TunnelType type) {
-  List adjacencies, tunnels;
-  for (auto const& [id, hops] : wish.adjacencies) {
-    List entries;
-    for (auto const& hop : entriesOf(hops)) entries.push_back(hopText(hop));
-    adjacencies.push_back(fmt::format(R"("{}":{{"nextHops":[{}]}})", id, fmt::join(entries, ",")));
-  }
+  List tunnels;
   for (auto const& [key, tunnel] : wish.tunnels) {
     if (key.first != type) continue;
     List fields;
@@ -49,7 +59,48 @@ std::string tunnelsText(Wish const& wish, Vane::TunnelType type) {
     if (tunnel.genId != 0) fields.push_back(fmt::format(R"("genId":{})", tunnel.genId));
     tunnels.push_back(fmt::format(R"("{}":{})", key.second, object(fields)));
   }
-  return fmt::format(R"({{"adjacency":{},"tunnel":{}}})", object(adjacencies), object(tunnels));
+  return fmt::format(R"({{"adjacency":{},"tunnel":{}}})", adjacenciesText(wish, type), object(tunnels));
+}
+
+std::string floodListsText(Wish const& wish) {
+  std::map<unsigned, List> lists;
+  for (auto const& [key, tunnel] : wish.tunnels) {
+    if (key.first != flood) continue;
+    for (auto const vlan : tunnel.vlans) lists[vlan].push_back(fmt::format(R"("{}":true)", key.second));
+  }
+  List members;
+  for (auto const& [vlan, vteps] : lists) members.push_back(fmt::format(R"("{}":{{"vtep":{}}})", vlan, object(vteps)));
+  return object(members);
+}
+
+std::string floodRoutesText(Wish const& wish) {
+  List routes;
+  for (auto const& [key, tunnel] : wish.tunnels) {
+    if (key.first == flood && tunnel.adjId) routes.push_back(fmt::format(R"("{}":{})", key.second, *tunnel.adjId));
+  }
+  return object(routes);
+}
+
+/// The tunnels of a type that has its next hops in them.
+std::string ownHopsText(Wish const& wish, Vane::TunnelType type) {
+  List tunnels;
+  for (auto const& [key, tunnel] : wish.tunnels) {
+    if (key.first != type) continue;
+    auto const found = tunnel.adjId ? wish.adjacencies.find(*tunnel.adjId) : wish.adjacencies.end();
+    tunnels.push_back(
+        fmt::format(R"("{}":{})", key.second, found == wish.adjacencies.end() ? "{}" : nextHopsText(found->second)));
+  }
+  return object(tunnels);
+}
+
+std::string vlanPortsText(Wish const& wish) {
+  List vlans;
+  for (auto const& [vlan, members] : wish.vlanPorts) {
+    List states;
+    for (auto const port : members) states.push_back(fmt::format(R"("Ethernet{}":1)", port));
+    vlans.push_back(fmt::format(R"("{}":{{"portState":{}}})", vlan, object(states)));
+  }
+  return object(vlans);
 }
 
 std::string switchText(Wish const& wish) {
@@ -65,11 +116,13 @@ std::string switchText(Wish const& wish) {
 
 }  // namespace
 
-Vane::NextHopEntrySet entriesOf(Hops const& hops) {
+Vane::NextHopEntrySet entriesOf(Hops const& hops, Vane::TunnelType type) {
   Vane::NextHopEntrySet entries;
+  auto const resolved = type == mcast ? Vane::nextHopMcastTunnel() : Vane::nextHopResolved;
   for (auto const& hop : hops) {
+    if (type == mcast && !hop.resolved) continue;
     Vane::NextHopEntry entry;
-    entry.typeIs(hop.resolved ? Vane::nextHopResolved : Vane::nextHopUnresolved);
+    entry.typeIs(hop.resolved ? resolved : Vane::nextHopUnresolved);
     entry.addrIs(Meshal::IpGenAddr(fmt::format("10.1.{}.1", hop.uplink)));
     if (hop.resolved) entry.ethAddrIs(Meshal::EthAddr(0x020000000000 + hop.uplink));
     if (hop.uplink <= 10) entry.l2IntfIs(Meshal::IntfId(fmt::format("Ethernet{}", hop.uplink)));
@@ -83,8 +136,16 @@ std::string Wish::document() const {
   return fmt::format(
       R"({{"stateway":{{{},"interface/status/eth/vxlan":{{"vtiStatus":{}}},"vxlan/config":{{"dscpPropagation":{}}},)"
       R"("hardware/tessel/tunnel/vxlan/vxlanInfo/vaneGlobalVtiStatus":{{"dataPathLearning":{}}},)"
-      R"("hardware/tessel/tunnel/configDir/vxlanTunnel":{},"hardware/tessel/tunnel/configDir/vxlanMemberTunnel":{}}}}})",
-      switchText(*this), vtiText(*this), dscp, learning, tunnelsText(*this, unicast), tunnelsText(*this, member));
+      R"("evpn/status":{{"evpnEnabled":{}}},)"
+      R"("hardware/tessel/tunnel/configDir/vxlanTunnel":{},"hardware/tessel/tunnel/configDir/vxlanMemberTunnel":{},)"
+      R"("hardware/tessel/tunnel/configDir/vxlanHwHerTunnel":{{"adjacency":{}}},)"
+      R"("vxlan/version2/vtepStatusDir":{{"vtepAdjacency":{}}},"vxlan/multicast/tunnel/config":{{"tunnel":{}}},)"
+      R"("vxlan/multicast/herTunnel/config":{{"tunnel":{}}},"vxlan/multicast/bumTunnel/config":{{"tunnel":{}}}}},)"
+      R"("shmem":{{"bridging/l2Rib/floodOutput":{{"floodSet":{}}}}},)"
+      R"("local":{{"l3/vlanStatusDir":{{"vlanStatus":{}}}}}}})",
+      switchText(*this), vtiText(*this), dscp, learning, evpn, tunnelsText(*this, unicast), tunnelsText(*this, member),
+      adjacenciesText(*this, flood), floodRoutesText(*this), ownHopsText(*this, mcast), ownHopsText(*this, mcastHer),
+      ownHopsText(*this, bum), floodListsText(*this), vlanPortsText(*this));
 }
 
 }  // namespace AgentTest

@@ -19,7 +19,7 @@ constexpr char const* trustPath = "qos/hardware/tessel/trust/status/slice";
 /// Profiles that are made from one that is built in.
 std::map<std::string, ChipKind> const derivedProfiles{
     {"oneHeader", {.profile = "cascaded", .values = {{"ipv4DipInKey", "false"}}}},
-    {"flooding", {.profile = "flat", .values = {{"vxlanUnderlayFloodingHw", "true"}}}},
+    {"flatFlooding", {.profile = "flat", .values = {{"vxlanUnderlayFloodingHw", "true"}}}},
     {"fewMembers", {.profile = "cascaded", .values = {{"EcmpMember1Table", "5"}, {"EcmpGroup1Table", "3"}}}},
     {"tinyFlat",
      {.profile = "flat",
@@ -148,10 +148,12 @@ std::string AgentWorld::status(Vane::TunnelType type) {
   std::string text;
   for (auto const& entry : statuses(*agent_, type)) {
     auto const& list = entry->hwNextHopStatusEntry().nextHopEntryList();
-    text += fmt::format("{} gen={} tnl={} nh={}{}\n", Kiln::toText(entry->tunnelKey().dst()),
-                        entry->tunnelKey().genId(), idText('t', entry->hwTunnelId().value()),
-                        idText(type == unicast ? 'n' : 't', entry->hwNextHopStatusEntry().hwNextHopId().value()),
-                        list ? fmt::format(" adj={}", list->adjId()) : "");
+    auto const nhId = entry->hwNextHopStatusEntry().hwNextHopId().value();
+    text += fmt::format(
+        "{} gen={} tnl={} {}{}\n", Kiln::toText(entry->tunnelKey().dst()), entry->tunnelKey().genId(),
+        idText('t', entry->hwTunnelId().value()),
+        hasVersion(type) ? fmt::format("version={}", nhId) : "nh=" + idText(type == unicast ? 'n' : 't', nhId),
+        list && !hasVersion(type) ? fmt::format(" adj={}", list->adjId()) : "");
   }
   return text;
 }
@@ -194,6 +196,7 @@ std::string AgentWorld::messages() {
 
 std::string AgentWorld::idText(char kind, std::uint32_t id) {
   if (id == Vane::VaneTunnelId::unprogrammed().value()) return "unprogrammed";
+  if (id == Vane::VaneTunnelId().value()) return "none";
   auto const next = static_cast<unsigned>(std::count_if(ids_.begin(), ids_.end(),
                                                         [&](auto const& known) { return known.first.first == kind; })) +
                     1;

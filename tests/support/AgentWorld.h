@@ -13,8 +13,8 @@ namespace AgentTest {
 
 /// On what a test runs: the parameter of most suites.
 struct ChipKind {
-  /// One that is built in, or made from one: "oneHeader" (one IPv4 header for all VTEPs, IPv6 beside it), "flooding",
-  /// "fewMembers" (of groups), "tinyFlat".
+  /// One that is built in, or made from one: "oneHeader" (one IPv4 header for all VTEPs, IPv6 beside it),
+  /// "flatFlooding", "fewMembers" (of groups), "tinyFlat".
   std::string profile = "cascaded";
   Asic::Completion completion = Asic::Completion::direct;
   /// Members of the profile that have other values, and tables that have another number of rows.
@@ -51,9 +51,13 @@ class AgentWorld {
   AgentWorld& localVtep(std::string const& addr);
   AgentWorld& udpPort(std::uint16_t port) { return changed(wish_.udpPort = port); }
   AgentWorld& learning(bool on) { return changed(wish_.learning = on); }
+  AgentWorld& evpn(bool on) { return changed(wish_.evpn = on); }
   AgentWorld& dscp(bool propagated) { return changed(wish_.dscp = propagated); }
   AgentWorld& tos(std::uint8_t base) { return changed(wish_.tos = base); }
   AgentWorld& vti(bool there) { return changed(wish_.vti = there); }
+  AgentWorld& vlanPorts(unsigned vlan, std::set<unsigned> const& ports) {
+    return changed(wish_.vlanPorts[vlan] = ports);
+  }
   AgentWorld& adjacency(std::uint32_t id, Hops const& hops) { return changed(wish_.adjacencies[id] = hops); }
   TunnelStory tunnel(Vane::TunnelType type, std::string const& vtep);
   /// All at once.
@@ -84,9 +88,9 @@ class AgentWorld {
 
   // Observers.
   /// A line a tunnel: "10.255.0.2 gen=1 tnl=#1 nh=#2 adj=7". Ids are numbered in the order in which they are first
-  /// shown.
+  /// shown; versions are shown as they are: "239.1.1.1 gen=0 tnl=#1 version=2".
   std::string status(Vane::TunnelType type);
-  /// The same of both types with generations left out and ids named by the keys of the entries that own them.
+  /// The same of all types with generations left out and ids named by the keys of the entries that own them.
   std::string statusByKey() const;
   /// Rows and all that is published, as `chipText` and `stateText`: equal for agents that are in the same state.
   std::string whole() const;
@@ -132,6 +136,8 @@ class TunnelStory {
   }
   TunnelStory& over(std::uint32_t adjId) { return changed(wish().adjId = adjId); }
   TunnelStory& withoutRoute() { return changed(wish().adjId = std::nullopt); }
+  /// Of a flood tunnel: its VLANs.
+  TunnelStory& in(std::set<unsigned> const& vlans) { return changed(wish().vlans = vlans); }
   TunnelStory& generation(std::uint64_t genId) { return changed(wish().genId = genId); }
   void gone() { changed(world_.wish_.tunnels.erase(key_)); }
 
