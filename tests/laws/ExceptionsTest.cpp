@@ -8,7 +8,10 @@
 // - A pass over the outer headers ends at the first tunnel whose family has no local VTEP, and a generation that was
 //   replaced returns when its successor is removed: with the next pass (both in tests/tunnel/LifeTest.cpp).
 // - A member tunnel that loses the unicast tunnel of its VTEP keeps that one's overlay entry, until its own next
-//   change, and that one's source address, until the next pass.
+//   change. If it loses the last other tunnel, it keeps their source address, until the next pass.
+// - A flood tunnel admits its VTEP, or doesn't, as EVPN and learning are when it is created: until it returns.
+// - Copies to a next hop of the same address, behind the same port, keep their remap entry, also one that the chip
+//   refused: until the tunnel gets another next hop or returns.
 // - Ports and layer 3 interfaces are read when a next hop is written: until the next change of its adjacency.
 // - The MLAG address and the range of UDP source ports are read when headers are written: until the next pass.
 // - Next hops that change while an overlay entry waits for its row: until the next change after it got one.
@@ -57,6 +60,41 @@ TEST_P(Exceptions, aMemberTunnelKeepsTheRowOfTheUnicastOneThatWent) {
   EXPECT_EQ(agent.row(agent.overlayTable(), vtep(2)), row);
   EXPECT_NE(agent.chip(), fresh());
   agent.tunnel(member, vtep(2)).via(uplink(4)).via(uplink(1));
+  EXPECT_EQ(agent.chip(), fresh());
+}
+
+TEST_P(Exceptions, aFloodTunnelDecidesAtItsCreationWhetherItAdmitsItsVtep) {
+  agent.tunnel(flood, vtep(2)).via(uplink(1));
+  auto const with = [&](bool evpn, bool learning) {
+    agent.together([&](AgentWorld& a) { a.evpn(evpn).learning(learning); });
+    return agent.table("L2TunnelIpv4SipTable");
+  };
+  auto const again = [&] {
+    auto const wish = agent.wish();
+    agent.tunnel(flood, vtep(2)).gone();
+    agent.want(wish);
+    EXPECT_EQ(agent.chip(), fresh());
+    return agent.table("L2TunnelIpv4SipTable");
+  };
+  auto const admitted = "10.255.0.2: svpHandle=VirtualPortTableMerged[10.255.0.2]\n";
+  EXPECT_EQ(with(true, false), "");
+  EXPECT_EQ(again(), admitted);
+  EXPECT_EQ(with(true, true), admitted);
+  EXPECT_EQ(again(), "");
+  EXPECT_EQ(with(true, false), "");
+  EXPECT_EQ(again(), admitted);
+  EXPECT_EQ(with(false, false), admitted);
+  EXPECT_EQ(again(), "");
+}
+
+TEST_P(Exceptions, aRemapEntryIsWrittenForAnotherNextHop) {
+  bool const remaps = cascaded();
+  agent.hardware().refuseTable(remaps ? "EpreCcbeNextHopRemapTable" : "HerNextHop1Table", Asic::EntryState::failed);
+  agent.tunnel(flood, vtep(2)).via(uplink(1));
+  agent.hardware().refuseNone();
+  agent.tunnel(flood, vtep(2)).via(uplink(1), unresolved(2));
+  EXPECT_EQ(agent.chip() == fresh(), !remaps);
+  agent.tunnel(flood, vtep(2)).via(uplink(2)).via(uplink(1));
   EXPECT_EQ(agent.chip(), fresh());
 }
 
