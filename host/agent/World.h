@@ -51,6 +51,8 @@ inline constexpr std::string_view kVxlanToL2StatePath = "hardware/tessel/tunnel/
 inline constexpr std::string_view kVtiStatusPath = "interface/status/eth/vxlan";
 inline constexpr std::string_view kFloodListsPath = "bridging/l2Rib/floodOutput";  ///< In shared memory.
 inline constexpr std::string_view kVtepStatusPath = "vxlan/version2/vtepStatusDir";
+inline constexpr std::string_view kHerVtepStatusPath = "hardware/tessel/tunnel/vxlan/herVtepStatus";
+inline constexpr std::string_view kFloodRecordsPath = "vxlan/bumVtepConfigDir";
 
 /// What an agent has before its feature starts: the chip, empty stores, and the entities that the agent itself owns.
 ///

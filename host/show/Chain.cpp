@@ -3,10 +3,8 @@
 #include <algorithm>
 
 #include "host/show/FieldText.h"
-#include "platform/tessel/tables/IngL3EcmpMember0Table.h"
-#include "platform/tessel/tables/L3NextHop1Table.h"
+#include "platform/tessel/tables/HerNextHopTables.h"
 #include "platform/tessel/tables/L3NextHop2Table.h"
-#include "platform/tessel/tables/VirtualPortTableMerged.h"
 
 namespace Host {
 
@@ -48,19 +46,11 @@ void visit(Asic::EntryHandle const& handle, Asic::FieldVisitor& visitor) {
   if (auto const* record = handle.record()) record->store().showFields(*record, visitor);
 }
 
-/// A weak handle on the entry of `key`; null if the chip has no such table or entry.
-template <class Table>
-Handle entryOf(Asic::Chip const& chip, typename Table::Key const& key) {
-  auto const* const store = chip.store(Asic::shortName(Table::kilnType().name()));
-  if (!store) return nullptr;
-  auto const* const record = static_cast<typename Table::Store const*>(store)->find(key);
-  return record ? Handle(&record->weak()) : nullptr;
-}
-
 using L3NextHop2Table = TesselL3Common::L3NextHop2Table;
 
-Asic::StoreBase const* nextHopStore(Asic::Chip const& chip) {
-  return chip.store(Asic::shortName(L3NextHop2Table::kilnType().name()));
+template <class Table>
+Asic::StoreBase const* storeOf(Asic::Chip const& chip) {
+  return chip.store(Asic::shortName(Table::kilnType().name()));
 }
 
 /// Whether a row of the underlay next hops sends packets anywhere. The broadcast address is the key of the one that
@@ -90,52 +80,40 @@ std::uint64_t numberOf(Asic::EntryHandle const& handle, std::string_view field) 
   return finder.found;
 }
 
-Chain::Chain(Asic::Chip const& chip, Meshal::IpGenAddr const& vtep)
-    : nextHopStore_(nextHopStore(chip)),
-      virtualPort_(entryOf<TesselL3Common::VirtualPortTableMerged>(chip, vtep)),
-      overlay_(entryOf<TesselVxlan::IngL3EcmpMember0Table>(chip, vtep)) {
-  if (!overlay_) overlay_ = entryOf<TesselVxlan::L3NextHop1Table>(chip, vtep);
-  add(virtualPort_);
-  add(overlay_);
-  for (std::size_t i = 0; i < rows_.size(); ++i) {
-    for (auto const& link : linksOf(*rows_[i])) add(link.target);
-  }
-}
-
-void Chain::add(Handle const& handle) {
-  auto const same = [&](Handle const& other) { return Asic::sameEntry(handle, other); };
-  if (handle && std::none_of(rows_.begin(), rows_.end(), same)) rows_.push_back(handle);
-}
-
-Handle Chain::firstUnwritten() const {
+Handle firstUnwritten(std::vector<NeededRow> const& needed) {
+  std::vector<Handle> rows;
+  auto const add = [&](Handle const& handle) {
+    auto const same = [&](Handle const& other) { return Asic::sameEntry(handle, other); };
+    if (handle && std::none_of(rows.begin(), rows.end(), same)) rows.push_back(handle);
+  };
   auto const unwritten = [](Handle const& row) { return row->state() != Asic::EntryState::written; };
-  auto const found = std::find_if(rows_.begin(), rows_.end(), unwritten);
-  return found == rows_.end() ? nullptr : *found;
-}
-
-std::size_t Chain::nextHops() const {
-  return std::count_if(rows_.begin(), rows_.end(), [&](Handle const& row) {
-    return &row->record()->store() == nextHopStore_ && sendsPackets(*row->record());
+  for (auto const& row : needed) add(row.row);
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    for (auto const& link : linksOf(*rows[i])) add(link.target);
+  }
+  auto const cause = std::find_if(rows.begin(), rows.end(), [&](Handle const& row) {
+    auto const links = linksOf(*row);
+    return unwritten(row) &&
+           std::none_of(links.begin(), links.end(), [&](Link const& link) { return unwritten(link.target); });
   });
+  return cause == rows.end() ? nullptr : *cause;
 }
 
-CarriedVteps::CarriedVteps(Asic::Chip const& chip) : chip_(chip), nextHopStore_(nextHopStore(chip)) {}
+WrittenRows::WrittenRows(Asic::Chip const& chip)
+    : nextHopStore_(storeOf<L3NextHop2Table>(chip)), herNextHopStore_(storeOf<TesselVxlan::HerNextHop2Table>(chip)) {}
 
-bool CarriedVteps::carries(Meshal::IpGenAddr const& vtep) {
-  auto const virtualPort = entryOf<TesselL3Common::VirtualPortTableMerged>(chip_, vtep);
-  auto overlay = entryOf<TesselVxlan::IngL3EcmpMember0Table>(chip_, vtep);
-  if (!overlay) overlay = entryOf<TesselVxlan::L3NextHop1Table>(chip_, vtep);
-  if (!virtualPort || !overlay) return false;
-  auto const port = at(virtualPort);
-  auto const way = at(overlay);
-  return port.written && way.written && way.nextHop;
+bool WrittenRows::has(NeededRow const& row) {
+  if (!row.row) return false;
+  auto const verdict = at(row.row);
+  return verdict.written && (verdict.nextHop || !row.sends);
 }
 
-CarriedVteps::Verdict CarriedVteps::at(Handle const& handle) {
+WrittenRows::Verdict WrittenRows::at(Handle const& handle) {
   auto const* record = handle->record();
   if (auto const known = known_.find(record); known != known_.end()) return known->second;
+  auto const* const store = &record->store();
   Verdict verdict{handle->state() == Asic::EntryState::written,
-                  &record->store() == nextHopStore_ && sendsPackets(*record)};
+                  store == herNextHopStore_ || (store == nextHopStore_ && sendsPackets(*record))};
   for (auto const& link : linksOf(*handle)) {
     auto const below = at(link.target);
     verdict.written = verdict.written && below.written;

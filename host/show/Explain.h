@@ -9,11 +9,13 @@ namespace Host {
 
 using Kiln::JsonWriter;
 
-/// Prints the way of packets to one VTEP: what is wanted, then row by row what the chip has of it, from the overlay
-/// entry to the ports; and why it is not all there if it isn't. `tunnels` are the reports of the VTEP's tunnels.
+/// Prints the way of packets to and from one VTEP or group: what is wanted and why it is not all there if it isn't,
+/// then row by row what the chip has of it: the overlay entry down to the ports, the copies of flooded frames by port,
+/// and the rows that let packets in. `tunnels` are the reports of the VTEP's tunnels.
 void printExplanation(std::ostream& out, Agent const& agent, Meshal::IpGenAddr const& vtep,
                       std::vector<TunnelReport> const& tunnels);
-/// The same as members of a JSON object: "vtep", "tunnels", "chain"; each row of the chain holds its "links" by field.
+/// The same as members of a JSON object: "vtep", "tunnels", "chain" with "overlay", "virtualPort", "encapId", "copies",
+/// "source" and "destination"; each row holds its "links" by field.
 /// REQUIRES: inside an object.
 void writeExplanation(JsonWriter& json, Agent const& agent, Meshal::IpGenAddr const& vtep,
                       std::vector<TunnelReport> const& tunnels);

@@ -124,6 +124,10 @@ void writeTunnel(JsonWriter& json, TunnelReport const& tunnel) {
   json.key("adjId").number(tunnel.adjId ? std::optional(tunnel.adjId.value()) : std::nullopt);
   json.key("tunnelId").number(tunnel.tunnelId);
   json.key("nextHopId").number(tunnel.nextHopId);
+  json.key("encapId").number(tunnel.encapId);
+  json.key("vlans").array();
+  for (auto const vlan : tunnel.vlans) json.number(std::uint64_t{vlan.value()});
+  json.arrayEnd();
   json.key("programmed").boolean(tunnel.programmed());
   json.key("reason").text(tunnel.reason);
   json.objectEnd();

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "host/show/Chain.h"
+#include "platform/tessel/features/ChipAttributes.h"
 #include "platform/tessel/features/L3NextHopAttributes.h"
 #include "platform/tessel/l3common/DstPort.h"
 #include "platform/tessel/l3common/TesselVxlanState.h"
@@ -17,9 +18,9 @@ Text missingLocal(Agent const& agent, TunnelReport const& report) {
   auto const& vtep = report.vtep;
   auto const state = agent.local<TesselL3Common::TesselVxlanState>(kVxlanStatePath);
   auto local = state ? state->getLocalVtep(vtep.af()) : Meshal::IpGenAddr();
-  // The common address of a pair of switches replaces its own, for unicast tunnels alone.
-  if (state && report.type == Vane::vxlanTunnel_ && !state->mlagVtepAddr().isUnspecified())
-    local = state->mlagVtepAddr();
+  // The common address of a pair of switches replaces its own.
+  bool const shared = report.type == Vane::vxlanTunnel_ || report.type == Vane::vxlanHerTunnel_;
+  if (state && shared && !state->mlagVtepAddr().isUnspecified()) local = state->mlagVtepAddr();
   if (local.isUnspecified()) return vtep.isIpv6() ? "no local VTEP for IPv6" : "no local VTEP";
   return state->udpPort() == 0 ? Text("no UDP port") : Text();
 }
@@ -30,27 +31,49 @@ bool hasPort(Agent const& agent, Vane::NextHopEntry const& nextHop) {
   return !TesselL3Common::getDstPort(agent.world().fcsd, nextHop.l2Intf(), nextHop.type(), l2).isInvalid();
 }
 
+/// Whether packets can be sent to it; of a multicast tunnel the type says nothing more.
+bool isResolved(Vane::NextHopEntry const& hop) {
+  return hop.type() == Vane::nextHopResolved || hop.type() == Vane::nextHopMcastTunnel();
+}
+
+Text missingNextHop(Agent const& agent, Vane::NextHopEntrySet const& nextHops) {
+  auto const begin = nextHops.begin();
+  auto const end = nextHops.end();
+  if (std::none_of(begin, end, isResolved)) return "next hop unresolved: " + Kiln::toText(begin->addr());
+  auto const useless = [&](auto const& hop) { return !isResolved(hop) || !hasPort(agent, hop); };
+  if (!std::all_of(begin, end, useless)) return {};
+  auto const first = std::find_if(begin, end, isResolved);
+  auto const intf = first->l2Intf().empty() ? first->l3Intf() : first->l2Intf();
+  return "no port for the next hop's interface " + intf.name();
+}
+
 Text missingRoute(Agent const& agent, Vane::VaneTunnelConfig const& wanted, TunnelReport const& report) {
   if (!report.adjId) return "no route";
   auto const adjacency = "adjacency " + Kiln::toText(report.adjId.value());
   if (!wanted.adjacencyHas(report.adjId.value())) return adjacency + " is not in the state";
   if (report.nextHops.empty()) return adjacency + " has no next hop";
-  auto const unresolved = [](auto const& hop) { return hop.type() != Vane::nextHopResolved; };
-  auto const begin = report.nextHops.begin();
-  auto const end = report.nextHops.end();
-  if (std::all_of(begin, end, unresolved)) return "next hop unresolved: " + Kiln::toText(begin->addr());
-  auto const useless = [&](auto const& hop) { return unresolved(hop) || !hasPort(agent, hop); };
-  if (!std::all_of(begin, end, useless)) return {};
-  auto const first = std::find_if_not(begin, end, unresolved);
-  auto const intf = first->l2Intf().empty() ? first->l3Intf() : first->l2Intf();
-  return "no port for the next hop's interface " + intf.name();
+  return missingNextHop(agent, report.nextHops);
+}
+
+/// What keeps a tunnel of a multicast type from having rows.
+Text missingMcast(Agent const& agent, TunnelReport const& report) {
+  auto const capabilities = agent.chip().profile()->feature<TesselCentral::VxlanCapabilityAttributes>();
+  if (report.type == Vane::vxlanMcastTunnel_) {
+    if (!capabilities || !capabilities->mcastTunnelSupported()) return "no multicast tunnels on this chip";
+    if (auto const local = missingLocal(agent, report)) return local;
+    return report.nextHops.empty() ? Text("no next hop") : missingNextHop(agent, report.nextHops);
+  }
+  bool const served = capabilities && capabilities->bumFloodSupported();
+  if (report.type == Vane::vxlanMcastHer_ && !served) return "no head-end copies of multicast traffic on this chip";
+  if (!agent.wantedTunnels(Vane::vxlanHerTunnel_)->tunnelHas(report.vtep)) return "no flood list has this VTEP";
+  return report.encapId ? Text() : "its flood tunnel has no copy of a frame";
 }
 
 /// Whether the chip has groups of underlay next hops, which unicast tunnels need.
 bool hasGroups(Agent const& agent) { return agent.chip().store("EcmpGroup1Table") != nullptr; }
 
-Text missingRow(Chain const& chain) {
-  if (auto const row = chain.firstUnwritten()) {
+Text missingRow(Agent const& agent, std::vector<NeededRow> const& needed) {
+  if (auto const row = firstUnwritten(needed)) {
     auto const table = std::string(row->tableName());
     switch (row->state()) {
       case Asic::EntryState::full:
@@ -61,20 +84,37 @@ Text missingRow(Chain const& chain) {
         return "write failed: " + table;
     }
   }
-  if (!chain.virtualPort()) return "no virtual port";
-  if (!chain.overlay()) return "no overlay entry";
-  return chain.nextHops() == 0 ? Text("no next hop") : Text();
+  WrittenRows written(agent.chip());
+  for (auto const& row : needed) {
+    if (row.row && written.has(row)) continue;
+    if (row.row) return "no next hop";
+    return (agent.chip().store(row.table) ? "no row in " : "no such table on this chip: ") + std::string(row.table);
+  }
+  return {};
+}
+
+/// Whether nothing sends the packets of a tunnel because the chip cannot balance them.
+bool lacksGroups(Agent const& agent, std::vector<NeededRow> const& needed) {
+  WrittenRows written(agent.chip());
+  return !hasGroups(agent) && std::any_of(needed.begin(), needed.end(), [&](NeededRow const& row) {
+    return row.table == "L3NextHop1Table" || row.table == "IngL3EcmpMember0Table" ? !written.has(row) : false;
+  });
 }
 
 }  // namespace
 
-std::string whyNotProgrammed(Agent const& agent, Vane::VaneTunnelConfig const& wanted, TunnelReport const& report) {
-  if (auto const local = missingLocal(agent, report)) return *local;
-  if (auto const route = missingRoute(agent, wanted, report)) return *route;
-  Chain const chain(agent.chip(), report.vtep);
-  auto const row = missingRow(chain);
-  if (row && chain.nextHops() == 0 && !hasGroups(agent)) return "no groups of underlay next hops on this chip";
-  if (row) return *row;
+std::string whyNotProgrammed(Agent const& agent, Vane::VaneTunnelConfig const* wanted, TunnelReport const& report) {
+  if (!wanted) {
+    if (auto const mcast = missingMcast(agent, report)) return *mcast;
+  } else if (auto const local = missingLocal(agent, report)) {
+    return *local;
+  } else if (auto const route = missingRoute(agent, *wanted, report)) {
+    return *route;
+  }
+  auto const needed = RowFinder(agent).needed(report.type, report.vtep);
+  if (auto const row = missingRow(agent, needed)) {
+    return lacksGroups(agent, needed) ? "no groups of underlay next hops on this chip" : *row;
+  }
   return report.tunnelId ? "no next-hop id" : "no tunnel id";
 }
 

@@ -8,11 +8,12 @@ namespace Host {
 
 /// Why the tunnel of `report`, which is not programmed, does not carry packets, in a few words.
 ///
-/// A tunnel is programmed when both of its ids are published, the chip has every row of its chain, and the chain ends
-/// in at least one next hop of its own (`CarriedVteps`). Otherwise the first of these that holds: no local address of
-/// the VTEP's family, no UDP port, no route, an adjacency that is not stated, next hops that are not resolved, next
-/// hops without a port, a row that the chip does not have (the table is full, the write failed, or it is still going
-/// on). `wanted` are the wanted tunnels of the report's type. REQUIRES: all of the report but its reason is set.
-std::string whyNotProgrammed(Agent const& agent, Vane::VaneTunnelConfig const& wanted, TunnelReport const& report);
+/// A tunnel is programmed when its ids are published and the chip has every row that its traffic needs in either
+/// direction (`RowFinder::needed`), with all that these lead to. Otherwise the first of these that holds: a chip that
+/// does not serve the type, no local address of the VTEP's family, no UDP port, no route, an adjacency that is not
+/// stated, next hops that are not resolved, next hops without a port, a row that the chip does not have (the table is
+/// full, the write failed, or it is still going on), a table that the chip does not have. `wanted` are the wanted
+/// tunnels of the report's type; null for the multicast types. REQUIRES: all of the report but its reason is set.
+std::string whyNotProgrammed(Agent const& agent, Vane::VaneTunnelConfig const* wanted, TunnelReport const& report);
 
 }  // namespace Host

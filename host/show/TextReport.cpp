@@ -36,6 +36,31 @@ void printHeader(std::ostream& out, Agent const& agent) {
   out << ", UDP port " << (state->udpPort() == 0 ? "none" : Kiln::toText(state->udpPort())) << "\n\n";
 }
 
+std::string vlansText(TunnelReport const& tunnel) {
+  std::string text;
+  for (auto const vlan : tunnel.vlans) text += (text.empty() ? "" : " ") + Kiln::toText(vlan);
+  return text.empty() ? "-" : text;
+}
+
+/// What sets a tunnel apart from a unicast tunnel; empty for those.
+std::string kindText(TunnelReport const& tunnel) {
+  switch (tunnel.type) {
+    case Vane::vxlanTunnel_:
+      return {};
+    case Vane::vxlanMemberTunnel_:
+      return "  member tunnel";
+    case Vane::vxlanHerTunnel_:
+      return "  flood tunnel, VLANs " + vlansText(tunnel);
+    case Vane::vxlanMcastTunnel_:
+      return "  multicast tunnel";
+    case Vane::vxlanMcastHer_:
+      return "  head-end copies of multicast traffic";
+    case Vane::vxlanBum_:
+      return "  broadcast, unknown and multicast traffic";
+  }
+  return {};
+}
+
 void addTunnel(Columns& columns, TunnelReport const& tunnel) {
   std::vector<std::string> cells{Kiln::toText(tunnel.vtep), numberOrDash(tunnel.tunnelId),
                                  numberOrDash(tunnel.nextHopId),
@@ -46,12 +71,9 @@ void addTunnel(Columns& columns, TunnelReport const& tunnel) {
     cells = std::vector<std::string>(4);
   }
   if (tunnel.nextHops.empty()) columns.row(std::move(cells));
-  auto const member = tunnel.type == Vane::vxlanMemberTunnel_ ? "  member tunnel" : "";
-  if (tunnel.reason) {
-    columns.line(std::string(member) + "  not programmed: " + *tunnel.reason);
-  } else if (*member) {
-    columns.line(member);
-  }
+  auto line = kindText(tunnel);
+  if (tunnel.reason) line += "  not programmed: " + *tunnel.reason;
+  if (!line.empty()) columns.line(line);
 }
 
 void printLogs(std::ostream& out, Agent const& agent) {
@@ -74,13 +96,13 @@ void printSummary(std::ostream& out, Agent const& agent, std::vector<TunnelRepor
 }
 
 void printTunnels(std::ostream& out, std::vector<TunnelReport> const& tunnels) {
-  Columns columns(
-      {Align::left, Align::left, Align::right, Align::left, Align::right, Align::right, Align::right, Align::left});
-  columns.row({"TYPE", "VTEP", "GENERATION", "LOCAL VTEP", "ADJACENCY", "TUNNEL", "NEXT HOP", "STATE"});
+  Columns columns({Align::left, Align::left, Align::right, Align::left, Align::right, Align::right, Align::right,
+                   Align::left, Align::left});
+  columns.row({"TYPE", "VTEP", "GENERATION", "LOCAL VTEP", "ADJACENCY", "TUNNEL", "NEXT HOP", "VLANS", "STATE"});
   for (auto const& tunnel : tunnels) {
     columns.row({std::string(tunnelTypeText(tunnel.type)), Kiln::toText(tunnel.vtep), Kiln::toText(tunnel.genId),
                  addressOrNone(tunnel.localVtep), tunnel.adjId ? Kiln::toText(tunnel.adjId.value()) : "-",
-                 numberOrDash(tunnel.tunnelId), numberOrDash(tunnel.nextHopId),
+                 numberOrDash(tunnel.tunnelId), numberOrDash(tunnel.nextHopId), vlansText(tunnel),
                  tunnel.reason ? *tunnel.reason : "programmed"});
   }
   columns.print(out);

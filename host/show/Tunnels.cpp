@@ -5,7 +5,10 @@
 
 #include "host/show/Chain.h"
 #include "host/show/Reason.h"
+#include "host/show/VtepRows.h"
 #include "platform/tessel/central/VxlanToL2State.h"
+#include "platform/vane/HerVtep.h"
+#include "platform/vane/McastTunnel.h"
 
 namespace Host {
 
@@ -27,77 +30,158 @@ std::optional<std::uint32_t> usable(Id const& id) {
   return id.valid() && id.value() != 0xFFFFFFFE ? std::optional(id.value()) : std::nullopt;
 }
 
-/// Gathers the reports of the tunnels of one type.
+bool isPublished(TunnelReport const& report) {
+  // Of these the next-hop id alone, which counts the changes of what their packets go to.
+  bool const countsOnly = report.type == Vane::vxlanMcastHer_ || report.type == Vane::vxlanBum_;
+  return report.nextHopId && (report.tunnelId || countsOnly);
+}
+
+std::vector<Bridging::VlanId> vlansOf(Agent const& agent, Meshal::IpGenAddr const& vtep) {
+  auto const statuses = agent.state<Vane::VXLAN::VaneVxlanHwHerVtepStatusDir>(kHerVtepStatusPath);
+  auto const status = statuses ? statuses->vaneVxlanHwHerVtepStatus(vtep) : nullptr;
+  if (!status) return {};
+  auto vlans = Kiln::keysOf(status->vlanListColl());
+  std::sort(vlans.begin(), vlans.end());
+  return {vlans.begin(), vlans.end()};
+}
+
+/// Completes reports with what does not depend on the kind of tunnel.
+class Completion {
+ public:
+  explicit Completion(Agent const& agent) : agent_(agent), rows_(agent), written_(agent.chip()) {}
+
+  TunnelReport of(TunnelReport report, Vane::VaneTunnelConfig const* wanted) {
+    if (!hasOverlay(report.type)) report.encapId = rows_.encapId(report.vtep);
+    auto const needed = rows_.needed(report.type, report.vtep);
+    bool const programmed = isPublished(report) && std::all_of(needed.begin(), needed.end(),
+                                                               [&](NeededRow const& row) { return written_.has(row); });
+    if (!programmed) report.reason = whyNotProgrammed(agent_, wanted, report);
+    return report;
+  }
+  Meshal::IpGenAddr localVtep(Meshal::IpGenAddr const& vtep) const { return rows_.localVtep(vtep); }
+
+ private:
+  Agent const& agent_;
+  RowFinder rows_;
+  WrittenRows written_;
+};
+
+/// Gathers the reports of the tunnels of one type of the forwarding abstraction.
 class Collector {
  public:
-  Collector(Agent const& agent, Vane::TunnelType type)
+  Collector(Agent const& agent, Vane::TunnelType type, Completion& completion)
       : agent_(agent),
         type_(type),
+        completion_(completion),
         wanted_(agent.wantedTunnels(type)),
         published_(agent.publishedTunnels(type)),
         maps_(agent.state<TesselCentral::VxlanToL2State>(kVxlanToL2StatePath)),
-        genIds_(genIdsOf(*agent.hwTunnelConfig(type))),
-        carried_(agent.chip()) {}
+        genIds_(genIdsOf(*agent.hwTunnelConfig(type))) {}
 
-  Vane::VaneTunnelConfig const& wanted() const { return *wanted_; }
+  template <class Visit>
+  void each(Visit visit) const {
+    for (auto const& tunnel : wanted_->tunnelColl()) visit(tunnel->vtep());
+  }
+  bool has(Meshal::IpGenAddr const& vtep) const { return wanted_->tunnelHas(vtep); }
 
-  TunnelReport of(Vane::VaneTunnelConfigEntry const& tunnel) {
+  TunnelReport of(Meshal::IpGenAddr const& vtep) const {
     TunnelReport report;
     report.type = type_;
-    report.vtep = tunnel.vtep();
-    report.adjId = tunnel.adjId();
-    if (auto const found = genIds_.find(tunnel.vtep()); found != genIds_.end()) report.genId = found->second;
-    auto const& map = maps_->vtepIpToTnlIdNhIdMap(tunnel.vtep());
-    if (map && map->tnlKeysHas(type_)) report.localVtep = map->getLocalVtep(tunnel.vtep().af());
-    if (auto const& status = published_->tunnelStatusEntry(tunnel.vtep())) {
+    report.vtep = vtep;
+    report.adjId = wanted_->tunnel(vtep)->adjId();
+    if (auto const found = genIds_.find(vtep); found != genIds_.end()) report.genId = found->second;
+    auto const& map = maps_->vtepIpToTnlIdNhIdMap(vtep);
+    if (map && map->tnlKeysHas(type_)) report.localVtep = completion_.localVtep(vtep);
+    if (auto const& status = published_->tunnelStatusEntry(vtep)) {
       report.tunnelId = usable(status->hwTunnelId());
       report.nextHopId = usable(status->hwNextHopId());
     }
-    if (auto const& adjacency = wanted_->adjacency(tunnel.adjId().value()); tunnel.adjId() && adjacency) {
+    if (auto const& adjacency = wanted_->adjacency(report.adjId.value()); report.adjId && adjacency) {
       report.nextHops = adjacency->nextHops();
     }
-    bool const programmed = report.tunnelId && report.nextHopId && carried_.carries(report.vtep);
-    if (!programmed) report.reason = whyNotProgrammed(agent_, *wanted_, report);
-    return report;
+    if (type_ == Vane::vxlanHerTunnel_) report.vlans = vlansOf(agent_, vtep);
+    return completion_.of(std::move(report), wanted_.get());
   }
 
  private:
   Agent const& agent_;
   Vane::TunnelType type_;
+  Completion& completion_;
   Dovel::Ptr<Vane::VaneTunnelConfig> wanted_;
   Dovel::Ptr<Vane::VaneTunnelStatus> published_;
   Dovel::Ptr<TesselCentral::VxlanToL2State> maps_;
   GenIds genIds_;
-  CarriedVteps carried_;
 };
 
-constexpr std::array kShownTypes{Vane::vxlanTunnel_, Vane::vxlanMemberTunnel_};
+/// The same for a type of the multicast features.
+class McastCollector {
+ public:
+  McastCollector(Agent const& agent, McastKind const& kind, Completion& completion)
+      : type_(kind.type),
+        completion_(completion),
+        wanted_(agent.state<Multicast::Vxlan::TunnelConfigDir>(kind.configPath())),
+        published_(agent.state<Multicast::Vxlan::TunnelStatusDir>(kind.statusPath())) {}
+
+  template <class Visit>
+  void each(Visit visit) const {
+    for (auto const& tunnel : wanted_->tunnelColl()) visit(tunnel->addr());
+  }
+  bool has(Meshal::IpGenAddr const& addr) const { return wanted_->tunnelHas(addr); }
+
+  TunnelReport of(Meshal::IpGenAddr const& addr) const {
+    TunnelReport report;
+    report.type = type_;
+    report.vtep = addr;
+    report.localVtep = completion_.localVtep(addr);
+    report.nextHops = wanted_->tunnel(addr)->nextHops();
+    if (auto const& status = published_->tunnel(addr)) {
+      report.tunnelId = usable(status->hwTunnelId());
+      report.nextHopId = usable(status->hwNextHopId());
+    }
+    return completion_.of(std::move(report), nullptr);
+  }
+
+ private:
+  Vane::TunnelType type_;
+  Completion& completion_;
+  Dovel::Ptr<Multicast::Vxlan::TunnelConfigDir> wanted_;
+  Dovel::Ptr<Multicast::Vxlan::TunnelStatusDir> published_;
+};
+
+/// Calls `visit` with the collector of each type.
+template <class Visit>
+void eachCollector(Agent const& agent, Visit visit) {
+  Completion completion(agent);
+  for (auto const& [type, name] : kTunnelTypes) visit(Collector(agent, type, completion));
+  for (auto const& kind : kMcastKinds) visit(McastCollector(agent, kind, completion));
+}
 
 }  // namespace
 
 std::vector<TunnelReport> tunnelReports(Agent const& agent) {
   std::vector<TunnelReport> reports;
-  for (auto const type : kShownTypes) {
-    Collector collector(agent, type);
+  eachCollector(agent, [&](auto const& collector) {
     auto const begin = static_cast<std::ptrdiff_t>(reports.size());
-    for (auto const& tunnel : collector.wanted().tunnelColl()) reports.push_back(collector.of(*tunnel));
+    collector.each([&](Meshal::IpGenAddr const& vtep) { reports.push_back(collector.of(vtep)); });
     std::sort(reports.begin() + begin, reports.end(), [](auto const& a, auto const& b) { return a.vtep < b.vtep; });
-  }
+  });
   return reports;
 }
 
 std::vector<TunnelReport> tunnelReports(Agent const& agent, Meshal::IpGenAddr const& vtep) {
   std::vector<TunnelReport> reports;
-  for (auto const type : kShownTypes) {
-    Collector collector(agent, type);
-    if (auto const& tunnel = collector.wanted().tunnel(vtep)) reports.push_back(collector.of(*tunnel));
-  }
+  eachCollector(agent, [&](auto const& collector) {
+    if (collector.has(vtep)) reports.push_back(collector.of(vtep));
+  });
   return reports;
 }
 
 std::string_view tunnelTypeText(Vane::TunnelType type) {
   for (auto const& [known, name] : kTunnelTypes) {
     if (known == type) return name;
+  }
+  for (auto const& kind : kMcastKinds) {
+    if (kind.type == type) return kind.name;
   }
   return {};
 }

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "host/agent/Agent.h"
+#include "platform/bridging/VlanId.h"
 
 namespace Host {
 
@@ -13,21 +14,23 @@ struct TunnelReport {
   Vane::TunnelType type{};
   Meshal::IpGenAddr vtep;
   std::uint64_t genId = 0;
-  Meshal::IpGenAddr localVtep;  ///< Of the last programming; without a family if it was never programmed.
-  Vane::AdjIdOrNone adjId;
+  Meshal::IpGenAddr localVtep;            ///< Of the last programming; without a family if it was never programmed.
+  Vane::AdjIdOrNone adjId;                ///< None of the multicast types, whose tunnels have next hops of their own.
   std::optional<std::uint32_t> tunnelId;  ///< As published; nothing if there is none or the write failed.
   std::optional<std::uint32_t> nextHopId;
-  Vane::NextHopEntrySet nextHops;     ///< Of its adjacency.
-  std::optional<std::string> reason;  ///< Why it is not programmed; nothing if it is.
+  std::optional<std::uint32_t> encapId;  ///< Of the copies of flooded frames to the VTEP; of flood tunnels alone.
+  std::vector<Bridging::VlanId> vlans;   ///< Those that are flooded to the VTEP, of a head-end replication tunnel.
+  Vane::NextHopEntrySet nextHops;        ///< Of its adjacency, or its own.
+  std::optional<std::string> reason;     ///< Why it is not programmed; nothing if it is.
 
   bool programmed() const { return !reason; }
 };
 
-/// The wanted unicast and member tunnels, by type and then by VTEP. REQUIRES: settled.
+/// The wanted tunnels of all types, by type and then by VTEP. REQUIRES: settled.
 std::vector<TunnelReport> tunnelReports(Agent const& agent);
 /// Those to one VTEP.
 std::vector<TunnelReport> tunnelReports(Agent const& agent, Meshal::IpGenAddr const& vtep);
-/// "vxlanTunnel", "vxlanMemberTunnel".
+/// "vxlanTunnel", "vxlanHwHerTunnel", "vxlanBum" …
 std::string_view tunnelTypeText(Vane::TunnelType type);
 
 }  // namespace Host
