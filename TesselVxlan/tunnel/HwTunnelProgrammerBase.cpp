@@ -80,7 +80,7 @@ HwTunnelProgrammerBase::HwTunnelProgrammerBase(TunnelProgrammerInputs const& inp
   handleInitialized();
   // Finds the overlay programmer created: for logical chips that `handleInitialized` did not see.
   handleLogicalFapId();
-  for (auto const& map : vxlanToL2State()->vtepIpToTnlIdNhIdMapColl()) tunnelIdMapIs(map);
+  for (auto const& vtep : Kiln::keysOf(vxlanToL2State()->vtepIpToTnlIdNhIdMapColl())) handleVtepMap(vtep);
 }
 
 void HwTunnelProgrammerBase::handleInitialized() {
@@ -139,11 +139,14 @@ void HwTunnelProgrammerBase::tnlNhUpdateConfigDispatch(Dovel::Change const& chan
   }
 }
 
+// A record is watched from the first tunnel of this object's type on: the ids of other types' tunnels change nothing
+// here.
 void HwTunnelProgrammerBase::handleVtepMap(Meshal::IpGenAddr const& vtep) {
-  if (auto const& map = vxlanToL2State()->vtepIpToTnlIdNhIdMap(vtep)) {
-    tunnelIdMapIs(map);
-  } else {
+  auto const& map = vxlanToL2State()->vtepIpToTnlIdNhIdMap(vtep);
+  if (!map) {
     tunnelIdMapDel(vtep);
+  } else if (map->tnlKeysHas(tunnelType()) || tunnelIdMapHas(vtep)) {
+    tunnelIdMapIs(map);
   }
 }
 

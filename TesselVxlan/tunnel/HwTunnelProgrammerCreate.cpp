@@ -70,10 +70,10 @@ Dovel::Ptr<NestedSm_TunnelIdMap> HwTunnelProgrammerBase::recordTunnelKey(ConfigE
   if (watcher && watcher->map()->tnlKeysHas(tunnelType())) {
     return acceptGeneration(*watcher, entry, Event::creation) ? watcher : nullptr;
   }
-  bool const known = bool(watcher);
-  if (!known) {
-    // The notification of a new record creates its watcher before this returns.
-    vxlanToL2State()->vtepIpToTnlIdNhIdMapIs(key.dst());
+  auto const present = vxlanToL2State()->vtepIpToTnlIdNhIdMap(key.dst());
+  bool const known = bool(present);
+  if (!watcher) {
+    tunnelIdMapIs(known ? present : vxlanToL2State()->vtepIpToTnlIdNhIdMapIs(key.dst()));
     watcher = tunnelIdMap_.at(key.dst());
   }
   watcher->entryIs(entry);

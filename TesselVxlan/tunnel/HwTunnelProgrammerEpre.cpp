@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <boost/container/small_vector.hpp>
 
 #include "TesselVxlan/tunnel/HwTunnelProgrammerBase.h"
 #include "platform/kiln/Invariant.h"
@@ -15,6 +16,9 @@ namespace {
 
 /// The id of the pool's first bit.
 constexpr std::uint32_t firstEncapId = 4097;
+
+/// A tunnel has a handful of next hops.
+using Ports = boost::container::small_vector<Meshal::IntfId, 8>;
 
 /// Throws the range exception of `Bridging::VlanId`. REQUIRES: a VLAN interface.
 Bridging::VlanId vlanOf(Meshal::IntfId port) { return Bridging::VlanId(Meshal::VlanIntfId::vlanId(port)); }
@@ -45,13 +49,13 @@ void HwTunnelProgrammerBase::programEpreTable(ConfigEntry const& entry, FinalNex
   auto const& vtep = key.dst();
   TRACE(1, " tunnelType: {} key: {}", tunnelType(), key);
   auto const config = bumVtepConfigOf(vtep);
-  std::vector<Meshal::IntfId> wantedPorts;
+  Ports wantedPorts;
   for (auto const& nextHop : finalNextHops.nextHop()) {
     auto const port = getCorePort(nextHop);
     wantedPorts.push_back(port);
     if (Meshal::VlanIntfId::isVlanIntfId(port)) floodUnderlayVlanToVtepListDir()->vtepIpListIs(vlanOf(port), vtep);
   }
-  std::vector<Meshal::IntfId> stalePorts;
+  Ports stalePorts;
   for (auto const& nextHop : config->nextHopsColl()) {
     if (std::find(wantedPorts.begin(), wantedPorts.end(), nextHop->port()) == wantedPorts.end()) {
       stalePorts.push_back(nextHop->port());

@@ -137,7 +137,7 @@ void HwTunnelProgrammerBase::doUpdateNextHop(ConfigEntry const& entry) {
 void HwTunnelProgrammerBase::handleHwTunnelNextHopUpdate(Meshal::IpGenAddr const& vtep) {
   if (!tnlNhUpdateConfig()->tunnelNhUpdateHas(vtep)) return;
   TRACE(1, ", vtepIp: {}", vtep);
-  maybeUpdateHwTunnelStatus(vtep);
+  if (tunnelIdMapHas(vtep)) maybeUpdateHwTunnelStatus(vtep);
   // The overlay entry is another type's by now; nothing else would remove the counter.
   auto const& map = vtepMap(vtep);
   if (!map || !map->tnlKeysHas(tunnelType())) tnlNhUpdateConfig()->tunnelNhUpdateDel(vtep);

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <utility>
 
+#include "platform/scree/Slab.h"
+
 namespace Kiln {
 
 /// Finds the places of an array by the hashes of their keys: chains of places, one for each remainder of the hash.
@@ -15,6 +17,21 @@ class PlaceIndex {
  public:
   using Place = std::uint32_t;
   static constexpr Place none = 0x7fffffff;
+
+  PlaceIndex() = default;
+  PlaceIndex(PlaceIndex&& from) noexcept { *this = std::move(from); }
+  PlaceIndex& operator=(PlaceIndex&& from) noexcept {
+    std::swap(links_, from.links_);
+    std::swap(first_, from.first_);
+    std::swap(places_, from.places_);
+    std::swap(end_, from.end_);
+    std::swap(unused_, from.unused_);
+    std::swap(size_, from.size_);
+    return *this;
+  }
+  ~PlaceIndex() {
+    if (links_) Scree::slabFreeOrStdFree(links_, bytes(places_));
+  }
 
   std::size_t size() const { return size_; }
   /// All places in use are below it.
@@ -29,7 +46,7 @@ class PlaceIndex {
   template <class IsWanted>
   Place find(std::uint32_t hash, IsWanted const& isWanted) const {
     if (size_ == 0) return none;
-    auto const* const links = links_.get();
+    auto const* const links = links_;
     auto place = first_[chainOf(hash)];
     while (place != none && !(links[place].hash == hash && isWanted(place))) place = links[place].next;
     return place;
@@ -56,7 +73,7 @@ class PlaceIndex {
     while (*link != none && !(links_[*link].hash == hash && isWanted(*link))) link = &links_[*link].next;
     return *link == none ? none : unlink(*link);
   }
-  void clear() { *this = {}; }
+  void clear() { PlaceIndex const former(std::move(*this)); }
 
  private:
   static constexpr Place kUnused = 0x80000000;
@@ -66,26 +83,6 @@ class PlaceIndex {
     std::uint32_t hash;
     Place next;  ///< Of the chain, or of the unused places.
   };
-  /// Memory of elements that are not initialised. `std::unique_ptr` would do, but its header brings the streams into
-  /// every source.
-  template <class T>
-  class Array {
-   public:
-    Array() = default;
-    explicit Array(std::size_t size) : elements_(new T[size]) {}
-    Array(Array&& from) noexcept : elements_(std::exchange(from.elements_, nullptr)) {}
-    Array& operator=(Array&& from) noexcept {
-      std::swap(elements_, from.elements_);
-      return *this;
-    }
-    ~Array() { delete[] elements_; }
-    T* get() const { return elements_; }
-    T& operator[](std::size_t place) const { return elements_[place]; }
-
-   private:
-    T* elements_ = nullptr;
-  };
-
   std::size_t chainOf(std::uint32_t hash) const { return hash & (places_ - 1); }
   /// `link` is the chain's link to the place that is removed.
   Place unlink(Place& link) {
@@ -102,20 +99,22 @@ class PlaceIndex {
   }
   [[gnu::noinline]] void grow(std::size_t least) {
     auto const places = std::bit_ceil(least < kFewest ? kFewest : least);
-    Array<Link> links(places);
-    Array<Place> first(places);
+    auto* const links = static_cast<Link*>(Scree::slabAllocOrStdMalloc(bytes(places)));
+    auto* const first = reinterpret_cast<Place*>(links + places);
     for (std::size_t chain = 0; chain < places; ++chain) first[chain] = none;
     for (Place place = 0; place < end_; ++place) {
       auto& link = links[place] = links_[place];
       if (!(link.next & kUnused)) link.next = std::exchange(first[link.hash & (places - 1)], place);
     }
-    links_ = std::move(links);
-    first_ = std::move(first);
+    if (links_) Scree::slabFreeOrStdFree(links_, bytes(places_));
+    links_ = links;
+    first_ = first;
     places_ = places;
   }
+  static std::size_t bytes(std::size_t places) { return places * (sizeof(Link) + sizeof(Place)); }
 
-  Array<Link> links_;       ///< By place.
-  Array<Place> first_;      ///< Of each chain; as many as there are links.
+  Link* links_ = nullptr;   ///< By place; in one block with the next.
+  Place* first_ = nullptr;  ///< Of each chain; as many as there are links.
   std::size_t places_ = 0;  ///< Room for so many: a power of two, or 0.
   Place end_ = 0;
   Place unused_ = none;

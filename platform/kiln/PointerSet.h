@@ -17,6 +17,8 @@ namespace Kiln {
 template <class Pointer, class Key, class KeyOf, class Hash = Kiln::Hash<Key>, class Equal = Kiln::Equal<Key>>
 class PointerSet {
  public:
+  using Pointers = std::vector<Pointer, Scree::SlabAllocator<Pointer>>;
+
   std::size_t size() const { return index_.size(); }
   bool empty() const { return size() == 0; }
   void reserve(std::size_t count) {
@@ -24,7 +26,7 @@ class PointerSet {
     pointers_.reserve(count);
   }
   /// In order of addition, with nulls.
-  std::vector<Pointer> const& all() const { return pointers_; }
+  Pointers const& all() const { return pointers_; }
 
   /// Null if there is none.
   Pointer const& find(Key const& key) const {
@@ -58,7 +60,7 @@ class PointerSet {
     return std::exchange(pointers_[place], Pointer{});
   }
   /// Finds nothing any more; returns the pointers.
-  std::vector<Pointer> takeAll() {
+  Pointers takeAll() {
     last_ = PlaceIndex::none;
     index_.clear();
     return std::exchange(pointers_, {});
@@ -85,7 +87,7 @@ class PointerSet {
   }
 
   PlaceIndex index_;
-  std::vector<Pointer> pointers_;
+  Pointers pointers_;
   mutable Place last_ = PlaceIndex::none;  ///< Found or added last: work on one object looks it up again and again.
 };
 
