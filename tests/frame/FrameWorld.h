@@ -14,6 +14,7 @@
 #include "platform/kilnsharedmem/EntityManager.h"
 #include "platform/stateway/EntityManager.h"
 #include "tests/support/AgentText.h"
+#include "tests/support/AgentWish.h"
 
 /// The start of the feature, step by step.
 namespace FrameTest {
@@ -109,11 +110,34 @@ class FrameWorld {
     return settle();
   }
 
-  FrameWorld& tunnelGone() {
+  /// EVPN; flood tunnels to 10.255.0.2, beside the unicast one, and to 10.255.0.3; one to group 239.1.1.1, and BUM
+  /// tunnels to the two.
+  FrameWorld& floodWanted() {
+    state<Evpn::EvpnStatus>("evpn/status")->evpnEnabledIs(true);
+    world_->fcsd->portConfigDir()->portIs(Meshal::IntfId("Ethernet1"), {});
+    auto const list = stores().shmem->getEntity<L2Rib::FloodSetOutput>(Host::kFloodListsPath)->floodSetIs(floodVlan);
+    auto const config =
+        local<Vane::HwTunnelConfigDir>(Host::kHwTunnelConfigPath)->hwTunnelConfig(Vane::vxlanHerTunnel_);
+    for (unsigned n = 2; n <= 3; ++n) {
+      Meshal::IpGenAddr const vtep(AgentTest::vtep(n));
+      list->vtepIs(vtep, true);
+      auto const entry = Dovel::make<Vane::HwTunnelConfigEntry>(Vane::TunnelKey({}, vtep, 0, 1, {}));
+      entry->nextHopEntryListIs(Dovel::make<Vane::NextHopEntryList>(7, hops()));
+      config->hwTunnelConfigListIs(entry);
+      mcastDir("bumTunnel")->tunnelIs(vtep)->nextHopsIs(hops());
+    }
+    mcastDir("tunnel")->tunnelIs(Meshal::IpGenAddr(AgentTest::group(1)))->nextHopsIs(hops());
+    return settle();
+  }
+
+  FrameWorld& tunnelsGone() {
     state<Vxlan::VtiStatusDir>(Host::kVtiStatusPath)->vtiStatusDelAll();
-    local<Vane::HwTunnelConfigDir>(Host::kHwTunnelConfigPath)
-        ->hwTunnelConfig(Vane::vxlanTunnel_)
-        ->hwTunnelConfigListDelAll();
+    state<Evpn::EvpnStatus>("evpn/status")->evpnEnabledIs(false);
+    for (auto const& config : local<Vane::HwTunnelConfigDir>(Host::kHwTunnelConfigPath)->hwTunnelConfigColl()) {
+      config->hwTunnelConfigListDelAll();
+    }
+    stores().shmem->getEntity<L2Rib::FloodSetOutput>(Host::kFloodListsPath)->floodSetDelAll();
+    for (auto const* kind : {"bumTunnel", "tunnel"}) mcastDir(kind)->tunnelDelAll();
     return settle();
   }
 
@@ -168,6 +192,13 @@ class FrameWorld {
     wrapper().profileSupportsVxlanIs(true);
     return *this;
   }
+  Dovel::Ptr<Multicast::Vxlan::TunnelConfigDir> mcastDir(std::string const& kind) const {
+    return Dovel::cast<Multicast::Vxlan::TunnelConfigDir>(
+        stores().stateway->getEntity("vxlan/multicast/" + kind + "/config"));
+  }
+  /// Two, one of which has no port.
+  static Vane::NextHopEntrySet hops() { return AgentTest::entriesOf({1, 2}); }
+  static inline Bridging::VlanId const floodVlan{10};
   FrameWorld& settle() {
     while (chip().deliver() != 0) {
     }

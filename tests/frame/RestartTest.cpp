@@ -28,17 +28,31 @@ TEST(StaleState, goesWithTheStartButForWhatAnUpgradeHandsOver) {
   l2->recoveredTnlIdToVtepIs(Vane::VaneTunnelId(77), gone);
   l2->recoveredNhIdToVtepIs(Vane::VaneNextHopId(5), gone);
   l2->recoveredMHTnlIdToVtepListIs(Vane::VaneTunnelId(78));
+  auto const local = world.stores().local;
+  auto const records = local->doMount<TesselL3Common::TesselVxlanBumVtepConfigDir>("vxlan/bumVtepConfigDir");
+  auto const ids = local->doMount<TesselL3Common::EncapIdToBumVtepIpConfigDir>("vxlan/encapIdToBumVtepIpConfigDir");
+  auto const wanted = world.state<Vane::VaneTunnelConfig>(Host::wantedTunnelsPath(Vane::vxlanHerTunnel_));
+  auto const groups = world.state<Multicast::Vxlan::VxlanMcastTunnelStatusDir>("vxlan/multicast/tunnel/status");
+  TesselL3Common::EncapId const encapId(4097);
+  records->bumVtepConfigIs(gone, encapId);
+  ids->vxlanReverseConfigIs(encapId)->vtepIpIs(gone);
+  wanted->tunnelIs(gone);
+  groups->tunnelIs(gone);
   auto const left = [&] {
     return fmt::format(
-        "unicast {:d} her {:d} members {:d} flood {:d} vtep {:d} mapping {:d}, recovered {:d} {:d} {:d}",
+        "unicast {:d} her {:d} members {:d} flood {:d} vtep {:d} mapping {:d}, recovered {:d} {:d} {:d}, "
+        "flooding {:d} {:d} {:d} {:d}",
         unicasts->tunnelStatusEntryHas(gone), her->tunnelStatusEntryHas(gone), members->tunnelStatusEntryHas(gone),
         flood->vaneVxlanHwHerVtepStatusHas(gone), l2->vtepIpToTnlIdNhIdMapHas(gone), l2->stageVlanVniMappingReady(),
         l2->recoveredTnlIdToVtepHas(Vane::VaneTunnelId(77)), l2->recoveredNhIdToVtepHas(Vane::VaneNextHopId(5)),
-        l2->recoveredMHTnlIdToVtepListHas(Vane::VaneTunnelId(78)));
+        l2->recoveredMHTnlIdToVtepListHas(Vane::VaneTunnelId(78)), records->bumVtepConfigHas(gone),
+        ids->vxlanReverseConfigHas(encapId), wanted->tunnelHas(gone), groups->tunnelHas(gone));
   };
-  ASSERT_EQ(left(), "unicast 1 her 1 members 1 flood 1 vtep 1 mapping 1, recovered 1 1 1");
+  ASSERT_EQ(left(), "unicast 1 her 1 members 1 flood 1 vtep 1 mapping 1, recovered 1 1 1, flooding 1 1 1 1");
   world.start();
-  EXPECT_EQ(left(), "unicast 1 her 0 members 0 flood 0 vtep 0 mapping 0, recovered 1 1 1");
+  EXPECT_EQ(left(), "unicast 1 her 0 members 0 flood 0 vtep 0 mapping 0, recovered 1 1 1, flooding 0 0 1 1");
+  world.tunnelSmIsReady();
+  EXPECT_EQ(left(), "unicast 1 her 0 members 0 flood 0 vtep 0 mapping 0, recovered 1 1 1, flooding 0 0 0 0");
 }
 
 TEST(SecondStart, hasNothingOfWhatTheFirstPublished) {
@@ -49,9 +63,10 @@ TEST(SecondStart, hasNothingOfWhatTheFirstPublished) {
     FrameWorld world;
     world.mountsComplete().start().tunnelSmIsReady();
     if (sameProcess) world.chip().hold("VirtualPortTableMerged");
-    world.tunnelWanted();
-    EXPECT_THAT(world.published(), testing::HasSubstr("10.255.0.1"));
-    world.wrapperGone().tunnelGone();
+    world.tunnelWanted().floodWanted();
+    for (auto const* part : {"10.255.0.1", R"("encapId":4099)", R"("10.255.0.3")", "239.1.1.1"})
+      EXPECT_THAT(world.published(), testing::HasSubstr(part));
+    world.wrapperGone().tunnelsGone();
     if (sameProcess) {
       // Completions of the first do not reach the second.
       world.wrapperAgain().chip().release();
@@ -63,6 +78,17 @@ TEST(SecondStart, hasNothingOfWhatTheFirstPublished) {
     EXPECT_EQ(world.rows(), fresh.rows());
     EXPECT_EQ(world.tables(), fresh.tables());
   }
+}
+
+TEST(SecondStart, bringsBackWhatIsStillWanted) {
+  FrameWorld world;
+  world.mountsComplete().start().tunnelSmIsReady().tunnelWanted().floodWanted();
+  auto const rows = world.rows(), tables = world.tables(), published = world.published();
+  EXPECT_THAT(rows, testing::HasSubstr("L2TunnelIpv4SipTable\n  10.255.0.2: "));
+  world.wrapperAgain().start();
+  EXPECT_EQ(world.rows(), rows);
+  EXPECT_EQ(world.tables(), tables);
+  EXPECT_EQ(world.published(), published);
 }
 
 /// What the toggles decide, in a feature that starts in this process.

@@ -209,4 +209,89 @@ TEST_P(Flood, aGroupUsesEachNextHopThatHasARow) {
   EXPECT_EQ(agent.chip(), start);
 }
 
+TEST_P(Flood, theVlansOfAVtepAreShownUntilItLeaves) {
+  auto const vtepIp = Meshal::IpGenAddr(vtep(2));
+  auto const shown = [&] {
+    auto const status = wrapper().vaneVxlanHwHerVtepStatusDir()->vaneVxlanHwHerVtepStatus(vtepIp);
+    if (!status) return std::string("none");
+    std::set<std::uint16_t> vlans;
+    for (auto const& [vlan, floods] : status->vlanListColl()) vlans.insert(vlan.value());
+    return testing::PrintToString(vlans);
+  };
+  agent.tunnel(flood, vtep(2)).in({10, 20});
+  EXPECT_EQ(shown(), "{ 10, 20 }");
+  agent.tunnel(flood, vtep(2)).in({20, 30});
+  EXPECT_EQ(shown(), "{ 20, 30 }");
+  agent.tunnel(flood, vtep(2)).gone();
+  EXPECT_EQ(shown(), "none");
+  auto const vteps = wrapper().vaneVxlanHwHerVtepConfigDir();
+  auto const config = vteps->vaneVxlanHwHerVtepConfigIs(vtepIp);
+  EXPECT_EQ(shown(), "none") << "without a VLAN";
+  config->vlanListIs(Bridging::VlanId(10), {});
+  config->vlanListDel(Bridging::VlanId(10));
+  EXPECT_EQ(shown(), "{}") << "after its last";
+  config->vlanListIs(Bridging::VlanId(10), {});
+  auto const next = Dovel::make<Vane::VXLAN::VaneVxlanHwHerVtepConfig>(vtepIp);
+  next->vlanListIs(Bridging::VlanId(30), {});
+  vteps->vaneVxlanHwHerVtepConfigIs(next);
+  config->vlanListIs(Bridging::VlanId(20), {});
+  EXPECT_EQ(shown(), "{ 30 }");
+  vteps->vaneVxlanHwHerVtepConfigDel(vtepIp);
+  EXPECT_EQ(shown(), "none");
+}
+
+TEST_P(Flood, statusesWithAVersionFollowTheNextHops) {
+  auto const versions = [&] { return agent.status(mcast) + agent.status(bum) + agent.status(mcastHer); };
+  agent.tunnel(bum, vtep(2)).via(uplink(1));
+  agent.tunnel(mcastHer, vtep(2)).via(uplink(2));
+  auto const shown = [](unsigned ofBum, unsigned ofHer) {
+    std::string const line = "10.255.0.2 gen=0 tnl=none version=";
+    return line + std::to_string(ofBum) + '\n' + line + std::to_string(ofHer) + '\n';
+  };
+  EXPECT_EQ(versions(), shown(2, 2)) << "documents add a tunnel before its next hops";
+  agent.tunnel(flood, vtep(2)).via(uplink(1));
+  EXPECT_EQ(versions(), shown(3, 3));
+  agent.tunnel(flood, vtep(3)).via(uplink(1));
+  agent.tunnel(flood, vtep(2)).via(uplink(2));
+  EXPECT_EQ(versions(), shown(4, 4));
+  agent.tunnel(flood, vtep(2)).gone();
+  EXPECT_EQ(versions(), shown(5, 5)) << "the end of the record, too";
+  agent.tunnel(bum, vtep(2)).via(uplink(3));
+  EXPECT_EQ(versions(), shown(6, 5));
+  agent.tunnel(mcast, group(1)).via(uplink(1));
+  agent.tunnel(mcast, group(2)).via(uplink(1));
+  auto const before = agent.status(mcast);
+  agent.tunnel(mcast, group(1)).via(uplink(2));
+  EXPECT_NE(agent.status(mcast).substr(0, before.find('\n')), before.substr(0, before.find('\n')));
+  EXPECT_EQ(agent.status(mcast).substr(before.find('\n')), before.substr(before.find('\n')));
+}
+
+TEST_P(Flood, vlansOfTheUnderlayHaveTheVtepsBehindThem) {
+  bool const floods = GetParam().profile == "flooding";
+  auto const behind = [&](std::uint16_t vlan) {
+    return Kiln::toText(
+        wrapper().floodUnderlayVlanToVtepListDir()->floodUnderlayVlanToVtepList(Bridging::VlanId(vlan)));
+  };
+  auto const versions = [&] {
+    std::string text;
+    for (auto const& entry : statuses(agent.agent(), bum))
+      text += Kiln::toText(entry->hwNextHopStatusEntry().hwNextHopId()) + ' ';
+    return text;
+  };
+  agent.tunnel(flood, vtep(2)).via(uplink(11));
+  agent.tunnel(flood, vtep(3)).via(uplink(11));
+  agent.tunnel(flood, vtep(4)).via(uplink(1));
+  for (unsigned n = 2; n <= 4; ++n) agent.tunnel(bum, vtep(n)).via(uplink(1));
+  EXPECT_EQ(behind(111), floods ? "[10.255.0.2, 10.255.0.3]" : "[]");
+  EXPECT_EQ(behind(101), "[]");
+  agent.vlanPorts(111, {1}).vlanPorts(112, {1});
+  EXPECT_EQ(versions(), floods ? "3 3 2 " : "2 2 2 ");
+  agent.tunnel(flood, vtep(2)).via(uplink(12));
+  EXPECT_EQ(behind(111), floods ? "[10.255.0.3]" : "[]");
+  EXPECT_EQ(behind(112), floods ? "[10.255.0.2]" : "[]");
+  agent.tunnel(flood, vtep(3)).gone();
+  agent.tunnel(flood, vtep(2)).via(uplink(2));
+  EXPECT_EQ(behind(111) + behind(112), "[][]");
+}
+
 }  // namespace AgentTest
