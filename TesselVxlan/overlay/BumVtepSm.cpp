@@ -151,20 +151,32 @@ void BumVtepSm::handleTunnel(TunnelKey const& tunnelKey) {
   if (entry) {
     auto const tunnel = Dovel::make<NestedSm_TesselVxlanVtepHwTunnelConfig>(*this, entry);
     tesselVxlanVtepHwTunnelConfig_.add(tunnel);
-    return tunnel->handleInitialized();
+    tunnel->handleInitialized();
+    watchVtep(tunnelKey.dst());
+    return;
   }
   if (auto const tunnel = tesselVxlanVtepHwTunnelConfig_.at(tunnelKey)) {
     tunnel->handleDel();
-    if (!hwTunnelConfig()->hwTunnelConfigListHas(tunnelKey)) tesselVxlanVtepHwTunnelConfig_.del(tunnelKey);
+    if (hwTunnelConfig()->hwTunnelConfigListHas(tunnelKey)) return;
+    tesselVxlanVtepHwTunnelConfig_.del(tunnelKey);
+    if (tunnelKey == makeTunnelKey(tunnelKey.dst())) tesselVxlanBumVtepConfig_.del(tunnelKey.dst());
   }
 }
 
-void BumVtepSm::handleVtep(Meshal::IpGenAddr const& vtepIp) {
+// Most flood VTEPs have no tunnel here, and so no status that their changes could be published in.
+Dovel::Ptr<NestedSm_TesselVxlanBumVtepConfig> BumVtepSm::watchVtep(Meshal::IpGenAddr const& vtepIp) {
+  if (!hwTunnelConfig()->hwTunnelConfigListHas(makeTunnelKey(vtepIp))) return nullptr;
   Dovel::Ptr<TesselVxlanBumVtepConfig const> const config = bumVtepConfigDir()->bumVtepConfig(vtepIp);
-  if (config) {
-    auto const vtep = Dovel::make<NestedSm_TesselVxlanBumVtepConfig>(*this, config);
-    tesselVxlanBumVtepConfig_.add(vtep);
-    return vtep->handleInitialized();
+  if (!config) return nullptr;
+  auto const vtep = Dovel::make<NestedSm_TesselVxlanBumVtepConfig>(*this, config);
+  tesselVxlanBumVtepConfig_.add(vtep);
+  return vtep;
+}
+
+void BumVtepSm::handleVtep(Meshal::IpGenAddr const& vtepIp) {
+  if (bumVtepConfigDir()->bumVtepConfigHas(vtepIp)) {
+    if (auto const vtep = watchVtep(vtepIp)) vtep->handleInitialized();
+    return;
   }
   auto const vtep = tesselVxlanBumVtepConfig_.at(vtepIp);
   if (!vtep) return;

@@ -116,6 +116,8 @@ class BumVtepSm final : public Kiln::Sm {
  private:
   void handleTunnel(Vane::TunnelKey const& tunnelKey);
   void handleVtep(Meshal::IpGenAddr const& vtepIp);
+  /// Watches the record of a flood VTEP that has a tunnel here; null if there is nothing to watch.
+  Dovel::Ptr<NestedSm_TesselVxlanBumVtepConfig> watchVtep(Meshal::IpGenAddr const& vtepIp);
   void handleVlan(Bridging::VlanId vlanId);
 
   Kiln::NestedSms<Meshal::IpGenAddr, NestedSm_TesselVxlanBumVtepConfig> tesselVxlanBumVtepConfig_{*this};
