@@ -80,6 +80,14 @@ std::uint64_t numberOf(Asic::EntryHandle const& handle, std::string_view field) 
   return finder.found;
 }
 
+std::optional<Meshal::EthAddr> nextHopMac(Asic::EntryHandle const& handle) {
+  for (auto const& link : linksOf(handle)) {
+    if (link.target->tableName() != Asic::shortName(L3NextHop2Table::kilnType().name())) continue;
+    return static_cast<L3NextHop2Table::Store::Record const*>(link.target->record())->key.macAddr();
+  }
+  return std::nullopt;
+}
+
 Handle firstUnwritten(std::vector<NeededRow> const& needed) {
   std::vector<Handle> rows;
   auto const add = [&](Handle const& handle) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <boost/unordered/unordered_flat_map.hpp>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -22,6 +23,9 @@ std::vector<Link> linksOf(Asic::EntryHandle const& handle);
 std::string valuesOf(Asic::EntryHandle const& handle);
 /// The number of the first field of that name in the row or its parts; 0 if there is none.
 std::uint64_t numberOf(Asic::EntryHandle const& handle, std::string_view field);
+
+/// The MAC address of the next hop that the row refers to; nothing for one that refers to none.
+std::optional<Meshal::EthAddr> nextHopMac(Asic::EntryHandle const& handle);
 
 /// The first of `rows`, and of all rows that they lead to, that the chip does not have although it has all that the row
 /// itself leads to; null if it has all.

@@ -93,6 +93,15 @@ Text missingRow(Agent const& agent, std::vector<NeededRow> const& needed) {
   return {};
 }
 
+/// Those that the copies to the report's VTEP were made from.
+Vane::NextHopEntrySet copiesNextHops(Agent const& agent, TunnelReport const& report) {
+  if (report.type != Vane::vxlanMcastHer_ && report.type != Vane::vxlanBum_) return report.nextHops;
+  auto const flood = agent.wantedTunnels(Vane::vxlanHerTunnel_);
+  auto const& tunnel = flood->tunnel(report.vtep);
+  auto const adjacency = tunnel && tunnel->adjId() ? flood->adjacency(tunnel->adjId().value()) : nullptr;
+  return adjacency ? adjacency->nextHops() : Vane::NextHopEntrySet();
+}
+
 /// Whether nothing sends the packets of a tunnel because the chip cannot balance them.
 bool lacksGroups(Agent const& agent, std::vector<NeededRow> const& needed) {
   WrittenRows written(agent.chip());
@@ -103,6 +112,20 @@ bool lacksGroups(Agent const& agent, std::vector<NeededRow> const& needed) {
 
 }  // namespace
 
+std::optional<std::string> staleCopy(Agent const& agent, RowFinder const& rows, TunnelReport const& report) {
+  if (!report.encapId) return std::nullopt;
+  auto const nextHops = copiesNextHops(agent, report);
+  for (auto const& copy : rows.copies(report.vtep)) {
+    auto const hop = std::find_if(nextHops.begin(), nextHops.end(), [&](Vane::NextHopEntry const& entry) {
+      return isResolved(entry) && entry.addr() == copy.nextHop && entry.l2Intf() == copy.port;
+    });
+    auto const mac = copy.row.row ? nextHopMac(*copy.row.row) : std::nullopt;
+    if (hop == nextHops.end() || !mac || *mac == hop->ethAddr()) continue;
+    return "copy by " + copy.port.name() + " goes to a former MAC of " + Kiln::toText(copy.nextHop);
+  }
+  return std::nullopt;
+}
+
 std::string whyNotProgrammed(Agent const& agent, Vane::VaneTunnelConfig const* wanted, TunnelReport const& report) {
   if (!wanted) {
     if (auto const mcast = missingMcast(agent, report)) return *mcast;
@@ -111,10 +134,12 @@ std::string whyNotProgrammed(Agent const& agent, Vane::VaneTunnelConfig const* w
   } else if (auto const route = missingRoute(agent, *wanted, report)) {
     return *route;
   }
-  auto const needed = RowFinder(agent).needed(report.type, report.vtep);
+  RowFinder const rows(agent);
+  auto const needed = rows.needed(report.type, report.vtep);
   if (auto const row = missingRow(agent, needed)) {
     return lacksGroups(agent, needed) ? "no groups of underlay next hops on this chip" : *row;
   }
+  if (auto const stale = staleCopy(agent, rows, report)) return *stale;
   return report.tunnelId ? "no next-hop id" : "no tunnel id";
 }
 

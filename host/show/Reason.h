@@ -1,8 +1,11 @@
 #pragma once
 
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "host/show/Tunnels.h"
+#include "host/show/VtepRows.h"
 
 namespace Host {
 
@@ -12,8 +15,13 @@ namespace Host {
 /// direction (`RowFinder::needed`), with all that these lead to. Otherwise the first of these that holds: a chip that
 /// does not serve the type, no local address of the VTEP's family, no UDP port, no route, an adjacency that is not
 /// stated, next hops that are not resolved, next hops without a port, a row that the chip does not have (the table is
-/// full, the write failed, or it is still going on), a table that the chip does not have. `wanted` are the wanted
+/// full, the write failed, or it is still going on), a table that the chip does not have, a copy of flooded frames that
+/// is sent to a former MAC address of its next hop. `wanted` are the wanted
 /// tunnels of the report's type; null for the multicast types. REQUIRES: all of the report but its reason is set.
 std::string whyNotProgrammed(Agent const& agent, Vane::VaneTunnelConfig const* wanted, TunnelReport const& report);
+
+/// The copy of flooded frames to the VTEP of a flood tunnel that is sent to another MAC address than its next hop has
+/// now, in a few words; nothing if there is none.
+std::optional<std::string> staleCopy(Agent const& agent, RowFinder const& rows, TunnelReport const& report);
 
 }  // namespace Host

@@ -53,8 +53,9 @@ class Completion {
   TunnelReport of(TunnelReport report, Vane::VaneTunnelConfig const* wanted) {
     if (!hasOverlay(report.type)) report.encapId = rows_.encapId(report.vtep);
     auto const needed = rows_.needed(report.type, report.vtep);
-    bool const programmed = isPublished(report) && std::all_of(needed.begin(), needed.end(),
-                                                               [&](NeededRow const& row) { return written_.has(row); });
+    bool const written =
+        std::all_of(needed.begin(), needed.end(), [&](NeededRow const& row) { return written_.has(row); });
+    bool const programmed = isPublished(report) && written && !staleCopy(agent_, rows_, report);
     if (!programmed) report.reason = whyNotProgrammed(agent_, wanted, report);
     return report;
   }

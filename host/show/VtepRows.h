@@ -54,9 +54,9 @@ class RowFinder {
   Meshal::IpGenAddr localVtep(Meshal::IpGenAddr const& vtep) const;
   /// The encapsulation id of a flood VTEP or group.
   std::optional<std::uint32_t> encapId(Meshal::IpGenAddr const& vtep) const;
+  std::vector<FloodCopy> copies(Meshal::IpGenAddr const& vtep) const;
 
  private:
-  std::vector<FloodCopy> copies(Meshal::IpGenAddr const& vtep) const;
   NeededRow copyRow(Meshal::IntfId port, Meshal::IpGenAddr const& vtep) const;
   NeededRow destination(Meshal::IpGenAddr const& vtep) const;
 
