@@ -36,6 +36,7 @@ Meshal::IpGenAddr Road::vtep(std::uint32_t tunnel) const {
 std::vector<Vane::TunnelType> Road::types() const {
   switch (kind) {
     case Kind::her:
+    case Kind::flood:
       return {Vane::vxlanHerTunnel_};
     case Kind::mixed:
       return {Vane::vxlanTunnel_, Vane::vxlanHerTunnel_};

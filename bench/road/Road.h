@@ -17,7 +17,13 @@ inline constexpr std::uint32_t kBurst = 64;
 inline constexpr std::uint16_t kUdpPort = 4789;
 
 /// What is wanted at each VTEP.
-enum class Kind : std::uint8_t { unicast, her, mixed, mcast };  ///< `mixed`: unicast and head-end replication.
+enum class Kind : std::uint8_t {
+  unicast,
+  her,    ///< Head-end replication.
+  flood,  ///< The same, from the flood list of one VLAN.
+  mixed,  ///< Unicast and head-end replication.
+  mcast,
+};
 
 /// The overlay of `tunnels` remote VTEPs: what both the agent and the floor are given. Always the same for the same
 /// size.

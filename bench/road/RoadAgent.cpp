@@ -2,25 +2,27 @@
 
 #include <algorithm>
 
+#include "platform/kilnsharedmem/EntityManager.h"
+#include "platform/stateway/EntityManager.h"
 #include "platform/vxlan/VxlanConfig.h"
 
 namespace RoadBench {
 
 namespace {
 
-Host::Agent::Options optionsOf(std::string const& profile, Asic::Completion completion) {
+Host::Agent::Options optionsOf(Road const& road, std::string const& profile, Asic::Completion completion) {
   Host::Agent::Options options;
   options.profile = profile;
   options.completion = completion;
   options.virtualClock = true;
-  options.producers = false;
+  options.producers = road.kind == Kind::flood;
   return options;
 }
 
 }  // namespace
 
 RoadAgent::RoadAgent(Road const& road, std::string const& profile, Asic::Completion completion)
-    : road_(road), agent_(optionsOf(profile, completion)), active_(road.tunnels) {
+    : road_(road), agent_(optionsOf(road, profile, completion)), active_(road.tunnels) {
   agent_.apply(road.document(false), "switch");
   for (auto const type : road.types()) {
     auto& tunnels = all_.emplace_back(Tunnels{type, {}, {}, {}, {}});
@@ -59,7 +61,23 @@ void RoadAgent::create() {
   }
 }
 
+L2Rib::FloodSet& RoadAgent::floodSet() {
+  auto const& wanted = agent_.wantedTunnels(Vane::vxlanHerTunnel_);
+  for (std::uint32_t n = 0; n < kAdjacencies && !wanted->adjacencyHas(n + 1); ++n) {
+    wanted->adjacencyIs(n + 1)->nextHopsIs(Road::nextHops(n));
+  }
+  auto const lists = agent_.stores().shmem->getEntity<L2Rib::FloodSetOutput>("bridging/l2Rib/floodOutput");
+  return *lists->floodSetIs(Bridging::VlanId(10));
+}
+
 void RoadAgent::add(std::uint32_t tunnel) {
+  if (road_.kind == Kind::flood) {
+    auto const vtep = road_.vtep(tunnel);
+    agent_.state<VxlanController::VtepStatusDirV2>("vxlan/version2/vtepStatusDir")
+        ->vtepAdjacencyIs(vtep, Vane::AdjIdOrNone(Road::adjacencyOf(tunnel) + 1));
+    floodSet().vtepIs(vtep, true);
+    return;
+  }
   for (auto const& tunnels : all_) tunnels.config->hwTunnelConfigListIs(tunnels.entries[tunnel]);
 }
 
@@ -82,6 +100,11 @@ void RoadAgent::moveLocalVtep() {
 void RoadAgent::update(std::vector<Road::Update> const& updates) {
   std::uint32_t written = 0;
   for (auto const& update : updates) {
+    if (road_.kind == Kind::flood) {
+      agent_.state<VxlanController::VtepStatusDirV2>("vxlan/version2/vtepStatusDir")
+          ->vtepAdjacencyIs(road_.vtep(update.tunnel), Vane::AdjIdOrNone(update.adjacency + 1));
+      continue;
+    }
     for (auto const& tunnels : all_) {
       auto const& list = tunnels.lists[update.adjacency];
       tunnels.entries[update.tunnel]->nextHopEntryListIs(
@@ -117,6 +140,10 @@ void RoadAgent::changeListsOver(Meshal::IntfId uplink, ListOf&& listOf) {
         continue;
       }
       auto const list = listOf(*tunnels.lists[adjacency]);
+      if (road_.kind == Kind::flood) {
+        agent_.wantedTunnels(tunnels.type)->adjacencyIs(adjacency + 1)->nextHopsIs(list->nextHopEntry());
+        continue;
+      }
       for (auto n = adjacency; n < road_.tunnels; n += kAdjacencies) tunnels.entries[n]->nextHopEntryListIs(list);
     }
   }
@@ -132,6 +159,10 @@ void RoadAgent::remove(std::vector<std::uint32_t> const& order) {
 }
 
 void RoadAgent::remove(std::uint32_t tunnel) {
+  if (road_.kind == Kind::flood) {
+    floodSet().vtepDel(road_.vtep(tunnel));
+    return;
+  }
   if (active_[tunnel].valid()) all_.front().config->activeNextHopIdListDel(active_[tunnel]);
   for (auto const& tunnels : all_) tunnels.config->hwTunnelConfigListDel(road_.key(tunnel));
 }
@@ -157,6 +188,10 @@ void RoadAgent::restart() {
 }
 
 bool RoadAgent::allProgrammed() const {
+  if (road_.kind == Kind::flood) {
+    auto const published = agent_.publishedTunnels(Vane::vxlanHerTunnel_);
+    return published->tunnelStatusEntryColl().size() == road_.tunnels;
+  }
   for (auto const& tunnels : all_) {
     for (std::uint32_t n = 0; n < road_.tunnels; ++n) {
       auto const& entry = tunnels.status->tunnelStatus(road_.key(n));

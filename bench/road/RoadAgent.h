@@ -7,6 +7,7 @@
 
 #include "bench/road/Road.h"
 #include "host/agent/Agent.h"
+#include "platform/vane/FloodLists.h"
 
 namespace RoadBench {
 
@@ -51,6 +52,9 @@ class RoadAgent {
   /// The tunnels over the adjacencies that `uplink` is in get the lists that `listOf(former list)` returns.
   template <class ListOf>
   void changeListsOver(Meshal::IntfId uplink, ListOf&& listOf);
+
+  /// The flood list of the one VLAN, for tunnels that come from it; their adjacencies are made on the first call.
+  L2Rib::FloodSet& floodSet();
 
   Road const& road_;
   Host::Agent agent_;
