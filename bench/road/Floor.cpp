@@ -28,7 +28,8 @@ Floor::Floor(Road const& road, bool flat)
     : road_(road),
       flat_(flat),
       local_(Meshal::IpAddr(0x0a000001)),
-      unicast_(road.has(Vane::vxlanTunnel_)),
+      overlay_(road.has(Vane::vxlanTunnel_) || road.has(Vane::vxlanMemberTunnel_)),
+      admitted_(road.has(Vane::vxlanTunnel_)),
       flood_(road.has(Vane::vxlanHerTunnel_) || road.has(Vane::vxlanMcastTunnel_)),
       copies_(road.has(Vane::vxlanMcastTunnel_) && !flat ? kNextHops : 1) {
   for (std::uint32_t n = 0; n < kAdjacencies; ++n) groups_.push_back({Road::nextHops(n)});
@@ -45,10 +46,10 @@ void Floor::add(std::uint32_t tunnel) {
   auto const header = headers_.add(vtep, {local_, vtep, 0, kUdpPort, {}});
   auto const port = ports_.add(vtep, {vtep.u64(0), header, 1, 1, static_cast<std::uint16_t>(header), {}});
   if (flood_) addFlood(vtep, port, group);
-  if (!unicast_) return;
+  if (!overlay_) return;
   auto const overlay = flat_ ? nextHops_.add(vtep, {0, port, 1, group, {}}) : overlays_.add(vtep, {port, group, 0, 1});
   ++groups_[group].users;
-  sips_.add(vtep, {port, static_cast<std::uint16_t>(port)});
+  if (admitted_) sips_.add(vtep, {port, static_cast<std::uint16_t>(port)});
   status_.emplace(key, Status{port, overlay, group});
 }
 
@@ -92,7 +93,7 @@ void Floor::moveLocalVtep() {
 void Floor::update(std::vector<Road::Update> const& updates) {
   for (auto const& update : updates) {
     auto const key = road_.key(update.tunnel);
-    auto& group = unicast_ ? status_.find(key)->second.group : floodStatus_.find(key.dst())->second.group;
+    auto& group = overlay_ ? status_.find(key)->second.group : floodStatus_.find(key.dst())->second.group;
     // The lists are new objects each time and are compared by their contents.
     if (groups_[group].nextHops == Vane::NextHopEntrySet(groups_[update.adjacency].nextHops)) continue;
     --groups_[group].users;
@@ -104,7 +105,7 @@ void Floor::update(std::vector<Road::Update> const& updates) {
       flood.nextHops.clear();
       chooseCopies(key.dst(), flood, group);
     }
-    if (!unicast_) continue;
+    if (!overlay_) continue;
     if (flat_) {
       nextHops_.at(key.dst()).underlay = group;
     } else {
@@ -126,11 +127,11 @@ void Floor::remove(std::uint32_t tunnel) {
   auto const key = road_.key(tunnel);
   auto const& vtep = key.dst();
   if (flood_) removeFlood(vtep);
-  if (unicast_) {
+  if (overlay_) {
     auto const found = status_.find(key);
     --groups_[found->second.group].users;
     status_.erase(found);
-    sips_.del(vtep);
+    if (admitted_) sips_.del(vtep);
     flat_ ? nextHops_.del(vtep) : overlays_.del(vtep);
   }
   ports_.del(vtep);

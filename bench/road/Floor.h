@@ -10,8 +10,9 @@ namespace RoadBench {
 /// The same rows, of the same sizes, in flat hash maps and vectors: no notification, no handle, no chip.
 ///
 /// A row of header, virtual port, overlay and termination for each tunnel, found by the VTEP, and its status with both
-/// ids. Rows of next hops and groups are there once for each adjacency. A flood tunnel has header and port, a row for
-/// each next hop that its copies use, its record with an encapsulation id, the way back from that id, and its status.
+/// ids; no termination for a member tunnel. Rows of next hops and groups are there once for each adjacency. A flood
+/// tunnel has header and port, a row for each next hop that its copies use, its record with an encapsulation id, the
+/// way back from that id, and its status.
 class Floor {
  public:
   /// `flat`: the overlay row is a merged next hop.
@@ -97,7 +98,7 @@ class Floor {
   Rows<MergedNextHop> nextHops_;
   Rows<Sip> sips_;
   std::vector<Group> groups_;
-  bool unicast_, flood_;
+  bool overlay_, admitted_, flood_;
   std::uint32_t copies_;               ///< Of a flooded packet to one VTEP.
   Map<std::uint64_t, Copy> copyRows_;  ///< By VTEP and port.
   Map<Addr, FloodVtep> floodVteps_;

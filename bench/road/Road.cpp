@@ -35,6 +35,8 @@ Meshal::IpGenAddr Road::vtep(std::uint32_t tunnel) const {
 
 std::vector<Vane::TunnelType> Road::types() const {
   switch (kind) {
+    case Kind::member:
+      return {Vane::vxlanMemberTunnel_};
     case Kind::her:
     case Kind::flood:
       return {Vane::vxlanHerTunnel_};

@@ -19,9 +19,10 @@ inline constexpr std::uint16_t kUdpPort = 4789;
 /// What is wanted at each VTEP.
 enum class Kind : std::uint8_t {
   unicast,
-  her,    ///< Head-end replication.
-  flood,  ///< The same, from the flood list of one VLAN.
-  mixed,  ///< Unicast and head-end replication.
+  member,  ///< Of VTEP groups.
+  her,     ///< Head-end replication.
+  flood,   ///< The same, from the flood list of one VLAN.
+  mixed,   ///< Unicast and head-end replication.
   mcast,
 };
 

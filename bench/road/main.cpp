@@ -171,7 +171,7 @@ int run(int argc, char** argv) {
   CLI::App app{"What a tunnel costs on its whole road"};
   std::vector<std::uint32_t> sizes{1'000, 4'096, 24'576};
   std::vector<std::string> profiles{"cascaded", "flat"};
-  std::vector<Kind> kinds{Kind::unicast, Kind::her, Kind::flood, Kind::mixed, Kind::mcast};
+  std::vector<Kind> kinds{Kind::unicast, Kind::member, Kind::her, Kind::flood, Kind::mixed, Kind::mcast};
   std::string phase;
   bool deferred = false;
   app.add_option("--tunnels", sizes, "How many")->delimiter(',')->capture_default_str();
