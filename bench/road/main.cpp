@@ -20,11 +20,8 @@
 namespace RoadBench {
 namespace {
 
-std::map<std::string, Kind> const kKinds{{"unicast", Kind::unicast},
-                                         {"her", Kind::her},
-                                         {"flood", Kind::flood},
-                                         {"mixed", Kind::mixed},
-                                         {"mcast", Kind::mcast}};
+std::map<std::string, Kind> const kKinds{{"unicast", Kind::unicast}, {"member", Kind::member}, {"her", Kind::her},
+                                         {"flood", Kind::flood},     {"mixed", Kind::mixed},   {"mcast", Kind::mcast}};
 std::string const& nameOf(Kind kind) {
   return std::find_if(kKinds.begin(), kKinds.end(), [&](auto const& named) { return named.second == kind; })->first;
 }
