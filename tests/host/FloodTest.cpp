@@ -175,7 +175,9 @@ TEST_F(Flood, aRowThatFoundNoPlaceMakesATunnelNotProgrammed) {
                                                           {"flat", "HerNextHop1Table", 2U, flood, 1},
                                                           {"flat", "HerNextHop2Table", 1U, flood, 1}}) {
     auto const lines = verdicts(run({"run", "--profile", profile(chip, table, rows), "--format", "json", input}));
-    auto const isFull = [&](std::string const& line) { return line.ends_with(std::string("!table full: ") + table); };
+    auto const isFull = [reason = std::string("!table full: ") + table](std::string const& line) {
+      return line.ends_with(reason);
+    };
     EXPECT_GE(std::count_if(lines.begin(), lines.end(), isFull), waiting) << chip << ' ' << table;
   }
 }
