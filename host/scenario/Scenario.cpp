@@ -139,11 +139,10 @@ void mergePatch(rapidjson::Value& target, rapidjson::Value const& patch,
   }
   if (!target.IsObject()) target.SetObject();
   for (auto const& member : patch.GetObject()) {
-    auto const present = target.FindMember(member.name);
     if (member.value.IsNull()) {
-      if (present != target.MemberEnd()) target.EraseMember(present);
-    } else if (present != target.MemberEnd()) {
-      mergePatch(present->value, member.value, allocator);
+      target.EraseMember(member.name);
+    } else if (target.HasMember(member.name)) {
+      mergePatch(target[member.name], member.value, allocator);
     } else {
       rapidjson::Value value;
       mergePatch(value, member.value, allocator);

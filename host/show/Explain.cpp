@@ -46,8 +46,10 @@ std::string_view wordOf(std::string_view field) {
 
 /// What the last row of the chain sends its packets to; empty for other rows.
 std::string portText(Asic::EntryHandle const& row) {
-  // 2: a port or a group of ports; see the destination's kinds.
-  if (numberOf(row, "destinationKind") != 2) return {};
+  // 1: all ports of a VLAN; 2: a port or a group of ports.
+  auto const kind = numberOf(row, "destinationKind");
+  if (kind == 1) return "VLAN " + Kiln::toText(numberOf(row, "vlanId"));
+  if (kind != 2) return {};
   return (numberOf(row, "isLag") != 0 ? "LAG " : "port ") + Kiln::toText(numberOf(row, "destination"));
 }
 

@@ -102,12 +102,16 @@ Vane::NextHopEntrySet copiesNextHops(Agent const& agent, TunnelReport const& rep
   return adjacency ? adjacency->nextHops() : Vane::NextHopEntrySet();
 }
 
-/// Whether nothing sends the packets of a tunnel because the chip cannot balance them.
-bool lacksGroups(Agent const& agent, std::vector<NeededRow> const& needed) {
+/// Whether a tunnel's overlay entry leads to no next hop because the chip has no groups.
+bool lacksGroups(Agent const& agent, Vane::TunnelType type, std::vector<NeededRow> const& needed) {
+  if (!hasOverlay(type) || hasGroups(agent)) return false;
   WrittenRows written(agent.chip());
-  return !hasGroups(agent) && std::any_of(needed.begin(), needed.end(), [&](NeededRow const& row) {
-    return row.table == "L3NextHop1Table" || row.table == "IngL3EcmpMember0Table" ? !written.has(row) : false;
-  });
+  return std::none_of(needed.begin(), needed.end(), [&](auto const& row) { return row.sends && written.has(row); });
+}
+
+/// Whether copies to this next hop leave by `port`.
+bool leavesBy(Vane::NextHopEntry const& hop, Meshal::IntfId port) {
+  return (hop.l2Intf().empty() ? hop.l3Intf() : hop.l2Intf()) == port;
 }
 
 }  // namespace
@@ -117,7 +121,7 @@ std::optional<std::string> staleCopy(Agent const& agent, RowFinder const& rows, 
   auto const nextHops = copiesNextHops(agent, report);
   for (auto const& copy : rows.copies(report.vtep)) {
     auto const hop = std::find_if(nextHops.begin(), nextHops.end(), [&](Vane::NextHopEntry const& entry) {
-      return isResolved(entry) && entry.addr() == copy.nextHop && entry.l2Intf() == copy.port;
+      return isResolved(entry) && entry.addr() == copy.nextHop && leavesBy(entry, copy.port);
     });
     auto const mac = copy.row.row ? nextHopMac(*copy.row.row) : std::nullopt;
     if (hop == nextHops.end() || !mac || *mac == hop->ethAddr()) continue;
@@ -137,7 +141,7 @@ std::string whyNotProgrammed(Agent const& agent, Vane::VaneTunnelConfig const* w
   RowFinder const rows(agent);
   auto const needed = rows.needed(report.type, report.vtep);
   if (auto const row = missingRow(agent, needed)) {
-    return lacksGroups(agent, needed) ? "no groups of underlay next hops on this chip" : *row;
+    return lacksGroups(agent, report.type, needed) ? "no groups of underlay next hops on this chip" : *row;
   }
   if (auto const stale = staleCopy(agent, rows, report)) return *stale;
   return report.tunnelId ? "no next-hop id" : "no tunnel id";

@@ -121,7 +121,7 @@ class FrameWorld {
     for (unsigned n = 2; n <= 3; ++n) {
       Meshal::IpGenAddr const vtep(AgentTest::vtep(n));
       list->vtepIs(vtep, true);
-      auto const entry = Dovel::make<Vane::HwTunnelConfigEntry>(Vane::TunnelKey({}, vtep, 0, 1, {}));
+      auto const entry = Dovel::make<Vane::HwTunnelConfigEntry>(Vane::TunnelKey{{}, vtep, 0, 1, {}});
       entry->nextHopEntryListIs(Dovel::make<Vane::NextHopEntryList>(7, hops()));
       config->hwTunnelConfigListIs(entry);
       mcastDir("bumTunnel")->tunnelIs(vtep)->nextHopsIs(hops());

@@ -93,7 +93,7 @@ TEST_F(FloodStatus, countsTheChangesOfATunnel) {
   EXPECT_EQ(shown(), "");
   tunnel(2, {1});
   EXPECT_EQ(shown(), "2:1+1") << "the count ends with the tunnel";
-  auto const other = Dovel::make<Vane::HwTunnelConfigEntry>(Vane::TunnelKey({}, address(4), 0, 1, {}));
+  auto const other = Dovel::make<Vane::HwTunnelConfigEntry>(Vane::TunnelKey{{}, address(4), 0, 1, {}});
   config->hwTunnelConfigListIs(other);
   newVersion(4);
   EXPECT_EQ(shown(), "2:1+1 4:1") << "a tunnel of another key has no record";
