@@ -36,7 +36,7 @@ TEST_F(BadInput, documentsAreRefusedAsWrittenDown) {
   }
 }
 
-/// Flood lists of VLAN 10 and multicast tunnels, as many of each.
+/// Flood VTEPs, each in the lists of two VLANs, and multicast tunnels, as many of each.
 std::string floodDocument(unsigned vteps, unsigned groups) {
   std::string lists, routes, tunnels;
   auto const add = [](std::string& list, unsigned base, unsigned i, char const* value) {
@@ -49,7 +49,8 @@ std::string floodDocument(unsigned vteps, unsigned groups) {
             "hardware/tessel/tunnel/configDir/vxlanHwHerTunnel":{"adjacency":{"7":{"nextHops":[{"ethAddr":"02:00:00:00:00:01"}]}}},
             "vxlan/version2/vtepStatusDir":{"vtepAdjacency":{)" +
          routes + R"(}},"vxlan/multicast/tunnel/config":{"tunnel":{)" + tunnels +
-         R"(}}},"shmem":{"bridging/l2Rib/floodOutput":{"floodSet":{"10":{"vtep":{)" + lists + "}}}}}}";
+         R"(}}},"shmem":{"bridging/l2Rib/floodOutput":{"floodSet":{"10":{"vtep":{)" + lists + R"(}},"20":{"vtep":{)" +
+         lists + "}}}}}}";
 }
 
 TEST_F(BadInput, moreFloodTunnelsThanEncapsulationIds) {

@@ -169,6 +169,7 @@ TEST_F(Flood, aRowThatFoundNoPlaceMakesATunnelNotProgrammed) {
   auto const flood = file("flood.json", document());
   for (auto const& [chip, table, rows, input, waiting] : {std::tuple("cascaded", "L2TunnelIpv4SipTable", 3U, many, 9),
                                                           {"flat", "L2TunnelIpv4SipTable", 3U, many, 9},
+                                                          {"cascaded", "EgrL3Ipv4TunnelTable", 4U, many, 9},
                                                           {"cascaded", "L2TunnelIpv4DipTable", 1U, shared, 1},
                                                           {"cascaded", "L2TunnelIpv4SipTable", 1U, flood, 1},
                                                           {"cascaded", "EpreCcbeNextHopRemapTable", 4U, flood, 1},
@@ -204,11 +205,13 @@ TEST_F(Flood, aRowThatTheChipRefusedOrThatIsOfAFormerStateMakesATunnelNotProgram
   }
   auto const her = R"("/tunnels/type=vxlanHwHerTunnel&vtep=10.255.0.3/reason":)";
   auto const moved = replaced(document(), "02:00:00:00:00:02", "02:00:00:00:00:22");
+  std::string const learning =
+      R"("hardware/tessel/tunnel/vxlan/vxlanInfo/vaneGlobalVtiStatus":{"dataPathLearning":true},)";
   for (auto const& [first, then, reason] : std::vector<std::tuple<std::string, std::string, std::string>>{
            {document(), moved, R"("copy by Ethernet2 goes to a former MAC of 10.1.2.1")"},
            {replaced(document(), R"("evpnEnabled": true)", R"("evpnEnabled": false)"), document(),
             R"("no row in L2TunnelIpv4SipTable")"},
-           {document(), replaced(document(), R"("10.255.0.2": 7, )", R"("10.255.0.2": 8, )"), "null"},
+           {replaced(document(), R"("evpn/status")", learning + R"("evpn/status")"), "null", "null"},
            {replaced(document(), R"("srcAddr": "10.255.0.1", )", ""), "null", R"("no local VTEP")"}}) {
     auto const next = then == "null" ? "" : R"("state":)" + then + ',';
     auto const ran = told("cascaded", first, fmt::format(R"({{{}"expect":{{{}{}}}}})", next, her, reason));
