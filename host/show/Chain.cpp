@@ -99,12 +99,8 @@ Handle firstUnwritten(std::vector<NeededRow> const& needed) {
   for (std::size_t i = 0; i < rows.size(); ++i) {
     for (auto const& link : linksOf(*rows[i])) add(link.target);
   }
-  auto const cause = std::find_if(rows.begin(), rows.end(), [&](Handle const& row) {
-    auto const links = linksOf(*row);
-    return unwritten(row) &&
-           std::none_of(links.begin(), links.end(), [&](Link const& link) { return unwritten(link.target); });
-  });
-  return cause == rows.end() ? nullptr : *cause;
+  auto const first = std::find_if(rows.begin(), rows.end(), unwritten);
+  return first == rows.end() ? nullptr : *first;
 }
 
 WrittenRows::WrittenRows(Asic::Chip const& chip)

@@ -27,8 +27,7 @@ std::uint64_t numberOf(Asic::EntryHandle const& handle, std::string_view field);
 /// The MAC address of the next hop that the row refers to; nothing for one that refers to none.
 std::optional<Meshal::EthAddr> nextHopMac(Asic::EntryHandle const& handle);
 
-/// The first of `rows`, and of all rows that they lead to, that the chip does not have although it has all that the row
-/// itself leads to; null if it has all.
+/// The first of `rows`, and of all rows that they lead to, that the chip does not have; null if it has all.
 Asic::EntryHandle::PtrConst firstUnwritten(std::vector<NeededRow> const& rows);
 
 /// Tells for many rows whether the chip has them and all that they lead to; looks once at each row, however many others

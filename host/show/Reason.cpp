@@ -66,7 +66,7 @@ Text missingMcast(Agent const& agent, TunnelReport const& report) {
   bool const served = capabilities && capabilities->bumFloodSupported();
   if (report.type == Vane::vxlanMcastHer_ && !served) return "no head-end copies of multicast traffic on this chip";
   if (!agent.wantedTunnels(Vane::vxlanHerTunnel_)->tunnelHas(report.vtep)) return "no flood list has this VTEP";
-  return report.encapId ? Text() : "its flood tunnel has no copy of a frame";
+  return report.encapId ? Text() : "no next hop of its flood tunnel";
 }
 
 /// Whether the chip has groups of underlay next hops, which unicast tunnels need.

@@ -28,7 +28,7 @@ std::string replaced(std::string text, std::string const& from, std::string cons
 }
 
 /// tests/data/input/flood.json: known traffic to 10.255.0.2; floods to it and .3 over two uplinks, and to .4 without a
-/// route; a multicast group; copies of flooded traffic to .2 and to .9, which no flood list has.
+/// route; a multicast group; copies of flooded traffic to .2, .4 and .9, which no flood list has.
 class Flood : public Files {
  protected:
   static std::string document() { return contents("tests/data/input/flood.json"); }
@@ -146,7 +146,8 @@ TEST_F(Flood, tunnelsOfAllTypesAreReported) {
   for (auto const* chip : {"cascaded", "flat"}) {
     EXPECT_THAT(shown(chip),
                 ElementsAre("T10.255.0.2 7", "H10.255.0.2 7", "H10.255.0.3 7", "H10.255.0.4 !no route", "M239.1.1.1",
-                            "M10.255.0.2", "B10.255.0.2", "B10.255.0.9 !no flood list has this VTEP"));
+                            "M10.255.0.2", "B10.255.0.2", "B10.255.0.4 !no next hop of its flood tunnel",
+                            "B10.255.0.9 !no flood list has this VTEP"));
   }
   EXPECT_THAT(shown("compact"),
               testing::IsSupersetOf({"H10.255.0.3 7 !no such table on this chip: EpreCcbeNextHopRemapTable",
@@ -154,7 +155,7 @@ TEST_F(Flood, tunnelsOfAllTypesAreReported) {
                                      "M10.255.0.2 !no head-end copies of multicast traffic on this chip"}));
   auto const text = run({"run", "--show", "summary,tunnels", input}).out;
   EXPECT_TRUE(inOrder(text, {"flood tunnel, VLANs 10 20\n", "VLANs 20  not programmed: no route\n",
-                             "  multicast tunnel\n", "8 tunnels, 6 programmed\n", "vxlanHwHerTunnel  10.255.0.3 "}));
+                             "  multicast tunnel\n", "9 tunnels, 6 programmed\n", "vxlanHwHerTunnel  10.255.0.3 "}));
   auto const json = run({"run", "--format", "json", input}).json();
   EXPECT_EQ(json["tunnels"][2]["vlans"][1].GetUint(), 20U);
   EXPECT_EQ(json["tunnels"][2]["encapId"].GetUint(), 4099U);
