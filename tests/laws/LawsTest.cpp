@@ -173,7 +173,7 @@ TEST(KnownStories, keepTheLaws) {
 // Of a tunnel that is added, gets another generation and is removed: in each of its notifications. What comes later may
 // mend what went wrong before, so that each beginning is a story.
 TEST(KnownStories, anyReactionKeepsTheLaws) {
-  for (auto const type : {unicast, member}) {
+  for (auto const type : {unicast, member, flood, mcast}) {
     Event const events[] = {atVtep(Event::over, 2, 1, type), atVtep(Event::generation, 2, 0, type),
                             atVtep(Event::gone, 2, 0, type)};
     for (std::uint32_t to = 0; to < Event::reactions; ++to) {

@@ -62,6 +62,7 @@ TEST_F(FloodLists, areFollowedFromTheStartOn) {
   route(2, 5);
   sm->initializedIs(false);
   EXPECT_EQ(shown(), " STRAY TUNNELS");
+  EXPECT_EQ(tunnels->tunnel(address(2))->adjId().value(), 77);
   sm->initializedIs(true);
   EXPECT_EQ(shown(), "2[10 20]>5 3[10]");
   route(3, 6);
@@ -90,15 +91,14 @@ TEST_F(FloodLists, thatAreReplacedKeepTheVtepsOfBoth) {
   auto const former = lists->floodSet(VlanId(10));
   auto const next = Dovel::make<L2Rib::FloodSet>(VlanId(10));
   for (unsigned const n : {3, 4}) next->vtepIs(address(n), true);
+  route(4, 7);
   std::string heard;
-  Support::Watch const watch(
-      *tunnels, [&](Dovel::Change const& change) { heard += Kiln::toText(change.keyAs<IpGenAddr>()).substr(9); });
+  Support::Watch const watch(*tunnels, [&](Dovel::Change const&) { heard += shown() + "; "; });
   lists->floodSetIs(next);
-  EXPECT_EQ(shown(), "3[10] 4[10]");
-  EXPECT_EQ(heard, "42");
+  EXPECT_EQ(heard, "2[10] 3[10] 4[10]>7; 3[10] 4[10]>7; ") << "a tunnel has its route from the start";
   former->vtepIs(address(8), true);
   next->vtepIs(address(5), true);
-  EXPECT_EQ(shown(), "3[10] 4[10] 5[10]");
+  EXPECT_EQ(shown(), "3[10] 4[10]>7 5[10]");
 }
 
 class McastTunnels : public testing::TestWithParam<Vane::TunnelType> {
@@ -146,6 +146,7 @@ TEST_P(McastTunnels, areConfiguredAsWanted) {
   EXPECT_EQ(hops(2), "none");
   sm->initializedIs(true);
   sm->hasNotificationActiveIs(true);
+  EXPECT_TRUE(sm->initialized());
   EXPECT_EQ(config->hwInit(), 1);
   EXPECT_TRUE(published->tunnelColl().empty());
   EXPECT_EQ(hops(2), toGroups ? "12:1" : "1:2 2:1");
@@ -156,13 +157,22 @@ TEST_P(McastTunnels, areConfiguredAsWanted) {
   EXPECT_EQ(hops(4), toGroups ? "12:4" : "2:4");
   EXPECT_EQ(entry(4) == former, toGroups) << "without a programmer that follows the list, it is another tunnel";
   auto const list = entry(4)->nextHopEntryList();
-  wanted->tunnelIs(Dovel::make<Multicast::Vxlan::TunnelConfig>(address(4)));
-  want(4, {4});
+  EXPECT_EQ(list->adjId(), 0);
+  auto const same = Dovel::make<Multicast::Vxlan::TunnelConfig>(address(4));
+  same->nextHopsIs(entriesOf({4}));
+  wanted->tunnelIs(same);
+  EXPECT_EQ(entry(4)->nextHopEntryList(), list);
   want(2, {unresolved(2)});
   EXPECT_EQ(hops(2), toGroups ? "empty" : "1:2");
   wanted->tunnelDel(address(2));
   EXPECT_EQ(hops(2), "none");
   EXPECT_EQ(hops(4), toGroups ? "12:4" : "2:4");
+  sm->hasNotificationActiveIs(false);
+  want(6, {});
+  EXPECT_EQ(hops(6), "none");
+  sm->hasNotificationActiveIs(true);
+  want(7, {});
+  EXPECT_EQ(hops(7), "empty");
   sm->kilnDoZombieReactors(true);
   want(5, {});
   EXPECT_EQ(hops(5), "none") << "not after its end";
