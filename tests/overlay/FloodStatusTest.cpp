@@ -1,8 +1,10 @@
 // The statuses of tunnels that have a version, and the set-up of the replication engine.
 
 #include "TesselVxlan/overlay/BumVtepSm.h"
+#include "platform/kiln/Json.h"
 #include "platform/kiln/Trace.h"
 #include "tests/support/TunnelFixture.h"
+#include "tests/support/Watch.h"
 
 namespace AgentTest {
 
@@ -139,6 +141,22 @@ TEST_F(FloodStatus, followsThePortsOfUnderlayVlansWhereTheChipFloods) {
     config->hwTunnelConfigListDelAll();
     status->tunnelStatusDelAll();
   }
+}
+
+TEST_F(FloodStatus, listsOfVlansTellTheirChangesAndAreReadBack) {
+  unsigned heard = 0;
+  Support::Watch const watch(*lists, [&](Dovel::Change const&) { ++heard; });
+  Bridging::VlanId const vlan(111);
+  for (unsigned const n : {3, 2, 2}) lists->vtepIpListIs(vlan, address(n));
+  auto const list = lists->floodUnderlayVlanToVtepList(vlan);
+  auto const json = Kiln::jsonText([&](Kiln::JsonOut out) { Kiln::writeJson(list, out); });
+  EXPECT_EQ(json, R"(["10.255.0.2","10.255.0.3"])");
+  TesselL3Common::FloodUnderlayVlanToVtepList read;
+  Kiln::readJson(read, Kiln::JsonDocument::parse(json, "").root());
+  EXPECT_EQ(read, list);
+  for (unsigned const n : {2, 3, 3}) lists->vtepIpListDel(vlan, address(n));
+  EXPECT_EQ(heard, 4);
+  EXPECT_TRUE(lists->floodUnderlayVlanToVtepListColl().empty());
 }
 
 TEST_F(FloodStatus, isNotTouchedAfterTheEnd) {
