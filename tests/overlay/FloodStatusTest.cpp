@@ -148,12 +148,14 @@ TEST_F(FloodStatus, listsOfVlansTellTheirChangesAndAreReadBack) {
   Support::Watch const watch(*lists, [&](Dovel::Change const&) { ++heard; });
   Bridging::VlanId const vlan(111);
   for (unsigned const n : {3, 2, 2}) lists->vtepIpListIs(vlan, address(n));
-  auto const list = lists->floodUnderlayVlanToVtepList(vlan);
-  auto const json = Kiln::jsonText([&](Kiln::JsonOut out) { Kiln::writeJson(list, out); });
-  EXPECT_EQ(json, R"(["10.255.0.2","10.255.0.3"])");
-  TesselL3Common::FloodUnderlayVlanToVtepList read;
-  Kiln::readJson(read, Kiln::JsonDocument::parse(json, "").root());
-  EXPECT_EQ(read, list);
+  auto const jsonOf = [](auto const& dir) {
+    return Kiln::jsonText([&](Kiln::JsonOut out) { Kiln::entityToJson(*dir, out); });
+  };
+  auto const json = jsonOf(lists);
+  EXPECT_EQ(json, R"({"floodUnderlayVlanToVtepList":{"111":["10.255.0.2","10.255.0.3"]}})");
+  auto const read = Dovel::make<TesselL3Common::FloodUnderlayVlanToVtepListDir>("read");
+  Kiln::entityFromJson(*read, Kiln::JsonDocument::parse(json, "").root());
+  EXPECT_EQ(jsonOf(read), json);
   for (unsigned const n : {2, 3, 3}) lists->vtepIpListDel(vlan, address(n));
   EXPECT_EQ(heard, 4);
   EXPECT_TRUE(lists->floodUnderlayVlanToVtepListColl().empty());
