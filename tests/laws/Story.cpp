@@ -66,7 +66,7 @@ class Writer {
   bool oneIn(std::uint32_t n) { return below(n) == 0; }
 
   Vane::TunnelType someType() {
-    if (floods_ && oneIn(2)) return oneIn(2) ? flood : oneIn(3) ? bum : mcast;
+    if (floods_ && oneIn(2)) return oneIn(2) ? flood : oneIn(3) ? bum : oneIn(4) ? mcastHer : mcast;
     return members_ && oneIn(3) ? member : unicast;
   }
   void fill(Event& event) {
@@ -361,7 +361,7 @@ void Player::refresh(Wish const& last) {
   std::erase_if(moved.tunnels, [&](auto const& tunnel) {
     auto const type = tunnel.first.first;
     bool const floods = type == flood || type == mcast;
-    return type == bum || (floods && (floodsAreOld_ || small_ || refused_));
+    return type == bum || type == mcastHer || (floods && (floodsAreOld_ || small_ || refused_));
   });
   for (auto& [key, tunnel] : moved.tunnels) {
     bool const alone = !last.tunnels.contains({unicast, key.second});

@@ -180,6 +180,7 @@ class Engine : public OnWrapper {
 INSTANTIATE_TEST_SUITE_P(Chips, Engine, testing::ValuesIn(chipKinds({"cascaded", "flooding"})), kindName);
 
 TEST_P(Engine, isSetUpOnce) {
+  EXPECT_TRUE(wrapper().epreSm()->initialized());
   EXPECT_EQ(agent.table("EpreEdevConfigCcbeRegister"), "0: value=1073774591\n");
   auto const& fcsd = agent.agent().world().fcsd;
   LogicalFap::LogicalFapId const second(1);
@@ -206,6 +207,7 @@ TEST_P(Engine, hasADefaultEntryWithBothFlags) {
     other(true);
     agent.settle();
     EXPECT_THAT(defaultRow(), HasSubstr("remapType=" + type));
+    EXPECT_EQ(std::to_string(agent.hardware().field("EpreCcbeNextHopRemapTable", 0, "remapType")), type);
     EXPECT_THAT(defaultRow(), HasSubstr("l3NextHop2Handle=L3NextHop2Table[00:00:00:00:00:00]"));
     EXPECT_THAT(defaultRow(), HasSubstr("virtualPortHandle=VirtualPortTableMerged[]"));
     first(false);

@@ -21,20 +21,8 @@ std::string_view overlayTableOf(Asic::Chip const& chip) {
 }
 
 char const* nameOf(Vane::TunnelType type) {
-  switch (type) {
-    case unicast:
-      return "unicast";
-    case member:
-      return "member";
-    case flood:
-      return "flood";
-    case mcast:
-      return "mcast";
-    case mcastHer:
-      return "mcastHer";
-    default:
-      return "bum";
-  }
+  static constexpr char const* names[] = {"unicast", "member", "flood", "mcast", "mcastHer", "bum"};
+  return names[std::find(std::begin(tunnelTypes), std::end(tunnelTypes), type) - std::begin(tunnelTypes)];
 }
 
 namespace {

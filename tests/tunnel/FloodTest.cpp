@@ -104,6 +104,21 @@ TEST_P(Flood, aTunnelThatWaitsForALocalVtepIsShownAsUp) {
   EXPECT_NE(header(vtep(2), vtep(9)), "absent") << "the shared address of a pair is enough";
 }
 
+TEST_P(Flood, aMemberTunnelHasTheSourceOfTheFloodTunnelBesideIt) {
+  auto wish = agent.wish();
+  wish.mlagVtep = vtep(9);
+  agent.want(wish).tunnel(member, vtep(2)).via(uplink(1));
+  auto const port = [&] { return agent.row("VirtualPortTableMerged", vtep(2)); };
+  EXPECT_THAT(port(), HasSubstr("[10.255.0.1 > 10.255.0.2]"));
+  agent.tunnel(flood, vtep(2)).via(uplink(1));
+  EXPECT_THAT(port(), HasSubstr("[10.255.0.9 > 10.255.0.2]"));
+  agent.tos(1);
+  EXPECT_THAT(port(), HasSubstr("[10.255.0.9 > 10.255.0.2]"));
+  agent.tunnel(flood, vtep(2)).gone();
+  agent.tos(3);
+  EXPECT_THAT(port(), HasSubstr("[10.255.0.1 > 10.255.0.2]"));
+}
+
 TEST_P(Flood, vtepsSpreadOverTheirNextHopsAndKeepThem) {
   std::map<std::string, unsigned> users;
   agent.together([](AgentWorld& a) {
@@ -177,19 +192,6 @@ TEST_P(Flood, encapsulationIdsAreTakenFromTheLowestOn) {
   EXPECT_EQ(ids(), (std::vector{4098U, 4097U, 4099U, 4100U}));
 }
 
-TEST_P(Flood, vtepsBehindOneNextHopShareItsRow) {
-  agent.tunnel(flood, vtep(2)).via(uplink(1));
-  agent.tunnel(flood, vtep(3)).via(uplink(1));
-  auto const* const table = remaps() ? "L3NextHop2Table" : "HerNextHop2Table";
-  auto const shared = agent.table(table);
-  agent.writes();
-  agent.tunnel(flood, vtep(2)).gone();
-  EXPECT_EQ(agent.table(table), shared);
-  EXPECT_THAT(agent.writes(), Not(HasSubstr("NextHop2")));
-  agent.tunnel(flood, vtep(3)).gone();
-  EXPECT_THAT(agent.table(table), Not(HasSubstr("02:00:00:00:00:01")));
-}
-
 TEST_P(Flood, aGroupUsesEachNextHopThatHasARow) {
   agent.tunnel(mcast, group(1)).via(uplink(1), uplink(10), uplink(2), unresolved(3));
   auto const withPort = GetParam().profile == "cascaded";
@@ -238,32 +240,6 @@ TEST_P(Flood, theVlansOfAVtepAreShownUntilItLeaves) {
   EXPECT_EQ(shown(), "{ 30 }");
   vteps->vaneVxlanHwHerVtepConfigDel(vtepIp);
   EXPECT_EQ(shown(), "none");
-}
-
-TEST_P(Flood, statusesWithAVersionFollowTheNextHops) {
-  auto const versions = [&] { return agent.status(mcast) + agent.status(bum) + agent.status(mcastHer); };
-  agent.tunnel(bum, vtep(2)).via(uplink(1));
-  agent.tunnel(mcastHer, vtep(2)).via(uplink(2));
-  auto const shown = [](unsigned ofBum, unsigned ofHer) {
-    std::string const line = "10.255.0.2 gen=0 tnl=none version=";
-    return line + std::to_string(ofBum) + '\n' + line + std::to_string(ofHer) + '\n';
-  };
-  EXPECT_EQ(versions(), shown(2, 2)) << "documents add a tunnel before its next hops";
-  agent.tunnel(flood, vtep(2)).via(uplink(1));
-  EXPECT_EQ(versions(), shown(3, 3));
-  agent.tunnel(flood, vtep(3)).via(uplink(1));
-  agent.tunnel(flood, vtep(2)).via(uplink(2));
-  EXPECT_EQ(versions(), shown(4, 4));
-  agent.tunnel(flood, vtep(2)).gone();
-  EXPECT_EQ(versions(), shown(5, 5)) << "the end of the record, too";
-  agent.tunnel(bum, vtep(2)).via(uplink(3));
-  EXPECT_EQ(versions(), shown(6, 5));
-  agent.tunnel(mcast, group(1)).via(uplink(1));
-  agent.tunnel(mcast, group(2)).via(uplink(1));
-  auto const before = agent.status(mcast);
-  agent.tunnel(mcast, group(1)).via(uplink(2));
-  EXPECT_NE(agent.status(mcast).substr(0, before.find('\n')), before.substr(0, before.find('\n')));
-  EXPECT_EQ(agent.status(mcast).substr(before.find('\n')), before.substr(before.find('\n')));
 }
 
 TEST_P(Flood, vlansOfTheUnderlayHaveTheVtepsBehindThem) {
