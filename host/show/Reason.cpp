@@ -36,15 +36,17 @@ bool isResolved(Vane::NextHopEntry const& hop) {
   return hop.type() == Vane::nextHopResolved || hop.type() == Vane::nextHopMcastTunnel();
 }
 
+std::string noPortFor(Vane::NextHopEntry const& hop) {
+  return "no port for the next hop's interface " + (hop.l2Intf().empty() ? hop.l3Intf() : hop.l2Intf()).name();
+}
+
 Text missingNextHop(Agent const& agent, Vane::NextHopEntrySet const& nextHops) {
   auto const begin = nextHops.begin();
   auto const end = nextHops.end();
   if (std::none_of(begin, end, isResolved)) return "next hop unresolved: " + Kiln::toText(begin->addr());
   auto const useless = [&](auto const& hop) { return !isResolved(hop) || !hasPort(agent, hop); };
   if (!std::all_of(begin, end, useless)) return {};
-  auto const first = std::find_if(begin, end, isResolved);
-  auto const intf = first->l2Intf().empty() ? first->l3Intf() : first->l2Intf();
-  return "no port for the next hop's interface " + intf.name();
+  return noPortFor(*std::find_if(begin, end, isResolved));
 }
 
 Text missingRoute(Agent const& agent, Vane::VaneTunnelConfig const& wanted, TunnelReport const& report) {
@@ -116,10 +118,18 @@ bool leavesBy(Vane::NextHopEntry const& hop, Meshal::IntfId port) {
 
 }  // namespace
 
-std::optional<std::string> staleCopy(Agent const& agent, RowFinder const& rows, TunnelReport const& report) {
+std::optional<std::string> copyFault(Agent const& agent, RowFinder const& rows, TunnelReport const& report) {
   if (!report.encapId) return std::nullopt;
   auto const nextHops = copiesNextHops(agent, report);
-  for (auto const& copy : rows.copies(report.vtep)) {
+  auto const copies = rows.copies(report.vtep);
+  for (auto const& hop : nextHops) {
+    // A multicast tunnel sends to each next hop that has a row, others to the one that they have chosen.
+    if (report.type != Vane::vxlanMcastTunnel_ || !isResolved(hop)) continue;
+    bool const sent =
+        std::any_of(copies.begin(), copies.end(), [&](auto const& copy) { return leavesBy(hop, copy.port); });
+    if (!sent) return noPortFor(hop);
+  }
+  for (auto const& copy : copies) {
     auto const hop = std::find_if(nextHops.begin(), nextHops.end(), [&](Vane::NextHopEntry const& entry) {
       return isResolved(entry) && entry.addr() == copy.nextHop && leavesBy(entry, copy.port);
     });
@@ -143,7 +153,7 @@ std::string whyNotProgrammed(Agent const& agent, Vane::VaneTunnelConfig const* w
   if (auto const row = missingRow(agent, needed)) {
     return lacksGroups(agent, report.type, needed) ? "no groups of underlay next hops on this chip" : *row;
   }
-  if (auto const stale = staleCopy(agent, rows, report)) return *stale;
+  if (auto const stale = copyFault(agent, rows, report)) return *stale;
   return report.tunnelId ? "no next-hop id" : "no tunnel id";
 }
 

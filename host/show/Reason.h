@@ -16,12 +16,13 @@ namespace Host {
 /// does not serve the type, no local address of the VTEP's family, no UDP port, no route, an adjacency that is not
 /// stated, next hops that are not resolved, next hops without a port, a row that the chip does not have (the table is
 /// full, the write failed, or it is still going on), a table that the chip does not have, a copy of flooded frames that
-/// is sent to a former MAC address of its next hop. `wanted` are the wanted
-/// tunnels of the report's type; null for the multicast types. REQUIRES: all of the report but its reason is set.
+/// is not made or is sent to a former MAC address of its next hop. `wanted` are the wanted tunnels of the report's
+/// type; null for the multicast types. REQUIRES: all of the report but its reason is set.
 std::string whyNotProgrammed(Agent const& agent, Vane::VaneTunnelConfig const* wanted, TunnelReport const& report);
 
-/// The copy of flooded frames to the VTEP of a flood tunnel that is sent to another MAC address than its next hop has
-/// now, in a few words; nothing if there is none.
-std::optional<std::string> staleCopy(Agent const& agent, RowFinder const& rows, TunnelReport const& report);
+/// What is wrong with the copies of flooded frames to the VTEP of a flood tunnel, in a few words: a next hop of a
+/// multicast tunnel to which none is sent, or one that is sent to another MAC address than its next hop has now.
+/// Nothing if all is right.
+std::optional<std::string> copyFault(Agent const& agent, RowFinder const& rows, TunnelReport const& report);
 
 }  // namespace Host

@@ -55,7 +55,7 @@ class Completion {
     auto const needed = rows_.needed(report.type, report.vtep);
     bool const written =
         std::all_of(needed.begin(), needed.end(), [&](NeededRow const& row) { return written_.has(row); });
-    bool const programmed = isPublished(report) && written && !staleCopy(agent_, rows_, report);
+    bool const programmed = isPublished(report) && written && !copyFault(agent_, rows_, report);
     if (!programmed) report.reason = whyNotProgrammed(agent_, wanted, report);
     return report;
   }
