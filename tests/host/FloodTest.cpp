@@ -184,42 +184,6 @@ TEST_F(Flood, aRowThatFoundNoPlaceMakesATunnelNotProgrammed) {
   }
 }
 
-TEST_F(Flood, aRowThatTheChipRefusedOrThatIsOfAFormerStateMakesATunnelNotProgrammed) {
-  auto const told = [&](std::string const& chip, std::string const& first, std::string const& steps) {
-    auto const story = fmt::format(R"({{"profile":"{}","state":{},"steps":[{}]}})", chip, first, steps);
-    return run({"run", file("story.json", story)});
-  };
-  auto const none = R"({"stateway":{},"shmem":{}})";
-  for (auto const& [chip, table, tunnel] :
-       {std::tuple("cascaded", "L2TunnelIpv4SipTable", "type=vxlanTunnel"),
-        {"cascaded", "L2TunnelIpv4SipTable", "type=vxlanHwHerTunnel&vtep=10.255.0.3"},
-        {"cascaded", "L2TunnelIpv4DipTable", "type=vxlanHwHerTunnel&vtep=10.255.0.3"},
-        {"cascaded", "EpreCcbeNextHopRemapTable", "type=vxlanBum&vtep=10.255.0.2"},
-        {"cascaded", "EpreCcbeNextHopRemapTable", "type=vxlanMcastTunnel"},
-        {"flat", "HerNextHop1Table", "type=vxlanHwHerTunnel&vtep=10.255.0.3"},
-        {"flat", "HerNextHop2Table", "type=vxlanMcastTunnel"}}) {
-    auto const ran = told(chip, none,
-                          fmt::format(R"({{"refuse":[{{"table":"{}","with":"failed"}}],"state":{},
-        "expect":{{"/tunnels/{}/reason":"write failed: {}"}}}})",
-                                      table, document(), tunnel, table));
-    EXPECT_EQ(ran.code, kGood) << ran.out << ran.err;
-  }
-  auto const her = R"("/tunnels/type=vxlanHwHerTunnel&vtep=10.255.0.3/reason":)";
-  auto const moved = replaced(document(), "02:00:00:00:00:02", "02:00:00:00:00:22");
-  std::string const learning =
-      R"("hardware/tessel/tunnel/vxlan/vxlanInfo/vaneGlobalVtiStatus":{"dataPathLearning":true},)";
-  for (auto const& [first, then, reason] : std::vector<std::tuple<std::string, std::string, std::string>>{
-           {document(), moved, R"("copy by Ethernet2 goes to a former MAC of 10.1.2.1")"},
-           {replaced(document(), R"("evpnEnabled": true)", R"("evpnEnabled": false)"), document(),
-            R"("no row in L2TunnelIpv4SipTable")"},
-           {replaced(document(), R"("evpn/status")", learning + R"("evpn/status")"), "null", "null"},
-           {replaced(document(), R"("srcAddr": "10.255.0.1", )", ""), "null", R"("no local VTEP")"}}) {
-    auto const next = then == "null" ? "" : R"("state":)" + then + ',';
-    auto const ran = told("cascaded", first, fmt::format(R"({{{}"expect":{{{}{}}}}})", next, her, reason));
-    EXPECT_EQ(ran.code, kGood) << ran.out << ran.err;
-  }
-}
-
 TEST_F(Flood, theRoadOfTheCopiesIsExplained) {
   auto const input = file("state.json", document());
   auto const copies = [&](std::string const& chip, std::string const& table) {

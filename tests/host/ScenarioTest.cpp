@@ -17,10 +17,12 @@ class ScenarioCommand : public Files {
   }
 };
 
-TEST_F(ScenarioCommand, theExamplesHold) {
-  for (auto const& entry : std::filesystem::directory_iterator(TESSEL_SOURCE_DIR "/examples")) {
-    auto const ran = run({"run", entry.path().string()});
-    EXPECT_EQ(ran.code, kGood) << ran.out << ran.err;
+TEST_F(ScenarioCommand, theExamplesAndTheStoriesOfTestsHold) {
+  for (auto const* directory : {TESSEL_SOURCE_DIR "/examples", TESSEL_SOURCE_DIR "/tests/data/scenarios"}) {
+    for (auto const& entry : std::filesystem::directory_iterator(directory)) {
+      auto const ran = run({"run", entry.path().string()});
+      EXPECT_EQ(ran.code, kGood) << entry.path() << ran.out << ran.err;
+    }
   }
 }
 
