@@ -83,6 +83,10 @@ TEST_F(FloodStatus, countsTheChangesOfATunnel) {
   newVersion(2);
   newVersion(3);
   EXPECT_EQ(shown(), "2:2") << "no tunnel, no status";
+  tunnel(3);
+  newVersion(3);
+  EXPECT_EQ(shown(), "2:2 3:2") << "a record may be first";
+  gone(3);
   tunnel(2, {1, 2});
   EXPECT_EQ(shown(), "2:3+2");
   records->bumVtepConfigDel(address(2));

@@ -168,18 +168,6 @@ TEST_P(Flood, copiesFollowTheNextHop) {
   EXPECT_EQ(agent.chip(), start);
 }
 
-TEST_P(Flood, withoutANextHopOnlyThePortStays) {
-  agent.tunnel(flood, vtep(2)).via(uplink(1));
-  auto const status = agent.status(flood);
-  agent.adjacency(101, {unresolved(1)});
-  EXPECT_EQ(copies(vtep(2)), "none");
-  EXPECT_EQ(copyRow("Ethernet1", vtep(2)), "absent");
-  EXPECT_NE(agent.row("VirtualPortTableMerged", vtep(2)), "absent");
-  EXPECT_EQ(agent.status(flood), status);
-  agent.adjacency(101, {uplink(1)});
-  EXPECT_EQ(copies(vtep(2)), "Ethernet1");
-}
-
 TEST_P(Flood, encapsulationIdsAreTakenFromTheLowestOn) {
   for (unsigned n = 2; n <= 4; ++n) agent.tunnel(flood, vtep(n)).via(uplink(1));
   agent.tunnel(mcast, group(1)).via(uplink(1));
@@ -220,12 +208,6 @@ TEST_P(Flood, theVlansOfAVtepAreShownUntilItLeaves) {
     for (auto const& [vlan, floods] : status->vlanListColl()) vlans.insert(vlan.value());
     return testing::PrintToString(vlans);
   };
-  agent.tunnel(flood, vtep(2)).in({10, 20});
-  EXPECT_EQ(shown(), "{ 10, 20 }");
-  agent.tunnel(flood, vtep(2)).in({20, 30});
-  EXPECT_EQ(shown(), "{ 20, 30 }");
-  agent.tunnel(flood, vtep(2)).gone();
-  EXPECT_EQ(shown(), "none");
   auto const vteps = wrapper().vaneVxlanHwHerVtepConfigDir();
   auto const config = vteps->vaneVxlanHwHerVtepConfigIs(vtepIp);
   EXPECT_EQ(shown(), "none") << "without a VLAN";
