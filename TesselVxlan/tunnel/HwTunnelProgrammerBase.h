@@ -256,7 +256,7 @@ class HwTunnelProgrammerBase : public Kiln::Sm {
 
   /// Brings record and remap entries of the tunnel's VTEP to these next hops. A VTEP gets an encapsulation id with its
   /// first one, and loses it with its last. Throws the range exception of `Bridging::VlanId` for a next hop behind a
-  /// VLAN interface that is no VLAN. REQUIRES: the pool has an encapsulation id left.
+  /// VLAN interface that is no VLAN. REQUIRES: at least one next hop, and an encapsulation id left in the pool.
   void programEpreTable(ConfigEntry const& entry, FinalNextHopSet const& finalNextHops);
   void deleteEpreTable(Vane::TunnelKey const& tunnelKey);
   /// The same and, on chips that have such tables, the VTEP's row for replicated packets.

@@ -64,7 +64,6 @@ void HwTunnelProgrammerBase::programEpreTable(ConfigEntry const& entry, FinalNex
   std::sort(stalePorts.begin(), stalePorts.end());
   for (auto const& nextHop : finalNextHops.nextHop()) programEpreEntry(*config, nextHop);
   for (auto const port : stalePorts) deleteEpreEntryByPort(key, port);
-  releaseIfUnused(vtep);
   if (auto const left = bumVtepConfigDir()->bumVtepConfig(vtep)) left->versionIs(left->version() + 1);
 }
 
@@ -101,7 +100,6 @@ void HwTunnelProgrammerBase::deleteEpreTable(Vane::TunnelKey const& tunnelKey) {
   auto const config = bumVtepConfigDir()->bumVtepConfig(tunnelKey.dst());
   if (!config) return;
   for (auto const& port : Kiln::keysOf(config->nextHopsColl())) deleteEpreEntryByPort(tunnelKey, port);
-  releaseIfUnused(tunnelKey.dst());
 }
 
 void HwTunnelProgrammerBase::deleteEpreEntryByPort(Vane::TunnelKey const& tunnelKey, Meshal::IntfId port) {

@@ -136,8 +136,6 @@ class TunnelStory {
   }
   TunnelStory& over(std::uint32_t adjId) { return changed(wish().adjId = adjId); }
   TunnelStory& withoutRoute() { return changed(wish().adjId = std::nullopt); }
-  /// Of a flood tunnel: its VLANs.
-  TunnelStory& in(std::set<unsigned> const& vlans) { return changed(wish().vlans = vlans); }
   TunnelStory& generation(std::uint64_t genId) { return changed(wish().genId = genId); }
   void gone() { changed(world_.wish_.tunnels.erase(key_)); }
 
