@@ -202,7 +202,7 @@ class HwTunnelProgrammerBase : public Kiln::Sm {
 
   // The per-VTEP records.
 
-  /// Null for a VTEP without a record.
+  /// The record of a VTEP, from the first tunnel of this object's type on until the record ends; else null.
   Dovel::Ptr<TesselCentral::VtepIpToTnlIdNhIdMap> const& vtepMap(Meshal::IpGenAddr const& vtep) const;
   bool tunnelIdMapHas(Meshal::IpGenAddr const& vtep) const { return bool(tunnelIdMap_.at(vtep)); }
   TunnelIdMaps::Map const& tunnelIdMap() const { return tunnelIdMap_.all(); }
@@ -222,7 +222,8 @@ class HwTunnelProgrammerBase : public Kiln::Sm {
   void handleLogicalFapId(LogicalFap::LogicalFapId fapId);
 
  protected:
-  /// Subscribes, creates the doorbell and the overlay programmer of the chip, and watches the present records.
+  /// Subscribes, creates the doorbell and the overlay programmer of the chip, and watches the present records that have
+  /// a tunnel of this type.
   explicit HwTunnelProgrammerBase(TunnelProgrammerInputs const& inputs);
 
   // What tunnel types change.
