@@ -111,7 +111,7 @@ void EpreEdevConfigCcbeSm::handleLogicalFapId(LogicalFap::LogicalFapId fapId) {
   } else {
     TRACE(1, " Tables already Initialized");
   }
-  if (vxlanState()->vxlanDefaultEpreEnabled() && vxlanState()->vxlanDefaultEpreReady()) programDefaultEpreEntry();
+  programDefaultEpreEntry();
 }
 
 }  // namespace TesselVxlan

@@ -142,6 +142,14 @@ TEST(Wrapper, setsTheFlagsOfTheFixedRowsInOrder) {
   EXPECT_EQ(seen, "nextHop2- header- ports- nextHop2+ header+ ports+ ");
 }
 
+TEST(Wrapper, writesADefaultRemapEntryThatIsWantedBeforeTheStart) {
+  FrameWorld world;
+  auto const state = world.mountsComplete().stores().local->doMount<State>(std::string(Host::kVxlanStatePath));
+  state->vxlanDefaultEpreEnabledIs(true);
+  state->vxlanDefaultEpreReadyIs(true);
+  EXPECT_THAT(world.start().tunnelSmIsReady().tables(), HasSubstr("EpreCcbeNextHopRemapTable 1\n"));
+}
+
 TEST(Wrapper, writesTheDefaultRowsWithTheCentralFlag) {
   FrameWorld world;
   world.mountsComplete();

@@ -194,7 +194,7 @@ class StateText {
   void addKept(TesselCentral::VxlanToL2State const& state, TesselVxlan::HwTunnelProgrammerBase const& programmer) {
     auto const type = programmer.tunnelType();
     for (auto const& [vtep, held] : ordered(programmer.evpnHerTunnelListColl()))
-      line("{} holds the row that admits {}", nameOf(type), vtep);
+      line("{} {} the row that admits {}", nameOf(type), held ? "holds" : "HAS LOST", vtep);
     for (auto const& [id, vtep] : ordered(programmer.nhIdToVtepIpMapColl())) {
       auto const& map = state.vtepIpToTnlIdNhIdMap(vtep);
       if (id.value() != unprogrammedId && map && map->tnlKeysHas(type) && map->nhId() == id) continue;
@@ -208,7 +208,8 @@ class StateText {
     auto const byVtep = [](auto const& a, auto const& b) { return a->vtepIp() < b->vtepIp(); };
     for (auto const& vtep : sortedBy(wrapper_->vaneVxlanHwHerVtepStatusDir()->vaneVxlanHwHerVtepStatusColl(), byVtep)) {
       std::string vlans;
-      for (auto const& [vlan, floods] : ordered(vtep->vlanListColl())) vlans += fmt::format(" {}", vlan);
+      for (auto const& [vlan, floods] : ordered(vtep->vlanListColl()))
+        vlans += fmt::format(" {}{}", floods ? "" : "NOT ", vlan);
       line("flood VLANs of {}:{}", vtep->vtepIp(), vlans);
     }
     auto const& records = wrapper_->bumVtepConfigDir()->bumVtepConfigColl();
