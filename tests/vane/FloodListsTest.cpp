@@ -147,7 +147,10 @@ TEST_P(McastTunnels, areConfiguredAsWanted) {
   EXPECT_EQ(hops(3), "empty");
   want(4, {3});
   auto const former = entry(4);
+  std::string heard;
+  Support::Watch const watch(*config, [&](Dovel::Change const&) { heard += hops(4) + ' '; });
   want(4, {4});
+  EXPECT_EQ(std::exchange(heard, ""), toGroups ? "" : "2:4 ") << "complete when it is published";
   EXPECT_EQ(hops(4), toGroups ? "12:4" : "2:4");
   EXPECT_EQ(entry(4) == former, toGroups) << "without a programmer that follows the list, it is another tunnel";
   auto const list = entry(4)->nextHopEntryList();
