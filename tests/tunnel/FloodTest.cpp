@@ -72,6 +72,7 @@ TEST_P(Flood, tunnelsOfAVtepEndAlikeInAnyOrderAndKeepWhatOthersNeed) {
       bool const admits = types.contains(unicast) || (evpn && types.contains(flood));
       EXPECT_EQ(text.find("L2TunnelIpv4SipTable") != text.npos, admits);
       EXPECT_EQ(text.find("flood VTEP 10.255.0.2: Ethernet") != text.npos, types.contains(flood));
+      EXPECT_EQ(text.find("flood holds the row that admits") != text.npos, evpn && types.contains(flood));
     }
   }
 }
