@@ -21,13 +21,13 @@ class BadInput : public Files {
 };
 
 TEST_F(BadInput, documentsAreRefusedAsWrittenDown) {
-  for (auto const& [given, result] : cases("documents.txt")) {
+  for (auto const& [given, result] : cases("input/documents.txt")) {
     ASSERT_EQ(given.size(), 1U) << result;
     auto const name = file("state.json", given[0]);
     auto const ran = run({"run", name});
     if (ran.code == kUnusable) {
       EXPECT_THAT(ran.out, IsEmpty());
-      EXPECT_THAT(ran.err, testing::StartsWith(name + ": "));
+      EXPECT_THAT(ran.err, testing::StartsWith(name));
       EXPECT_EQ("= " + ran.err.substr(name.size() + 2), result) << given[0];
     } else {
       EXPECT_EQ("= accepted\n", result) << given[0];
@@ -79,16 +79,6 @@ TEST(Agent, allEncapsulationIdsChangeTheirUsers) {
   }
 }
 
-TEST_F(BadInput, aBadInputBehindGoodOnesStopsAll) {
-  auto const good = file("good.json", wishTo(3).document());
-  auto const empty = (base() / "empty").string(), none = (base() / "none.json").string();
-  std::filesystem::create_directories(empty);
-  expectRefused({"run", "--show-each", good, file("bad.json", R"({"stateway":{"no/such/path":{}}})")}, {"bad.json"});
-  expectRefused({"run", good, empty}, {empty});
-  expectRefused({"run", none}, {none});
-  expectRefused({"import", "iproute2", empty}, {empty});
-}
-
 TEST_F(BadInput, profilesAndTogglesAreReadAsDocumentsAre) {
   std::string const deep(1'000'000, '[');
   std::filesystem::create_directories(base() / "toggles");
@@ -105,28 +95,7 @@ TEST_F(BadInput, profilesAndTogglesAreReadAsDocumentsAre) {
   }
 }
 
-TEST_F(BadInput, usageAndNames) {
-  auto const noLibrary = file("libTesselVxlan.so", "text");
-  for (auto const& [arguments, said] : std::vector<std::pair<std::vector<std::string>, std::string>>{
-           {{}, "subcommand"},
-           {{"fly"}, "fly"},
-           {{"import"}, "subcommand"},
-           {{"import", "frr", "x"}, "frr"},
-           {{"run", "--completion", "late"}, "late"},
-           {{"run", "--format", "xml"}, "xml"},
-           {{"run", "--show", "summary,moon"}, "moon"},
-           {{"run", "--profile", "nonesuch"}, "nonesuch"},
-           {{"run", "--plugin", "/no/such/libTesselVxlan.so"}, "/no/such/libTesselVxlan.so"},
-           {{"run", "--trace", "NoSuchFile=1"}, "NoSuchFile"},
-           {{"explain"}, "VTEP"},
-           {{"explain", "10.0.0.256"}, "10.0.0.256"},
-           {{"types", "No::SuchType"}, "No::SuchType"},
-           {{"types", "--plugin", noLibrary}, noLibrary},
-           {{"profiles", "nonesuch"}, "nonesuch"},
-       }) {
-    SCOPED_TRACE(said);
-    expectRefused(arguments, {said});
-  }
+TEST(Agent, takesARegisteredMounter) {
   Agent::Options options;
   for (auto const* type : {"TesselVxlan::NoMounter is not registered", "Vxlan::VxlanConfigDir is not a mounter"}) {
     options.mounterType = std::string(type, std::string_view(type).find(' '));

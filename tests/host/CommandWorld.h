@@ -12,8 +12,11 @@
 
 #include "host/commands/CommandLine.h"
 #include "tests/support/AgentWish.h"
+#include "tests/support/Cases.h"
 
 namespace Host::Test {
+
+using Support::cases;
 
 /// What a command printed and how it ended.
 struct Ran {
@@ -36,9 +39,9 @@ inline Ran run(std::vector<std::string> const& arguments) {
   return {code, out.str(), err.str()};
 }
 
-inline std::string capture(std::string const& name) {
-  return (std::filesystem::path(TESSEL_SOURCE_DIR) / "tests/data/captures" / name).string();
-}
+/// A file of the tests' data.
+inline std::string data(std::string const& name) { return TESSEL_SOURCE_DIR "/tests/data/" + name; }
+inline std::string capture(std::string const& name) { return data("captures/" + name); }
 
 /// Whether `text` contains the parts in this order.
 inline testing::AssertionResult inOrder(std::string const& text, std::vector<std::string> const& parts) {
@@ -49,29 +52,6 @@ inline testing::AssertionResult inOrder(std::string const& text, std::vector<std
     at = found + 1;
   }
   return testing::AssertionSuccess();
-}
-
-/// One paragraph of a file below tests/data/input: what is given, a line each, and the lines behind "= " and "! ",
-/// which say the result and its warnings. Lines that begin with "#" are comments.
-struct Case {
-  std::vector<std::string> given;
-  std::string result;
-};
-
-inline std::vector<Case> cases(std::string const& name) {
-  std::ifstream in(TESSEL_SOURCE_DIR "/tests/data/input/" + name);
-  EXPECT_TRUE(in) << name;
-  std::vector<Case> all;
-  bool inside = false;
-  for (std::string line; std::getline(in, line);) {
-    if (line.starts_with('#')) continue;
-    if (!line.empty() && !inside) all.emplace_back();
-    inside = !line.empty();
-    bool const result = line.starts_with("= ") || line.starts_with("! ");
-    if (inside && result) all.back().result += line + '\n';
-    if (inside && !result) all.back().given.push_back(line);
-  }
-  return all;
 }
 
 /// Files of a test's own, removed at its end.
@@ -113,13 +93,6 @@ inline std::vector<std::string> tunnelsOf(rapidjson::Value const& report) {
     if (!tunnel["programmed"].GetBool()) line += std::string(" !") + tunnel["reason"].GetString();
   }
   return lines;
-}
-
-/// The keys of a table, in the order of the output.
-inline std::vector<std::string> keysOf(rapidjson::Value const& report, char const* table) {
-  std::vector<std::string> keys;
-  for (auto const& entry : report["tables"][table]["entries"].GetArray()) keys.emplace_back(entry["key"].GetString());
-  return keys;
 }
 
 }  // namespace Host::Test

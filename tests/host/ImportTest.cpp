@@ -108,7 +108,7 @@ class HandMade : public Files {
 };
 
 TEST_F(HandMade, isReadOrRefusedAsWrittenDown) {
-  for (auto const& [given, result] : cases("captures.txt")) {
+  for (auto const& [given, result] : cases("input/captures.txt")) {
     restore();
     std::string all;
     for (auto const& line : given) {
@@ -178,7 +178,7 @@ TEST_F(HandMade, aLaterCaptureMayDifferAndABadOneLeavesTheSetAsItWas) {
 // Kernels number the group of both uplinks, which keeps its id while one is missing, and the second uplink alone.
 // Nothing is learned behind leaf2 any more after a move, but it is flooded to. Of groups of VTEPs each member counts.
 TEST(Captures, eachDocumentIsAsWrittenDown) {
-  for (auto const& [given, result] : cases("fabrics.txt")) {
+  for (auto const& [given, result] : cases("input/fabrics.txt")) {
     CaptureSet set;
     std::string all;
     for (auto const& name : given) {

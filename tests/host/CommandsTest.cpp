@@ -1,0 +1,69 @@
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+
+#include "host/agent/Agent.h"
+#include "platform/vxlan/VxlanConfig.h"
+#include "tests/host/CommandWorld.h"
+
+namespace Host::Test {
+
+/// The arguments of a command line, which the program's name precedes.
+std::vector<std::string> argumentsOf(std::string const& line) {
+  std::istringstream stream(line);
+  std::vector<std::string> words;
+  for (std::string word; stream >> word;) words.push_back(word.starts_with('@') ? data(word.substr(1)) : word);
+  return {words.begin() + 1, words.end()};
+}
+
+TEST(Commands, printAndEndAsWrittenDown) {
+  for (auto& [given, result] : cases("input/commands.txt")) {
+    auto const ran = run(argumentsOf(given[0]));
+    SCOPED_TRACE(given[0] + '\n' + ran.err);
+    EXPECT_EQ("= " + std::to_string(ran.code) + '\n', result);
+    EXPECT_TRUE(ran.code != kUnusable || ran.out.empty());
+    auto const text = '\n' + (ran.code == kUnusable ? ran.err : ran.out);
+    std::vector<std::string> parts;
+    for (auto part = given.begin() + 1; part != given.end(); ++part) {
+      std::replace(part->begin(), part->end(), '|', '\n');
+      if (!part->starts_with("- "))
+        parts.push_back(*part);
+      else
+        EXPECT_EQ(text.find(part->substr(2)), text.npos) << *part << " in " << text;
+    }
+    EXPECT_TRUE(inOrder(text, parts));
+  }
+}
+
+TEST(Commands, capturesAreImportedAsStateDocuments) {
+  for (auto const& [from, to] : {std::pair("bridge-per-vni/leaf1", "../../host/defaults/leaf.json"),
+                                 {"vlan-aware-multihomed/leaf1", "input/vlan-aware-leaf1.json"}}) {
+    std::ifstream wanted(data(to));
+    EXPECT_EQ(run({"import", "iproute2", capture(from)}).out, std::string(std::istreambuf_iterator<char>(wanted), {}));
+  }
+  EXPECT_EQ(run({"run", capture("bridge-per-vni/leaf1")}).out, run({"run"}).out);
+}
+
+TEST(Agent, isNotSettledWhileACompletionIsHeldBack) {
+  Agent::Options options;
+  options.completion = Asic::Completion::deferred;
+  Agent agent(options);
+  agent.chip().hold("VirtualPortTableMerged");
+  EXPECT_FALSE(agent.apply(wishTo(3).document()));
+  EXPECT_FALSE(agent.settled());
+  EXPECT_EQ(agent.stop(), 0U);
+}
+
+TEST(Agent, aRefusedDocumentChangesNothing) {
+  Agent agent;
+  agent.apply(wishTo(3).document());
+  auto const writes = agent.chip().writes();
+  // The first path is good, the second is not.
+  EXPECT_THROW(agent.apply(R"({"stateway":{"vxlan/config":{"dscpPropagation":true},
+                                           "vane/l3IntfTable":{"l3Intf":{"up1":0}}}})"),
+               Kiln::InputError);
+  EXPECT_EQ(agent.chip().writes(), writes);
+  EXPECT_FALSE(agent.state<Vxlan::VxlanConfigDir>("vxlan/config")->dscpPropagation());
+}
+
+}  // namespace Host::Test
