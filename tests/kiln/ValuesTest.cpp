@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 
 #include <limits>
+#include <map>
+#include <memory>
 #include <set>
 #include <vector>
 
@@ -16,6 +18,7 @@
 #include "platform/vane/TunnelType.h"
 #include "platform/vane/VaneTunnel.h"
 #include "platform/vxlan/Vni.h"
+#include "tests/support/Cases.h"
 
 KILN_VALUE_CODEC(std::int8_t, "i8")
 
@@ -92,25 +95,6 @@ TEST(Keys, textReadsBack) {
   expectText(EgrL3Ipv6TunnelKey{IpGenAddr(), two}, " > 2001:db8::2");
   expectText(Vxlan::VniExtOrNone(), "none");
   expectText(Vane::VaneTunnelId::unprogrammed(), "4294967294");
-}
-
-TEST(Keys, brokenTextsAreRefusedAndChangeNothing) {
-  TunnelKey key{IpGenAddr("10.0.0.1"), {}, 1, 2, {}};
-  auto const before = key;
-  for (auto const* text : {"", "10.0.0.1", "10.0.0.1, dst:10.0.0.2, vrf:1, genId:1",
-                           ", dst:x, vrf:0, genId:0, intfId:", ", dst:, vrf:-1, genId:0, intfId:",
-                           ", dst:, vrf:4294967296, genId:0, intfId:", ", vrf:0, dst:, genId:0, intfId:"}) {
-    EXPECT_FALSE(Kiln::readText(text, key)) << text;
-  }
-  EXPECT_EQ(key, before);
-  EXPECT_FALSE(Kiln::fromText<VxlanTunnelKey>(
-      "Vxlan1, srcIp:10.0.0.1, udpDestPort:4789, udpSrcPortValid:true, udpSrcPort:1, ttl:65"));
-  EXPECT_FALSE(Kiln::fromText<L3AdjIdKey>("adj:4294967296"));
-  EXPECT_FALSE(Kiln::fromText<L3AdjIdKey>("36"));
-  EXPECT_FALSE(Kiln::fromText<EgrL3TunnelKey>("10.0.0.1"));
-  EXPECT_FALSE(Kiln::fromText<L3IpmcKey>("256, vlanId:1"));
-  EXPECT_FALSE(Kiln::fromText<Vane::VaneTunnelId>("4294967296"));
-  EXPECT_FALSE(Kiln::fromText<Vane::AdjIdOrNone>("x"));
   for (auto const* text : {"36", "none"})
     EXPECT_EQ(Kiln::toText(Kiln::fromText<Vane::AdjIdOrNone>(text).value()), text);
 }
@@ -122,86 +106,37 @@ struct Outer {
 BOOST_DESCRIBE_STRUCT(Outer, (), (vlans, hops))
 KILN_VALUE_OPS(Outer)
 
-/// What a codec makes of a document: the value written again, or "path value: expected …" and an unchanged value.
-std::string through(Kiln::ValueCodec const& codec, void* value, std::string_view json) {
-  auto const written = [&] { return Kiln::jsonText([&](Kiln::JsonOut place) { codec.toJson(value, place); }); };
+/// What a codec makes of a document: the value written again, or "place: found value, expected …" and an unchanged
+/// value.
+std::string through(Kiln::ValueCodec const& codec, std::string const& json) {
+  std::unique_ptr<void, void (*)(void*)> const value(codec.make(nullptr), codec.drop);
+  auto const written = [&] { return Kiln::jsonText([&](Kiln::JsonOut place) { codec.toJson(value.get(), place); }); };
   auto const before = written();
   try {
-    codec.fromJson(value, Kiln::JsonDocument::parse(json, "").root());
+    codec.fromJson(value.get(), Kiln::JsonDocument::parse(json, "").root());
   } catch (Kiln::InputError const& error) {
     EXPECT_EQ(written(), before);
-    return error.place() + " " + error.value() + ": " + error.problem();
+    return error.place() + ": found " + error.value() + ", " + error.problem();
   }
   return written();
 }
 
-template <class T>
-std::string through(std::string_view json) {
-  T value{};
-  return through(Kiln::codecOf<T>(), &value, json);
-}
-
-template <>
-std::string through<Outer>(std::string_view json) {
-  Outer value;
-  return through(Kiln::JsonImpl::makeCodec<Outer>("Outer"), &value, json);
+template <class... T>
+std::map<std::string, Kiln::ValueCodec> codecsOf() {
+  return {{std::string(Kiln::codecOf<T>().typeName), Kiln::codecOf<T>()}...};
 }
 
 TEST(ValueJson, isReadAndWrittenOrRefusedWithItsPlace) {
-  struct Case {
-    std::string (*through)(std::string_view);
-    std::string json, result = json;
-  };
-  std::string const below65536 = ": expected a whole number from 0 to 65535";
-  std::string const tunnelKey = R"("10.0.0.1, dst:10.0.0.2, vrf:1, genId:18446744073709551615, intfId:Vxlan1")";
-  for (auto const& [through, json, result] : std::vector<Case>{
-           {through<bool>, "1", " 1: expected true or false"},
-           {through<std::uint64_t>, "18446744073709551615"},
-           {through<std::uint16_t>, "65536", " 65536" + below65536},
-           {through<std::uint16_t>, "1.5", " 1.5" + below65536},
-           {through<std::uint16_t>, "\"7\"", " \"7\"" + below65536},
-           {through<std::int8_t>, "-128"},
-           {through<std::int8_t>, "127"},
-           {through<std::int8_t>, "-129", " -129: expected a whole number from -128 to 127"},
-           {through<std::int8_t>, "128", " 128: expected a whole number from -128 to 127"},
-           {through<std::string>, "7", " 7: expected a string"},
-           {through<Bridging::VlanId>, "\"10\"", "10"},
-           {through<Bridging::VlanId>, "65537", " 65537: expected a whole number from 1 to 4094"},
-           {through<U24>, "-1", " -1: expected a whole number from 0 to 16777215"},
-           {through<Vxlan::VniExtOrNone>, "\"none\""},
-           {through<Vxlan::VniExtOrNone>, "4294967295", "\"none\""},
-           {through<Vxlan::VniExtOrNone>, "0", " 0: expected a whole number from 1 to 16777215, or \"none\""},
-           {through<Vane::VaneTunnelId>, "4294967296", " 4294967296: expected an id, a whole number of 32 bits"},
-           {through<Vane::AdjIdOrNone>, "4294967295"},
-           {through<Vane::AdjIdOrNone>, "null"},
-           {through<Vane::TunnelType>, "9", "\"vxlanMemberTunnel\""},
-           {through<Vane::TunnelType>, "2",
-            " 2: expected one of vxlanTunnel vxlanHerTunnel vxlanMemberTunnel vxlanMcastTunnel vxlanMcastHer vxlanBum"},
-           {through<Vane::NextHopEntryType>, "12", "\"nextHopMcastTunnel\""},
-           {through<Vane::NextHopEntryType>, "77"},
-           {through<NextHopEntry>, "{}",
-            R"({"type":"nextHopResolved","addr":"","ethAddr":"00:00:00:00:00:00","l2Intf":"","l3Intf":"",)"
-            R"("encapValue":16777215,"labelValue":1048576})"},
-           {through<NextHopEntry>,
-            R"({"type":200,"addr":"10.0.0.9","ethAddr":"00:00:00:00:00:00","l2Intf":"","l3Intf":"Vlan7",)"
-            R"("encapValue":0,"labelValue":1048576})"},
-           {through<NextHopEntry>, R"({"ethaddr":"02:00:00:00:00:01"})",
-            "/ethaddr \"02:00:00:00:00:01\": unknown member, expected one of type addr ethAddr l2Intf l3Intf "
-            "encapValue labelValue"},
-           {through<NextHopEntry>, R"({"addr":"10.0.0"})",
-            "/addr \"10.0.0\": expected an IPv4 or IPv6 address, or an empty string"},
-           {through<NextHopEntry>, R"({"addr":"10.0.0.1","labelValue":-1})",
-            "/labelValue -1: expected a whole number from 0 to 4294967295"},
-           {through<NextHopEntry>, "[]", " []: expected an object"},
-           {through<TesselCentral::MemberTunnelUniqueNhId>, R"({"uniqueNhId":7})", R"({"adjId":0,"uniqueNhId":7})"},
-           {through<TunnelKey>, tunnelKey},
-           {through<Outer>, R"({"vlans":[20,10,20],"hops":[]})", R"({"vlans":[10,20],"hops":[]})"},
-           {through<Outer>, R"({"hops":[{},{"l2Intf":false}]})",
-            "/hops/1/l2Intf false: expected the name of an interface"},
-       }) {
-    EXPECT_EQ(through(json), result);
+  auto codecs = codecsOf<bool, std::int8_t, std::uint16_t, std::uint64_t, std::string, Bridging::VlanId, U24,
+                         Vxlan::VniExtOrNone, Vane::VaneTunnelId, Vane::AdjIdOrNone, Vane::TunnelType,
+                         Vane::NextHopEntryType, NextHopEntry, TesselCentral::MemberTunnelUniqueNhId, TunnelKey,
+                         VxlanTunnelKey, L3AdjIdKey, EgrL3TunnelKey, L3IpmcKey>();
+  codecs.emplace("Outer", Kiln::JsonImpl::makeCodec<Outer>("Outer"));
+  for (auto const& [given, result] : Support::cases("kiln/values.txt")) {
+    auto const blank = given[0].find(' ');
+    EXPECT_EQ("= " + through(codecs.at(given[0].substr(0, blank)), given[0].substr(blank + 1)) + '\n', result)
+        << given[0];
   }
-  EXPECT_THAT(through<Vane::NextHopEntryType>("256"), testing::HasSubstr("expected one of nextHopUnknown"));
 }
 
 }  // namespace ValuesTest
