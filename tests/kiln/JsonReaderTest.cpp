@@ -6,6 +6,7 @@
 #include <string>
 
 #include "platform/kiln/JsonIn.h"
+#include "tests/support/Cases.h"
 
 namespace Kiln {
 namespace {
@@ -34,25 +35,19 @@ std::string repeated(std::string const& part, std::size_t times) {
 
 TEST(JsonReader, refusesWithLineColumnAndWhatWasFound) {
   using namespace std::string_literals;
+  for (auto const& [given, result] : Support::cases("kiln/broken-json.txt")) {
+    std::string text;
+    for (auto const& line : given) text += (text.empty() ? "" : "\n") + line;
+    EXPECT_EQ("= " + refusal(text) + '\n', result);
+  }
   std::string const tooDeep = "found one more level of nesting, expected at most 64 levels";
   for (auto const& [text, said] : std::vector<std::pair<std::string, std::string>>{
            {"", "line 1, column 1: found the end of the text, expected a JSON value"},
-           {"[{},\n {\"mac\" 1}]", "line 2, column 9: found '1', expected ':' after the name"},
-           {"[{}]\n]", "line 2, column 1: found ']', expected nothing after the first value"},
            {"{}\0{}"s, "line 1, column 3: found the byte 0x00, expected nothing after the first value"},
            {"[\"\xff\"]", "line 1, column 3: found the byte 0xff, expected UTF-8 text"},
-           {"[\"\\u12\"]", "line 1, column 3: found '\\', expected four hexadecimal digits after \\u"},
-           {"[\"a\nb\"]",
-            "line 1, column 4: found the end of the line, expected a character or an escape that JSON allows in a "
-            "string"},
-           {"[1e999]", "line 1, column 2: found '1', expected a number that fits 64 bits"},
            {repeated("[", 64) + repeated("]", 64), ""},
            {repeated("[", 1'000'000), "line 1, column 65: " + tooDeep},
            {repeated("{\"a\":", 1'000'000), "line 1, column 321: " + tooDeep},
-           {R"({"stateway":{"a":{}},"local":{},"stateway":{"b":{}}})",
-            R"(/stateway: found {"b":{}}, expected one member of this name)"},
-           {R"([{"a/~\n":{"b":1,"c":2,"\u0062":3}}])",
-            R"(/0/a~1~0\u000a/b: found 3, expected one member of this name)"},
            {R"([{"a":1},{"a":1,"A":1}])", ""},
            {"\xef\xbb\xbf{}", ""},
        }) {
