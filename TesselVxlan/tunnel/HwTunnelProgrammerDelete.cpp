@@ -24,6 +24,9 @@ void HwTunnelProgrammerBase::doTunnelDelete(ConfigEntry const& entry) {
   bool const replacing = map->oldTnlKeyHas(tunnelType());
   auto const oldKey = map->oldTnlKey(tunnelType());
   if (storedKey.genId() > key.genId()) {
+    // The replaced generation's status is removed when the newer one has its own; a provisional one of a generation
+    // that was never put in force has no other end than this.
+    if (oldKey != key) deleteTunnelStatus(key, " Deleting the tunnelStatus for rcvd tnlKey");
     return TRACE(1, " Skipping due to rcvdGenId : {} < tnlIdMapGenId : {}", key.genId(), storedKey.genId());
   }
   if (evpnHerTunnelListHas(vtep)) {

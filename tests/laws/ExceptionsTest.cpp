@@ -12,6 +12,9 @@
 // - A flood tunnel admits its VTEP, or doesn't, as EVPN and learning are when it is created: until it returns.
 // - Copies to a next hop of the same address, behind the same port, keep their remap entry, also one that the chip
 //   refused: until the tunnel gets another next hop or returns.
+// - The same next hops in a new list are written again where no row tells that they are the same: those of a group on a
+//   chip with head-end rows, which rewrite its one row, and those of a flood tunnel on a chip without remap table,
+//   where nothing holds their row.
 // - Ports and layer 3 interfaces are read when a next hop is written: until the next change of its adjacency.
 // - The MLAG address and the range of UDP source ports are read when headers are written: until the next pass.
 // - Next hops that change while an overlay entry waits for its row: until the next change after it got one.
@@ -96,6 +99,26 @@ TEST_P(Exceptions, aRemapEntryIsWrittenForAnotherNextHop) {
   EXPECT_EQ(agent.chip() == fresh(), !remaps);
   agent.tunnel(flood, vtep(2)).via(uplink(2)).via(uplink(1));
   EXPECT_EQ(agent.chip(), fresh());
+}
+
+TEST(ExceptionsOfRows, theSameNextHopsAreWrittenAgainWhereNoRowTellsThatTheyAre) {
+  for (auto const& [profile, type, writes] :
+       {std::tuple("cascaded", mcast, ""),
+        {"flat", mcast, "EgrL3Oif2 2, HerNextHop1Table 2, HerNextHop2Table 2"},
+        {"cascaded", flood, ""},
+        {"compact", flood, "EgrL3Oif2 1, IngL3NextHop2Table 1, EgrL3NextHop2 1"}}) {
+    AgentWorld agent({.profile = profile});
+    agent.together([](AgentWorld& a) { a.localVtep(vtep(1)).udpPort(4789); });
+    agent.tunnel(type, type == mcast ? group(1) : vtep(2)).via(uplink(1), uplink(2));
+    agent.writes();
+    auto const path = type == mcast ? "l3/hwMcastTunnelConfigDir" : Host::kHwTunnelConfigPath;
+    auto const config = agent.agent().local<Vane::HwTunnelConfigDir>(path)->hwTunnelConfig(type);
+    auto const entry = *config->hwTunnelConfigListColl().begin();
+    auto const list = entry->nextHopEntryList();
+    entry->nextHopEntryListIs(Dovel::make<Vane::NextHopEntryList>(list->adjId(), list->nextHopEntry()));
+    agent.settle();
+    EXPECT_EQ(agent.writes(), writes) << profile;
+  }
 }
 
 TEST_P(Exceptions, portsAreReadWithTheNextHop) {

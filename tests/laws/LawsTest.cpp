@@ -149,6 +149,13 @@ std::vector<Story> const onceBroken{
      {atVtep(Event::over, 2, 1), set(Event::udpPort), set(Event::source, 103), atVtep(Event::generation, 2),
       atVtep(Event::over, 3, 1), atVtep(Event::over, 3, 1, member), atVtep(Event::over, 2, 2), set(Event::vti),
       set(Event::udpPort, 4789), set(Event::vti, 1), set(Event::learning, 1)}},
+    // A flood tunnel is shown as up without an address, and another generation is the first to be recorded.
+    {Drive::test,
+     {set(Event::source),
+      atVtep(Event::over, 4, 1, flood),
+      {.kind = Event::source, .n = 103, .more = true},
+      set(Event::udpPort),
+      atVtep(Event::generation, 4, 0, flood)}},
     // Learning reaches an IPv6 tunnel that is sourced from an MLAG address of IPv4.
     {Drive::documents, {set(Event::mlag, 103), atVtep(Event::over, 102, 1), set(Event::learning, 1)}},
     // A unicast tunnel is removed on the stack of its status, and a member tunnel of its VTEP is not.
