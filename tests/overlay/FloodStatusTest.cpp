@@ -196,9 +196,9 @@ TEST_P(Engine, isSetUpOnce) {
 }
 
 TEST_P(Engine, hasADefaultEntryWithBothFlags) {
-  auto& state = *wrapper().vxlanState();
   std::string const type = GetParam().profile == "flooding" ? "14" : "12";
   for (bool const enabledFirst : {true, false}) {
+    auto& state = *wrapper().vxlanState();
     auto const first = [&](bool on) {
       enabledFirst ? state.vxlanDefaultEpreEnabledIs(on) : state.vxlanDefaultEpreReadyIs(on);
     };
