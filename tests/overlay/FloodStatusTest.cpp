@@ -110,6 +110,17 @@ TEST_F(FloodStatus, countsTheChangesOfATunnel) {
   EXPECT_TRUE(sm->versionColl().size() == 1);
 }
 
+TEST_F(FloodStatus, keepsNothingOfATunnelThatHasLeft) {
+  start();
+  auto const alive = Dovel::Node::aliveCount();
+  record(2);
+  EXPECT_EQ(Dovel::Node::aliveCount(), alive + 1) << "a VTEP without a tunnel is not watched";
+  tunnel(2);
+  gone(2);
+  records->bumVtepConfigDel(address(2));
+  EXPECT_EQ(Dovel::Node::aliveCount(), alive);
+}
+
 TEST_F(FloodStatus, echoesTheCounters) {
   start();
   config->hwInitIs(1);
@@ -192,7 +203,20 @@ TEST_P(Engine, isSetUpOnce) {
   fcsd->logicalFapIs(second, fcsd->logicalFap(LogicalFap::LogicalFapId(0)));
   agent.settle();
   fcsd->logicalFapDel(second);
+  fcsd->logicalModInfosIs(!fcsd->logicalModInfos());
   EXPECT_EQ(agent.writes(), "");
+}
+
+TEST_P(Engine, isSetUpWithItsFirstChip) {
+  auto const& w = wrapper();
+  auto const fcsd = Dovel::make<TesselCentral::FeatureAgentCommonSmData>("late");
+  auto const late = TesselVxlan::epreEdevConfigCcbeSmFactory(w.statewayEm(), fcsd, w.routeDestinationTableDir(),
+                                                             w.epreNextHopRemapTable(), w.virtualPortTableProgrammer(),
+                                                             w.nextHopTableProgrammer(), w.vxlanState(), false);
+  EXPECT_FALSE(late->epreEdevConfigCcbeRegister());
+  LogicalFap::LogicalFapId const first(0);
+  fcsd->logicalFapIs(first, agent.agent().world().fcsd->logicalFap(first));
+  EXPECT_TRUE(late->epreEdevConfigCcbeRegister());
 }
 
 TEST_P(Engine, hasADefaultEntryWithBothFlags) {

@@ -206,7 +206,8 @@ TEST_P(Flood, theVlansOfAVtepAreShownUntilItLeaves) {
     auto const status = wrapper().vaneVxlanHwHerVtepStatusDir()->vaneVxlanHwHerVtepStatus(vtepIp);
     if (!status) return std::string("none");
     std::set<std::uint16_t> vlans;
-    for (auto const& [vlan, floods] : status->vlanListColl()) vlans.insert(vlan.value());
+    for (auto const& [vlan, floods] : status->vlanListColl())
+      if (floods) vlans.insert(vlan.value());
     return testing::PrintToString(vlans);
   };
   auto const vteps = wrapper().vaneVxlanHwHerVtepConfigDir();

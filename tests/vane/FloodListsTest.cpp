@@ -163,6 +163,10 @@ TEST_P(McastTunnels, areConfiguredAsWanted) {
   EXPECT_EQ(hops(2), toGroups ? "empty" : "1:2");
   wanted->tunnelDel(address(2));
   EXPECT_EQ(hops(2), "none");
+  auto const alive = Dovel::Node::aliveCount();
+  want(8, {});
+  wanted->tunnelDel(address(8));
+  EXPECT_EQ(Dovel::Node::aliveCount(), alive);
   EXPECT_EQ(hops(4), toGroups ? "12:4" : "2:4");
   sm->hasNotificationActiveIs(false);
   want(6, {});
@@ -171,6 +175,7 @@ TEST_P(McastTunnels, areConfiguredAsWanted) {
   want(7, {});
   EXPECT_EQ(hops(7), "empty");
   sm->kilnDoZombieReactors(true);
+  EXPECT_TRUE(sm->isZombie());
   want(5, {});
   EXPECT_EQ(hops(5), "none") << "not after its end";
 }
@@ -192,6 +197,10 @@ TEST_P(McastTunnels, havePublishedIds) {
   EXPECT_EQ(shown(), Kiln::toText(Vane::VaneTunnelId()) + ' ' + none);
   status->tunnelStatusDel(key);
   EXPECT_EQ(shown(), "none");
+  auto const alive = Dovel::Node::aliveCount();
+  status->tunnelStatusIs(key);
+  status->tunnelStatusDel(key);
+  EXPECT_EQ(Dovel::Node::aliveCount(), alive);
 }
 
 }  // namespace AgentTest
