@@ -117,6 +117,7 @@ TEST_F(FloodStatus, keepsNothingOfATunnelThatHasLeft) {
   EXPECT_EQ(Dovel::Node::aliveCount(), alive + 1) << "a VTEP without a tunnel is not watched";
   tunnel(2);
   gone(2);
+  EXPECT_EQ(Dovel::Node::aliveCount(), alive + 1);
   records->bumVtepConfigDel(address(2));
   EXPECT_EQ(Dovel::Node::aliveCount(), alive);
 }
