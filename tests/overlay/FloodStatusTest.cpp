@@ -120,6 +120,40 @@ TEST_F(FloodStatus, keepsNothingOfATunnelThatHasLeft) {
   EXPECT_EQ(Dovel::Node::aliveCount(), alive + 1);
   records->bumVtepConfigDel(address(2));
   EXPECT_EQ(Dovel::Node::aliveCount(), alive);
+  tunnel(3);
+  auto const withTunnel = Dovel::Node::aliveCount();
+  record(3);
+  records->bumVtepConfigDel(address(3));
+  EXPECT_EQ(Dovel::Node::aliveCount(), withTunnel);
+}
+
+TEST_F(FloodStatus, isThereWhileItsTunnelIs) {
+  start();
+  tunnel(2);
+  record(2)->nextHopsIs(IntfId("Ethernet1"), {}, {});
+  lists->vtepIpListIs(Bridging::VlanId(111), address(2));
+  auto const vlan = vlans->vlanStatusIs(Bridging::VlanId(111));
+  stop();
+  start(true);
+  status->tunnelStatusDelAll();
+  EXPECT_DEATH(newVersion(2), "tunnelStatusHas");
+  EXPECT_DEATH(records->bumVtepConfigDel(address(2)), "tunnelStatusHas");
+  EXPECT_DEATH(vlan->portStateIs(IntfId("Ethernet1"), 1), "tunnelStatusHas");
+  auto const again = Dovel::make<TesselL3Common::TesselVxlanBumVtepConfig>(address(2));
+  again->nextHopsIs(IntfId("Ethernet1"), {}, {});
+  EXPECT_DEATH(records->bumVtepConfigIs(again), "tunnelStatusHas");
+}
+
+TEST_F(FloodStatus, followsATunnelThatReturnsInsideItsEnd) {
+  start();
+  tunnel(2);
+  bool first = true;
+  Support::Watch const watch(*status, [&](Dovel::Change const&) {
+    if (std::exchange(first, false)) tunnel(2);
+  });
+  gone(2);
+  newVersion(2);
+  EXPECT_EQ(shown(), "2:2");
 }
 
 TEST_F(FloodStatus, echoesTheCounters) {
@@ -206,18 +240,6 @@ TEST_P(Engine, isSetUpOnce) {
   fcsd->logicalFapDel(second);
   fcsd->logicalModInfosIs(!fcsd->logicalModInfos());
   EXPECT_EQ(agent.writes(), "");
-}
-
-TEST_P(Engine, isSetUpWithItsFirstChip) {
-  auto const& w = wrapper();
-  auto const fcsd = Dovel::make<TesselCentral::FeatureAgentCommonSmData>("late");
-  auto const late = TesselVxlan::epreEdevConfigCcbeSmFactory(w.statewayEm(), fcsd, w.routeDestinationTableDir(),
-                                                             w.epreNextHopRemapTable(), w.virtualPortTableProgrammer(),
-                                                             w.nextHopTableProgrammer(), w.vxlanState(), false);
-  EXPECT_FALSE(late->epreEdevConfigCcbeRegister());
-  LogicalFap::LogicalFapId const first(0);
-  fcsd->logicalFapIs(first, agent.agent().world().fcsd->logicalFap(first));
-  EXPECT_TRUE(late->epreEdevConfigCcbeRegister());
 }
 
 TEST_P(Engine, hasADefaultEntryWithBothFlags) {

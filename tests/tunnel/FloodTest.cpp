@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "tests/support/TunnelFixture.h"
+#include "tests/support/Watch.h"
 
 namespace AgentTest {
 
@@ -141,7 +142,9 @@ TEST_P(Flood, copiesFollowTheNextHop) {
     agent.settle();
     return agent.writes();
   };
+  Kiln::TraceCapture const trace("HwTunnelProgrammerBase");
   configure(flood, key(vtep(2), 1), over(hop(1)));
+  EXPECT_FALSE(trace.contains(" failed Programming Remap table"));
   auto const vpRow = "VirtualPortTableMerged[10.255.0.2]";
   EXPECT_THAT(copyRow("Ethernet1", vtep(2)), HasSubstr(vpRow));
   EXPECT_THAT(copyRow("Ethernet1", vtep(2)), HasSubstr("02:00:00:00:00:01"));
@@ -155,7 +158,11 @@ TEST_P(Flood, copiesFollowTheNextHop) {
   move(entry);
   EXPECT_EQ(copyRow("Ethernet1", vtep(2)).find("00:77") == std::string::npos, remaps()) << "the same address: kept";
   entry.addrIs(Meshal::IpGenAddr("10.1.1.99"));
+  unsigned heard = 0;
+  Support::Watch const watch(*wrapper().bumVtepConfigDir()->bumVtepConfig(Meshal::IpGenAddr(vtep(2))),
+                             [&](Dovel::Change const&) { ++heard; });
   move(entry);
+  EXPECT_EQ(heard, 3) << "another next hop in place of the former, and a version";
   EXPECT_THAT(copyRow("Ethernet1", vtep(2)), HasSubstr("02:00:00:00:00:77"));
   EXPECT_THAT(agent.whole(), HasSubstr("flood VTEP 10.255.0.2: Ethernet1 > 10.1.1.99 02:00:00:00:00:77 Vlan101\n"));
   EXPECT_EQ(version(vtep(2)), 4);
