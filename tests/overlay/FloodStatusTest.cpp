@@ -211,18 +211,6 @@ TEST_F(FloodStatus, listsOfVlansTellTheirChangesAndAreReadBack) {
   EXPECT_TRUE(lists->floodUnderlayVlanToVtepListColl().empty());
 }
 
-TEST_F(FloodStatus, isNotTouchedAfterTheEnd) {
-  tunnel(2);
-  start();
-  Dovel::Ptr<TesselVxlan::BumVtepSm> const kept = sm;
-  kept->kilnDoZombieReactors(true);
-  newVersion(2);
-  tunnel(3);
-  config->hwInitIs(7);
-  EXPECT_EQ(shown(), "2:1");
-  EXPECT_EQ(status->hwInit(), 0);
-}
-
 class Engine : public OnWrapper {
  protected:
   std::string defaultRow() const { return agent.row("EpreCcbeNextHopRemapTable", "( , )"); }

@@ -98,7 +98,11 @@ TEST(Records, aVtepKeepsOneLocalAddressPerFamily) {
 
 TEST(Records, floodVtepsArePublishedWhole) {
   auto const dir = Dovel::make<TesselL3Common::TesselVxlanBumVtepConfigDir>();
+  TesselL3Common::EncapId published;
+  Support::Watch const watch(*dir,
+                             [&](Dovel::Change const&) { published = (*dir->bumVtepConfigColl().begin())->encapId(); });
   auto const config = dir->bumVtepConfigIs(IpGenAddr("10.255.0.2"), TesselL3Common::EncapId(4097));
+  EXPECT_EQ(published.value(), 4097);
   Counter changes(*config);
   auto const hop = config->nextHopsIs(IntfId("Ethernet1"), IpGenAddr("10.0.0.1"), Meshal::EthAddr(1));
   EXPECT_EQ(config->nextHopsIs(IntfId("Ethernet1"), IpGenAddr("10.0.0.2"), Meshal::EthAddr(1)), hop);

@@ -140,7 +140,6 @@ TEST_P(McastTunnels, areConfiguredAsWanted) {
   EXPECT_EQ(hops(2), "none");
   sm->initializedIs(true);
   sm->hasNotificationActiveIs(true);
-  EXPECT_TRUE(sm->initialized());
   EXPECT_EQ(config->hwInit(), 1);
   EXPECT_TRUE(published->tunnelColl().empty());
   EXPECT_EQ(hops(2), toGroups ? "12:1" : "1:2 2:1");
@@ -162,7 +161,6 @@ TEST_P(McastTunnels, areConfiguredAsWanted) {
   want(2, {unresolved(2)});
   EXPECT_EQ(hops(2), toGroups ? "empty" : "1:2");
   wanted->tunnelDel(address(2));
-  EXPECT_EQ(hops(2), "none");
   auto const alive = Dovel::Node::aliveCount();
   want(8, {});
   wanted->tunnelDel(address(8));
@@ -178,6 +176,13 @@ TEST_P(McastTunnels, areConfiguredAsWanted) {
   EXPECT_TRUE(sm->isZombie());
   want(5, {});
   EXPECT_EQ(hops(5), "none") << "not after its end";
+}
+
+TEST_P(McastTunnels, ofAHalfPairAreNotServed) {
+  Vane::VXLAN::HwTunnelPair const half{config, nullptr};
+  Vane::VXLAN::vaneVxlanMcastSmFactory(nullptr, configs, statuses, half, half, half, nullptr, nullptr)
+      ->initializedIs(true);
+  EXPECT_EQ(config->hwInit(), 0);
 }
 
 TEST_P(McastTunnels, havePublishedIds) {
