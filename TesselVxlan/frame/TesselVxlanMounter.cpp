@@ -1,5 +1,6 @@
 #include "TesselVxlan/frame/TesselVxlanMounter.h"
 
+#include "TesselVxlan/frame/TesselVxlanVaulterPStoreHelper.h"
 #include "TesselVxlan/frame/Toggles.h"
 #include "platform/kiln/Invariant.h"
 #include "platform/kiln/Trace.h"
@@ -102,6 +103,11 @@ void TesselVxlanMounter::doMountsComplete(Stateway::MountStatus mountStatus,
   INVARIANT(mountStatus == Stateway::mountSuccess());
   fcsdIs(Dovel::cast<TesselCentral::FeatureAgentCommonSmData>(sharedEntity("featureCommon")));
   vxlanMounterSmWrapperIs(fcsd(), em, agentSmId(), localEntityStore(), shmemEm(), agentDir());
+}
+
+Dovel::Ptr<Vaulter::VaulterPStoreHelper> TesselVxlanMounter::vaulterPStoreHelper() const {
+  return tesselVxlanVaulterPStoreHelperFactory(
+      statewayEm()->getEntity<TesselCentral::VxlanToL2State>("hardware/tessel/tunnel/vxlan/vxlanToL2State"));
 }
 
 void TesselVxlanMounter::vxlanMounterSmWrapperIs(Dovel::Ptr<TesselCentral::FeatureAgentCommonSmData> const& fcsd,

@@ -21,6 +21,7 @@ class TesselVxlanMounter final : public TesselL3Unicast::L3MounterBase {
   /// Adds all mounts and closes the group. Throws `Stateway::MountError` where a path has an entity of another type.
   void doInit() override;
   void doMountsComplete(Stateway::MountStatus mountStatus, Dovel::Ptr<Stateway::EntityManager> const& em) override;
+  Dovel::Ptr<Vaulter::VaulterPStoreHelper> vaulterPStoreHelper() const override;
   Dovel::Ptr<TesselL3Unicast::L3MounterSmWrapper> mounterSmWrapper() const override { return vxlanMounterSmWrapper(); }
 
   /// Creates the wrapper and activates its notification; a former one is deactivated and released first.

@@ -35,8 +35,9 @@ TesselVxlanMounterSmWrapper::~TesselVxlanMounterSmWrapper() {
   hwTunnelProgrammersToEnd_ = std::move(hwTunnelProgrammer_);
 }
 
-std::array<Dovel::Node*, 3> TesselVxlanMounterSmWrapper::nestedSms() const {
-  return {remoteVniToSBDVlanMergeSm().get(), l3McastEvpnStatusSm().get(), qosTrustStatusSm().get()};
+std::array<Dovel::Node*, 6> TesselVxlanMounterSmWrapper::nestedSms() const {
+  return {remoteVniToSBDVlanMergeSm().get(),    l3McastEvpnStatusSm().get(),    qosTrustStatusSm().get(),
+          tesselVxlanHelperPortGroupSm().get(), tesselVxlanHelperVniSm().get(), underlayMulticastSm().get()};
 }
 
 void TesselVxlanMounterSmWrapper::hasNotificationActiveIs(bool active) {
@@ -75,19 +76,11 @@ void TesselVxlanMounterSmWrapper::doStartVxlanSms() {
   INVARIANT(vxlanAttr && "Could not get TesselChipAttributesVxlan");
   if (!vxlanBootStatus()->vaneTunnelSmReady()) return TRACE(0, "vaneTunnelSm not ready");
   if (!tablesInitialized()) return TRACE(0, "Table init not ready");
-  // Neither gate closes again, but the boot status can be bound or written again, also from inside what follows: the
-  // first object that is created marks the start.
-  if (vaneVxlanHwHerSm()) return;
-  vaneVxlanHwHerSmIs(Vane::VXLAN::vaneVxlanHwHerSmFactory(
-      vcsd(), l2RibFloodSet(), tunnelConfigDir()->tunnelConfig(Vane::vxlanHerTunnel_),
-      tunnelStatusDir()->tunnelStatus(Vane::vxlanHerTunnel_), vaneVxlanHwHerVtepConfigDir(),
-      vaneVxlanHwHerVtepStatusDir(), vxlanVtepStatusDir(), vtiStatusDir(), bridgingHwCapabilities(), false));
-  vaneVxlanHwHerSm()->initializedIs(true);
-  if (chipHas<TesselEpre::EpreCcbeNextHopRemapTable>()) {
-    epreSmIs(epreEdevConfigCcbeSmFactory(statewayEm(), fcsd(), routeDestinationTableDir(), epreNextHopRemapTable(),
-                                         virtualPortTableProgrammer(), nextHopTableProgrammer(), vxlanState(),
-                                         vxlanUnderlayFloodingHw()));
-  }
+  // Neither gate closes again, but the boot status can be bound or written again, also from inside what follows.
+  if (std::exchange(started_, true)) return;
+  startVniSm();
+  startMulticastAndFlooding();
+  startEcnAndEpre();
   vxlanVtiStatusSmIs(tesselVxlanVtiStatusSmFactory(
       "vxlanVtiStatusSm", vtiStatusDir(), bridgingHwCapabilities(), statewayEm(), fcsd(), vxlanCapabilities(),
       vxlanConfig(), tunnelTermTableProgrammer(), egrL3TunnelTablesProgrammer(), tesselCentralVxlanState(),
@@ -95,10 +88,55 @@ void TesselVxlanMounterSmWrapper::doStartVxlanSms() {
   TRACE(0, "Calling createVxlanTunnelHelperSm");
   createVxlanTunnelHelperSm();
   createVaneVxlanMcastHelperSm();
+  if (vxlanAttr->vtepGroupSupported()) startVtepGroups();
   if (toggleTessel4L3McastUnderlayHEREnabled()) {
     l3McastEvpnStatusSmIs(mounted<Routing::Multicast::McastEvpnStatus>("routing/multicast/mcastEvpnStatus"),
                           mounted<Routing::Multicast::McastEvpnStatus>("routing6/multicast/mcastEvpnStatus"));
   }
+}
+
+void TesselVxlanMounterSmWrapper::startVniSm() {
+  if (!toggleVaneVniSmInTesselL2Enabled()) {
+    helperVniIs("vniHelper");
+    helperVniConfigIs(helperVni()->helperVniConfig());
+    helperVniStatusIs(helperVni()->helperVniStatus());
+  }
+  if (chipHas<EgrAdaptSinglePortGroupTable>()) {
+    tesselVxlanHelperPortGroupSmIs(helperVniConfig(), helperVniStatus(), statewayEm(), fcsd(), vfiCapabilityStatus(),
+                                   vlanVfiDir());
+  } else {
+    tesselVxlanHelperVniSmIs(helperVniConfig(), helperVniStatus(), statewayEm(), fcsd(), vfiCapabilityStatus(),
+                             vxlanCapabilities(), vlanVfiDir(), l2TunnelVnIdTable());
+  }
+}
+
+void TesselVxlanMounterSmWrapper::startMulticastAndFlooding() {
+  if (vxlanCapabilities()->underlayMcastSupported()) {
+    underlayMulticastSmIs(statewayEm(), fcsd(), mrouteVxlanDecapTable(), vxlanV4UnderlayMcastTable());
+  }
+  vaneVxlanHwHerSmIs(Vane::VXLAN::vaneVxlanHwHerSmFactory(
+      vcsd(), l2RibFloodSet(), tunnelConfigDir()->tunnelConfig(Vane::vxlanHerTunnel_),
+      tunnelStatusDir()->tunnelStatus(Vane::vxlanHerTunnel_), vaneVxlanHwHerVtepConfigDir(),
+      vaneVxlanHwHerVtepStatusDir(), vxlanVtepStatusDir(), vtiStatusDir(), bridgingHwCapabilities(), false));
+  vaneVxlanHwHerSm()->initializedIs(true);
+}
+
+void TesselVxlanMounterSmWrapper::startEcnAndEpre() {
+  if (chipHas<FlexQoSEgrEcn6Table>()) {
+    tesselVxlanECNSmIs(tesselVxlanECNSmFactory(statewayEm(), fcsd(), ecnConfig(), qosTrustStatusAllLocal()));
+  }
+  if (chipHas<TesselEpre::EpreCcbeNextHopRemapTable>()) {
+    epreSmIs(epreEdevConfigCcbeSmFactory(statewayEm(), fcsd(), routeDestinationTableDir(), epreNextHopRemapTable(),
+                                         virtualPortTableProgrammer(), nextHopTableProgrammer(), vxlanState(),
+                                         vxlanUnderlayFloodingHw()));
+  }
+}
+
+void TesselVxlanMounterSmWrapper::startVtepGroups() {
+  vxlanVtepGroupDirSmIs(vxlanVtepGroupDirSmFactory(Kiln::activityManager()->clock(), vcsd(), vaneVtepGroupConfigDir(),
+                                                   vaneVtepGroupStatusDir(), vxlanToL2State(), vpLagEcmpProgrammer(),
+                                                   vtepGrpTnlIdMapDir(), ecmpNhTableDir()));
+  vxlanVtepGroupDirSm()->initializedIs(true);
 }
 
 void TesselVxlanMounterSmWrapper::createVxlanTunnelHelperSm() {

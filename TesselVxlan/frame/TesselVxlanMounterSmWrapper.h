@@ -8,11 +8,17 @@
 #include "TesselVxlan/nexthop/NextHopTableProgrammer.h"
 #include "TesselVxlan/nexthop/UnderlayEcmpProgrammer.h"
 #include "TesselVxlan/nexthop/VirtualPortTableProgrammer.h"
+#include "TesselVxlan/nexthop/VpLagEcmpProgrammer.h"
 #include "TesselVxlan/nexthop/VxlanL3Oif1TableProgrammer.h"
 #include "TesselVxlan/overlay/BumVtepSm.h"
 #include "TesselVxlan/overlay/EpreEdevConfigCcbeSm.h"
+#include "TesselVxlan/overlay/TesselVxlanECNSm.h"
 #include "TesselVxlan/overlay/TesselVxlanEgrL3TunnelTablesProgrammer.h"
+#include "TesselVxlan/overlay/TesselVxlanPortGroupSm.h"
 #include "TesselVxlan/overlay/TesselVxlanTunnelTermTableProgrammer.h"
+#include "TesselVxlan/overlay/TesselVxlanUnderlayMulticastSm.h"
+#include "TesselVxlan/overlay/TesselVxlanVniSm.h"
+#include "TesselVxlan/overlay/TesselVxlanVtepGroupSm.h"
 #include "TesselVxlan/overlay/TesselVxlanVtiStatusSm.h"
 #include "TesselVxlan/tunnel/HerTunnelHelperSm.h"
 #include "TesselVxlan/tunnel/HwTunnelProgrammerBase.h"
@@ -42,6 +48,7 @@
 #include "platform/vane/VaneVxlanMcastSm.h"
 #include "platform/vane/VtepGroup.h"
 #include "platform/vane/VxlanInfo.h"
+#include "platform/vxlan/RemoteVniToSBDVlanMergeSm.h"
 #include "platform/vxlan/VxlanConfig.h"
 
 namespace TesselVxlan {
@@ -105,17 +112,17 @@ class TesselVxlanMounterSmWrapper final : public TesselL3Unicast::L3MounterSmWra
   KILN_ATTR(0x113, Dovel::Ptr<Vxlan::VtiStatusDir>, vtiStatusDir)
   KILN_ATTR(0x114, Dovel::Ptr<Vane::VaneTunnelConfigDir>, tunnelConfigDir)
   KILN_ATTR(0x115, Dovel::Ptr<Vane::VaneTunnelStatusDir>, tunnelStatusDir)
-  KILN_ATTR(0x116, Dovel::Ptr<Interface::VlanIntfConfigDir const>, vlanIntfConfigDir)          ///< Held.
-  KILN_ATTR(0x117, Dovel::Ptr<TesselCentral::VfiCapabilityStatus const>, vfiCapabilityStatus)  ///< Held for VNIs.
+  KILN_ATTR(0x116, Dovel::Ptr<Interface::VlanIntfConfigDir const>, vlanIntfConfigDir)  ///< Held.
+  KILN_ATTR(0x117, Dovel::Ptr<TesselCentral::VfiCapabilityStatus const>, vfiCapabilityStatus)
   KILN_ATTR(0x118, Dovel::Ptr<Bridging::HwCapabilities const>, bridgingHwCapabilities)
 
   // Chip attributes, VNI helper and VXLAN information: bindChipAttributes, bindMountedEntities, bindVxlanInfo.
   KILN_ATTR(0x119, Dovel::Ptr<TesselL3Unicast::L3NextHopAttributes const>, nhAttributes)
   KILN_ATTR(0x11a, bool, vxlanUnderlayFloodingHw)
-  KILN_ATTR(0x11b, Dovel::Ptr<TesselCentral::VlanVfiDir>, vlanVfiDir)  ///< Held for VNIs.
-  KILN_RESERVED(0x11c, "TesselVxlan::TesselVxlanHelperVni", helperVni)
-  KILN_ATTR(0x11d, Dovel::Ptr<VaneHelper::VaneHelperVniConfig const>, helperVniConfig)  ///< Held for VNIs.
-  KILN_ATTR(0x11e, Dovel::Ptr<VaneHelper::VaneHelperVniStatus>, helperVniStatus)        ///< Held for VNIs.
+  KILN_ATTR(0x11b, Dovel::Ptr<TesselCentral::VlanVfiDir>, vlanVfiDir)
+  KILN_INST(0x11c, TesselVxlanHelperVni, helperVni)  ///< Null where the layer-2 agent owns the mappings.
+  KILN_ATTR(0x11d, Dovel::Ptr<VaneHelper::VaneHelperVniConfig const>, helperVniConfig)
+  KILN_ATTR(0x11e, Dovel::Ptr<VaneHelper::VaneHelperVniStatus>, helperVniStatus)
   KILN_INST(0x11f, Vane::VXLAN::VaneVxlanInfo, vxlanInfo)
 
   // Remote VNIs, hardware status and published tunnels: doBindEntities.
@@ -131,9 +138,9 @@ class TesselVxlanMounterSmWrapper final : public TesselL3Unicast::L3MounterSmWra
   KILN_ATTR(0x129, Dovel::Ptr<Vane::VaneTunnelStatus>, vxlanTunnelStatus)
   KILN_ATTR(0x12a, Dovel::Ptr<Vane::VaneTunnelConfig>, vxlanMemberTunnelConfig)
   KILN_ATTR(0x12b, Dovel::Ptr<Vane::VaneTunnelStatus>, vxlanMemberTunnelStatus)
-  KILN_INST(0x12c, Vane::VXLAN::VtepGroupConfigDir, vtepGroupConfigDir)                            ///< Held.
-  KILN_INST(0x12d, Vane::VXLAN::VtepGroupStatusDir, vtepGroupStatusDir)                            ///< Held.
-  KILN_ATTR(0x12e, Dovel::Ptr<Vane::VXLAN::VaneVtepGroupConfigDir const>, vaneVtepGroupConfigDir)  ///< Held for groups.
+  KILN_INST(0x12c, Vane::VXLAN::VtepGroupConfigDir, vtepGroupConfigDir)  ///< Held.
+  KILN_INST(0x12d, Vane::VXLAN::VtepGroupStatusDir, vtepGroupStatusDir)  ///< Held.
+  KILN_ATTR(0x12e, Dovel::Ptr<Vane::VXLAN::VaneVtepGroupConfigDir const>, vaneVtepGroupConfigDir)
   KILN_ATTR(0x12f, Dovel::Ptr<Vane::VXLAN::VaneVtepGroupStatusDir>, vaneVtepGroupStatusDir)
 
   // State machines and tunnel programmers: doStartVxlanSms; their inputs from doBindEntities.
@@ -144,13 +151,13 @@ class TesselVxlanMounterSmWrapper final : public TesselL3Unicast::L3MounterSmWra
   KILN_ATTR(0x134, Dovel::Ptr<TunnelBaseHelperSm>, vxlanTunnelHelperSm)
   KILN_ATTR(0x135, Dovel::Ptr<TunnelBaseHelperSm>, vxlanMemberTunnelHelperSm)
   KILN_ATTR(0x136, Dovel::Ptr<HerTunnelHelperSm>, herTunnelHelperSm)
-  KILN_RESERVED(0x137, "TesselVxlan::TesselVxlanHelperPortGroupSm", tesselVxlanHelperPortGroupSm)
-  KILN_RESERVED(0x138, "TesselVxlan::TesselVxlanHelperVniSm", tesselVxlanHelperVniSm)
-  KILN_RESERVED(0x139, "TesselVxlan::TesselVxlanECNSm", tesselVxlanECNSm)
+  KILN_INST(0x137, TesselVxlanHelperPortGroupSm, tesselVxlanHelperPortGroupSm)  // A chip has this one
+  KILN_INST(0x138, TesselVxlanHelperVniSm, tesselVxlanHelperVniSm)              // or this one.
+  KILN_ATTR(0x139, Dovel::Ptr<TesselVxlanECNSm>, tesselVxlanECNSm)              ///< Null on a chip without its tables.
   KILN_ATTR(0x13a, Dovel::Ptr<Vane::VXLAN::VaneVxlanHwHerSm>, vaneVxlanHwHerSm)
   KILN_ATTR(0x13b, Dovel::Ptr<L2Rib::FloodSetOutput const>, l2RibFloodSet)
   KILN_ATTR(0x13c, Dovel::Ptr<VxlanController::VtepStatusDirV2 const>, vxlanVtepStatusDir)
-  KILN_RESERVED(0x13d, "TesselVxlan::VxlanVtepGroupDirSm", vxlanVtepGroupDirSm)
+  KILN_ATTR(0x13d, Dovel::Ptr<VxlanVtepGroupDirSm>, vxlanVtepGroupDirSm)  ///< Null without groups.
   KILN_READONLY(0x13e, bool, tablesInitialized)
 
   // Flooding and multicast: createVaneVxlanMcastHelperSm.
@@ -168,19 +175,19 @@ class TesselVxlanMounterSmWrapper final : public TesselL3Unicast::L3MounterSmWra
   KILN_INST(0x148, TesselCommon::Qos::TrustStatusSm, qosTrustStatusSm)
   KILN_ATTR(0x149, Dovel::Ptr<TesselCentral::VxlanCapabilities const>, vxlanCapabilities)
   KILN_ATTR(0x14a, Dovel::Ptr<TesselL3::RoutingStatus const>, routingStatus)
-  KILN_ATTR(0x14b, Dovel::Ptr<Vxlan::EcnConfig const>, ecnConfig)  ///< Held for congestion marking.
-  KILN_ATTR(0x14c, Dovel::Ptr<EpreEdevConfigCcbeSm>, epreSm)       ///< Null on a chip without remap table.
+  KILN_ATTR(0x14b, Dovel::Ptr<Vxlan::EcnConfig const>, ecnConfig)
+  KILN_ATTR(0x14c, Dovel::Ptr<EpreEdevConfigCcbeSm>, epreSm)  ///< Null on a chip without remap table.
   KILN_ATTR(0x14d, Dovel::Ptr<VaneL3Intf::Table const>, vaneL3IntfTable)
-  KILN_ATTR(0x14e, Dovel::Ptr<VxlanVtepGroupTunnelIdMapDir>, vtepGrpTnlIdMapDir)  ///< Held for groups.
+  KILN_ATTR(0x14e, Dovel::Ptr<VxlanVtepGroupTunnelIdMapDir>, vtepGrpTnlIdMapDir)
   KILN_ATTR(0x14f, Dovel::Ptr<Evpn::EvpnStatus const>, evpnStatus)
-  KILN_ATTR(0x150, Dovel::Ptr<MrouteLib::MrouteVxlanDecapTable>, mrouteVxlanDecapTable)  ///< Held for multicast.
+  KILN_ATTR(0x150, Dovel::Ptr<MrouteLib::MrouteVxlanDecapTable>, mrouteVxlanDecapTable)
 
   // Tables and their programmers: makeProgrammers and the init functions.
   KILN_ATTR(0x151, Dovel::Ptr<L2TunnelVnIdTable>, l2TunnelVnIdTable)
   KILN_ATTR(0x152, Dovel::Ptr<TesselEpre::EpreCcbeNextHopRemapTable>, epreNextHopRemapTable)
   KILN_ATTR(0x153, Dovel::Ptr<TesselL3Common::VxlanDvpToVtepMap>, dvpToVtepMapping)
   KILN_ATTR(0x154, Dovel::Ptr<VxlanV4UnderlayMcastTable>, vxlanV4UnderlayMcastTable)
-  KILN_RESERVED(0x155, "TesselVxlan::TesselVxlanUnderlayMulticastSm", underlayMulticastSm)
+  KILN_INST(0x155, TesselVxlanUnderlayMulticastSm, underlayMulticastSm)  ///< Null without underlay multicast.
   KILN_ATTR(0x156, Dovel::Ptr<TesselL3Common::VxlanTunnelIndexToVtepMap>, tunnelIndexToVtepMapping)
   KILN_INST(0x157, TesselVxlanTunnelTermTableProgrammer, tunnelTermTableProgrammer)
   KILN_INST(0x158, VirtualPortProgrammer, virtualPortTableProgrammer)
@@ -189,7 +196,7 @@ class TesselVxlanMounterSmWrapper final : public TesselL3Unicast::L3MounterSmWra
   KILN_INST(0x15b, VxlanL3Oif1TableProgrammer, l3Oif1TableProgrammer)
   KILN_INST(0x15c, HerNextHopTableProgrammer, herNextHopTableProgrammer)
   KILN_INST(0x15d, UnderlayEcmpProgrammer, underlayEcmpProgrammer)
-  KILN_RESERVED(0x15e, "TesselVxlan::VpLagEcmpProgrammer", vpLagEcmpProgrammer)
+  KILN_ATTR(0x15e, Dovel::Ptr<VpLagEcmpProgrammer>, vpLagEcmpProgrammer)
   KILN_INST(0x15f, TesselVxlanEgrL3TunnelTablesProgrammer, egrL3TunnelTablesProgrammer)
   KILN_ATTR(0x160, Dovel::Ptr<EcmpIndirectionTableConfigReg>, ecmpIndirectionTableConfigReg)
   KILN_ATTR(0x161, std::uint16_t, indirectionBasePtr)  ///< 0: nothing assigns it.
@@ -264,11 +271,17 @@ class TesselVxlanMounterSmWrapper final : public TesselL3Unicast::L3MounterSmWra
   void initIndirection();
 
   void clearLocalState();
-  std::array<Dovel::Node*, 3> nestedSms() const;
+  std::array<Dovel::Node*, 6> nestedSms() const;
   /// Configuration and status of a type; of multicast tunnels, this object's own pair.
   Vane::VXLAN::HwTunnelPair tunnelPair(Vane::TunnelType type) const;
   TunnelProgrammerInputs tunnelProgrammerInputs(Vane::TunnelType type,
                                                 Dovel::Ptr<Anvil::IncrementalHBitmap> const& encapIdBitmap) const;
+  // State machines, in the order of the calls.
+  void startVniSm();
+  void startMulticastAndFlooding();
+  void startEcnAndEpre();
+  void startVtepGroups();
+
   Dovel::Ptr<TunnelBaseHelperSm> tunnelHelper(Vane::TunnelType type) const;
   /// Adds the directories of one kind to the two collections.
   template <class ConfigDir, class StatusDir>
@@ -282,6 +295,7 @@ class TesselVxlanMounterSmWrapper final : public TesselL3Unicast::L3MounterSmWra
   template <class T>
   Dovel::Ptr<T> local(std::string const& path) const;
 
+  bool started_ = false;  ///< The state machines exist, or are being created.
   Dovel::Ptr<Kiln::Dir> herNextHop1Dir_;
   Dovel::Ptr<Kiln::Dir> nextHop2Dir_;
   Dovel::Ptr<Kiln::Dir> virtualPortDir_;

@@ -1,5 +1,6 @@
 #include "TesselVxlan/frame/TesselVxlanMounterSmWrapper.h"
 #include "TesselVxlan/frame/Toggles.h"
+#include "TesselVxlan/nexthop/VpLagEcmpCascadeProgrammer.h"
 #include "platform/kiln/Invariant.h"
 #include "platform/kiln/Trace.h"
 
@@ -78,6 +79,10 @@ void TesselVxlanMounterSmWrapper::makeProgrammers() {
   egrL3TunnelTablesProgrammerIs();
   virtualPortTableProgrammerIs();
   underlayEcmpProgrammerIs();
+  vpLagEcmpProgrammerIs(vpLagEcmpCascadeProgrammerFactory(statewayEm(), fcsd(), vxlanToL2State(), localEntityManager(),
+                                                          vtepGrpTnlIdMapDir()));
+  // First of all tables, since it makes those that it shares with the other programmers.
+  vpLagEcmpProgrammer()->initTables(chipInfo());
 }
 
 Dovel::Ptr<TesselVxlanTunnelTermTableProgrammer> TesselVxlanMounterSmWrapper::tunnelTermTableProgrammerIs() {

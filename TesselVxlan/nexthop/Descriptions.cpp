@@ -6,6 +6,7 @@
 #include "TesselVxlan/nexthop/OverlayTableProgrammerBase.h"
 #include "TesselVxlan/nexthop/UnderlayEcmpProgrammer.h"
 #include "TesselVxlan/nexthop/VirtualPortTableProgrammer.h"
+#include "TesselVxlan/nexthop/VpLagEcmpCascadeProgrammer.h"
 #include "TesselVxlan/nexthop/VxlanL3Oif1TableProgrammer.h"
 #include "platform/kiln/AttributeDefinitions.h"
 
@@ -18,3 +19,5 @@ KILN_DESCRIBE(TesselVxlan::UnderlayEcmpProgrammer)
 KILN_DESCRIBE(TesselVxlan::VirtualPortProgrammer)
 KILN_DESCRIBE(TesselVxlan::VxlanL3Oif1TableProgrammer)
 KILN_DESCRIBE(TesselVxlan::HerNextHopTableProgrammer)
+KILN_DESCRIBE(TesselVxlan::VpLagEcmpProgrammer)
+KILN_DESCRIBE(TesselVxlan::VpLagEcmpCascadeProgrammer)

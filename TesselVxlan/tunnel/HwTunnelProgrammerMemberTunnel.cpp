@@ -43,8 +43,9 @@ HwTunnelProgrammerMemberTunnel::Underlay HwTunnelProgrammerMemberTunnel::program
 // Where the overlay row is an ECMP level of its own, some chips forward from it to a group alone, and test chips
 // model those.
 bool HwTunnelProgrammerMemberTunnel::groupOfOne() const {
-  auto const chipAttrs = TesselCentral::chipAttributes(chipInfo());
-  return (chipInfo().isTestChip() || chipAttrs->memberSingleHopEcmp()) && vxlanAttr()->vxlanCascadedForwardingSupport();
+  auto const chipAttrs = TesselCentral::tesselAttributes(chipInfo());
+  bool const wanted = chipInfo().isTestChip() || (chipAttrs && chipAttrs->memberSingleHopEcmp());
+  return wanted && vxlanAttr()->vxlanCascadedForwardingSupport();
 }
 
 }  // namespace TesselVxlan

@@ -4,6 +4,7 @@
 
 #include "host/agent/DocumentCheck.h"
 #include "host/agent/TunnelSmGate.h"
+#include "host/vane/MappingOrder.h"
 #include "host/vane/TunnelProducer.h"
 #include "platform/asic/ProfileLoader.h"
 #include "platform/kiln/Json.h"
@@ -27,20 +28,22 @@ namespace {
 
 constexpr char const* ownState = "written by the agent itself, not by documents";
 
-bool isWantedTunnels(std::string_view path) {
-  return std::any_of(kTunnelTypes.begin(), kTunnelTypes.end(),
+/// What documents decide about although the feature's mount of it is for writing.
+bool isWanted(std::string_view path) {
+  return path == kVlanVfiPath ||
+         std::any_of(kTunnelTypes.begin(), kTunnelTypes.end(),
                      [&](auto const& type) { return wantedTunnelsPath(type.first) == path; }) ||
          std::any_of(kMcastKinds.begin(), kMcastKinds.end(),
                      [&](McastKind const& kind) { return kind.configPath() == path; });
 }
 
-/// Refuses paths that the agent itself writes, except the wanted tunnels.
+/// Refuses paths that the agent itself writes. The status of groups is among them, though it is mounted for reading.
 void checkPublished(Kiln::JsonIn const& paths, std::vector<Stateway::Mount> const& mounts) {
   paths.eachMember([&](std::string_view path, Kiln::JsonIn const& attributes) {
     bool const published = std::any_of(mounts.begin(), mounts.end(), [&](auto const& mount) {
       return mount.path() == path && (mount.flags().val() & Stateway::AllMountFlags::write) != 0;
     });
-    if (published && !isWantedTunnels(path)) attributes.fail(ownState);
+    if ((published && !isWanted(path)) || path == kVtepGroupStatusPath) attributes.fail(ownState);
   });
 }
 
@@ -88,6 +91,7 @@ void Agent::startFeature() {
   wrapper->vcsdIs(world_->vcsd);
   wrapper->chipInfoIs(TesselCentral::ChipInfo(*world_->fcsd->logicalFap(LogicalFap::LogicalFapId(0))));
   wrapper->profileSupportsVxlanIs(profile().profileSupportsVxlan());
+  restoreUpgrade();
   wrapper->doStart();
   bindStatus();
   settle();
@@ -109,6 +113,12 @@ void Agent::makeMounter() {
   world_->doMount(*group);
   mounter_->doBootStageMount(*group);
   mounter_->doInit();
+}
+
+void Agent::restoreUpgrade() {
+  auto const upgrade = std::exchange(options_.upgrade, nullptr);
+  auto const helper = mounter_->vaulterPStoreHelper();
+  if (upgrade && helper) helper->doRestore(upgrade->json());
 }
 
 void Agent::makeProducers() {
@@ -159,6 +169,7 @@ bool Agent::apply(Stateway::StateDocument document) {
     stores().shmem->getEntity<L2Rib::FloodSetOutput>(std::string(kFloodListsPath))->floodSetDelAll();
     settle();
   }
+  endChangedMappings(document_, document, stores());
   Stateway::apply(document_, document, stores());
   document_ = std::move(document);
   return settle();

@@ -51,7 +51,10 @@ class Agent {
     std::string mounterType = "TesselVxlan::TesselVxlanMounter";
     Ready ready = Ready::fromLoop;
     bool virtualClock = false;  ///< Time advances only by `clock()`.
-    bool producers = true;      ///< False: the caller writes the tunnels' configuration entries itself.
+    /// What a former agent has stored for an upgrade, restored before the feature starts; null: nothing. It passes
+    /// `checkUpgrade`.
+    std::shared_ptr<Kiln::JsonDocument const> upgrade{};
+    bool producers = true;  ///< False: the caller writes the tunnels' configuration entries itself.
   };
 
   /// Started and settled. Throws `InputError` and `Plugin::LoadError`.
@@ -121,6 +124,7 @@ class Agent {
 
  private:
   void makeMounter();
+  void restoreUpgrade();
   void makeProducers();
   void bindStatus();
   bool review();

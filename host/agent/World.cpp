@@ -42,6 +42,8 @@ World::World(Dovel::Ptr<Asic::ChipProfile const> const& profile, Asic::Completio
   fcsd->logicalFapIs(LogicalFap::LogicalFapId(0), Dovel::make<TesselCentral::LogicalModInfo>(Asic::ChipInfo(chip)));
   fcsd->portConfigDirIs(Dovel::cast<TesselCentral::PortConfigDir>(stores.stateway->entityIs(
       TesselCentral::PortConfigDir::mountPath, TesselCentral::PortConfigDir::kilnType().name())));
+  fcsd->ioctlDrvFabIs(Dovel::cast<Anvil::IoctlDrvFab>(
+      stores.stateway->entityIs(std::string(kPacketDriverPath), Anvil::IoctlDrvFab::kilnType().name())));
   fcsd->logicalModInfosIs(true);
   sharedEntities = Dovel::make<Kiln::Dir>("sharedEntities");
   sharedEntities->childIs("featureCommon", fcsd);
@@ -52,6 +54,9 @@ World::~World() = default;
 void World::doMount(Stateway::MountGroup& group) const {
   group.doMount(
       {TesselCentral::PortConfigDir::mountPath, std::string(TesselCentral::PortConfigDir::kilnType().name())});
+  Stateway::Mount packetDriver(std::string(kPacketDriverPath), std::string(Anvil::IoctlDrvFab::kilnType().name()));
+  packetDriver.handleFlags("w");
+  group.doMount(packetDriver);
 }
 
 void World::capabilitiesIs() const {

@@ -52,6 +52,14 @@ inline constexpr std::string_view kVtiStatusPath = "interface/status/eth/vxlan";
 inline constexpr std::string_view kFloodListsPath = "bridging/l2Rib/floodOutput";  ///< In shared memory.
 inline constexpr std::string_view kVtepStatusPath = "vxlan/version2/vtepStatusDir";
 inline constexpr std::string_view kHerVtepStatusPath = "hardware/tessel/tunnel/vxlan/herVtepStatus";
+inline constexpr std::string_view kVniConfigPath = "hardware/tessel/tunnel/vxlan/helperVniConfig";
+inline constexpr std::string_view kVniStatusPath = "hardware/tessel/tunnel/vxlan/helperVniStatus";
+inline constexpr std::string_view kVfiCapabilitiesPath = "hardware/tessel/centralStatus/vfiCapabilityStatus";
+inline constexpr std::string_view kVlanVfiPath = "hardware/tessel/vfi/l2Status/vlanVfiMap";
+inline constexpr std::string_view kVtepGroupConfigPath = "hardware/tessel/tunnel/vxlan/vaneVtepGroupConfigDir";
+inline constexpr std::string_view kVtepGroupStatusPath = "hardware/tessel/tunnel/vxlan/vaneVtepGroupStatusDir";
+inline constexpr std::string_view kPacketDriverPath = "hardware/tessel/packetDriver";
+inline constexpr std::string_view kMroutesPath = "routing/multicast/vxlanDecap";  ///< In shared memory.
 inline constexpr std::string_view kFloodRecordsPath = "vxlan/bumVtepConfigDir";
 
 /// What an agent has before its feature starts: the chip, empty stores, and the entities that the agent itself owns.
@@ -66,7 +74,7 @@ struct World {
   World(World const&) = delete;
   World& operator=(World const&) = delete;
 
-  /// Adds to a feature's mounts what the agent itself reads from documents.
+  /// Adds to a feature's mounts what the agent itself reads from documents, and the packet driver.
   void doMount(Stateway::MountGroup& group) const;
   /// Publishes the capabilities of the chip and its software in the state database.
   void capabilitiesIs() const;

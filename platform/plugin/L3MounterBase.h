@@ -4,6 +4,7 @@
 #include "platform/plugin/AgentSmId.h"
 #include "platform/plugin/InfraMounterBase.h"
 #include "platform/tessel/central/CommonData.h"
+#include "platform/vaulter/VaulterPStoreHelper.h"
 
 namespace TesselL3Unicast {
 
@@ -29,6 +30,9 @@ class L3MounterBase : public TesselInfra::MounterBase {
   virtual bool isHitlessRestartSupported() const { return false; }
   /// Adds what every layer-3 feature reads and does not mount itself.
   virtual void doBootStageMount(Stateway::MountGroup& mountGroup);
+  /// What takes over the feature's part of an upgrade document; null for a feature without one. REQUIRES: the mounts
+  /// are complete.
+  virtual Dovel::Ptr<Vaulter::VaulterPStoreHelper> vaulterPStoreHelper() const { return nullptr; }
   /// The feature's wrapper; null before the mounts are complete.
   virtual Dovel::Ptr<L3MounterSmWrapper> mounterSmWrapper() const = 0;
 

@@ -13,9 +13,13 @@
 #include "platform/tessel/l3/L3Intf.h"
 #include "platform/tessel/l3common/TesselVxlanState.h"
 #include "platform/tessel/l3common/VxlanDirs.h"
+#include "platform/tessel/mroute/MrouteVxlanDecapTable.h"
+#include "platform/tessel/mroute/TesselVxlanUnderlayMulticastBaseSm.h"
 #include "platform/tessel/opaque/Records.h"
 #include "platform/tessel/opaque/StateMachines.h"
 #include "platform/tessel/qos/TrustStatus.h"
+#include "platform/tessel/vtepgroup/VaneHelperVtepGroupDirSm.h"
+#include "platform/tessel/vtepgroup/VaneHelperVtepGroupSm.h"
 
 KILN_DESCRIBE(TesselCentral::LogicalModInfo)
 KILN_DESCRIBE(TesselCentral::FeatureAgentCommonSmData)
@@ -41,9 +45,10 @@ KILN_DESCRIBE(TesselTile::TesselSbrAttributes)
 KILN_DESCRIBE(Interface::VlanIntfConfigDir)
 KILN_DESCRIBE(MrouteLib::MrouteVxlanDecapTable)
 KILN_DESCRIBE(Routing::Multicast::McastEvpnStatus)
-KILN_DESCRIBE(VaneHelper::VaneHelperVniConfig)
-KILN_DESCRIBE(VaneHelper::VaneHelperVniStatus)
-KILN_DESCRIBE(Vxlan::RemoteVniToSBDVlanMergeSm)
+KILN_DESCRIBE(TesselL3Common::TesselVxlanUnderlayMulticastBaseSm)
+KILN_DESCRIBE(Vane::VaneHelperVtepGroupDirSm)
+KILN_DESCRIBE(Vane::VaneHelperVtepGroupSm)
+KILN_DESCRIBE(Vane::NestedSm_MemberVtep)
 KILN_DESCRIBE(TesselVxlanCommon::L3McastEvpnStatusSmCommon)
 KILN_DESCRIBE(TesselL3Tunnel::L3TunnelEgrL3OifHelper)
 KILN_DESCRIBE(VaneL3Intf::Table)

@@ -3,7 +3,10 @@
 #include "platform/vane/HerVtep.h"
 #include "platform/vane/HwTunnel.h"
 #include "platform/vane/McastTunnel.h"
+#include "platform/vane/PktDrv.h"
 #include "platform/vane/VaneHelperTunnelSm.h"
+#include "platform/vane/VaneHelperVni.h"
+#include "platform/vane/VaneHelperVniSm.h"
 #include "platform/vane/VaneTunnel.h"
 #include "platform/vane/VaneVxlanHwHerSm.h"
 #include "platform/vane/VaneVxlanMcastSm.h"
@@ -23,6 +26,11 @@ KILN_DESCRIBE(Vane::HwTunnelStatusEntry)
 KILN_DESCRIBE(Vane::HwTunnelStatus)
 KILN_DESCRIBE(Vane::HwTunnelStatusDir)
 KILN_DESCRIBE(VaneHelper::VaneHelperTunnelSm)
+KILN_DESCRIBE(VaneHelper::VaneHelperVniConfig)
+KILN_DESCRIBE(VaneHelper::VaneHelperVniStatus)
+KILN_DESCRIBE(VaneHelper::VaneHelperVni)
+KILN_DESCRIBE(VaneHelper::VaneHelperVniSm)
+KILN_DESCRIBE(Vane::PktDrv)
 KILN_DESCRIBE(Vane::VaneAdjacency)
 KILN_DESCRIBE(Vane::VaneTunnelConfigEntry)
 KILN_DESCRIBE(Vane::VaneTunnelConfig)

@@ -9,9 +9,22 @@
 
 namespace Vxlan {
 
-/// The number of a group of tunnels that traffic is spread over.
-struct SwTunnelGroupId : Kiln::StrongId<SwTunnelGroupId> {
-  using StrongId::StrongId;
+/// The number of a group of tunnels that traffic is spread over. How many values name a group is counted in a table
+/// beside them; main thread only.
+class SwTunnelGroupId : public Kiln::StrongId<SwTunnelGroupId> {
+ public:
+  explicit SwTunnelGroupId(std::uint32_t value = 0) : StrongId(value) { refInc(); }
+  SwTunnelGroupId(SwTunnelGroupId const& other) : StrongId(other) { refInc(); }
+  SwTunnelGroupId& operator=(SwTunnelGroupId const& other);
+  ~SwTunnelGroupId() { refDec(); }
+
+  /// How many values there are for each number that has one.
+  static Kiln::HashMap<std::uint32_t, std::uint32_t> const& refcountTable() { return counts(); }
+
+ private:
+  static Kiln::HashMap<std::uint32_t, std::uint32_t>& counts();
+  void refInc() const;
+  void refDec() const;
 };
 
 }  // namespace Vxlan
@@ -21,9 +34,9 @@ namespace Vane::VXLAN {
 /// The key of a VTEP group. Its text is the group's number.
 struct VaneVtepGroupKey : Kiln::StrongId<VaneVtepGroupKey> {
   using StrongId::StrongId;
-  constexpr explicit VaneVtepGroupKey(Vxlan::SwTunnelGroupId group) : StrongId(group.value()) {}
+  explicit VaneVtepGroupKey(Vxlan::SwTunnelGroupId const& group) : StrongId(group.value()) {}
 
-  constexpr Vxlan::SwTunnelGroupId swTunnelGroupId() const { return Vxlan::SwTunnelGroupId(value()); }
+  Vxlan::SwTunnelGroupId swTunnelGroupId() const { return Vxlan::SwTunnelGroupId(value()); }
 };
 
 /// The configured members of one group. `version` grows with each change of them.
@@ -43,6 +56,7 @@ class VaneVtepGroupConfig final : public Kiln::Entity {
 class VaneVtepGroupConfigDir final : public Kiln::NamedEntity {
   KILN_TYPE(Vane::VXLAN::VaneVtepGroupConfigDir, Kiln::NamedEntity)
   KILN_ENTITY_COLL(0x102, VaneVtepGroupKey, VaneVtepGroupConfig, vaneVtepGroupKey, vaneVtepGroupConfig)
+  KILN_COLL(0x103, VaneNextHopId, bool, activeNextHopIdList)  ///< The groups' ids that routes and MAC entries use.
 
  public:
   using NamedEntity::NamedEntity;

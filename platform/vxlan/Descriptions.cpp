@@ -1,4 +1,5 @@
 #include "platform/kiln/AttributeDefinitions.h"
+#include "platform/vxlan/RemoteVniToSBDVlanMergeSm.h"
 #include "platform/vxlan/VxlanConfig.h"
 
 KILN_DESCRIBE(Vxlan::VtiStatus)
@@ -7,3 +8,4 @@ KILN_DESCRIBE(Vxlan::VxlanConfigDir)
 KILN_DESCRIBE(Vxlan::EcnConfig)
 KILN_DESCRIBE(Vxlan::VxlanHwStatusDir)
 KILN_DESCRIBE(Vxlan::RemoteVniToVlanStatus)
+KILN_DESCRIBE(Vxlan::RemoteVniToSBDVlanMergeSm)

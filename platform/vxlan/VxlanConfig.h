@@ -2,9 +2,11 @@
 
 #include <cstdint>
 
+#include "platform/bridging/VlanId.h"
 #include "platform/kiln/Entity.h"
 #include "platform/meshal/IntfId.h"
 #include "platform/meshal/IpAddr.h"
+#include "platform/vxlan/Vni.h"
 
 namespace Vxlan {
 
@@ -69,9 +71,10 @@ class VxlanHwStatusDir final : public Kiln::NamedEntity {
   using NamedEntity::NamedEntity;
 };
 
-/// Held only.
+/// The VLAN that the multicast traffic of a VNI from elsewhere is sent in.
 class RemoteVniToVlanStatus final : public Kiln::NamedEntity {
   KILN_TYPE(Vxlan::RemoteVniToVlanStatus, Kiln::NamedEntity)
+  KILN_COLL(0x102, VniExt, Bridging::VlanId, vniToVlan)
 
  public:
   using NamedEntity::NamedEntity;

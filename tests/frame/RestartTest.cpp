@@ -97,13 +97,18 @@ std::string decided() {
   world.mountsComplete();
   auto const groups =
       world.state<Vane::VXLAN::VaneVtepGroupStatusDir>("hardware/tessel/tunnel/vxlan/vaneVtepGroupStatusDir");
-  groups->vaneVtepGroupStatusIs(Vane::VXLAN::VaneVtepGroupKey(1U));
+  Vane::VXLAN::VaneVtepGroupKey const group(1U);
+  Vane::VaneTunnelId const oldId(7);
+  groups->vaneVtepGroupStatusIs(group)->hwTunnelIdIs(oldId);
+  world.state<Vane::VXLAN::VaneVtepGroupConfigDir>("hardware/tessel/tunnel/vxlan/vaneVtepGroupConfigDir")
+      ->vaneVtepGroupConfigIs(group)
+      ->vtepListIs(Meshal::IpAddr(0x0AFF0002), true);
   world.start().tunnelSmIsReady();
   auto const& wrapper = world.wrapper();
   return fmt::format("VNI helper mounted {:d} bound {:d}, old group {:d}, VNI state {}, runs {}\n",
                      bool(world.state<VaneHelper::VaneHelperVniStatus>("hardware/tessel/tunnel/vxlan/helperVniStatus")),
                      wrapper.helperVniConfig() && wrapper.helperVniStatus(),
-                     groups->vaneVtepGroupStatusHas(Vane::VXLAN::VaneVtepGroupKey(1U)),
+                     groups->vaneVtepGroupStatus(group)->hwTunnelId() == oldId,
                      wrapper.vxlanInfo()->vaneVniSmState()->vniSmState(), world.running());
 }
 
@@ -127,7 +132,7 @@ TEST(TogglesDeathTest, decideWhoseTheVniHelperIsAndWhatRuns) {
   using testing::HasSubstr;
   EXPECT_EXIT(
       tellWithout("VaneVniSmInTesselL2", "TesselL2.json"), ExitedWithCode(0),
-      HasSubstr("VNI helper mounted 0 bound 0, old group 0, VNI state 3, runs vti unicast member multicast \n"));
+      HasSubstr("VNI helper mounted 0 bound 1, old group 0, VNI state 3, runs vti unicast member multicast \n"));
   EXPECT_EXIT(tellWithout("Tessel4L3McastUnderlayHER", "TesselLib.json"), ExitedWithCode(0),
               HasSubstr("VNI helper mounted 1 bound 1, old group 1, VNI state 0, runs vti unicast member \n"));
   EXPECT_EQ(decided(), "VNI helper mounted 1 bound 1, old group 1, VNI state 0, runs vti unicast member multicast \n");

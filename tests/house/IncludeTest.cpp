@@ -57,9 +57,9 @@ TEST(House, nothingIncludesWhatLiesAboveIt) {
 
 TEST(House, platformFoldersIncludeOnlyLowerFloors) {
   // Each may include those before it.
-  std::vector<std::string> const floors{"scree",         "dovel",    "kiln",  "anvil",  "meshal",   "evpn",
-                                        "logicalfap",    "bridging", "vxlan", "vane",   "stateway", "local",
-                                        "kilnsharedmem", "document", "asic",  "tessel", "plugin"};
+  std::vector<std::string> const floors{
+      "scree", "dovel", "kiln",     "anvil", "meshal",        "evpn",     "logicalfap", "brisk",  "vaulter", "bridging",
+      "vxlan", "vane",  "stateway", "local", "kilnsharedmem", "document", "asic",       "tessel", "plugin"};
   auto const floorOf = [&](fs::path const& path) {
     auto const at = std::find(floors.begin(), floors.end(), std::next(path.begin())->string());
     return at == floors.end() ? -1 : at - floors.begin();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/anvil/IoctlDrv.h"
 #include "platform/asic/ChipInfo.h"
 #include "platform/kiln/Entity.h"
 #include "platform/logicalfap/LogicalFapId.h"
@@ -32,6 +33,12 @@ class ChipInfo : public Asic::ChipInfo {
   friend bool operator==(ChipInfo const&, ChipInfo const&) = default;
 };
 
+/// The same chip for a table that is brought up at `stage`.
+inline ChipInfo getTableChipInfo(ChipInfo chipInfo, Asic::BringupStage stage) {
+  chipInfo.stageIs(stage);
+  return chipInfo;
+}
+
 /// Common data of all features of the agent (`fcsd`). Written by the host, read by the features.
 ///
 /// A logical chip is present while `logicalFap` holds it. `logicalModInfos` becomes true when the host knows all of
@@ -40,6 +47,7 @@ class FeatureAgentCommonSmData final : public Kiln::NamedEntity {
   KILN_TYPE(TesselCentral::FeatureAgentCommonSmData, Kiln::NamedEntity)
   KILN_ATTR(0x102, bool, logicalModInfos)
   KILN_ATTR(0x103, Dovel::Ptr<PortConfigDir>, portConfigDir)
+  KILN_ATTR(0x104, Dovel::Ptr<Anvil::IoctlDrvFab>, ioctlDrvFab)  ///< The packet driver; null where there is none.
   KILN_COLL(0x1bf, LogicalFap::LogicalFapId, Dovel::Ptr<LogicalModInfo>, logicalFap)
 
  public:

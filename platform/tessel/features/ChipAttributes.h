@@ -22,8 +22,8 @@ class VxlanCapabilityAttributes final : public Asic::Feature {
   KILN_ATTR(0x106, bool, capabilityFlag)
 };
 
-/// Never null: the defaults where the chip's profile has none.
-Dovel::Ptr<ChipAttributes const> chipAttributes(Asic::ChipInfo const& chipInfo);
+/// Null if the chip's profile has none.
+Dovel::Ptr<ChipAttributes const> tesselAttributes(Asic::ChipInfo const& chipInfo);
 
 }  // namespace TesselCentral
 

@@ -20,9 +20,8 @@ std::string TesselChipAttributesVxlan::fault() const {
 
 namespace TesselCentral {
 
-Dovel::Ptr<ChipAttributes const> chipAttributes(Asic::ChipInfo const& chipInfo) {
-  if (auto found = TesselProfile::feature<ChipAttributes>(chipInfo)) return found;
-  return Dovel::make<ChipAttributes>();
+Dovel::Ptr<ChipAttributes const> tesselAttributes(Asic::ChipInfo const& chipInfo) {
+  return TesselProfile::feature<ChipAttributes>(chipInfo);
 }
 
 }  // namespace TesselCentral
@@ -30,7 +29,8 @@ Dovel::Ptr<ChipAttributes const> chipAttributes(Asic::ChipInfo const& chipInfo) 
 namespace Tessel {
 
 bool isQosFeatureAgent(Asic::ChipInfo const& chipInfo) {
-  return TesselCentral::chipAttributes(chipInfo)->qosFeatureAgent();
+  auto const attributes = TesselCentral::tesselAttributes(chipInfo);
+  return attributes && attributes->qosFeatureAgent();
 }
 
 }  // namespace Tessel

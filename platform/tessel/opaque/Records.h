@@ -1,7 +1,6 @@
 #pragma once
 
 #include "platform/kiln/Entity.h"
-#include "platform/meshal/IpAddr.h"
 
 // Records of neighbouring features that this one mounts, stores and passes on without reading them. One that is read
 // gets a header of its own.
@@ -19,21 +18,3 @@
 
 TESSEL_OPAQUE(Interface, VlanIntfConfigDir)
 TESSEL_OPAQUE(Routing::Multicast, McastEvpnStatus)
-TESSEL_OPAQUE(VaneHelper, VaneHelperVniConfig)
-TESSEL_OPAQUE(VaneHelper, VaneHelperVniStatus)
-
-namespace MrouteLib {
-
-class MrouteVxlanDecapTable final : public Kiln::NamedEntity {
-  KILN_TYPE(MrouteLib::MrouteVxlanDecapTable, Kiln::NamedEntity)
-
- public:
-  using NamedEntity::NamedEntity;
-
-  /// The path of the routes of a family in shared memory.
-  static char const* mountPath(Meshal::AddressFamily af) {
-    return af == Meshal::AddressFamily::ipv6 ? "routing6/multicast/vxlanDecap" : "routing/multicast/vxlanDecap";
-  }
-};
-
-}  // namespace MrouteLib

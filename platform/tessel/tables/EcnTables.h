@@ -6,7 +6,7 @@
 namespace TesselVxlan {
 
 struct FlexQosEcnEntry : Asic::EntryBase {
-  std::uint8_t ecn = 0;  ///< 2 bits.
+  U2 ecn;
   ASIC_ENTRY(FlexQosEcnEntry, ecn)
 };
 

@@ -9,6 +9,7 @@
 #include "platform/meshal/EthAddr.h"
 #include "platform/meshal/IntfId.h"
 #include "platform/meshal/IpGenAddr.h"
+#include "platform/vane/VtepGroup.h"
 
 /// Keys of tables that one feature uses alone. Aggregates that compare, hash and print.
 
@@ -74,11 +75,11 @@ KILN_VALUE_OPS(FlexQosEgrEcn6Key)
 
 /// A group of remote VTEPs; its text is the number.
 struct VpLagKey {
-  std::uint32_t swTunnelGroupId = 0;
+  Vxlan::SwTunnelGroupId swTunnelGroupId;
   friend bool operator==(VpLagKey const&, VpLagKey const&) = default;
 };
-inline std::size_t hash_value(VpLagKey const& key) { return Kiln::mix(key.swTunnelGroupId); }
-inline void appendText(std::string& out, VpLagKey const& key) { Kiln::writeText(out, key.swTunnelGroupId); }
+inline std::size_t hash_value(VpLagKey const& key) { return hash_value(key.swTunnelGroupId); }
+inline void appendText(std::string& out, VpLagKey const& key) { appendText(out, key.swTunnelGroupId); }
 
 /// An underlay next hop of packets that are replicated. Not the key of the underlay's own table.
 struct L3NextHop2Key {
@@ -105,12 +106,14 @@ KILN_VALUE_OPS(L3NextHop1Key)
 
 namespace TesselCentral {
 
+/// The two congestion marks of a packet whose tunnel ends here; profile 0 is that of packets without a tunnel.
 struct FlexQosIngEcnKey {
-  std::uint8_t keySelect = 0;
-  std::uint8_t tosBasePtr = 0;
-  std::uint8_t ecn = 0;
+  std::uint8_t tunnelProfile = 0;
+  std::uint8_t innerEcn = 0;
+  std::uint8_t outerEcn = 0;
+  std::uint8_t ecnFlag = 0;
 };
-BOOST_DESCRIBE_STRUCT(FlexQosIngEcnKey, (), (keySelect, tosBasePtr, ecn))
+BOOST_DESCRIBE_STRUCT(FlexQosIngEcnKey, (), (tunnelProfile, innerEcn, outerEcn, ecnFlag))
 KILN_VALUE_OPS(FlexQosIngEcnKey)
 
 }  // namespace TesselCentral

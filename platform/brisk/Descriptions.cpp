@@ -1,0 +1,4 @@
+#include "platform/brisk/BriskMap.h"
+#include "platform/kiln/AttributeDefinitions.h"
+
+KILN_DESCRIBE(Brisk::BriskMapBase)

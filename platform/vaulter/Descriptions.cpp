@@ -1,0 +1,4 @@
+#include "platform/kiln/AttributeDefinitions.h"
+#include "platform/vaulter/VaulterPStoreHelper.h"
+
+KILN_DESCRIBE(Vaulter::VaulterPStoreHelper)
