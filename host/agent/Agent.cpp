@@ -169,7 +169,7 @@ bool Agent::apply(Stateway::StateDocument document) {
     stores().shmem->getEntity<L2Rib::FloodSetOutput>(std::string(kFloodListsPath))->floodSetDelAll();
     settle();
   }
-  endChangedMappings(document_, document, stores());
+  prepareMappings(document_, document, stores());
   Stateway::apply(document_, document, stores());
   document_ = std::move(document);
   return settle();

@@ -1,8 +1,5 @@
 #include "host/vane/MappingOrder.h"
 
-#include <algorithm>
-#include <array>
-
 #include "host/agent/World.h"
 #include "platform/kiln/Json.h"
 #include "platform/stateway/EntityManager.h"
@@ -23,15 +20,19 @@ std::optional<JsonIn> at(StateDocument const& document, std::string_view path) {
   return stateway ? stateway->find(path) : std::nullopt;
 }
 
-bool isSame(StateDocument const& a, StateDocument const& b, std::string_view path) {
-  auto const inA = at(a, path);
-  auto const inB = at(b, path);
-  return inA && inB ? inA->value() == inB->value() : !inA && !inB;
-}
-
-bool hasSameVfis(StateDocument const& a, StateDocument const& b) {
-  std::array const paths{kVfiCapabilitiesPath, kVlanVfiPath};
-  return std::all_of(paths.begin(), paths.end(), [&](auto path) { return isSame(a, b, path); });
+/// What a document says about the numbering of VFIs.
+StateDocument numberingOf(StateDocument const& document) {
+  rapidjson::Document numbering(rapidjson::kObjectType);
+  auto& allocator = numbering.GetAllocator();
+  rapidjson::Value stateway(rapidjson::kObjectType);
+  for (auto const path : {kVfiCapabilitiesPath, kVlanVfiPath}) {
+    auto const found = at(document, path);
+    if (!found) continue;
+    stateway.AddMember(rapidjson::Value(path.data(), static_cast<rapidjson::SizeType>(path.size()), allocator),
+                       rapidjson::Value(found->value(), allocator), allocator);
+  }
+  numbering.AddMember("stateway", stateway, allocator);
+  return StateDocument(Kiln::JsonDocument(std::move(numbering), document.source()));
 }
 
 Kiln::HashMap<VtiVlanKey, VaneHelperVniConfigEntry> localMappings(StateDocument const& document) {
@@ -51,12 +52,15 @@ Kiln::HashMap<VtiVlanKey, VaneHelperVniConfigEntry> localMappings(StateDocument 
 
 }  // namespace
 
-void endChangedMappings(StateDocument const& previous, StateDocument const& next, Stateway::AgentStores const& stores) {
+void prepareMappings(StateDocument const& previous, StateDocument const& next, Stateway::AgentStores const& stores) {
   auto const config = stores.stateway->getEntity<VaneHelperVniConfig>(kVniConfigPath);
   if (!config) return;
-  if (!hasSameVfis(previous, next)) {
+  auto const former = numberingOf(previous);
+  auto const numbering = numberingOf(next);
+  if (former.root().value() != numbering.root().value()) {
     config->vlanVniMapDelAll();
     config->remoteVniConfigDelAll();
+    Stateway::apply(former, numbering, stores);
   }
   if (config->vlanVniMapColl().empty()) return;
   auto const wanted = localMappings(next);

@@ -4,12 +4,14 @@
 
 namespace Host {
 
-/// Ends the VNI mappings that `next` has otherwise, before it is applied: a mapping is removed before its VLAN or its
-/// VNI is given to another one. Where `next` numbers VFIs otherwise than `previous`, it ends all of them, since each is
-/// removed by the numbering that it was added with.
+/// What precedes the application of `next`, for the sake of VNI mappings.
+///
+/// A mapping is removed before its VLAN or its VNI is given to another one: those are ended that `next` has otherwise.
+/// A mapping is removed by the numbering of VFIs that it was added with: where `next` has another numbering than
+/// `previous`, all are ended and the numbering is applied.
 ///
 /// REQUIRES: both documents pass the agent's checks, and `previous` is applied.
-void endChangedMappings(Stateway::StateDocument const& previous, Stateway::StateDocument const& next,
-                        Stateway::AgentStores const& stores);
+void prepareMappings(Stateway::StateDocument const& previous, Stateway::StateDocument const& next,
+                     Stateway::AgentStores const& stores);
 
 }  // namespace Host

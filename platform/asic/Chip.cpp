@@ -108,6 +108,12 @@ StoreBase const* Chip::store(std::string_view name) const {
   return nullptr;
 }
 
+void Chip::hasSpaceIs(std::string_view table, bool hasSpace) {
+  for (auto const& [key, store] : stores_) {
+    if (store->name() == table) store->hasSpaceIs(hasSpace);
+  }
+}
+
 std::vector<ChipTableReport> Chip::tables() const {
   std::vector<ChipTableReport> all;
   for (auto const& [key, store] : stores_) store->report(all);

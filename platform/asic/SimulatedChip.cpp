@@ -110,10 +110,15 @@ SimulatedChip::Table const* SimulatedChip::table(std::string_view name) const {
   return nullptr;
 }
 
-std::span<std::uint64_t const> SimulatedChip::row(std::string_view name, std::uint32_t row) const {
+bool SimulatedChip::isWritten(std::string_view name, std::uint32_t row) const {
   auto const* of = table(name);
   INVARIANT(of && row - of->base < of->rows);
-  if (!of->written[row - of->base]) return {};
+  return of->written[row - of->base] != 0;
+}
+
+std::span<std::uint64_t const> SimulatedChip::row(std::string_view name, std::uint32_t row) const {
+  if (!isWritten(name, row)) return {};
+  auto const* of = table(name);
   return {of->at(row), of->layout->words};
 }
 

@@ -34,6 +34,8 @@ class SimulatedChip final : public ChipDriver {
   /// Ends all refusals.
   void refuseNone();
 
+  /// Whether a row is written. REQUIRES: the table exists.
+  bool isWritten(std::string_view table, std::uint32_t row) const;
   /// A row's words, empty if the row is clear. REQUIRES: the table exists.
   std::span<std::uint64_t const> row(std::string_view table, std::uint32_t row) const;
   /// The words of one field of a row, by the field's name. REQUIRES: the row is written.

@@ -43,7 +43,7 @@ void StoreBase::report(std::vector<ChipTableReport>& out) const {
   for (auto const& part : parts_) {
     out.push_back({.name = std::string(part.layout.table),
                    .base = part.layout.base,
-                   .rows = capacity_,
+                   .rows = capacity(),
                    .used = used_,
                    .writes = part.writes,
                    .clears = part.clears,
@@ -73,6 +73,11 @@ void StoreBase::removeAll() {
 
 void StoreBase::chipGone() { chip_ = nullptr; }
 
+void StoreBase::hasSpaceIs(bool hasSpace) {
+  hasSpace_ = hasSpace;
+  retryWaiting();
+}
+
 // Rows.
 
 void StoreBase::allocateRows(RecordBase& record) {
@@ -81,6 +86,7 @@ void StoreBase::allocateRows(RecordBase& record) {
 }
 
 std::optional<std::uint32_t> StoreBase::findRows(std::uint32_t length) const {
+  if (!hasSpace_) return {};
   if (length == 1) return pool_.findClearBit();
   return length == 0 ? std::optional<std::uint32_t>() : pool_.findClearRange(length);
 }
@@ -99,7 +105,7 @@ void StoreBase::assignRows(RecordBase& record, std::uint32_t first) {
 
 void StoreBase::allocateFixedRow(RecordBase& record, Index index) {
   record.fixedRow = true;
-  if (index.value() >= capacity_) return;
+  if (index.value() >= capacity()) return;
   auto& owner = fixedRows_[index.value()];
   if (owner) {
     INVARIANT(!owner->keyed);

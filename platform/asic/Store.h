@@ -44,8 +44,11 @@ class StoreBase : public Dovel::Node {
   /// The table's name without its namespace.
   std::string_view name() const { return name_; }
   Kiln::Type const& table() const { return table_; }
-  /// Rows of the table in the profile, reserved ones too.
-  std::uint32_t capacity() const { return capacity_; }
+  /// Rows of the table in the profile, reserved ones too; 0 without space.
+  std::uint32_t capacity() const { return hasSpace_ ? capacity_ : 0; }
+  /// Whether the switch's profile in force has space for the table. Without it, entries keep the rows that they have,
+  /// and others wait.
+  void hasSpaceIs(bool hasSpace);
   /// Allocated rows, and reserved ones that are written.
   std::uint32_t used() const { return used_; }
   /// Entries in the queue.
@@ -183,6 +186,7 @@ class StoreBase : public Dovel::Node {
   std::uint32_t reserved_ = 0;
   std::uint32_t used_ = 0;
   bool published_ = false;
+  bool hasSpace_ = true;
   Anvil::HBitmap pool_;
   std::vector<Part> parts_;
   std::map<std::uint32_t, RecordBase*> fixedRows_;  ///< Their owners.
@@ -195,7 +199,7 @@ class StoreBase : public Dovel::Node {
 std::string_view shortName(std::string_view name);
 
 inline void StoreBase::allocateRow(RecordBase& record) {
-  if (!queue_.empty()) [[unlikely]]
+  if (!queue_.empty() || !hasSpace_) [[unlikely]]
     return allocateRows(record);
   if (auto const row = pool_.takeClearBit()) [[likely]] {
     ++used_;

@@ -31,6 +31,12 @@ struct Event {
     vlanPorts,  ///< VLAN n gets port Ethernet1, Ethernet2 for each bit of m.
     dscp,
     tos,
+    mapping,  ///< VLAN n has VNI m; 0: none.
+    remote,   ///< VNI n has VLAN m; 0: none.
+    vfis,     ///< VFIs are numbered otherwise than VLANs.
+    group,    ///< Group n has VTEPs 2, 3, ... for each bit of m; 0: it is removed.
+    route,    ///< The route of multicast group n has VLAN m; 0: it is removed.
+    ecn,
     vti,  ///< 0: the interface is removed.
     // Of a tunnel that the test itself writes.
     formerHops,  ///< A former generation, late, gets adjacency n.
@@ -61,7 +67,8 @@ struct Event {
 /// Tables whose completions are held back, and tables of the chip that refuse; the number of an event is an index here.
 inline constexpr std::string_view kHeldTables[] = {
     "VirtualPortTableMerged", "IngL3EcmpMember0Table", "L3NextHop1Table",  "L3NextHop2Table",
-    "EgrL3Ipv4TunnelTable",   "EcmpGroup1Table",       "HerNextHop1Table", "EpreCcbeNextHopRemapTable"};
+    "EgrL3Ipv4TunnelTable",   "EcmpGroup1Table",       "HerNextHop1Table", "EpreCcbeNextHopRemapTable",
+    "L2TunnelVnIdTable",      "VpLagGroupTable"};
 inline constexpr std::string_view kRefusingTables[] = {"VirtualPort1Table",
                                                        "VirtualPort2Table",
                                                        "IngL3EcmpMember0Table",
@@ -78,7 +85,14 @@ inline constexpr std::string_view kRefusingTables[] = {"VirtualPort1Table",
                                                        "L2TunnelIpv4SipTable",
                                                        "HerNextHop1Table",
                                                        "HerNextHop2Table",
-                                                       "EpreCcbeNextHopRemapTable"};
+                                                       "EpreCcbeNextHopRemapTable",
+                                                       "L2TunnelVnIdTable",
+                                                       "EgrVfiToVniMappingTable",
+                                                       "EgrAdaptSinglePortGroupTable",
+                                                       "VpLagGroupTable",
+                                                       "VpLagEcmpMember0Table",
+                                                       "VxlanV4UnderlayMcastTable",
+                                                       "FlexQosIngEcn"};
 
 /// The VTEP of a number: of IPv6 from 100 on.
 inline std::string vtepOf(unsigned n) { return n < 100 ? vtep(n) : vtep6(n - 100); }

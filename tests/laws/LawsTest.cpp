@@ -217,7 +217,14 @@ Story independentEvents(std::uint64_t seed, std::string const& profile) {
     }
   }
   for (auto const at : {2U, 7U, 12U}) events.push_back(atVtep(Event::over, at, 2, bum));
+  for (auto const at : {1U, 2U, 3U}) events.push_back(set(Event::mapping, 10 * at, 10010 + at));
+  for (auto const at : {1U, 3U, 4U}) events.push_back(set(Event::remote, 10010 + at, 40 - 10 * at % 40));
+  events.push_back(set(Event::vfis, 1));
+  events.push_back(set(Event::group, 1, 0x60));
+  events.push_back(set(Event::group, 2, 0x80));
+  events.push_back(set(Event::ecn, 1));
   if (profile != "compact") events.push_back(atVtep(Event::over, 102, 2));
+  if (profile != "compact") events.push_back(set(Event::route, 1, 111));
   std::mt19937_64 random(seed);
   std::shuffle(events.begin(), events.end(), random);
   return {seed % 2 == 0 ? Drive::documents : Drive::test, events};
@@ -257,7 +264,13 @@ Wish wishOn(std::string const& profile) {
                   {{member, vtep(4)}, {.adjId = 3}},  {{flood, vtep(2)}, {.adjId = 1}},
                   {{flood, vtep(5)}, {.adjId = 1}},   {{flood, vtep(6)}, {.adjId = 2}},
                   {{mcast, group(1)}, {.adjId = 1}}};
+  wish.mappings = {{10, 10010}, {20, 10020}};
+  wish.remotes = {{10020, 30}, {10030, 40}};
+  wish.vfis = true;
+  wish.groups = {{1, {4}}, {2, {2, 4}}};
+  wish.ecn = true;
   if (profile != "compact") {
+    wish.routes = {{1, 111}};
     wish.localVtep6 = vtep6(1);
     wish.tunnels[{unicast, vtep6(2)}] = {.adjId = 1};
   }

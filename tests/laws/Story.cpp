@@ -3,12 +3,13 @@
 #include <algorithm>
 
 #include "platform/asic/Store.h"
+#include "platform/tessel/central/VxlanToL2State.h"
 
 namespace AgentTest {
 
 namespace {
 
-constexpr unsigned adjacencies = 4, uplinks = 5, vteps = 4;
+constexpr unsigned adjacencies = 4, uplinks = 5, vteps = 4, firstVni = 10010;
 constexpr std::uint32_t scratchAdjacency = 98;
 
 /// Kinds that a story has or doesn't have together, and how often each of them happens.
@@ -29,6 +30,10 @@ std::vector<Group> const groups{
     {3, {{Event::learning, 1}, {Event::dscp, 1}, {Event::tos, 1}}},
     {3, {{Event::evpn, 3}, {Event::learning, 1}}},
     {4, {{Event::mlag, 2}, {Event::sourcePorts, 1}}},
+    {2, {{Event::mapping, 4}, {Event::remote, 4}}},
+    {4, {{Event::vfis, 1}}},
+    {2, {{Event::group, 4}}},
+    {4, {{Event::route, 3}, {Event::ecn, 1}}},
     {3, {{Event::hold, 2}, {Event::release, 1}}},
     {3, {{Event::holdAll, 2}, {Event::deliver, 6}, {Event::release, 1}}},
     {3, {{Event::refuseTable, 2}, {Event::refuseNth, 3}, {Event::heal, 2}}},
@@ -42,10 +47,12 @@ class Writer {
         ipv6_(profile != "compact" && !oneIn(3)),
         members_(!oneIn(3)),
         floods_(!oneIn(3)),
+        hasRoutes_(profile != "compact"),
         portless_(oneIn(profile.find("looding") == profile.npos ? 3 : 1)) {
     for (auto const& group : groups) {
       bool const has = oneIn(group.oneIn);
       for (auto const& [kind, weight] : group.weights) {
+        if (kind == Event::route && !hasRoutes_) continue;
         if (has && allowed.test(kind)) kinds_.insert(kinds_.end(), weight, kind);
       }
     }
@@ -82,7 +89,11 @@ class Writer {
     if (is(Event::mlag)) n = oneIn(3) ? 0 : 101 + below(3), m = oneIn(2) ? 0 : 101 + below(3);
     if (is(Event::sourcePorts)) n = oneIn(2) ? 0 : 49152 + below(2);
     if (is(Event::tos)) n = below(4);
-    if (is(Event::learning, Event::evpn, Event::dscp, Event::vti)) n = below(2);
+    if (is(Event::mapping)) n = 10 * (1 + below(3)), m = oneIn(3) ? 0 : firstVni + below(3);
+    if (is(Event::remote)) n = firstVni + below(3), m = oneIn(3) ? 0 : 10 * (1 + below(4));
+    if (is(Event::group)) n = 1 + below(2), m = oneIn(4) ? 0 : below(1U << vteps);
+    if (is(Event::route)) n = 1 + below(2), m = oneIn(3) ? 0 : 111 + below(2);
+    if (is(Event::learning, Event::evpn, Event::dscp, Event::vti, Event::vfis, Event::ecn)) n = below(2);
     if (is(Event::vlans)) n = 1 + below(7);
     if (is(Event::vlanPorts)) n = 111 + below(2), m = below(4);
     if (is(Event::hold)) n = below(std::size(kHeldTables));
@@ -102,7 +113,7 @@ class Writer {
   }
 
   std::mt19937_64 random_;
-  bool ipv6_, members_, floods_, portless_;
+  bool ipv6_, members_, floods_, hasRoutes_, portless_;
   std::uint32_t lastGenId_ = 0;
   std::vector<Event::Kind> kinds_;
 };
@@ -188,6 +199,23 @@ void Player::change(Event const& event) {
   if (is(Event::dscp)) wish_.dscp = n != 0;
   if (is(Event::tos)) wish_.tos = static_cast<std::uint8_t>(n);
   if (is(Event::vti)) wish_.vti = n != 0;
+  if (event.kind >= Event::mapping && event.kind <= Event::ecn) changeOverlay(event);
+}
+
+void Player::changeOverlay(Event const& event) {
+  auto const [n, m] = std::pair(event.n, event.m);
+  auto const is = [&](Event::Kind kind) { return event.kind == kind; };
+  auto const put = [&](auto& map) { m == 0 ? void(map.erase(n)) : void(map[n] = m); };
+  // One VNI, one VLAN.
+  if (is(Event::mapping)) std::erase_if(wish_.mappings, [&](auto const& mapping) { return mapping.second == m; });
+  if (is(Event::mapping)) put(wish_.mappings);
+  if (is(Event::remote)) put(wish_.remotes);
+  if (is(Event::vfis)) wish_.vfis = n != 0;
+  if (is(Event::route)) put(wish_.routes);
+  if (is(Event::ecn)) wish_.ecn = n != 0;
+  if (!is(Event::group)) return;
+  wish_.groups[n] = chosen({2, 3, 4, 5, 6, 7, 8, 9}, m);
+  if (m == 0) wish_.groups.erase(n);
 }
 
 void Player::changeTunnel(Event const& event) {
@@ -324,8 +352,15 @@ void Player::end() {
 
 void Player::close() {
   calm();
-  auto const last = closed();
+  auto last = closed();
   wish(last);
+  // A group whose members have not all been programmed is left as it was.
+  auto const vteps = agent_.agent().state<TesselCentral::VxlanToL2State>(Host::kVxlanToL2StatePath);
+  std::erase_if(last.groups, [&](auto const& group) {
+    return group.second.empty() || !std::ranges::all_of(group.second, [&](unsigned n) {
+             return vteps->vtepIpToTnlIdNhIdMapHas(Meshal::IpGenAddr(vtep(n)));
+           });
+  });
   refresh(last);
   wish(last);
 }
@@ -350,6 +385,10 @@ Wish Player::closed() const {
     return tunnel.first.second != vtep(2) && tunnel.first.second != vtep(4) && tunnel.first.second != vtep6(2) &&
            tunnel.first.second != group(2);
   });
+  for (auto* const few : {&wish.mappings, &wish.remotes, &wish.routes}) {
+    while (few->size() > 1) few->erase(few->begin());
+  }
+  std::erase_if(wish.groups, [](auto const& group) { return group.first != 1 || group.second.size() > 2; });
   return wish;
 }
 
@@ -369,6 +408,13 @@ void Player::refresh(Wish const& last) {
     if (stale || small_ || refused_) tunnel.adjId = scratchAdjacency;
     // Beyond the generations that the agent numbers by itself.
     if (refused_) tunnel.genId = lastGenId_ += 1000;
+  }
+  moved.groups.clear();
+  if (small_ || refused_) {
+    moved.mappings.clear();
+    moved.remotes.clear();
+    moved.routes.clear();
+    moved.ecn = !moved.ecn;
   }
   if (headersAreOld_ || refused_) moved.dscp = !moved.dscp;
   if (refused_) {

@@ -57,6 +57,7 @@ class Player {
   bool direct() const { return drive_ == Drive::test; }
   DirectTunnels& tunnels(Vane::TunnelType type) { return *tunnels_.at(type); }
   void change(Event const& event);
+  void changeOverlay(Event const& event);
   void changeTunnel(Event const& event);
   void act(Event const& event);
   void holdAll();

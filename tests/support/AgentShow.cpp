@@ -118,7 +118,7 @@ class EntryText final : public Asic::FieldVisitor {
     chipRow_ = row_.value_or(0) + part_->base + offset;
     if (!row_) return;
     accounted_[part_->name].insert(chipRow_);
-    written_ = !hardware_.row(part_->name, chipRow_).empty();
+    written_ = hardware_.isWritten(part_->name, chipRow_);
     if (!written_) text_ += " ROW NOT WRITTEN";
   }
   void compare(std::string_view name, std::uint64_t value) {

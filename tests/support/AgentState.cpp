@@ -11,6 +11,8 @@
 #include "platform/tessel/central/VxlanToL2State.h"
 #include "platform/tessel/l3common/TesselVxlanState.h"
 #include "platform/tessel/l3common/VxlanDirs.h"
+#include "platform/vane/VaneHelperVni.h"
+#include "platform/vane/VtepGroup.h"
 #include "tests/support/AgentText.h"
 #include "tests/support/AgentWish.h"
 
@@ -119,6 +121,8 @@ class StateText {
     for (auto const& [type, programmer] : ordered(wrapper_->hwTunnelProgrammerColl())) addKept(*state, *programmer);
     addFlooding();
     addPortMap();
+    addMappings();
+    addGroups();
     addVxlanState(*agent_.local<TesselL3Common::TesselVxlanState>(Host::kVxlanStatePath));
     auto const slice = agent_.state<TesselCentral::VxlanSliceConfig>("hardware/tessel/tunnel/vxlan/sliceConfig");
     line("slice: local={} udpPort={} enabled={}", slice->localVtepAddr(), slice->vxlanUdpPort(), slice->vxlanEnabled());
@@ -243,6 +247,29 @@ class StateText {
     std::map<std::string, std::string> byOwner;
     for (auto const& [row, vtep] : ports->dvpToVtepMapColl()) byOwner[ports_.name(row)] = Kiln::toText(vtep);
     for (auto const& [owner, vtep] : byOwner) line("port of [{}] is {}", owner, vtep);
+  }
+
+  void addMappings() {
+    auto const state = agent_.state<VaneHelper::VaneHelperVniStatus>(Host::kVniStatusPath);
+    for (auto const& [key, entry] : ordered(state->statusEntryColl())) line("local {}: {}", key, entry);
+    for (auto const& [key, entry] : ordered(state->remoteVniStatusEntryColl())) line("remote {}: {}", key, entry);
+    auto const driver = agent_.state<Anvil::IoctlDrvFab>(Host::kPacketDriverPath);
+    for (auto const& [vni, vlan] : ordered(driver->vniToVlanColl())) line("packets of VNI {}: VLAN {}", vni, vlan);
+  }
+  void addGroups() {
+    constexpr std::uint32_t groupBit = 0x8000;
+    if (!agent_.chip().store("VpLagGroupTable")) return;
+    Owners const owners(agent_.chip(), "VpLagGroupTable");
+    auto const byKey = [](auto const& a, auto const& b) { return a->vaneVtepGroupKey() < b->vaneVtepGroupKey(); };
+    auto const dir = agent_.state<Vane::VXLAN::VaneVtepGroupStatusDir>(Host::kVtepGroupStatusPath);
+    for (auto const& group : sortedBy(dir->vaneVtepGroupStatusColl(), byKey)) {
+      std::string members;
+      for (auto const& addr : Kiln::keysOf(group->activeVtepListColl())) members += fmt::format(" {}", addr);
+      auto const id = group->hwTunnelId().value();
+      bool const isRow = id != noId && id != unprogrammedId;
+      line("group {}: id=[{}]{}{}", group->vaneVtepGroupKey(), owners.name(isRow ? id & ~groupBit : id), members,
+           group->hwNextHopId().value() == id ? "" : " OTHER NEXT HOP");
+    }
   }
 
   Host::Agent const& agent_;

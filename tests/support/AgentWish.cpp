@@ -10,6 +10,7 @@ namespace AgentTest {
 namespace {
 
 constexpr unsigned ports = 9, lag = 9, uplinks = 12;
+constexpr unsigned overlayVlans = 40, firstVfi = 1000;
 
 /// Members of a JSON object, or elements of an array.
 using List = std::vector<std::string>;
@@ -114,6 +115,35 @@ std::string switchText(Wish const& wish) {
                      object(l3Intf));
 }
 
+/// What is there of the overlay; nothing else, so that a document without it resets it.
+std::string overlayText(Wish const& wish) {
+  std::string text = fmt::format(R"("vxlan/ecnConfig":{{"enabled":{}}},)", wish.ecn);
+  List local, remote, toVfi, toVlan;
+  for (auto const& [vlan, vni] : wish.mappings)
+    local.push_back(fmt::format(R"("Vxlan1, vlanId:{0}":{{"vlanId":{0},"vni":{1},"action":0}})", vlan, vni));
+  for (auto const& [vni, vlan] : wish.remotes)
+    remote.push_back(fmt::format(R"("Vxlan1, vni:{1}":{{"vlanId":{0},"vni":{1},"action":0}})", vlan, vni));
+  text += fmt::format(R"("hardware/tessel/tunnel/vxlan/helperVniConfig":{{"vlanVniMap":{},"remoteVniConfig":{}}},)",
+                      object(local), object(remote));
+  if (!wish.vfis) return text;
+  for (unsigned vlan = 1; vlan <= overlayVlans; ++vlan) {
+    toVfi.push_back(fmt::format(R"("{}":{})", vlan, vlan + firstVfi));
+    toVlan.push_back(fmt::format(R"("{}":{})", vlan + firstVfi, vlan));
+  }
+  return text + fmt::format(R"("hardware/tessel/centralStatus/vfiCapabilityStatus":{{"vfiEnabled":true,)"
+                            R"("vfiMappingEnabled":true,"vlan4095Vfi":4001,"vlan0Vfi":4000}},)"
+                            R"("hardware/tessel/vfi/l2Status/vlanVfiMap":{{"vlanToVfi":{},"vfiToVlan":{}}},)",
+                            object(toVfi), object(toVlan));
+}
+
+/// Not every agent has routes.
+std::string routesText(Wish const& wish) {
+  if (wish.routes.empty()) return "";
+  List routes;
+  for (auto const& [n, vlan] : wish.routes) routes.push_back(fmt::format(R"("10.0.0.9, group:{}":{})", group(n), vlan));
+  return fmt::format(R"(,"routing/multicast/vxlanDecap":{{"mroute":{}}})", object(routes));
+}
+
 }  // namespace
 
 Vane::NextHopEntrySet entriesOf(Hops const& hops, Vane::TunnelType type) {
@@ -134,18 +164,19 @@ Vane::NextHopEntrySet entriesOf(Hops const& hops, Vane::TunnelType type) {
 
 std::string Wish::document() const {
   return fmt::format(
-      R"({{"stateway":{{{},"interface/status/eth/vxlan":{{"vtiStatus":{}}},"vxlan/config":{{"dscpPropagation":{}}},)"
+      R"({{"stateway":{{{}{},"interface/status/eth/vxlan":{{"vtiStatus":{}}},"vxlan/config":{{"dscpPropagation":{}}},)"
       R"("hardware/tessel/tunnel/vxlan/vxlanInfo/vaneGlobalVtiStatus":{{"dataPathLearning":{}}},)"
       R"("evpn/status":{{"evpnEnabled":{}}},)"
       R"("hardware/tessel/tunnel/configDir/vxlanTunnel":{},"hardware/tessel/tunnel/configDir/vxlanMemberTunnel":{},)"
       R"("hardware/tessel/tunnel/configDir/vxlanHwHerTunnel":{{"adjacency":{}}},)"
       R"("vxlan/version2/vtepStatusDir":{{"vtepAdjacency":{}}},"vxlan/multicast/tunnel/config":{{"tunnel":{}}},)"
       R"("vxlan/multicast/herTunnel/config":{{"tunnel":{}}},"vxlan/multicast/bumTunnel/config":{{"tunnel":{}}}}},)"
-      R"("shmem":{{"bridging/l2Rib/floodOutput":{{"floodSet":{}}}}},)"
+      R"("shmem":{{"bridging/l2Rib/floodOutput":{{"floodSet":{}}}{}}},)"
       R"("local":{{"l3/vlanStatusDir":{{"vlanStatus":{}}}}}}})",
-      switchText(*this), vtiText(*this), dscp, learning, evpn, tunnelsText(*this, unicast), tunnelsText(*this, member),
-      adjacenciesText(*this, flood), floodRoutesText(*this), ownHopsText(*this, mcast), ownHopsText(*this, mcastHer),
-      ownHopsText(*this, bum), floodListsText(*this), vlanPortsText(*this));
+      overlayText(*this), switchText(*this), vtiText(*this), dscp, learning, evpn, tunnelsText(*this, unicast),
+      tunnelsText(*this, member), adjacenciesText(*this, flood), floodRoutesText(*this), ownHopsText(*this, mcast),
+      ownHopsText(*this, mcastHer), ownHopsText(*this, bum), floodListsText(*this), routesText(*this),
+      vlanPortsText(*this));
 }
 
 }  // namespace AgentTest

@@ -68,7 +68,14 @@ struct Wish {
   std::map<std::uint32_t, Hops> adjacencies;
   std::map<std::pair<Vane::TunnelType, std::string>, TunnelWish> tunnels;
 
-  /// All but `tos`, for which there is no document.
+  std::map<unsigned, unsigned> mappings;          ///< VLANs and their VNIs.
+  std::map<unsigned, unsigned> remotes;           ///< VNIs from elsewhere and their VLANs.
+  bool vfis = false;                              ///< VFIs are numbered otherwise than VLANs.
+  std::map<unsigned, std::set<unsigned>> groups;  ///< The VTEPs of each group, as for `vtep`.
+  std::map<unsigned, unsigned> routes;            ///< Multicast groups, as for `group`, and the VLANs of their routes.
+  bool ecn = false;
+
+  /// All but `tos` and `groups`, which are written into the state.
   std::string document() const;
 };
 

@@ -8,6 +8,7 @@
 #include "platform/asic/ProfileLoader.h"
 #include "platform/asic/Store.h"
 #include "platform/tessel/qos/TrustStatus.h"
+#include "platform/vane/VtepGroup.h"
 
 namespace AgentTest {
 
@@ -122,8 +123,26 @@ std::uint32_t AgentWorld::adjacencyOf(Hops const& hops) {
 AgentWorld& AgentWorld::changed() {
   if (depth_ > 0) return *this;
   agent_->state<Kiln::Dir>(trustPath)->child<TesselCommon::Qos::TrustStatus>("1")->tosBasePtrIs(wish_.tos);
+  writeGroups();
   agent_->apply(wish_.document());
   return *this;
+}
+
+// A document would have to name a tunnel for each member.
+void AgentWorld::writeGroups() {
+  auto const dir = agent_->state<Vane::VXLAN::VaneVtepGroupConfigDir>(Host::kVtepGroupConfigPath);
+  for (auto const& key : Kiln::keysOf(dir->vaneVtepGroupConfigColl())) {
+    if (!wish_.groups.contains(key.value())) dir->vaneVtepGroupConfigDel(key);
+  }
+  for (auto const& [n, members] : wish_.groups) {
+    auto const config = dir->vaneVtepGroupConfigIs(Vane::VXLAN::VaneVtepGroupKey(n));
+    std::set<Meshal::IpGenAddr> wanted;
+    for (auto const at : members) wanted.insert(Meshal::IpGenAddr(vtep(at)));
+    for (auto const& addr : Kiln::keysOf(config->vtepListColl())) {
+      if (!wanted.contains(addr)) config->vtepListDel(addr);
+    }
+    for (auto const& addr : wanted) config->vtepListIs(addr, true);
+  }
 }
 
 AgentWorld& AgentWorld::release() {

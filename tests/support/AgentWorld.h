@@ -109,6 +109,7 @@ class AgentWorld {
  private:
   friend class TunnelStory;
   AgentWorld& changed();
+  void writeGroups();
   /// After an assignment.
   template <class Value>
   AgentWorld& changed(Value const&) {
