@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "platform/asic/Store.h"
-#include "platform/tessel/central/VxlanToL2State.h"
 
 namespace AgentTest {
 
@@ -350,17 +349,35 @@ void Player::end() {
   wish(none);
 }
 
+namespace {
+
+/// Whether a group of these members is the same whatever happened before. One with a member without tunnel is left as
+/// it was, and the record of a VTEP keeps an adjacency that is not known any more, and of two tunnels that of the last.
+bool isSteady(Wish const& wish, std::set<unsigned> const& members) {
+  auto const isResolved = [&](auto const& tunnel) {
+    auto const found = wish.adjacencies.find(tunnel.second.adjId.value_or(0));
+    return found != wish.adjacencies.end() &&
+           std::ranges::any_of(found->second, [](Hop const& hop) { return hop.resolved; });
+  };
+  auto const isMember = [&](unsigned n) {
+    unsigned others = 0, own = 0;
+    for (auto const& tunnel : wish.tunnels) {
+      if (tunnel.first.second != vtep(n)) continue;
+      auto const type = tunnel.first.first;
+      ++((type == unicast || type == member) && isResolved(tunnel) ? own : others);
+    }
+    return own == 1 && others == 0;
+  };
+  return !members.empty() && std::ranges::all_of(members, isMember);
+}
+
+}  // namespace
+
 void Player::close() {
   calm();
   auto last = closed();
   wish(last);
-  // A group whose members have not all been programmed is left as it was.
-  auto const vteps = agent_.agent().state<TesselCentral::VxlanToL2State>(Host::kVxlanToL2StatePath);
-  std::erase_if(last.groups, [&](auto const& group) {
-    return group.second.empty() || !std::ranges::all_of(group.second, [&](unsigned n) {
-             return vteps->vtepIpToTnlIdNhIdMapHas(Meshal::IpGenAddr(vtep(n)));
-           });
-  });
+  std::erase_if(last.groups, [&](auto const& group) { return !isSteady(last, group.second); });
   refresh(last);
   wish(last);
 }

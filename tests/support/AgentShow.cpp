@@ -2,6 +2,7 @@
 
 #include <map>
 #include <set>
+#include <sstream>
 #include <vector>
 
 #include "platform/anvil/PerUnitBitmap.h"
@@ -188,6 +189,19 @@ class ChipText {
 }  // namespace
 
 std::string chipText(Asic::Chip const& chip, SimulatedChip const& hardware) { return ChipText(chip, hardware).text(); }
+
+std::string difference(std::string const& first, std::string const& second) {
+  std::map<std::string, int> lines;
+  for (auto const& [text, count] : {std::pair(&first, 1), {&second, -1}}) {
+    std::istringstream in(*text);
+    for (std::string line; std::getline(in, line);) lines[line] += count;
+  }
+  std::string found;
+  for (auto const& [line, count] : lines) {
+    if (count != 0) found += (count > 0 ? "- " : "+ ") + line + '\n';
+  }
+  return found;
+}
 
 std::string tableOf(std::string const& chipText, std::string_view table) {
   auto const heading = '\n' + std::string(table) + '\n';

@@ -18,6 +18,9 @@ namespace AgentTest {
 /// of the underlay, which stay once they are made, are left out.
 std::string chipText(Asic::Chip const& chip, Asic::SimulatedChip const& hardware);
 
+/// The lines that only one of two such texts has: those of the first behind "- ", those of the second behind "+ ".
+std::string difference(std::string const& first, std::string const& second);
+
 /// The lines of one table of such a text, without its heading; empty if it has no entries.
 std::string tableOf(std::string const& chipText, std::string_view table);
 
