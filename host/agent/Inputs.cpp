@@ -11,7 +11,7 @@ namespace Host {
 
 using Stateway::StateDocument;
 
-std::vector<StateDocument> readInputs(std::vector<std::string> const& paths, std::ostream& err) {
+std::vector<StateDocument> readInputs(std::vector<std::string> const& paths, VlanChoices& choices, std::ostream& err) {
   std::vector<StateDocument> inputs;
   if (paths.empty()) inputs.push_back(StateDocument::parse(defaultLeaf(), "the built-in leaf"));
   CaptureSet captures;
@@ -20,7 +20,7 @@ std::vector<StateDocument> readInputs(std::vector<std::string> const& paths, std
     std::error_code error;
     if (std::filesystem::is_directory(path, error)) {
       captures.overlay(path);
-      inputs.emplace_back(Kiln::JsonDocument(captures.stateDocument(warnings), path));
+      inputs.emplace_back(Kiln::JsonDocument(captures.stateDocument(warnings, choices), path));
     } else {
       inputs.push_back(StateDocument::read(path));
     }

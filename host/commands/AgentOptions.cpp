@@ -23,6 +23,20 @@ void AgentOptions::addTo(CLI::App& command) {
                      "Traces to standard error: NAME=MASK,…, NAME a source file or a beginning with *, MASK a bit per "
                      "level; after those of TESSEL_TRACE");
   command.add_option("--plugin", plugin, "Plug-in to load in place of the installed one");
+  addVlanOption(command, vlans);
+}
+
+void addVlanOption(CLI::App& command, VlanChoices& vlans) {
+  command
+      .add_option_function<std::vector<std::string>>(
+          "--vlan",
+          [&vlans](auto const& all) {
+            for (auto const& each : all) vlans.add(each);
+          },
+          "VLAN of a VNI, for captures whose bridges have no VLANs; may be repeated. Without it VLANs from 2 up are "
+          "assigned in the order of the VNIs")
+      ->type_name("VNI=VLAN")
+      ->allow_extra_args(false);
 }
 
 std::unique_ptr<Agent> AgentOptions::makeAgent() const {
@@ -34,9 +48,10 @@ std::unique_ptr<Agent> AgentOptions::makeAgent() const {
   return std::make_unique<Agent>(options);
 }
 
-std::vector<Stateway::StateDocument> readAndCheck(Agent const& agent, std::vector<std::string> const& paths,
-                                                  std::ostream& err) {
-  auto inputs = readInputs(paths, err);
+std::vector<Stateway::StateDocument> readAndCheck(Agent const& agent, AgentOptions const& options, std::ostream& err) {
+  auto vlans = options.vlans;
+  auto inputs = readInputs(options.inputs, vlans, err);
+  vlans.checkTaken();
   for (auto const& input : inputs) agent.check(input);
   return inputs;
 }

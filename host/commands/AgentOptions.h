@@ -19,6 +19,7 @@ struct AgentOptions {
   std::string format = "text";
   std::string trace;
   std::string plugin;
+  VlanChoices vlans;
   std::vector<std::string> inputs;
 
   void addTo(CLI::App& command);
@@ -41,9 +42,11 @@ class AgentOptions::Traces {
   bool on_ = false;
 };
 
-/// Reads all inputs and checks them against the agent, with warnings to `err`. Throws `InputError` for the first that
-/// can't be used; then nothing has been applied.
-std::vector<Stateway::StateDocument> readAndCheck(Agent const& agent, std::vector<std::string> const& paths,
-                                                  std::ostream& err);
+/// Adds the option --vlan of commands that read captures.
+void addVlanOption(CLI::App& command, VlanChoices& vlans);
+
+/// Reads the inputs of the options and checks them against the agent, with warnings to `err`. Throws `InputError` for
+/// the first that can't be used, or a VLAN for a VNI that none has; then nothing has been applied.
+std::vector<Stateway::StateDocument> readAndCheck(Agent const& agent, AgentOptions const& options, std::ostream& err);
 
 }  // namespace Host

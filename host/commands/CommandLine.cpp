@@ -77,7 +77,8 @@ class CommandLine {
     auto* const import = app_.add_subcommand("import", "Converts the output of other programs to a state document");
     auto* const iproute2 = import->add_subcommand("iproute2", "From captures of ip -j and bridge -j");
     iproute2->add_option("DIR", directories_, "Directories of captures, later ones over earlier ones")->required();
-    iproute2->callback([this] { command_ = [this] { return importCommand(directories_, out_, err_); }; });
+    addVlanOption(*iproute2, vlans_);
+    iproute2->callback([this] { command_ = [this] { return importCommand(directories_, vlans_, out_, err_); }; });
   }
 
   void addTypes() {
@@ -100,6 +101,7 @@ class CommandLine {
   RunOptions run_;
   ExplainOptions explain_;
   std::vector<std::string> directories_;
+  VlanChoices vlans_;
   std::string name_;
   std::string plugin_;
 };

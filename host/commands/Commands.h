@@ -26,7 +26,7 @@ struct ExplainOptions : AgentOptions {
 int explainCommand(ExplainOptions const& options, std::ostream& out, std::ostream& err);
 
 /// Prints the state document of capture directories.
-int importCommand(std::vector<std::string> const& directories, std::ostream& out, std::ostream& err);
+int importCommand(std::vector<std::string> const& directories, VlanChoices vlans, std::ostream& out, std::ostream& err);
 /// Lists the registered classes, or describes the named one.
 int typesCommand(std::string const& name, std::string const& plugin, std::ostream& out);
 /// Lists the built-in profiles, or describes the named one.

@@ -38,7 +38,7 @@ int explainCommand(ExplainOptions const& options, std::ostream& out, std::ostrea
   auto const vtep = parsedVtep(options.vtep);
   AgentOptions::Traces const traces(options);
   auto const agent = options.makeAgent();
-  for (auto& input : readAndCheck(*agent, options.inputs, err)) agent->apply(std::move(input));
+  for (auto& input : readAndCheck(*agent, options, err)) agent->apply(std::move(input));
   auto const tunnels = tunnelReports(*agent, vtep);
   explain(options, *agent, vtep, tunnels, out);
   bool const good = !tunnels.empty() &&

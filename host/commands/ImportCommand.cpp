@@ -9,11 +9,13 @@
 
 namespace Host {
 
-int importCommand(std::vector<std::string> const& directories, std::ostream& out, std::ostream& err) {
+int importCommand(std::vector<std::string> const& directories, VlanChoices vlans, std::ostream& out,
+                  std::ostream& err) {
   CaptureSet captures;
   for (auto const& directory : directories) captures.overlay(directory);
   std::vector<std::string> warnings;
-  auto const document = captures.stateDocument(warnings);
+  auto const document = captures.stateDocument(warnings, vlans);
+  vlans.checkTaken();
   for (auto const& warning : warnings) err << "warning: " << warning << '\n';
   rapidjson::OStreamWrapper stream(out);
   rapidjson::PrettyWriter writer(stream);

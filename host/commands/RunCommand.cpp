@@ -9,12 +9,14 @@
 namespace Host {
 
 int runCommand(RunOptions const& options, std::ostream& out, std::ostream& err) {
-  auto inputs = readInputs(options.inputs, err);
+  auto vlans = options.vlans;
+  auto inputs = readInputs(options.inputs, vlans, err);
   auto const scenario = std::find_if(inputs.begin(), inputs.end(), &Scenario::isOne);
   if (scenario != inputs.end()) {
     if (inputs.size() > 1) scenario->root().member("steps").fail("a scenario is the only input of a run");
     return scenarioCommand(options, *scenario, out, err);
   }
+  vlans.checkTaken();
   AgentOptions::Traces const traces(options);
   auto const agent = options.makeAgent();
   for (auto const& input : inputs) agent->check(input);

@@ -97,7 +97,8 @@ void writeStep(JsonWriter& json, ScenarioStep const& step, std::vector<Violation
 }  // namespace
 
 int scenarioCommand(RunOptions options, Stateway::StateDocument const& document, std::ostream& out, std::ostream& err) {
-  auto scenario = Scenario::read(document, err);
+  auto scenario = Scenario::read(document, options.vlans, err);
+  options.vlans.checkTaken();
   if (scenario.profile && !options.profileGiven) options.profile = *scenario.profile;
   if (scenario.completion && !options.completionGiven) options.completion = *scenario.completion;
   AgentOptions::Traces const traces(options);

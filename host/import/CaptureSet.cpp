@@ -71,6 +71,11 @@ rapidjson::Document CaptureSet::stateDocument() const {
 }
 
 rapidjson::Document CaptureSet::stateDocument(std::vector<std::string>& warnings) const {
+  VlanChoices none;
+  return stateDocument(warnings, none);
+}
+
+rapidjson::Document CaptureSet::stateDocument(std::vector<std::string>& warnings, VlanChoices& choices) const {
   Import::Captures captures{.links = file("ip-link.json"),
                             .vxlanLinks = file("ip-link-vxlan.json"),
                             .fdb = file("bridge-fdb.json"),
@@ -79,6 +84,7 @@ rapidjson::Document CaptureSet::stateDocument(std::vector<std::string>& warnings
                             .vlans = file("bridge-vlan.json"),
                             .vlanTunnels = file("bridge-vlan-tunnelshow.json"),
                             .neighbours = file("ip-neigh.json"),
+                            .choices = &choices,
                             .warnings = &warnings,
                             .nextHopsName = pathOf("ip-nexthop.json")};
   if (!captures.links && !captures.vxlanLinks) {
@@ -89,6 +95,8 @@ rapidjson::Document CaptureSet::stateDocument(std::vector<std::string>& warnings
     throw Kiln::InputError(pathOf("bridge-fdb.json"), "", "no such file",
                            "expected the forwarding database of the switch");
   }
+  captures.fdbIsNewer =
+      overlayOf("bridge-fdb.json") > std::max(overlayOf("ip-link.json"), overlayOf("ip-link-vxlan.json"));
   captures.vxlanLinksAge = overlayOf("ip-link-vxlan.json") <=> overlayOf("ip-link.json");
   return Import::stateDocument(captures);
 }

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "host/import/VlanChoices.h"
 #include "platform/kiln/JsonIn.h"
 
 namespace Host {
@@ -24,13 +25,19 @@ class CaptureSet {
 
   /// The state that the switch has by these captures:
   /// - "interface/status/eth/vxlan": the tunnel interface "Vxlan1" with source addresses and UDP port;
+  /// - "hardware/tessel/tunnel/vxlan/helperVniConfig": a local mapping for each VLAN that has a VNI;
   /// - ".../configDir/vxlanTunnel": a tunnel for each VTEP that a MAC address is behind, with the adjacencies that lead
   ///   there. No `adjId`: it cannot be reached;
+  /// - ".../vxlan/vaneVtepGroupConfigDir": the groups of VTEPs that MAC addresses are behind, under the kernel's ids,
+  /// and
+  ///   ".../configDir/vxlanMemberTunnel": a tunnel for each of their members;
   /// - "bridging/l2Rib/floodOutput": the VTEPs that each VLAN is flooded to; "vxlan/version2/vtepStatusDir" and
   ///   ".../vxlanHwHerTunnel": their adjacencies, none for one that cannot be reached;
   /// - "vane/l3IntfTable" and "hardware/tessel/port/config": numbers of interfaces and ports.
-  /// Throws InputError where a capture that is needed is missing or a value cannot be used. Fills `warnings` with what
-  /// is passed over, a line each: values that a kernel accepts and a switch cannot use.
+  /// `choices` are those of VLANs that the user has made. Throws InputError where a capture that is needed is missing
+  /// or a value or a choice cannot be used. Fills `warnings` with what is passed over, a line each: values that a
+  /// kernel accepts and a switch cannot use.
+  rapidjson::Document stateDocument(std::vector<std::string>& warnings, VlanChoices& choices) const;
   rapidjson::Document stateDocument(std::vector<std::string>& warnings) const;
   rapidjson::Document stateDocument() const;
 

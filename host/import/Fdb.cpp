@@ -8,7 +8,9 @@ Fdb::Fdb(JsonDocument const& file, Links const& links, BridgeVlans const& vlans,
          std::vector<std::string>& warnings)
     : vti_(links.vti()), warnings_(warnings) {
   for (auto const entry : objects(file.root())) {
-    auto const device = links.device(std::string(entry.member("ifname").text()));
+    std::string const name(entry.member("ifname").text());
+    auto const device = links.device(name);
+    devices_.insert(name);
     // A device that was added after the links were captured is a VXLAN device if its entries are those of one.
     bool const vxlan = !device || device->kind == DeviceKind::vxlan;
     if (vxlan && (has(entry, "dst") || has(entry, "nhid"))) {
@@ -22,20 +24,35 @@ Fdb::Fdb(JsonDocument const& file, Links const& links, BridgeVlans const& vlans,
 void Fdb::readRemote(JsonIn entry, BridgeVlans const& vlans, NextHopObjects const& nextHops) {
   // Floods are sent where the entries of the zero address point.
   bool const flood = ethAddr(entry.member("mac")).isZero();
-  std::vector<JsonIn> remotes;
-  if (auto const dst = entry.find("dst")) remotes.push_back(*dst);
-  if (auto const nhid = entry.find("nhid")) {
-    for (auto const gateway : nextHops.vteps(*nhid)) remotes.push_back(gateway);
-  }
-  for (auto const at : remotes) {
-    if (flood && whyNotUnicast(ipAddr(at)) == "multicast") {
-      passOver(at, "a multicast group is not a VTEP");
-    } else if (auto const address = vtep(at); address && flood) {
-      addFlooded(at, *address, vlans.vlanOf(std::string(entry.member("ifname").text()), number(entry, "src_vni")));
-    } else if (address) {
+  if (auto const dst = entry.find("dst")) {
+    if (flood) {
+      readFlood(entry, *dst, vlans);
+    } else if (auto const address = vtep(*dst)) {
       unicast_.insert(*address);
     }
   }
+  auto const nhid = entry.find("nhid");
+  if (!nhid) return;
+  if (!flood) return readGroup(*nhid, nextHops);
+  for (auto const gateway : nextHops.vteps(*nhid)) readFlood(entry, gateway, vlans);
+}
+
+void Fdb::readFlood(JsonIn entry, JsonIn at, BridgeVlans const& vlans) {
+  if (whyNotUnicast(ipAddr(at)) == "multicast") return passOver(at, "a multicast group is not a VTEP");
+  if (auto const address = vtep(at)) {
+    addFlooded(at, *address, vlans.vlanOf(std::string(entry.member("ifname").text()), number(entry, "src_vni")));
+  }
+}
+
+void Fdb::readGroup(JsonIn nhid, NextHopObjects const& nextHops) {
+  std::set<IpGenAddr> members;
+  for (auto const gateway : nextHops.vteps(nhid)) {
+    if (auto const address = vtep(gateway)) members.insert(*address);
+  }
+  unicast_.insert(members.begin(), members.end());
+  if (!nextHops.isGroup(nhid)) return;
+  if (members.empty()) return passOver(nhid, "no member of this group is a remote VTEP");
+  groups_[number(nhid)] = std::move(members);
 }
 
 std::optional<IpGenAddr> Fdb::vtep(JsonIn at) {

@@ -34,13 +34,20 @@ class Fdb {
     std::set<std::uint32_t> vlans;
   };
   std::set<IpGenAddr> const& unicast() const { return unicast_; }
+  /// The groups of VTEPs that MAC addresses are behind, by the kernel's id. None is empty.
+  std::map<std::uint32_t, std::set<IpGenAddr>> const& groups() const { return groups_; }
   std::map<IpGenAddr, Flooded> const& flooded() const { return flooded_; }
+
+  /// Whether the device has any entry. One in a bridge has those of its own address at least.
+  bool knows(std::string const& device) const { return devices_.contains(device); }
 
   /// The bridge port behind which an address was learned or configured, in the VLAN or in no VLAN (0); empty: none.
   std::string portBehind(std::string const& bridge, std::uint32_t vlan, EthAddr const& mac) const;
 
  private:
   void readRemote(JsonIn entry, BridgeVlans const& vlans, NextHopObjects const& nextHops);
+  void readFlood(JsonIn entry, JsonIn at, BridgeVlans const& vlans);
+  void readGroup(JsonIn nhid, NextHopObjects const& nextHops);
   /// The VTEP there; nothing for one that is passed over.
   std::optional<IpGenAddr> vtep(JsonIn at);
   void addFlooded(JsonIn at, IpGenAddr const& vtep, BridgeVlans::Result const& vlan);
@@ -49,7 +56,9 @@ class Fdb {
 
   Vti vti_;
   std::vector<std::string>& warnings_;
+  std::set<std::string> devices_;
   std::set<IpGenAddr> unicast_;
+  std::map<std::uint32_t, std::set<IpGenAddr>> groups_;
   std::map<IpGenAddr, Flooded> flooded_;
   std::map<std::tuple<std::string, std::uint32_t, EthAddr>, std::string> ports_;  ///< By bridge, VLAN, address.
 };

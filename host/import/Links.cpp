@@ -10,6 +10,7 @@ namespace Host::Import {
 namespace {
 
 constexpr std::uint32_t highestVlan = 4094;
+constexpr std::uint32_t highestVni = 0xffffff;
 
 DeviceKind kindOf(JsonIn at, std::string const& infoKind) {
   static std::map<std::string, DeviceKind> const kinds{
@@ -27,11 +28,17 @@ std::string tableIn(std::optional<JsonIn> data) {
   return table ? std::to_string(*table) : "";
 }
 
+std::uint32_t vniIn(JsonIn data) {
+  auto const id = data.find("id");
+  return id ? numberIn(*id, 0, highestVni) : 0;
+}
+
 void readInfo(JsonIn info, Device& device) {
   auto const data = info.find("info_data");
   device.slaveKind = text(info, "info_slave_kind").value_or("");
   if (device.kind == DeviceKind::bridge && data) device.filtersVlans = number(*data, "vlan_filtering").value_or(0) != 0;
   if (device.kind == DeviceKind::vlan && data) device.vlanId = numberIn(data->member("id"), 0, highestVlan);
+  if (device.kind == DeviceKind::vxlan && data) device.vni = vniIn(*data);
   if (device.kind == DeviceKind::vrf) device.table = tableIn(data);
   if (device.slaveKind == "vrf") device.table = tableIn(info.find("info_slave_data"));
 }
@@ -47,6 +54,7 @@ Device readDevice(JsonIn at) {
                 .slaveKind = "",
                 .link = text(at, "link").value_or(""),
                 .vlanId = 0,
+                .vni = 0,
                 .filtersVlans = false,
                 .table = ""};
   if (info) readInfo(*info, device);
@@ -81,7 +89,6 @@ Links::Links(JsonDocument const* links, JsonDocument const* vxlanLinks, std::str
   for (auto const& [name, data] : vxlanData_) mergeVti(data, name);
   for (auto const& [name, device] : devices_) ordered_.push_back(&device);
   std::sort(ordered_.begin(), ordered_.end(), [](auto a, auto b) { return a->ifindex < b->ifindex; });
-  numberInterfaces();
 }
 
 void Links::addDevices(JsonDocument const& file) {
@@ -150,29 +157,6 @@ bool Links::isBridgeVlan(Device const& vlan) const {
 
 std::string Links::l3Name(Device const& device) const {
   return isBridgeVlan(device) ? fmt::format("Vlan{}", device.vlanId) : device.name;
-}
-
-std::optional<std::uint32_t> Links::l3Number(Device const& device) const {
-  auto const found = l3Numbers_.find(device.name);
-  return found == l3Numbers_.end() ? std::nullopt : std::optional(found->second);
-}
-
-void Links::numberInterfaces() {
-  std::set<std::uint32_t> taken;
-  for (auto const each : ordered_) {
-    if (!isBridgeVlan(*each)) continue;
-    l3Numbers_[each->name] = each->vlanId;
-    taken.insert(each->vlanId);
-  }
-  auto next = highestVlan;
-  for (auto const each : ordered_) {
-    auto const master = device(each->master);
-    bool const bridged = each->slaveKind == "bridge" || (master && master->kind == DeviceKind::bridge);
-    if (bridged || isBridgeVlan(*each)) continue;
-    if (each->kind == DeviceKind::loopback || each->kind == DeviceKind::vxlan) continue;
-    while (taken.contains(next)) --next;
-    l3Numbers_[each->name] = next == noL3Number ? next : next--;
-  }
 }
 
 bool Links::isPort(Device const& device) const {

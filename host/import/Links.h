@@ -26,6 +26,7 @@ struct Device {
   std::string slaveKind;      ///< What the master is.
   std::string link;           ///< The device under it; empty: none that this switch knows.
   std::uint32_t vlanId = 0;   ///< Of a VLAN device.
+  std::uint32_t vni = 0;      ///< Of a VXLAN device; 0: it carries several.
   bool filtersVlans = false;  ///< Of a bridge: whether it keeps VLANs apart.
   std::string table;          ///< Routing table of a VRF, or of the VRF that it belongs to; empty: main.
 };
@@ -37,10 +38,7 @@ struct Vti {
   std::optional<std::uint32_t> udpPort;
 };
 
-/// The network devices of a switch, their numbers as layer 3 interfaces, and the VXLAN tunnel interface.
-///
-/// Every device that could be a layer 3 interface has a number, in order of ifindex, so that a number does not depend
-/// on its users. The id of a VLAN that has an interface of its own is not the number of another one.
+/// The network devices of a switch, and the VXLAN tunnel interface.
 class Links {
  public:
   /// `links` has all devices, `vxlanLinks` the VXLAN devices; one may be null. Where both have VXLAN devices the newer
@@ -49,8 +47,6 @@ class Links {
   Links(JsonDocument const* links, JsonDocument const* vxlanLinks, std::strong_ordering vxlanLinksAge);
   Links(Links const&) = delete;
   Links& operator=(Links const&) = delete;
-
-  static constexpr std::uint32_t noL3Number = 0;
 
   Vti const& vti() const { return vti_; }
   /// The routing table of the VXLAN devices' underlay; main as well where they do not agree.
@@ -63,9 +59,6 @@ class Links {
   /// Whether all devices are known, not only the VXLAN devices.
   bool complete() const { return complete_; }
 
-  /// The VLAN, or internal VLAN, of a device as layer 3 interface; nothing for one that cannot be one, `noL3Number`
-  /// where the VLAN ids did not suffice.
-  std::optional<std::uint32_t> l3Number(Device const& device) const;
   /// The kernel's name, but "VlanN" for the interface of a bridge's VLAN.
   std::string l3Name(Device const& device) const;
   /// Whether it is the interface of a VLAN of a bridge, and no sub-interface of a port.
@@ -79,7 +72,6 @@ class Links {
   void addDevices(JsonDocument const& file);
   void addVxlanDevices(JsonDocument const& file);
   void mergeVti(JsonIn data, std::string const& name);
-  void numberInterfaces();
 
   bool complete_;
   std::map<std::string, Device> devices_;
@@ -87,7 +79,6 @@ class Links {
   std::map<std::string, JsonIn> vxlanData_;                       ///< `info_data` of each VXLAN device.
   std::map<std::string, std::pair<JsonIn, std::string>> agreed_;  ///< By key: first value, and the device that has it.
   Vti vti_;
-  std::map<std::string, std::uint32_t> l3Numbers_;
 };
 
 }  // namespace Host::Import

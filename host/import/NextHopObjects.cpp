@@ -81,6 +81,11 @@ std::vector<RouteHop> NextHopObjects::members(JsonIn nhid) const {
   return members;
 }
 
+bool NextHopObjects::isGroup(JsonIn nhid) const {
+  auto const found = objects_.find(number(nhid));
+  return found != objects_.end() && !found->second.group.empty();
+}
+
 std::vector<JsonIn> NextHopObjects::vteps(JsonIn nhid) const {
   auto const* here = object(nhid);
   if (!here) return {};

@@ -33,6 +33,8 @@ class NextHopObjects {
   /// The members of the object that is referred to at `nhid`, groups unfolded, those out of service left out.
   /// Throws InputError where a group contains itself.
   std::vector<RouteHop> members(JsonIn nhid) const;
+  /// Whether the object has members.
+  bool isGroup(JsonIn nhid) const;
   /// The addresses of the VTEPs of an object for forwarding databases. Throws InputError as `members`, and where it is
   /// another object.
   std::vector<JsonIn> vteps(JsonIn nhid) const;

@@ -5,13 +5,16 @@
 #include <vector>
 
 #include "host/agent/DocumentCheck.h"
+#include "host/agent/World.h"
 #include "host/import/AdjacencyIds.h"
 #include "host/import/BridgeVlans.h"
 #include "host/import/Fdb.h"
+#include "host/import/L3Numbers.h"
 #include "host/import/Links.h"
 #include "host/import/Neighbours.h"
 #include "host/import/NextHopObjects.h"
 #include "host/import/Underlay.h"
+#include "platform/vane/VaneHelperVni.h"
 
 namespace Host::Import {
 
@@ -39,10 +42,12 @@ class Writer {
       : allocator_(allocator),
         links_(captures.links, captures.vxlanLinks, captures.vxlanLinksAge),
         nextHops_(captures.nextHops, captures.nextHopsName, *captures.warnings),
-        vlans_(captures.vlans, captures.vlanTunnels, links_),
+        vlans_({captures.vlans, captures.vlanTunnels}, links_, *captures.choices, *captures.warnings),
+        l3Numbers_(links_, vlans_),
         fdb_(*captures.fdb, links_, vlans_, nextHops_, *captures.warnings),
-        underlay_(captures.routes, links_.underlayTable(), nextHops_, links_),
+        underlay_(captures.routes, links_.underlayTable(), nextHops_, links_, l3Numbers_),
         neighbours_(captures.neighbours),
+        fdbIsNewer_(captures.fdbIsNewer),
         warnings_(*captures.warnings),
         flooded_(flooded()),
         paths_(pathsOf(fdb_, underlay_)),
@@ -51,7 +56,10 @@ class Writer {
   Value stateway() {
     auto paths = object();
     put(paths, "interface/status/eth/vxlan", vtiStatus(), allocator_);
-    put(paths, "hardware/tessel/tunnel/configDir/vxlanTunnel", tunnels(), allocator_);
+    put(paths, std::string(kVniConfigPath), wrapped("vlanVniMap", vniMap()), allocator_);
+    put(paths, wantedTunnelsPath(Vane::vxlanTunnel_), tunnels(fdb_.unicast()), allocator_);
+    put(paths, wantedTunnelsPath(Vane::vxlanMemberTunnel_), tunnels(groupMembers()), allocator_);
+    put(paths, std::string(kVtepGroupConfigPath), wrapped("vaneVtepGroupConfig", vtepGroups()), allocator_);
     put(paths, "hardware/tessel/tunnel/configDir/vxlanHwHerTunnel", wrapped("adjacency", adjacencies(flooded_)),
         allocator_);
     put(paths, "vxlan/version2/vtepStatusDir", wrapped("vtepAdjacency", floodRoutes()), allocator_);
@@ -111,14 +119,52 @@ class Writer {
     return wrapped("vtiStatus", wrapped("Vxlan1", std::move(status)));
   }
 
-  Value tunnels() {
+  /// A device that has been removed since the links were captured leaves no entry.
+  bool isPresent(std::string const& device) const { return !fdbIsNewer_ || fdb_.knows(device); }
+
+  Value vniMap() {
+    std::map<std::uint32_t, std::uint32_t> vniOf;
+    for (auto const& [vni, entry] : vlans_.vnis()) {
+      if (isPresent(entry.device)) vniOf.emplace(entry.vlan, vni);
+    }
+    auto map = object();
+    for (auto const& [vlan, vni] : vniOf) {
+      auto entry = object();
+      put(entry, "vlanId", Value(vlan), allocator_);
+      put(entry, "vni", Value(vni), allocator_);
+      put(entry, "action", Value(VaneHelper::VaneHelperVniConfigEntry::add), allocator_);
+      put(map, "Vxlan1, vlanId:" + std::to_string(vlan), std::move(entry), allocator_);
+    }
+    return map;
+  }
+
+  std::set<IpGenAddr> groupMembers() const {
+    std::set<IpGenAddr> members;
+    for (auto const& [id, vteps] : fdb_.groups()) members.insert(vteps.begin(), vteps.end());
+    return members;
+  }
+
+  Value vtepGroups() {
+    auto groups = object();
+    for (auto const& [id, vteps] : fdb_.groups()) {
+      auto list = object();
+      for (auto const& vtep : vteps) put(list, Kiln::toText(vtep), Value(true), allocator_);
+      auto group = object();
+      put(group, "version", Value(1), allocator_);
+      put(group, "vtepList", std::move(list), allocator_);
+      put(groups, std::to_string(id), std::move(group), allocator_);
+    }
+    return groups;
+  }
+
+  Value tunnels(std::set<IpGenAddr> const& vteps) {
     auto tunnel = object();
-    for (auto const& vtep : fdb_.unicast()) {
+    for (auto const& vtep : vteps) {
       auto entry = object();
       if (auto const id = adjId(vtep)) put(entry, "adjId", Value(*id), allocator_);
       put(tunnel, Kiln::toText(vtep), std::move(entry), allocator_);
     }
-    auto config = wrapped("adjacency", adjacencies(fdb_.unicast()));
+    auto config = wrapped("adjacency", adjacencies(vteps));
     put(config, "tunnel", std::move(tunnel), allocator_);
     return config;
   }
@@ -199,10 +245,10 @@ class Writer {
     auto table = object();
     std::set<std::string> names;
     for (auto const device : links_.devices()) {
-      auto const number = links_.l3Number(*device);
+      auto const number = l3Numbers_.of(*device);
       auto const name = links_.l3Name(*device);
       // Two bridges can have an interface for the same VLAN; the switch has one.
-      if (!number || *number == Links::noL3Number) continue;
+      if (!number || *number == L3Numbers::none) continue;
       if (names.insert(name).second) put(table, name, Value(*number), allocator_);
     }
     return wrapped("l3Intf", std::move(table));
@@ -236,9 +282,11 @@ class Writer {
   Links links_;
   NextHopObjects nextHops_;
   BridgeVlans vlans_;
+  L3Numbers l3Numbers_;
   Fdb fdb_;
   Underlay underlay_;
   Neighbours neighbours_;
+  bool fdbIsNewer_;
   std::vector<std::string>& warnings_;
   std::set<IpGenAddr> flooded_;
   std::map<IpGenAddr, Path> paths_;

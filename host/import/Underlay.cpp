@@ -65,8 +65,8 @@ std::string joined(std::vector<IpGenAddr> const& chain) {
 }  // namespace
 
 Underlay::Underlay(JsonDocument const* routes, std::string const& table, NextHopObjects const& nextHops,
-                   Links const& links)
-    : links_(links) {
+                   Links const& links, L3Numbers const& numbers)
+    : links_(links), numbers_(numbers) {
   if (!routes) return;
   for (auto const at : objects(routes->root())) {
     if (tableOf(at) == table) add(at, nextHops);
@@ -107,10 +107,10 @@ void Underlay::addHop(Route const& route, RouteHop const& hop, IpGenAddr const& 
     route.at.fail(fmt::format("expected a route over a device that {} has, not over {}",
                               links_.complete() ? "ip-link.json" : "the missing ip-link.json", hop.device));
   }
-  auto const number = links_.l3Number(*device);
+  auto const number = numbers_.of(*device);
   // The loopback, a VXLAN device or the port of a bridge carries no underlay.
   if (!number) return;
-  if (*number == Links::noL3Number) {
+  if (*number == L3Numbers::none) {
     device->at.member("ifname").fail("expected an earlier interface for the underlay: all VLAN ids are in use");
   }
   auto const nextHop = hop.gateway.value_or(address);

@@ -10,6 +10,7 @@
 
 #include "host/import/Address.h"
 #include "host/import/Fields.h"
+#include "host/import/L3Numbers.h"
 #include "host/import/Links.h"
 #include "host/import/NextHopObjects.h"
 
@@ -37,9 +38,10 @@ struct Path {
 /// another type than unicast ends the lookup without a next hop.
 class Underlay {
  public:
-  /// Reads the routes of `table`. `routes` null: nothing can be reached. `links` is kept; it says which devices can
-  /// carry the underlay. Throws InputError where a value is of a wrong type.
-  Underlay(JsonDocument const* routes, std::string const& table, NextHopObjects const& nextHops, Links const& links);
+  /// Reads the routes of `table`. `routes` null: nothing can be reached. `links` and `numbers` are kept; they say which
+  /// devices can carry the underlay. Throws InputError where a value is of a wrong type.
+  Underlay(JsonDocument const* routes, std::string const& table, NextHopObjects const& nextHops, Links const& links,
+           L3Numbers const& numbers);
 
   /// Throws InputError where routes loop or lead over a device that the captures do not have.
   Path path(IpGenAddr const& vtep) const;
@@ -63,6 +65,7 @@ class Underlay {
   void addHop(Route const& route, RouteHop const& hop, IpGenAddr const& address, std::set<Hop>& into) const;
 
   Links const& links_;
+  L3Numbers const& numbers_;
   std::map<bool, std::map<unsigned, Networks, std::greater<>>> routes_;  ///< By family, then length, longest first.
 };
 

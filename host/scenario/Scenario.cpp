@@ -19,7 +19,10 @@ using Stateway::StateDocument;
 /// Reads the steps of one file, each on top of the state that the steps before it lead to.
 class Reader {
  public:
-  Reader(StateDocument const& document, std::ostream& err) : document_(document), err_(err) { state_.SetObject(); }
+  Reader(StateDocument const& document, VlanChoices& vlans, std::ostream& err)
+      : document_(document), vlans_(vlans), err_(err) {
+    state_.SetObject();
+  }
 
   Scenario read() {
     auto const root = document_.root();
@@ -112,7 +115,7 @@ class Reader {
       return;
     }
     auto const path = std::filesystem::path(document_.source()).parent_path() / std::string(in.text());
-    auto const inputs = readInputs({path.string()}, err_);
+    auto const inputs = readInputs({path.string()}, vlans_, err_);
     state_.CopyFrom(inputs.front().root().value(), state_.GetAllocator());
   }
 
@@ -123,13 +126,16 @@ class Reader {
   }
 
   StateDocument const& document_;
+  VlanChoices& vlans_;
   std::ostream& err_;
   rapidjson::Document state_;
 };
 
 }  // namespace
 
-Scenario Scenario::read(StateDocument const& document, std::ostream& err) { return Reader(document, err).read(); }
+Scenario Scenario::read(StateDocument const& document, VlanChoices& vlans, std::ostream& err) {
+  return Reader(document, vlans, err).read();
+}
 
 void mergePatch(rapidjson::Value& target, rapidjson::Value const& patch,
                 rapidjson::Document::AllocatorType& allocator) {

@@ -97,14 +97,14 @@ TEST_F(Flood, aCaptureWithMoreVtepsThanIdsIsFloodedToAsFarAsTheyGo) {
   file("many/bridge-fdb.json", entries + "]");
   file("many/ip-route-all.json", R"([{"dst":"default","nhid":7,"dev":"br0","gateway":"10.1.1.1"}])");
   auto const name = file("many/ip-link.json", R"([{"ifindex":2,"ifname":"br0","linkinfo":{"info_kind":"bridge"}},
-      {"ifindex":3,"ifname":"vx1","master":"br0","linkinfo":{"info_kind":"vxlan","info_data":{}}}])");
+      {"ifindex":3,"ifname":"vx1","master":"br0","linkinfo":{"info_kind":"vxlan","info_data":{"id":10010}}}])");
   CaptureSet set;
   set.overlay(std::filesystem::path(name).parent_path());
   Strings warnings;
   auto const document = set.stateDocument(warnings);
   EXPECT_THAT(warnings, ElementsAre(testing::EndsWith("/0/dst: found \"11.0.96.1\", ignored: a switch floods to at "
                                                       "most 24576 VTEPs")));
-  EXPECT_EQ(document["shmem"]["bridging/l2Rib/floodOutput"]["floodSet"]["4094"]["vtep"].MemberCount(), 24'576U);
+  EXPECT_EQ(document["shmem"]["bridging/l2Rib/floodOutput"]["floodSet"]["2"]["vtep"].MemberCount(), 24'576U);
 }
 
 // Whatever the traffic needs in either direction: a chip that has no room for one row of it does not carry it.

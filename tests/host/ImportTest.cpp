@@ -46,6 +46,38 @@ std::string floods(rapidjson::Document const& document) {
   return text;
 }
 
+/// "vni VLAN=VNI ... | group ID: VTEP>adjacency ..." with the adjacencies of the member tunnels; empty for a switch
+/// without VNIs and groups. VLANs of floods that have no VNI are marked by a `!`.
+std::string overlay(rapidjson::Document const& document) {
+  auto const& stateway = document["stateway"];
+  std::set<std::string> floods;
+  for (auto const& [vlan, list] : document["shmem"]["bridging/l2Rib/floodOutput"]["floodSet"].GetObject())
+    floods.insert(vlan.GetString());
+  std::string text;
+  for (auto const& [key, entry] : stateway["hardware/tessel/tunnel/vxlan/helperVniConfig"]["vlanVniMap"].GetObject()) {
+    auto const vlan = std::to_string(entry["vlanId"].GetUint());
+    EXPECT_EQ(key.GetString(), "Vxlan1, vlanId:" + vlan);
+    EXPECT_EQ(entry["action"].GetUint(), 0U);
+    floods.erase(vlan);
+    text += (text.empty() ? "vni " : " ") + vlan + "=" + std::to_string(entry["vni"].GetUint());
+  }
+  for (auto const& vlan : floods) text += " !" + vlan;
+  auto const& members = stateway["hardware/tessel/tunnel/configDir/vxlanMemberTunnel"];
+  for (auto const& [id, group] :
+       stateway["hardware/tessel/tunnel/vxlan/vaneVtepGroupConfigDir"]["vaneVtepGroupConfig"].GetObject()) {
+    text += std::string(" | group ") + id.GetString() + ":";
+    for (auto const& [vtep, on] : group["vtepList"].GetObject()) {
+      auto const& tunnel = members["tunnel"][vtep];
+      text += std::string(" ") + vtep.GetString() + ">";
+      if (!tunnel.HasMember("adjId")) continue;
+      auto const adjId = std::to_string(tunnel["adjId"].GetUint());
+      EXPECT_TRUE(members["adjacency"].HasMember(adjId.c_str())) << adjId;
+      text += adjId;
+    }
+  }
+  return text;
+}
+
 /// A switch that is written by hand, in tests/data/input/switch: two uplinks, a VXLAN device, a bridge with VLAN 10,
 /// and one remote VTEP, 10.255.0.2. Each test replaces the files that it is about.
 class HandMade : public Files {
@@ -79,9 +111,11 @@ class HandMade : public Files {
     try {
       CaptureSet set;
       set.overlay(dir(name));
-      auto const document = set.stateDocument(warnings);
+      auto vlans = vlans_;
+      auto const document = set.stateDocument(warnings, vlans);
       text += roads(document);
       if (auto const flooded = floods(document); !flooded.empty()) text += "\n= " + flooded;
+      if (auto const vnis = overlay(document); !vnis.empty()) text += "\n= " + vnis;
     } catch (Kiln::InputError const& error) {
       text += error.what();
       EXPECT_EQ(text.find(error.file() + ": "), 2U);
@@ -90,6 +124,8 @@ class HandMade : public Files {
     for (auto at = text.find(prefix()); at != text.npos; at = text.find(prefix())) text.erase(at, prefix().size());
     return text + '\n';
   }
+
+  VlanChoices vlans_;
 
  private:
   std::string prefix() const { return base().string() + "/"; }
@@ -110,10 +146,14 @@ class HandMade : public Files {
 TEST_F(HandMade, isReadOrRefusedAsWrittenDown) {
   for (auto const& [given, result] : cases("input/captures.txt")) {
     restore();
+    vlans_ = {};
     std::string all;
     for (auto const& line : given) {
       auto const blank = line.find(' ');
-      put(line.substr(0, blank), line.substr(blank + 1));
+      if (line.starts_with("--vlan"))
+        vlans_.add(line.substr(blank + 1));
+      else
+        put(line.substr(0, blank), line.substr(blank + 1));
       all += line + '\n';
     }
     EXPECT_EQ(shown(), result) << all;
@@ -176,7 +216,8 @@ TEST_F(HandMade, aLaterCaptureMayDifferAndABadOneLeavesTheSetAsItWas) {
 }
 
 // Kernels number the group of both uplinks, which keeps its id while one is missing, and the second uplink alone.
-// Nothing is learned behind leaf2 any more after a move, but it is flooded to. Of groups of VTEPs each member counts.
+// Nothing is learned behind leaf2 any more after a move, but it is flooded to. Of groups of VTEPs each member counts. A
+// VNI whose device has left the forwarding database is removed, and the VLANs of the others remain.
 TEST(Captures, eachDocumentIsAsWrittenDown) {
   for (auto const& [given, result] : cases("input/fabrics.txt")) {
     CaptureSet set;
@@ -184,7 +225,7 @@ TEST(Captures, eachDocumentIsAsWrittenDown) {
     for (auto const& name : given) {
       set.overlay(capture(name));
       auto const document = set.stateDocument();
-      all += "= " + roads(document) + "\n= " + floods(document) + '\n';
+      all += "= " + roads(document) + "\n= " + floods(document) + "\n= " + overlay(document) + '\n';
     }
     EXPECT_EQ(all, result);
   }
