@@ -63,8 +63,8 @@ class Chip final : public Dovel::Node {
   /// Drops every response: after this no pending response keeps a programmer alive.
   void stop();
 
-  /// Takes a table's space away or back, by its name without namespace, as another profile of the switch does. No effect
-  /// for a table that was not brought up.
+  /// Takes a table's space away or back, by its name without namespace, as another profile of the switch does. No
+  /// effect for a table that was not brought up.
   void hasSpaceIs(std::string_view table, bool hasSpace);
 
   /// The stores in order of bring-up.
