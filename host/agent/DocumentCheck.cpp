@@ -4,9 +4,10 @@
 #include <set>
 
 #include "host/Unicast.h"
+#include "host/agent/DocumentValues.h"
+#include "host/agent/OverlayCheck.h"
 #include "host/agent/World.h"
 #include "platform/bridging/VlanId.h"
-#include "platform/kiln/Json.h"
 #include "platform/tessel/central/PortConfigDir.h"
 #include "platform/vane/NextHopEntry.h"
 
@@ -19,18 +20,6 @@ using Meshal::IpGenAddr;
 
 /// The switch's own addresses, each with the place where it is configured.
 using OwnAddresses = std::map<IpGenAddr, std::string>;
-
-template <class T>
-T valueOf(JsonIn const& in) {
-  T value{};
-  Kiln::readJson(value, in);
-  return value;
-}
-
-template <class Visit>
-void eachMemberOf(JsonIn const& in, std::string_view name, Visit visit) {
-  if (auto const members = in.find(name)) members->eachMember(visit);
-}
 
 OwnAddresses ownAddresses(JsonIn const& vtiStatusDir) {
   OwnAddresses own;
@@ -54,15 +43,9 @@ void checkAdjId(JsonIn const& in, std::uint64_t adjId) {
   if (adjId > maxAdjId) in.fail("expected an adjacency id from 0 to " + Kiln::toText(maxAdjId));
 }
 
-IpGenAddr addressOf(std::string_view text) {
-  IpGenAddr address;
-  Kiln::readText(text, address);
-  return address;
-}
-
 /// `in` is what a document says about the VTEP.
 void checkVtep(std::string_view text, JsonIn const& in, OwnAddresses const& own) {
-  auto const vtep = addressOf(text);
+  auto const vtep = keyOf<IpGenAddr>(text);
   if (auto const why = whyNotUnicast(vtep); !why.empty()) {
     in.fail(std::string("expected a VTEP with a unicast address, this one is ").append(why));
   }
@@ -138,7 +121,7 @@ void checkFloodRoutes(JsonIn const& status) {
 }
 
 void checkGroup(std::string_view text, JsonIn const& tunnel) {
-  if (auto const why = whyNotGroup(addressOf(text)); !why.empty()) {
+  if (auto const why = whyNotGroup(keyOf<IpGenAddr>(text)); !why.empty()) {
     tunnel.fail(std::string("expected a tunnel to a multicast group that routers forward, this one is ").append(why));
   }
 }
@@ -154,16 +137,14 @@ void checkMcastTunnels(McastKind const& kind, JsonIn const& config, OwnAddresses
 /// Calls `visit(text, in)` for each VTEP of each flood list.
 template <class Visit>
 void eachFloodVtep(Stateway::StateDocument const& document, Visit visit) {
-  auto const shmem = document.root().find("shmem");
-  auto const output = shmem ? shmem->find(kFloodListsPath) : std::nullopt;
+  auto const output = attributesAt(document, "shmem", kFloodListsPath);
   if (!output) return;
   eachMemberOf(*output, "floodSet", [&](std::string_view, JsonIn const& list) { eachMemberOf(list, "vtep", visit); });
 }
 
 /// The tunnels to multicast groups.
 std::optional<JsonIn> groupsOf(Stateway::StateDocument const& document) {
-  auto const stateway = document.root().find("stateway");
-  auto const config = stateway ? stateway->find(kMcastKinds.front().configPath()) : std::nullopt;
+  auto const config = attributesAt(document, "stateway", kMcastKinds.front().configPath());
   return config ? config->find("tunnel") : std::nullopt;
 }
 
@@ -178,7 +159,7 @@ void checkFloodLists(Stateway::StateDocument const& document, OwnAddresses const
   std::set<IpGenAddr> vteps;
   eachFloodVtep(document, [&](std::string_view text, JsonIn const& in) {
     checkVtep(text, in, own);
-    if (vteps.insert(addressOf(text)).second) ++used;
+    if (vteps.insert(keyOf<IpGenAddr>(text)).second) ++used;
     limit(in);
   });
 }
@@ -215,7 +196,7 @@ void checkStateway(JsonIn const& stateway, OwnAddresses const& own) {
 
 FloodTunnels floodTunnels(Stateway::StateDocument const& document) {
   std::set<IpGenAddr> vteps;
-  eachFloodVtep(document, [&](std::string_view text, JsonIn const&) { vteps.insert(addressOf(text)); });
+  eachFloodVtep(document, [&](std::string_view text, JsonIn const&) { vteps.insert(keyOf<IpGenAddr>(text)); });
   auto const groups = groupsOf(document);
   return {vteps.size(), groups ? groups->size() : 0};
 }
@@ -226,6 +207,7 @@ void checkSemantics(Stateway::StateDocument const& document) {
   auto const own = vti ? ownAddresses(*vti) : OwnAddresses();
   if (stateway) checkStateway(*stateway, own);
   checkFloodLists(document, own);
+  checkOverlay(document);
 }
 
 }  // namespace Host

@@ -13,7 +13,8 @@ namespace Host {
 /// - an adjacency id above `maxAdjId`; a resolved next hop whose Ethernet address is not unicast, but for the multicast
 ///   addresses of a multicast tunnel's; a next hop behind the interface of a VLAN outside 1 to 4094;
 /// - flood tunnels, which follow from flood lists; more flood VTEPs and multicast tunnels than `maxFloodTunnels`;
-/// - two ports with one number; a layer 3 interface with VLAN 0.
+/// - two ports with one number; a layer 3 interface with VLAN 0;
+/// - what `checkOverlay` refuses.
 /// REQUIRES: `document` passes `Stateway::check`.
 void checkSemantics(Stateway::StateDocument const& document);
 
