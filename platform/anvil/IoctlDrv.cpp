@@ -1,6 +1,6 @@
 #include "platform/anvil/IoctlDrv.h"
 
-#include "platform/kiln/Text.h"
+#include "platform/kiln/Json.h"
 
 namespace Anvil {
 
@@ -8,8 +8,7 @@ void IoctlDrv::vniToVlanMap(std::uint32_t vni, std::uint16_t vlan) {
   if (!fab_) return;
   auto const number = fab_->requests() + 1;
   fab_->requestsIs(number);
-  fab_->requestIs(static_cast<std::uint32_t>(number), "vni " + Kiln::toText(vni) + " vlan " + Kiln::toText(vlan));
-  if (number > IoctlDrvFab::kept) fab_->requestDel(static_cast<std::uint32_t>(number - IoctlDrvFab::kept));
+  fab_->requestIs(static_cast<std::uint32_t>(number % IoctlDrvFab::kept), IoctlRequest{number, vni, vlan});
   if (vlan == 0) {
     fab_->vniToVlanDel(vni);
   } else {
@@ -18,3 +17,5 @@ void IoctlDrv::vniToVlanMap(std::uint32_t vni, std::uint16_t vlan) {
 }
 
 }  // namespace Anvil
+
+KILN_VALUE_CODEC(Anvil::IoctlRequest, "Anvil::IoctlRequest")
