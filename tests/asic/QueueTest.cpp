@@ -84,6 +84,25 @@ TEST_P(Queue, FirstComeFirstServed) {
   EXPECT_EQ(two->state(), EntryState::full);
 }
 
+TEST_P(Queue, ATableThatLosesItsSpaceKeepsItsRows) {
+  auto const rows = world.leaf->numEntries();
+  auto const first = leaf(1, "first");
+  world.take();
+  world.chip->hasSpaceIs("LeafTable", false);
+  EXPECT_EQ(world.leaf->numEntries(), 0U);
+  auto const second = leaf(2, "second");
+  leaf(1, "again");
+  world.take();
+  EXPECT_TRUE(first->row());
+  EXPECT_EQ(first->state(), EntryState::written);
+  EXPECT_EQ(second->state(), EntryState::full);
+  world.chip->hasSpaceIs("LeafTable", true);
+  EXPECT_EQ(world.leaf->numEntries(), rows);
+  EXPECT_TRUE(second->row());
+  world.take();
+  EXPECT_EQ(second->state(), EntryState::written);
+}
+
 TEST_P(Queue, GroupThatChangesKeepsItsPlace) {
   group(1, 8, 100);
   group(2, 8, 200);
