@@ -341,10 +341,10 @@ void Player::end() {
   calm();
   Wish none;
   if (refused_) {
-    // The default ports that were refused are written again with a change of learning.
-    none.learning = true;
+    // The default ports and congestion marks that were refused are written again with a change of learning and of ECN.
+    none.learning = none.ecn = true;
     wish(none);
-    none.learning = false;
+    none.learning = none.ecn = false;
   }
   wish(none);
 }
