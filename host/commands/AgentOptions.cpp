@@ -39,12 +39,13 @@ void addVlanOption(CLI::App& command, VlanChoices& vlans) {
       ->allow_extra_args(false);
 }
 
-std::unique_ptr<Agent> AgentOptions::makeAgent() const {
+std::unique_ptr<Agent> AgentOptions::makeAgent(std::shared_ptr<Kiln::JsonDocument const> upgrade) const {
   Kiln::togglesCheck();
   Agent::Options options;
   options.profile = profile;
   options.completion = completion == "direct" ? Asic::Completion::direct : Asic::Completion::deferred;
   if (!plugin.empty()) options.plugin = plugin;
+  options.upgrade = std::move(upgrade);
   return std::make_unique<Agent>(options);
 }
 

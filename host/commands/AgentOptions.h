@@ -28,7 +28,8 @@ struct AgentOptions {
   /// `Plugin::LoadError`, or `CLI::ValidationError` for a list that can't be parsed.
   class Traces;
   /// An agent in its start state. Throws `InputError` for a profile or a toggle file that cannot be used.
-  std::unique_ptr<Agent> makeAgent() const;
+  /// `upgrade` is what it starts with, null for nothing.
+  std::unique_ptr<Agent> makeAgent(std::shared_ptr<Kiln::JsonDocument const> upgrade = {}) const;
 };
 
 class AgentOptions::Traces {

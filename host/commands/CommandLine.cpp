@@ -62,15 +62,31 @@ class CommandLine {
         ->allow_extra_args(false)
         ->check(CLI::IsMember(std::vector<std::string>(kSections.begin(), kSections.end())))
         ->capture_default_str();
+    run.add_option("--save-upgrade", run_.saveUpgrade,
+                   "Writes the ids in use at the end to this file, for the start of the next agent");
+    run.add_option("--restore-upgrade", run_.restoreUpgrade, "Starts with the ids that a former run saved");
     run.add_flag("--show-each", run_.showEach, "Show after each input, not only after the last");
   }
 
   void addExplain() {
-    auto& explain = add("explain", "Shows the chain of rows to one VTEP, or what is missing and why",
-                        [this] { return explainCommand(explain_, out_, err_); });
-    explain.add_option("VTEP", explain_.vtep, "Address of the remote VTEP")->required();
-    explain.add_option("INPUT", explain_.inputs, kInputs);
-    explain_.addTo(explain);
+    auto* const explain =
+        app_.add_subcommand("explain", "Shows the rows of one VTEP, VNI or VTEP group, or what is missing and why");
+    explain->add_option("VTEP", explain_.name, "Address of the remote VTEP");
+    explain->add_option("INPUT", explain_.inputs, kInputs);
+    explain_.addTo(*explain);
+    addExplained(*explain, "vni", "Shows the mappings of a VNI", ExplainOptions::What::vni);
+    addExplained(*explain, "group", "Shows a VTEP group", ExplainOptions::What::group);
+    explain->callback([this] {
+      if (explain_.name.empty()) throw CLI::RequiredError("VTEP");
+      command_ = [this] { return explainCommand(explain_, out_, err_); };
+    });
+  }
+
+  void addExplained(CLI::App& explain, char const* name, char const* description, ExplainOptions::What what) {
+    auto* const sub = explain.add_subcommand(name, description)->fallthrough();
+    sub->add_option("N", explain_.name, "Its number")->required();
+    sub->add_option("INPUT", explain_.inputs, kInputs);
+    sub->callback([this, what] { explain_.what = what; });
   }
 
   void addImport() {

@@ -14,6 +14,8 @@ namespace Host {
 struct RunOptions : AgentOptions {
   std::vector<std::string> show{"summary"};
   bool showEach = false;
+  std::string saveUpgrade;     ///< The file of the upgrade document that the run ends with; empty: none.
+  std::string restoreUpgrade;  ///< That of the document that the agent starts with; empty: none.
 };
 /// Applies the inputs in turn and shows the state of the agent after the last, or after each.
 int runCommand(RunOptions const& options, std::ostream& out, std::ostream& err);
@@ -21,7 +23,8 @@ int runCommand(RunOptions const& options, std::ostream& out, std::ostream& err);
 int scenarioCommand(RunOptions options, Stateway::StateDocument const& document, std::ostream& out, std::ostream& err);
 
 struct ExplainOptions : AgentOptions {
-  std::string vtep;
+  enum class What { vtep, vni, group } what = What::vtep;
+  std::string name;  ///< The VTEP's address, or the number of the VNI or group.
 };
 int explainCommand(ExplainOptions const& options, std::ostream& out, std::ostream& err);
 

@@ -1,13 +1,30 @@
 #include <algorithm>
+#include <functional>
 #include <ostream>
 
 #include "host/commands/CommandLine.h"
 #include "host/commands/Commands.h"
 #include "host/show/Explain.h"
+#include "host/show/ExplainGroup.h"
+#include "host/show/ExplainVni.h"
 
 namespace Host {
 
 namespace {
+
+/// Prints an explanation, as text or JSON. Returns whether what it explains is as wanted.
+using Explanation = std::function<bool(Agent const& agent, bool json, std::ostream& out)>;
+
+template <class Members>
+void writeObject(std::ostream& out, Members const& members) {
+  {
+    JsonWriter json(out, JsonWriter::Layout::indented);
+    json.object();
+    members(json);
+    json.objectEnd();
+  }
+  out << '\n';
+}
 
 Meshal::IpGenAddr parsedVtep(std::string const& text) {
   Meshal::IpGenAddr vtep;
@@ -17,33 +34,82 @@ Meshal::IpGenAddr parsedVtep(std::string const& text) {
   return vtep;
 }
 
-void explain(ExplainOptions const& options, Agent const& agent, Meshal::IpGenAddr const& vtep,
-             std::vector<TunnelReport> const& tunnels, std::ostream& out) {
-  if (options.json()) {
-    JsonWriter json(out, JsonWriter::Layout::indented);
-    json.object();
-    writeExplanation(json, agent, vtep, tunnels);
-    json.objectEnd();
-    out << '\n';
+std::uint32_t parsedNumber(char const* name, std::string const& text, std::uint32_t min, std::uint32_t max) {
+  auto const number = Kiln::fromText<std::uint32_t>(text);
+  if (number && *number >= min && *number <= max) return *number;
+  throw Kiln::InputError(name, "", "'" + text + "'",
+                         "expected a whole number from " + Kiln::toText(min) + " to " + Kiln::toText(max));
+}
+
+bool explainVtep(Meshal::IpGenAddr const& vtep, Agent const& agent, bool json, std::ostream& out) {
+  auto const tunnels = tunnelReports(agent, vtep);
+  if (json) {
+    writeObject(out, [&](JsonWriter& writer) { writeExplanation(writer, agent, vtep, tunnels); });
   } else if (tunnels.empty()) {
     out << Kiln::toText(vtep) << " is not wanted: no input has a tunnel to it\n";
   } else {
     printExplanation(out, agent, vtep, tunnels);
   }
+  return !tunnels.empty() &&
+         std::all_of(tunnels.begin(), tunnels.end(), [](auto const& tunnel) { return tunnel.programmed(); });
+}
+
+bool explainVni(Vxlan::VniExt vni, Agent const& agent, bool json, std::ostream& out) {
+  auto const mappings = mappingReports(agent, vni);
+  if (json) {
+    writeObject(out, [&](JsonWriter& writer) { writeVniExplanation(writer, agent, vni, mappings); });
+  } else if (mappings.empty()) {
+    out << "VNI " << Kiln::toText(vni) << " is not wanted: no input maps it\n";
+  } else {
+    printVniExplanation(out, agent, vni, mappings);
+  }
+  return !mappings.empty() &&
+         std::all_of(mappings.begin(), mappings.end(), [](auto const& mapping) { return mapping.isAsWanted(); });
+}
+
+bool explainGroup(Vane::VXLAN::VaneVtepGroupKey key, Agent const& agent, bool json, std::ostream& out) {
+  auto const groups = groupReports(agent, tunnelReports(agent));
+  auto const group = std::find_if(groups.begin(), groups.end(), [&](auto const& report) { return report.key == key; });
+  bool const known = group != groups.end();
+  if (json) {
+    writeObject(out, [&](JsonWriter& writer) {
+      writer.key("group").number(std::uint64_t{key.value()});
+      writeGroupExplanation(writer, known ? &*group : nullptr);
+    });
+  } else if (known) {
+    printGroupExplanation(out, agent, *group);
+  } else {
+    out << "group " << Kiln::toText(key) << " is not wanted: no input has it\n";
+  }
+  return known && group->programmed();
+}
+
+/// Throws `InputError` for a name that can't be one.
+Explanation explanationOf(ExplainOptions const& options) {
+  using namespace std::placeholders;
+  switch (options.what) {
+    case ExplainOptions::What::vni: {
+      Vxlan::VniExt const vni(parsedNumber("VNI", options.name, Vxlan::VniExt::min, Vxlan::VniExt::max));
+      return std::bind(&explainVni, vni, _1, _2, _3);
+    }
+    case ExplainOptions::What::group: {
+      Vane::VXLAN::VaneVtepGroupKey const key(parsedNumber("GROUP", options.name, 0, UINT32_MAX));
+      return std::bind(&explainGroup, key, _1, _2, _3);
+    }
+    case ExplainOptions::What::vtep:
+      break;
+  }
+  return std::bind(&explainVtep, parsedVtep(options.name), _1, _2, _3);
 }
 
 }  // namespace
 
 int explainCommand(ExplainOptions const& options, std::ostream& out, std::ostream& err) {
-  auto const vtep = parsedVtep(options.vtep);
+  auto const explanation = explanationOf(options);
   AgentOptions::Traces const traces(options);
   auto const agent = options.makeAgent();
   for (auto& input : readAndCheck(*agent, options, err)) agent->apply(std::move(input));
-  auto const tunnels = tunnelReports(*agent, vtep);
-  explain(options, *agent, vtep, tunnels, out);
-  bool const good = !tunnels.empty() &&
-                    std::all_of(tunnels.begin(), tunnels.end(), [](auto const& tunnel) { return tunnel.programmed(); });
-  return good ? kGood : kNotProgrammed;
+  return explanation(*agent, options.json(), out) ? kGood : kNotProgrammed;
 }
 
 }  // namespace Host

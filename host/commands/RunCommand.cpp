@@ -4,6 +4,7 @@
 #include "host/commands/CommandLine.h"
 #include "host/commands/Commands.h"
 #include "host/commands/Shower.h"
+#include "host/commands/UpgradeOptions.h"
 #include "host/scenario/Scenario.h"
 
 namespace Host {
@@ -18,8 +19,9 @@ int runCommand(RunOptions const& options, std::ostream& out, std::ostream& err) 
   }
   vlans.checkTaken();
   AgentOptions::Traces const traces(options);
-  auto const agent = options.makeAgent();
+  auto const agent = options.makeAgent(upgradeToRestore(options));
   for (auto const& input : inputs) agent->check(input);
+  UpgradeSaver saver(options);
   // Every input is good: from here on output may be printed.
   Shower shower(options, *agent, out, false);
   for (auto& input : inputs) {
@@ -27,7 +29,9 @@ int runCommand(RunOptions const& options, std::ostream& out, std::ostream& err) 
     agent->apply(std::move(input));
     shower.step(name);
   }
-  return shower.end() ? kGood : kNotProgrammed;
+  bool const good = shower.end();
+  saver.save(*agent);
+  return good ? kGood : kNotProgrammed;
 }
 
 }  // namespace Host

@@ -5,6 +5,7 @@
 #include "host/commands/CommandLine.h"
 #include "host/commands/Commands.h"
 #include "host/commands/Shower.h"
+#include "host/commands/UpgradeOptions.h"
 #include "host/scenario/Scenario.h"
 #include "host/show/JsonReport.h"
 
@@ -46,12 +47,12 @@ void play(Agent& agent, ScenarioStep& step) {
 }
 
 /// The report as other programs get it.
-Kiln::JsonDocument reportOf(Agent const& agent) {
+Kiln::JsonDocument reportDocument(Agent const& agent) {
   std::ostringstream text;
   {
     JsonWriter json(text, JsonWriter::Layout::compact);
     json.object();
-    writeReport(json, agent, tunnelReports(agent), true);
+    writeReport(json, agent, reportOf(agent), true);
     json.objectEnd();
   }
   return Kiln::JsonDocument::parse(text.str(), "report");
@@ -65,7 +66,7 @@ struct Violation {
 std::vector<Violation> violationsOf(Agent const& agent, ScenarioStep const& step) {
   std::vector<Violation> violations;
   if (step.expect.empty()) return violations;
-  auto const report = reportOf(agent);
+  auto const report = reportDocument(agent);
   for (auto const& expectation : step.expect) {
     if (auto found = expectation.violation(report.root())) violations.push_back({&expectation, std::move(*found)});
   }
@@ -102,8 +103,9 @@ int scenarioCommand(RunOptions options, Stateway::StateDocument const& document,
   if (scenario.profile && !options.profileGiven) options.profile = *scenario.profile;
   if (scenario.completion && !options.completionGiven) options.completion = *scenario.completion;
   AgentOptions::Traces const traces(options);
-  auto const agent = options.makeAgent();
+  auto const agent = options.makeAgent(upgradeToRestore(options));
   check(*agent, scenario, document.source());
+  UpgradeSaver saver(options);
   Shower shower(options, *agent, out, true);
   bool expects = false;
   bool hold = true;
@@ -116,6 +118,7 @@ int scenarioCommand(RunOptions options, Stateway::StateDocument const& document,
         step.name, [&](JsonWriter& json) { writeStep(json, step, violations); }, textOf(violations));
   }
   bool const programmed = shower.end();
+  saver.save(*agent);
   return (expects ? hold : programmed) ? kGood : kNotProgrammed;
 }
 

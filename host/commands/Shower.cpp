@@ -50,17 +50,16 @@ bool Shower::end() {
 }
 
 void Shower::show() {
-  auto const tunnels = tunnelReports(agent_);
-  good_ = agent_.settled() &&
-          std::all_of(tunnels.begin(), tunnels.end(), [](auto const& tunnel) { return tunnel.programmed(); });
+  auto const report = reportOf(agent_);
+  good_ = agent_.settled() && report.isAsWanted();
   auto const& sections = options_.show;
   if (options_.json()) {
     bool const withState = std::find(sections.begin(), sections.end(), "state") != sections.end();
-    return writeReport(json_, agent_, tunnels, withState);
+    return writeReport(json_, agent_, report, withState);
   }
   for (auto const& section : sections) {
     if (&section != &sections.front()) out_ << '\n';
-    printSection(out_, section, agent_, tunnels);
+    printSection(out_, section, agent_, report);
   }
 }
 

@@ -9,8 +9,8 @@
 
 namespace Host {
 
-/// Prints the sections of `run`: after each step or at the end, as text or JSON. Notes whether every tunnel is
-/// programmed.
+/// Prints the sections of `run`: after each step or at the end, as text or JSON. Notes whether the agent
+/// has done what its state asks for.
 ///
 /// REQUIRES: all arguments of the constructor outlive this object.
 class Shower {
@@ -23,8 +23,8 @@ class Shower {
   /// The same with what the step itself has to show: `json` adds members to its object, `text` is printed below its
   /// heading.
   void step(std::string const& name, Kiln::FunctionRef<void(Kiln::JsonWriter&)> json, std::string const& text);
-  /// Ends the output, with the sections unless each step showed them. Returns whether all tunnels of the last sections
-  /// are programmed.
+  /// Ends the output, with the sections unless each step showed them. Returns whether everything was as wanted
+  /// in the last sections.
   bool end();
 
  private:

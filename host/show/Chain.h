@@ -5,9 +5,10 @@
 #include <string_view>
 #include <vector>
 
-#include "host/show/VtepRows.h"
+#include "host/show/NeededRow.h"
 #include "platform/asic/Chip.h"
 #include "platform/asic/FieldVisitor.h"
+#include "platform/meshal/EthAddr.h"
 
 namespace Host {
 

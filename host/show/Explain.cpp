@@ -4,81 +4,16 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
-#include <array>
 #include <ostream>
-#include <set>
 
-#include "host/show/Chain.h"
-#include "host/show/FieldText.h"
 #include "host/show/JsonReport.h"
+#include "host/show/RowPrinter.h"
 #include "host/show/VtepRows.h"
 #include "platform/kiln/Fmt.h"
 
 namespace Host {
 
 namespace {
-
-constexpr std::array<std::pair<std::string_view, std::string_view>, 16> kFieldWords{{
-    {"vpHandle", "virtual port"},
-    {"egrL3TunnelTableHandle", "outer header"},
-    {"ulEntryHandle", "underlay"},
-    {"memberBlockHandle", "members"},
-    {"nextHopHandle", "next hop"},
-    {"l3Oif2Handle", "outgoing VLAN"},
-    {"oif1Handle", "encapsulation"},
-    {"destinationHandle", "destination"},
-    {"svpHandle", "virtual port"},
-    {"groupOptionHandle", "option"},
-    {"dvpHandle", "virtual port"},
-    {"nhHandle", "next hop"},
-    {"virtualPortHandle", "virtual port"},
-    {"l3NextHop2Handle", "next hop"},
-    {"herNextHop2Handle", "next hop"},
-    {"oifHandle", "outgoing VLAN"},
-}};
-
-std::string_view wordOf(std::string_view field) {
-  for (auto const& [name, word] : kFieldWords) {
-    if (name == field) return word;
-  }
-  return field;
-}
-
-/// What the last row of the chain sends its packets to; empty for other rows.
-std::string portText(Asic::EntryHandle const& row) {
-  // 1: all ports of a VLAN; 2: a port or a group of ports.
-  auto const kind = numberOf(row, "destinationKind");
-  if (kind == 1) return "VLAN " + Kiln::toText(numberOf(row, "vlanId"));
-  if (kind != 2) return {};
-  return (numberOf(row, "isLag") != 0 ? "LAG " : "port ") + Kiln::toText(numberOf(row, "destination"));
-}
-
-/// Prints rows with all that they lead to; of a row that was printed before, its first line alone.
-class RowPrinter {
- public:
-  explicit RowPrinter(std::ostream& out) : out_(out) {}
-
-  void print(std::size_t depth, std::string_view word, Asic::EntryHandle const& row) {
-    std::string const indent(2 * depth, ' ');
-    bool const above = !printed_.insert(row.record()).second;
-    out_ << indent << word << ": " << row.tableName() << ' ' << row.keyText() << ", " << rowText(row.row()) << ", "
-         << stateText(row.state()) << (above ? ", as above\n" : "\n");
-    if (above) return;
-    if (auto const values = valuesOf(row); !values.empty()) out_ << indent << "    " << values << '\n';
-    for (auto const& link : linksOf(row)) print(depth + 1, wordOf(link.field), *link.target);
-    if (auto const port = portText(row); !port.empty()) out_ << indent << "  to " << port << '\n';
-  }
-
-  /// The same, or that there is none.
-  void print(std::size_t depth, std::string_view word, NeededRow const& needed) {
-    if (needed.row) return print(depth, word, *needed.row);
-    out_ << std::string(2 * depth, ' ') << word << ": no row in " << needed.table << '\n';
-  }
-
- private:
-  std::ostream& out_;
-  std::set<Asic::RecordBase const*> printed_;
-};
 
 void printCopies(std::ostream& out, RowPrinter& rows, VtepRows const& vtep) {
   if (!vtep.encapId) return void(out << "no flood copies\n");
@@ -125,25 +60,6 @@ void printTunnel(std::ostream& out, TunnelReport const& tunnel) {
   }
 }
 
-void writeRow(JsonWriter& json, Asic::EntryHandle::PtrConst const& row) {
-  if (!row) return json.null();
-  json.object();
-  json.key("table").text(row->tableName());
-  json.key("key").text(std::string_view(row->keyText()));
-  json.key("row").number(row->row() ? std::optional(row->row()->value()) : std::nullopt);
-  json.key("state").number(static_cast<std::uint64_t>(row->state()));
-  json.key("links").array();
-  for (auto const& link : linksOf(*row)) {
-    json.object();
-    json.key("field").text(link.field);
-    json.key("to");
-    writeRow(json, link.target);
-    json.objectEnd();
-  }
-  json.arrayEnd();
-  json.objectEnd();
-}
-
 }  // namespace
 
 void printExplanation(std::ostream& out, Agent const& agent, Meshal::IpGenAddr const& vtep,
@@ -161,20 +77,20 @@ void writeExplanation(JsonWriter& json, Agent const& agent, Meshal::IpGenAddr co
   json.arrayEnd();
   auto const rows = RowFinder(agent).of(vtep);
   json.key("chain").object();
-  writeRow(json.key("overlay"), rows.overlay.row);
-  writeRow(json.key("virtualPort"), rows.virtualPort.row);
+  writeChain(json.key("overlay"), rows.overlay.row);
+  writeChain(json.key("virtualPort"), rows.virtualPort.row);
   json.key("encapId").number(rows.encapId);
   json.key("copies").array();
   for (auto const& copy : rows.copies) {
     json.object();
     json.key("port").text(std::string_view(copy.port.name()));
     json.key("nextHop").text(std::string_view(Kiln::toText(copy.nextHop)));
-    writeRow(json.key("row"), copy.row.row);
+    writeChain(json.key("row"), copy.row.row);
     json.objectEnd();
   }
   json.arrayEnd();
-  writeRow(json.key("source"), rows.source.row);
-  writeRow(json.key("destination"), rows.destination.row);
+  writeChain(json.key("source"), rows.source.row);
+  writeChain(json.key("destination"), rows.destination.row);
   json.objectEnd();
 }
 

@@ -133,11 +133,53 @@ void writeTunnel(JsonWriter& json, TunnelReport const& tunnel) {
   json.objectEnd();
 }
 
-void writeReport(JsonWriter& json, Agent const& agent, std::vector<TunnelReport> const& tunnels, bool withState) {
+void writeMapping(JsonWriter& json, MappingReport const& mapping) {
+  json.object();
+  json.key("kind").text(kindText(mapping.kind));
+  json.key("interface").text(std::string_view(mapping.vti.name()));
+  json.key("vlan").number(std::uint64_t{mapping.vlan});
+  json.key("vni").number(mapping.vni.isNone() ? std::nullopt : std::optional(mapping.vni.value()));
+  json.key("vfi").number(mapping.vfi);
+  json.key("programmed").boolean(mapping.programmed());
+  json.key("pending").boolean(mapping.pending());
+  json.key("reason").text(mapping.reason);
+  json.objectEnd();
+}
+
+void writeGroup(JsonWriter& json, GroupReport const& group) {
+  json.object();
+  json.key("group").number(std::uint64_t{group.key.value()});
+  json.key("version").number(group.version);
+  json.key("tunnelId").number(group.tunnelId);
+  json.key("nextHopId").number(group.nextHopId);
+  json.key("members").array();
+  for (auto const& member : group.members) {
+    json.object();
+    json.key("vtep").text(std::string_view(Kiln::toText(member.vtep)));
+    json.key("forwards").boolean(member.forwards());
+    json.key("reason").text(member.reason);
+    json.objectEnd();
+  }
+  json.arrayEnd();
+  writeRow(json, group.row.row ? group.row.row->row() : std::nullopt);
+  auto const block = group.block.row ? group.block.row->row() : std::nullopt;
+  json.key("block").number(block ? std::optional<std::uint32_t>(block->value()) : std::nullopt);
+  json.key("programmed").boolean(group.programmed());
+  json.key("reason").text(group.reason);
+  json.objectEnd();
+}
+
+void writeReport(JsonWriter& json, Agent const& agent, Report const& report, bool withState) {
   json.key("profile").text(std::string_view(agent.profile().name()));
   json.key("settled").boolean(agent.settled());
   json.key("tunnels").array();
-  for (auto const& tunnel : tunnels) writeTunnel(json, tunnel);
+  for (auto const& tunnel : report.tunnels) writeTunnel(json, tunnel);
+  json.arrayEnd();
+  json.key("vni").array();
+  for (auto const& mapping : report.mappings) writeMapping(json, mapping);
+  json.arrayEnd();
+  json.key("groups").array();
+  for (auto const& group : report.groups) writeGroup(json, group);
   json.arrayEnd();
   writeTables(json, agent.chip());
   writeChip(json, agent.chip());

@@ -1,19 +1,21 @@
 #pragma once
 
 #include "host/agent/Agent.h"
-#include "host/show/Tunnels.h"
+#include "host/show/Report.h"
 #include "platform/kiln/JsonOut.h"
 
 namespace Host {
 
 using Kiln::JsonWriter;
 
-/// Writes the state of an agent as the members of one JSON object: profile, settled, tunnels, tables, chip,
-/// logs, and with `withState` the state of the three stores. Other programs read this: names and nesting stay as they
-/// are. REQUIRES: inside an object.
-void writeReport(JsonWriter& json, Agent const& agent, std::vector<TunnelReport> const& tunnels, bool withState);
+/// Writes the state of an agent as the members of one JSON object: profile, settled, tunnels, vni, groups, tables,
+/// chip, logs, and with `withState` the state of the three stores. Other programs read this: names and nesting stay as
+/// they are. REQUIRES: inside an object.
+void writeReport(JsonWriter& json, Agent const& agent, Report const& report, bool withState);
 
 void writeTunnel(JsonWriter& json, TunnelReport const& tunnel);
+void writeMapping(JsonWriter& json, MappingReport const& mapping);
+void writeGroup(JsonWriter& json, GroupReport const& group);
 /// Table, key and row of the entry that the handle refers to, or null. A don't-care handle has its number as row alone.
 void writeHandle(JsonWriter& json, Asic::EntryHandle::PtrConst const& handle);
 

@@ -75,22 +75,12 @@ Text missingMcast(Agent const& agent, TunnelReport const& report) {
 bool hasGroups(Agent const& agent) { return agent.chip().store("EcmpGroup1Table") != nullptr; }
 
 Text missingRow(Agent const& agent, std::vector<NeededRow> const& needed) {
-  if (auto const row = firstUnwritten(needed)) {
-    auto const table = std::string(row->tableName());
-    switch (row->state()) {
-      case Asic::EntryState::full:
-        return "table full: " + table;
-      case Asic::EntryState::inProgress:
-        return "write in progress: " + table;
-      default:
-        return "write failed: " + table;
-    }
-  }
+  if (auto const row = firstUnwritten(needed)) return refusalOf(*row);
   WrittenRows written(agent.chip());
   for (auto const& row : needed) {
     if (row.row && written.has(row)) continue;
     if (row.row) return "no next hop";
-    return (agent.chip().store(row.table) ? "no row in " : "no such table on this chip: ") + std::string(row.table);
+    return absenceOf(agent.chip(), row.table);
   }
   return {};
 }

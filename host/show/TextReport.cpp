@@ -82,14 +82,52 @@ void printLogs(std::ostream& out, Agent const& agent) {
   }
 }
 
-void printSummary(std::ostream& out, Agent const& agent, std::vector<TunnelReport> const& tunnels) {
+std::string countText(std::size_t count, std::string_view one) {
+  return Kiln::toText(count) + ' ' + std::string(one) + (count == 1 ? ", " : "s, ");
+}
+
+template <class Reports>
+std::size_t programmedIn(Reports const& reports) {
+  return std::count_if(reports.begin(), reports.end(), [](auto const& report) { return report.programmed(); });
+}
+
+void printMappingSummary(std::ostream& out, std::vector<MappingReport> const& mappings) {
+  if (mappings.empty()) return;
+  auto const count = [&](MappingReport::State state) {
+    return std::count_if(mappings.begin(), mappings.end(), [&](auto const& mapping) { return mapping.state == state; });
+  };
+  out << countText(mappings.size(), "VNI mapping") << programmedIn(mappings) << " programmed";
+  for (auto const& [state, word] :
+       {std::pair(MappingReport::State::pending, "pending"), std::pair(MappingReport::State::removed, "removed")}) {
+    if (auto const number = count(state)) out << ", " << number << ' ' << word;
+  }
+  out << '\n';
+  for (auto const& mapping : mappings) {
+    if (mapping.isAsWanted()) continue;
+    out << "  VNI " << Kiln::toText(mapping.vni) << ", " << kindText(mapping.kind) << ", VLAN " << mapping.vlan << ": "
+        << stateText(mapping) << '\n';
+  }
+}
+
+void printGroupSummary(std::ostream& out, std::vector<GroupReport> const& groups) {
+  if (groups.empty()) return;
+  out << countText(groups.size(), "VTEP group") << programmedIn(groups) << " programmed\n";
+  for (auto const& group : groups) {
+    if (!group.programmed())
+      out << "  group " << Kiln::toText(group.key) << ": not programmed: " << *group.reason << '\n';
+  }
+}
+
+void printSummary(std::ostream& out, Agent const& agent, Report const& report) {
+  auto const& tunnels = report.tunnels;
   printHeader(out, agent);
   Columns columns({Align::left, Align::right, Align::right, Align::right, Align::left, Align::left, Align::left});
   columns.row({"VTEP", "TUNNEL", "NEXT HOP", "ADJACENCY", "UNDERLAY", "MAC", "INTERFACE"});
   for (auto const& tunnel : tunnels) addTunnel(columns, tunnel);
   if (!tunnels.empty()) columns.print(out), out << '\n';
-  auto const programmed = std::count_if(tunnels.begin(), tunnels.end(), [](auto const& t) { return t.programmed(); });
-  out << tunnels.size() << (tunnels.size() == 1 ? " tunnel, " : " tunnels, ") << programmed << " programmed\n";
+  out << countText(tunnels.size(), "tunnel") << programmedIn(tunnels) << " programmed\n";
+  printMappingSummary(out, report.mappings);
+  printGroupSummary(out, report.groups);
   if (!agent.settled())
     out << "Not settled: writes to the chip are still pending, or the agent does not come to rest\n";
   printLogs(out, agent);
@@ -104,6 +142,35 @@ void printTunnels(std::ostream& out, std::vector<TunnelReport> const& tunnels) {
                  addressOrNone(tunnel.localVtep), tunnel.adjId ? Kiln::toText(tunnel.adjId.value()) : "-",
                  numberOrDash(tunnel.tunnelId), numberOrDash(tunnel.nextHopId), vlansText(tunnel),
                  tunnel.reason ? *tunnel.reason : "programmed"});
+  }
+  columns.print(out);
+}
+
+void printMappings(std::ostream& out, std::vector<MappingReport> const& mappings) {
+  Columns columns({Align::right, Align::left, Align::left, Align::right, Align::right, Align::left});
+  columns.row({"VNI", "MAPPING", "INTERFACE", "VLAN", "VFI", "STATE"});
+  for (auto const& mapping : mappings) {
+    columns.row({Kiln::toText(mapping.vni), std::string(kindText(mapping.kind)), std::string(mapping.vti.name()),
+                 Kiln::toText(mapping.vlan), numberOrDash(mapping.vfi), stateText(mapping)});
+  }
+  columns.print(out);
+}
+
+std::string rowOrDash(NeededRow const& needed) {
+  auto const row = needed.row ? needed.row->row() : std::nullopt;
+  return row ? Kiln::toText(row->value()) : "-";
+}
+
+void printGroups(std::ostream& out, std::vector<GroupReport> const& groups) {
+  Columns columns({Align::right, Align::right, Align::right, Align::right, Align::right, Align::left, Align::left});
+  columns.row({"GROUP", "VERSION", "TUNNEL", "ROW", "BLOCK", "MEMBER", "STATE"});
+  for (auto const& group : groups) {
+    columns.row({Kiln::toText(group.key), Kiln::toText(group.version), numberOrDash(group.tunnelId),
+                 rowOrDash(group.row), rowOrDash(group.block), "",
+                 group.reason ? "not programmed: " + *group.reason : "programmed"});
+    for (auto const& member : group.members) {
+      columns.row({"", "", "", "", "", Kiln::toText(member.vtep), member.reason.value_or("forwards")});
+    }
   }
   columns.print(out);
 }
@@ -158,10 +225,11 @@ void printState(std::ostream& out, Stateway::AgentStores const& stores) {
 
 }  // namespace
 
-void printSection(std::ostream& out, std::string_view section, Agent const& agent,
-                  std::vector<TunnelReport> const& tunnels) {
-  if (section == "summary") return printSummary(out, agent, tunnels);
-  if (section == "tunnels") return printTunnels(out, tunnels);
+void printSection(std::ostream& out, std::string_view section, Agent const& agent, Report const& report) {
+  if (section == "summary") return printSummary(out, agent, report);
+  if (section == "tunnels") return printTunnels(out, report.tunnels);
+  if (section == "vni") return printMappings(out, report.mappings);
+  if (section == "groups") return printGroups(out, report.groups);
   if (section == "tables") return printTables(out, agent.chip());
   if (section == "chip") return printChip(out, agent.chip());
   if (section == "logs") return printLogs(out, agent);

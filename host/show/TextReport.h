@@ -1,20 +1,18 @@
 #pragma once
 
 #include <iosfwd>
-#include <string>
 #include <string_view>
-#include <vector>
 
 #include "host/agent/Agent.h"
-#include "host/show/Tunnels.h"
+#include "host/show/Report.h"
 
 namespace Host {
 
 /// The sections of a report, by the names of the command line.
-inline constexpr std::array<std::string_view, 6> kSections{"summary", "tunnels", "tables", "chip", "logs", "state"};
+inline constexpr std::array<std::string_view, 8> kSections{"summary", "tunnels", "vni",  "groups",
+                                                           "tables",  "chip",    "logs", "state"};
 
 /// Prints one section. REQUIRES: `section` is one of `kSections`.
-void printSection(std::ostream& out, std::string_view section, Agent const& agent,
-                  std::vector<TunnelReport> const& tunnels);
+void printSection(std::ostream& out, std::string_view section, Agent const& agent, Report const& report);
 
 }  // namespace Host

@@ -25,11 +25,6 @@ GenIds genIdsOf(Vane::HwTunnelConfig const& config) {
   return newest;
 }
 
-template <class Id>
-std::optional<std::uint32_t> usable(Id const& id) {
-  return id.valid() && id.value() != 0xFFFFFFFE ? std::optional(id.value()) : std::nullopt;
-}
-
 bool isPublished(TunnelReport const& report) {
   // Of these the next-hop id alone, which counts the changes of what their packets go to.
   bool const countsOnly = report.type == Vane::vxlanMcastHer_ || report.type == Vane::vxlanBum_;

@@ -9,6 +9,12 @@
 
 namespace Host {
 
+/// The number of a published id; nothing if there is none yet or the write failed.
+template <class Id>
+std::optional<std::uint32_t> usable(Id const& id) {
+  return id.valid() && id != Id::unprogrammed() ? std::optional(id.value()) : std::nullopt;
+}
+
 /// The state of one wanted tunnel, for show.
 struct TunnelReport {
   Vane::TunnelType type{};

@@ -18,18 +18,6 @@ using Meshal::IpGenAddr;
 
 constexpr std::uint8_t herEntry = 1;
 
-/// The row of `key`, as a weak handle.
-template <class Table>
-NeededRow rowOf(Asic::Chip const& chip, typename Table::Key const& key, bool sends = false) {
-  NeededRow needed{.table = Asic::shortName(Table::kilnType().name()), .sends = sends};
-  auto const* const store = chip.store(needed.table);
-  if (!store) return needed;
-  if (auto const* const record = static_cast<typename Table::Store const*>(store)->find(key)) {
-    needed.row = Asic::EntryHandle::PtrConst(&record->weak());
-  }
-  return needed;
-}
-
 NeededRow overlayRow(Asic::Chip const& chip, IpGenAddr const& vtep) {
   auto const cascaded = rowOf<TesselVxlan::IngL3EcmpMember0Table>(chip, vtep, true);
   return chip.store(cascaded.table) ? cascaded : rowOf<TesselVxlan::L3NextHop1Table>(chip, vtep, true);

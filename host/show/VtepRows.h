@@ -1,10 +1,10 @@
 #pragma once
 
 #include <optional>
-#include <string_view>
 #include <vector>
 
 #include "host/agent/Agent.h"
+#include "host/show/NeededRow.h"
 #include "platform/asic/Entry.h"
 #include "platform/evpn/EvpnStatus.h"
 #include "platform/tessel/central/VxlanRecords.h"
@@ -12,13 +12,6 @@
 #include "platform/tessel/l3common/VxlanDirs.h"
 
 namespace Host {
-
-/// A row that the traffic of a tunnel needs, at the top of the rows that it leads to.
-struct NeededRow {
-  std::string_view table;             ///< Without namespace.
-  Asic::EntryHandle::PtrConst row{};  ///< Null if the table has no such row, or the chip no such table.
-  bool sends = false;                 ///< Whether it has to lead to a next hop that sends packets.
-};
 
 /// The copy of a flooded frame that leaves by one port.
 struct FloodCopy {
