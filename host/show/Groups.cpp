@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "host/show/Chain.h"
-#include "host/show/VtepRows.h"
 #include "platform/tessel/tables/VpLagTables.h"
 
 namespace Host {
@@ -45,11 +44,8 @@ class Collector {
  public:
   Collector(Agent const& agent, std::vector<TunnelReport> const& tunnels)
       : agent_(agent), status_(agent.state<VaneVtepGroupStatusDir>(kVtepGroupStatusPath)), written_(agent.chip()) {
-    // Of two tunnels to a VTEP the one that lacks something says why.
     for (auto const& tunnel : tunnels) {
-      if (!hasOverlay(tunnel.type)) continue;
-      auto const [known, isNew] = tunnels_.try_emplace(tunnel.vtep, &tunnel);
-      if (!isNew && known->second->programmed()) known->second = &tunnel;
+      if (tunnel.type == Vane::vxlanMemberTunnel_) tunnels_.try_emplace(tunnel.vtep, &tunnel);
     }
   }
 
@@ -72,7 +68,7 @@ class Collector {
 
   Text memberGap(IpGenAddr const& vtep, MemberRows const& rows) {
     auto const tunnel = tunnels_.find(vtep);
-    if (tunnel == tunnels_.end()) return "no tunnel to it";
+    if (tunnel == tunnels_.end()) return "no member tunnel to it";
     if (!tunnel->second->programmed()) return tunnel->second->reason;
     auto const text = Kiln::toText(vtep);
     auto const isIts = [&](auto const& row) { return row.dvpHandle && row.dvpHandle->keyText() == text; };
