@@ -107,6 +107,9 @@ void TesselVxlanHelperVniSm::handleVlanVniMap(VtiVlanKey const& key) {
 void TesselVxlanHelperVniSm::addVlanVni(VtiVlanKey const& key, VniExt vni) {
   auto const vlanId = key.vlanId();
   auto const vfi = vfiOf(vlanId);
+  auto const& former = helperVniStatus()->statusEntry(key);
+  // A former process can have left the VLAN with another VNI.
+  if (former != StatusEntry() && former.vni() != VniExtOrNone(vni)) cleanupVlanVni(key);
   if (vxlanCapabilities()->singleVnIdTableUser()) displaceRemote(vni);
   L2TunnelVnIdTable::Entry entry;
   entry.vfi = vfi;
@@ -165,8 +168,10 @@ void TesselVxlanHelperVniSm::cleanupHelperVniStatus() {
     cleanupVlanVni(key);
     cleaned = true;
   }
-  // Its VNI can be one that a remote mapping has got meanwhile.
-  if (cleaned) handleRemoteVniConfig();
+  // Its VNI can be one that another mapping has got meanwhile.
+  if (!cleaned) return;
+  handleVlanVniMap();
+  handleRemoteVniConfig();
 }
 
 void TesselVxlanHelperVniSm::cleanupRemoteVniStatus() {
