@@ -64,4 +64,29 @@ TEST(ContendingMappings, leaveWhatIsWanted) {
   }
 }
 
+// The first chip brings the tables, and finds the configuration as it is by then.
+TEST(Marks, waitForAChip) {
+  Host::World const world("cascaded", Asic::Completion::direct);
+  auto const trust = TesselCommon::Qos::trustStatusFactory("trust");
+  auto const config = Dovel::make<Vxlan::EcnConfig>("ecn");
+  LogicalFap::LogicalFapId const first(0), second(1);
+  auto const info = world.fcsd->logicalFap(first);
+  world.fcsd->logicalFapDel(first);
+  auto const sm = TesselVxlan::tesselVxlanECNSmFactory(world.stores.stateway, world.fcsd, config, trust);
+  Kiln::TraceCapture trace("TesselVxlanECNSm");
+  config->enabledIs(true);
+  EXPECT_TRUE(trace.contains(" sm is not initialized "));
+  EXPECT_EQ(sm->flexQosIngEcn(), nullptr);
+  world.fcsd->logicalFapIs(second, info);
+  EXPECT_EQ(sm->flexQosIngEcn()->entry({1, 3, 1, 0}).ecn.value(), 3);
+  EXPECT_EQ(sm->flexQoSEgrEcn6Table()->entrys(), 9U);
+  auto const table = sm->flexQosIngEcn();
+  trace.clear();
+  trust->tosBasePtrIs(3);
+  EXPECT_TRUE(trace.lines().empty());
+  world.fcsd->logicalFapDel(second);
+  world.fcsd->logicalFapIs(first, info);
+  EXPECT_EQ(sm->flexQosIngEcn(), table);
+}
+
 }  // namespace AgentTest

@@ -92,14 +92,6 @@ class OverlayPlay {
   static std::string suffix(VaneHelper::VaneHelperVniStatusEntry const& entry) {
     return entry.action() == 0 ? "" : entry.action() == 5 ? "(pending)" : "(?)";
   }
-  static Vane::VXLAN::VaneVtepGroupKey groupOf(Words& words) {
-    return Vane::VXLAN::VaneVtepGroupKey(next<std::uint32_t>(words));
-  }
-  static std::vector<Meshal::IpGenAddr> vtepsOf(Words& words) {
-    std::vector<Meshal::IpGenAddr> vteps;
-    for (unsigned n; words >> n;) vteps.emplace_back(vtep(n));
-    return vteps;
-  }
 
   template <class T>
   Dovel::Ptr<T> state(std::string_view path) const {
@@ -174,22 +166,38 @@ class OverlayPlay {
     auto const n = next<unsigned>(words);
     for (auto const type : {unicast, flood}) world_.tunnel(type, vtep(n)).gone();
   }
-  auto groups() const { return state<Vane::VXLAN::VaneVtepGroupConfigDir>(Host::kVtepGroupConfigPath); }
+  std::set<unsigned>& membersOf(Wish& wish, Words& words) const { return wish.groups[next<unsigned>(words)]; }
   void group(Words& words) {
-    auto const group = groups()->vaneVtepGroupConfigIs(groupOf(words));
-    for (auto const& addr : vtepsOf(words)) group->vtepListIs(addr, true);
+    auto wish = world_.wish();
+    auto& members = membersOf(wish, words);
+    for (unsigned n; words >> n;) members.insert(n);
+    world_.want(wish);
   }
   void leave(Words& words) {
-    auto const group = groups()->vaneVtepGroupConfig(groupOf(words));
-    for (auto const& addr : vtepsOf(words)) group->vtepListDel(addr);
+    auto wish = world_.wish();
+    auto& members = membersOf(wish, words);
+    for (unsigned n; words >> n;) members.erase(n);
+    world_.want(wish);
   }
-  /// Another configuration object of the same number.
+  void noGroup(Words& words) {
+    auto wish = world_.wish();
+    wish.groups.erase(next<unsigned>(words));
+    world_.want(wish);
+  }
+  auto groups() const { return state<Vane::VXLAN::VaneVtepGroupConfigDir>(Host::kVtepGroupConfigPath); }
+  /// The same configuration in another object.
   void otherGroup(Words& words) {
-    auto const config = Dovel::make<Vane::VXLAN::VaneVtepGroupConfig>(groupOf(words));
-    for (auto const& addr : vtepsOf(words)) config->vtepListIs(addr, true);
+    Vane::VXLAN::VaneVtepGroupKey const key(next<std::uint32_t>(words));
+    auto const config = Dovel::make<Vane::VXLAN::VaneVtepGroupConfig>(key);
+    for (auto const& addr : Kiln::keysOf(groups()->vaneVtepGroupConfig(key)->vtepListColl())) {
+      config->vtepListIs(addr, true);
+    }
     groups()->vaneVtepGroupConfigIs(config);
   }
-  void noGroup(Words& words) { groups()->vaneVtepGroupConfigDel(groupOf(words)); }
+  void version(Words& words) {
+    auto const group = groups()->vaneVtepGroupConfig(Vane::VXLAN::VaneVtepGroupKey(next<std::uint32_t>(words)));
+    group->versionIs(group->version() + 1);
+  }
   auto routes() const {
     return world_.agent().stores().shmem->getEntity<MrouteLib::MrouteVxlanDecapTable>(std::string(Host::kMroutesPath));
   }
@@ -203,6 +211,8 @@ class OverlayPlay {
   }
   void noRoute(Words& words) { routes()->mrouteDel(routeOf(words)); }
   void corrupt(Words& words) { routes()->corruptionIs(next<std::string>(words)); }
+  void space(Words& words) { world_.agent().chip().hasSpaceIs(next<std::string>(words), true); }
+  void noSpace(Words& words) { world_.agent().chip().hasSpaceIs(next<std::string>(words), false); }
   void ecn(Words& words) { state<Vxlan::EcnConfig>("vxlan/ecnConfig")->enabledIs(next<bool>(words)); }
   void remark(Words& words) {
     state<Kiln::Dir>("qos/hardware/tessel/trust/status/slice")
@@ -295,7 +305,8 @@ class OverlayPlay {
         {"vfi", &Self::vfi},          {"chip2", &Self::chipTwo},    {"-chip2", &Self::noChipTwo},
         {"tunnel", &Self::tunnel},    {"-tunnel", &Self::noTunnel}, {"group", &Self::group},
         {"leave", &Self::leave},      {"other", &Self::otherGroup}, {"-group", &Self::noGroup},
-        {"route", &Self::route},      {"-route", &Self::noRoute},   {"corrupt", &Self::corrupt},
+        {"version", &Self::version},  {"route", &Self::route},      {"-route", &Self::noRoute},
+        {"corrupt", &Self::corrupt},  {"space", &Self::space},      {"-space", &Self::noSpace},
         {"ecn", &Self::ecn},          {"remark", &Self::remark},    {"refuse", &Self::refuse},
         {"-refuse", &Self::noRefuse}, {"stop", &Self::stop},        {"start", &Self::start},
         {"watch", &Self::watch},      {"trace", &Self::trace},      {"show", &Self::show}};
