@@ -236,9 +236,8 @@ class OverlayPlay {
     };
     watches_.push_back(std::make_unique<Support::Watch>(fab(), [this, rowOf](Dovel::Change const& change) {
       if (change.id != Anvil::IoctlDrvFab::requestId) return;
-      auto const text = fab().request(change.keyAs<std::uint32_t>());
-      std::istringstream words(text.substr(4));
-      add(fmt::format("{}, {}", text, rowOf(next<std::uint32_t>(words))));
+      auto const request = fab().request(change.keyAs<std::uint32_t>());
+      add(fmt::format("vni {} vlan {}, {}", request.vni, request.vlan, rowOf(request.vni)));
     }));
     auto const status = state<VaneHelper::VaneHelperVniStatus>(Host::kVniStatusPath);
     watches_.push_back(std::make_unique<Support::Watch>(*status, [this, rowOf, status](Dovel::Change const& change) {
