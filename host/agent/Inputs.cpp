@@ -25,11 +25,15 @@ std::vector<StateDocument> readInputs(std::vector<std::string> const& paths, Vla
       inputs.push_back(StateDocument::read(path));
     }
   }
+  printWarnings(warnings, err);
+  return inputs;
+}
+
+void printWarnings(std::vector<std::string> const& warnings, std::ostream& err) {
   std::set<std::string_view> printed;
   for (auto const& warning : warnings) {
     if (printed.insert(warning).second) err << "warning: " << warning << '\n';
   }
-  return inputs;
 }
 
 }  // namespace Host

@@ -16,4 +16,7 @@ namespace Host {
 std::vector<Stateway::StateDocument> readInputs(std::vector<std::string> const& paths, VlanChoices& choices,
                                                 std::ostream& err);
 
+/// Prints each warning once.
+void printWarnings(std::vector<std::string> const& warnings, std::ostream& err);
+
 }  // namespace Host

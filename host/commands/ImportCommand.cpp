@@ -3,6 +3,7 @@
 
 #include <ostream>
 
+#include "host/agent/Inputs.h"
 #include "host/commands/CommandLine.h"
 #include "host/commands/Commands.h"
 #include "host/import/CaptureSet.h"
@@ -16,7 +17,7 @@ int importCommand(std::vector<std::string> const& directories, VlanChoices vlans
   std::vector<std::string> warnings;
   auto const document = captures.stateDocument(warnings, vlans);
   vlans.checkTaken();
-  for (auto const& warning : warnings) err << "warning: " << warning << '\n';
+  printWarnings(warnings, err);
   rapidjson::OStreamWrapper stream(out);
   rapidjson::PrettyWriter writer(stream);
   writer.SetIndent(' ', 2);
