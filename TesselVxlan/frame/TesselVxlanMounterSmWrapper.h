@@ -232,6 +232,7 @@ class TesselVxlanMounterSmWrapper final : public TesselL3Unicast::L3MounterSmWra
   /// Binds entities, clears stale state, creates the table programmers, brings every table to its initial state in a
   /// fixed order, and opens gate 2. Does not wait for the chip. REQUIRES: once.
   void initStatewayState() override;
+  Dovel::Ptr<VaneHelper::VaneHelperVni> ownHelperVni() const override { return helperVni(); }
   /// Opens gate 2.
   void tablesInitializedIs(bool tablesInitialized);
   /// Both pass on to the state machines that this object instantiates itself.

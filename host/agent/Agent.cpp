@@ -6,6 +6,7 @@
 #include "host/agent/TunnelSmGate.h"
 #include "host/vane/MappingOrder.h"
 #include "host/vane/TunnelProducer.h"
+#include "host/vane/VniMirror.h"
 #include "platform/asic/ProfileLoader.h"
 #include "platform/kiln/Json.h"
 #include "platform/kilnsharedmem/EntityManager.h"
@@ -137,6 +138,7 @@ void Agent::stopFeature() {
   chip().stop();
   producers_.clear();
   gate_ = nullptr;
+  vniMirror_ = nullptr;
   mounter_ = nullptr;
   world_->processIs();
 }
@@ -189,7 +191,16 @@ bool Agent::settle() {
 
 bool Agent::turn() { return review() || chip().deliver() > 0 || Kiln::activityManager()->runDue() > 0; }
 
+void Agent::mirrorVnis() {
+  if (vniMirror_ || !mounter_) return;
+  auto const own = mounter_->mounterSmWrapper()->ownHelperVni();
+  if (!own) return;
+  vniMirror_ = Dovel::make<VniMirror>(state<VaneHelper::VaneHelperVniConfig>(kVniConfigPath),
+                                      state<VaneHelper::VaneHelperVniStatus>(kVniStatusPath), own);
+}
+
 bool Agent::review() {
+  mirrorVnis();
   bool busy = false;
   for (auto const& producer : producers_) busy = producer->review() || busy;
   return (gate_ && gate_->review()) || busy;

@@ -22,6 +22,7 @@ namespace Host {
 
 class TunnelProducer;
 class TunnelSmGate;
+class VniMirror;
 
 /// The plug-in of this installation: found from the place of the running program.
 std::filesystem::path defaultPlugin();
@@ -128,6 +129,7 @@ class Agent {
   void makeProducers();
   void bindStatus();
   bool review();
+  void mirrorVnis();
 
   std::size_t aliveBefore_;
   Options options_;
@@ -139,6 +141,7 @@ class Agent {
   Dovel::Ptr<TesselL3Unicast::L3MounterBase> mounter_;
   Dovel::Ptr<TunnelSmGate> gate_;
   std::vector<Dovel::Ptr<TunnelProducer>> producers_;
+  Dovel::Ptr<VniMirror> vniMirror_;  ///< Null unless the feature owns its mappings of VNIs.
   Stateway::StateDocument document_;
   bool settled_ = false;
 };

@@ -9,6 +9,7 @@
 #include "platform/tessel/central/VxlanRecords.h"
 #include "platform/tessel/features/ChipAttributes.h"
 #include "platform/tessel/l3common/TesselVxlanState.h"
+#include "platform/vane/VaneHelperVni.h"
 
 namespace Host {
 
@@ -54,9 +55,14 @@ World::~World() = default;
 void World::doMount(Stateway::MountGroup& group) const {
   group.doMount(
       {TesselCentral::PortConfigDir::mountPath, std::string(TesselCentral::PortConfigDir::kilnType().name())});
-  Stateway::Mount packetDriver(std::string(kPacketDriverPath), std::string(Anvil::IoctlDrvFab::kilnType().name()));
-  packetDriver.handleFlags("w");
-  group.doMount(packetDriver);
+  // The feature mounts the mappings only where it doesn't own them.
+  group.doMount({std::string(kVniConfigPath), std::string(VaneHelper::VaneHelperVniConfig::kilnType().name())});
+  for (auto const& [path, type] : {std::pair(kVniStatusPath, VaneHelper::VaneHelperVniStatus::kilnType().name()),
+                                   {kPacketDriverPath, Anvil::IoctlDrvFab::kilnType().name()}}) {
+    Stateway::Mount written{std::string(path), std::string(type)};
+    written.handleFlags("w");
+    group.doMount(written);
+  }
 }
 
 void World::capabilitiesIs() const {

@@ -74,7 +74,7 @@ struct World {
   World(World const&) = delete;
   World& operator=(World const&) = delete;
 
-  /// Adds to a feature's mounts what the agent itself reads from documents, and the packet driver.
+  /// Adds to a feature's mounts what the agent itself reads from documents, mappings of VNIs and the packet driver.
   void doMount(Stateway::MountGroup& group) const;
   /// Publishes the capabilities of the chip and its software in the state database.
   void capabilitiesIs() const;

@@ -9,6 +9,7 @@
 #include "platform/plugin/SmRunningState.h"
 #include "platform/stateway/EntityManager.h"
 #include "platform/tessel/central/CommonData.h"
+#include "platform/vane/VaneHelperVni.h"
 #include "platform/vane/VaneTunnel.h"
 
 namespace TesselL3Unicast {
@@ -49,6 +50,10 @@ class L3MounterSmWrapper : public Kiln::Sm {
   /// this order. REQUIRES: once; the mounts are complete; `localEntityManager`, `vcsd`, `chipInfo` and
   /// `profileSupportsVxlan` are set.
   void doStart();
+
+  /// The feature's own mappings of VNIs, where no other part of the agent owns them; null otherwise, and before the
+  /// feature's state machines run.
+  virtual Dovel::Ptr<VaneHelper::VaneHelperVni> ownHelperVni() const { return nullptr; }
 
   /// Handles a logical chip that was added, removed or changed; without an argument, all present ones. Does nothing
   /// here.

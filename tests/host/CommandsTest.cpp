@@ -1,4 +1,8 @@
+#include <gmock/gmock.h>
+
 #include <algorithm>
+#include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -42,6 +46,25 @@ TEST(Commands, capturesAreImportedAsStateDocuments) {
     EXPECT_EQ(run({"import", "iproute2", capture(from)}).out, std::string(std::istreambuf_iterator<char>(wanted), {}));
   }
   EXPECT_EQ(run({"run", capture("bridge-per-vni/leaf1")}).out, run({"run"}).out);
+}
+
+// A toggle holds for the life of a process.
+TEST(TogglesDeathTest, mappingsReachAFeatureThatOwnsThem) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  auto const runWithout = [] {
+    auto const directory = std::filesystem::path(testing::TempDir()) / "ownMappings";
+    std::filesystem::create_directories(directory);
+    std::ofstream(directory / "TesselL2.json") << R"({"VaneVniSmInTesselL2": false})";
+    setenv("TESSEL_TOGGLE_DIR", directory.c_str(), 1);
+    auto const ran =
+        run({"run", "--show-each", "--show", "vni", capture("bridge-per-vni/leaf1"),
+             capture("bridge-per-vni/events/07-vni-removed"), capture("bridge-per-vni/events/08-vni-back")});
+    std::filesystem::remove_all(directory);
+    std::cerr << ran.err << ran.out;
+    std::exit(ran.code);
+  };
+  EXPECT_EXIT(runWithout(), testing::ExitedWithCode(0),
+              testing::HasSubstr("10020  local    Vxlan1        3    3  progr"));
 }
 
 TEST(Agent, isNotSettledWhileACompletionIsHeldBack) {
