@@ -87,8 +87,8 @@ void BridgeVlans::readDevices(VlanChoices& choices) {
     if (device->kind != DeviceKind::vxlan || device->vni == 0) continue;
     auto const id = vniAt(*device);
     auto const bridge = links_.device(device->master);
+    choices.take(device->vni);
     if (!bridge) {
-      choices.take(device->vni);
       passOver(id, device->name, fmt::format("ip-link.json has no bridge for {}", device->name));
     } else if (bridge->filtersVlans) {
       addFiltered(*device, choices);
@@ -103,7 +103,6 @@ void BridgeVlans::addFiltered(Device const& device, VlanChoices& choices) {
   if (auto const pvid = pvids_.find(device.name); pvid != pvids_.end()) {
     addKernelVlan(id, device.vni, {pvid->second, device.name}, choices);
   } else {
-    choices.take(device.vni);
     passOver(id, device.name, fmt::format("bridge-vlan.json has no PVID for {}", device.name));
   }
 }
@@ -136,7 +135,6 @@ void BridgeVlans::assign(VlanChoices& choices) {
   for (auto const& [vni, unnumbered] : unnumbered_) {
     auto const& [at, device] = unnumbered;
     if (auto const known = bridgeVlans_.find(device->master); known != bridgeVlans_.end()) {
-      choices.take(vni);
       auto const first = vniOfVlan_.at(known->second);
       passOver(at, device->name, fmt::format("the bridge {} has VNI {} already", device->master, first));
     } else if (auto const vlan = vlanFor(vni, choices); vlan > highestVlan) {

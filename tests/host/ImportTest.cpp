@@ -113,6 +113,7 @@ class HandMade : public Files {
       set.overlay(dir(name));
       auto vlans = vlans_;
       auto const document = set.stateDocument(warnings, vlans);
+      vlans.checkTaken();
       text += roads(document);
       if (auto const flooded = floods(document); !flooded.empty()) text += "\n= " + flooded;
       if (auto const vnis = overlay(document); !vnis.empty()) text += "\n= " + vnis;
