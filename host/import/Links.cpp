@@ -83,8 +83,11 @@ void requireSameSource(JsonIn known, JsonIn data, std::string const& name) {
 Links::Links(JsonDocument const* links, JsonDocument const* vxlanLinks, std::strong_ordering vxlanLinksAge)
     : complete_(links != nullptr) {
   bool const detailed = links && hasDetails(*links);
+  bool const superseded = vxlanLinks && vxlanLinksAge > 0;
   if (links) addDevices(*links);
-  if (detailed && !(vxlanLinks && vxlanLinksAge > 0)) addVxlanDevices(*links);
+  // What the newer file does not have has been removed.
+  if (superseded) std::erase_if(devices_, [](auto const& each) { return each.second.kind == DeviceKind::vxlan; });
+  if (detailed && !superseded) addVxlanDevices(*links);
   if (vxlanLinks && !(detailed && vxlanLinksAge < 0)) addVxlanDevices(*vxlanLinks);
   for (auto const& [name, data] : vxlanData_) mergeVti(data, name);
   for (auto const& [name, device] : devices_) ordered_.push_back(&device);

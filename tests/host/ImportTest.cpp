@@ -216,6 +216,22 @@ TEST_F(HandMade, aLaterCaptureMayDifferAndABadOneLeavesTheSetAsItWas) {
   EXPECT_EQ(shown("nowhere"), "= nowhere: found no directory there, expected a directory of captures\n");
 }
 
+TEST_F(HandMade, aNewerListOfVxlanDevicesReplacesTheOlder) {
+  auto const device = [](char const* name, unsigned vni) {
+    return R"({"ifindex":9,"ifname":")" + std::string(name) + R"(","master":"br0","linkinfo":{"info_kind":"vxlan",)" +
+           R"("info_data":{"id":)" + std::to_string(vni) + "}}}";
+  };
+  put("links", device("vx1", 300));
+  put("ip-link-vxlan.json", "[" + device("vx2", 400) + "]", "later");
+  // As new as the devices: that they have no entries does not mean that they have been removed.
+  put("bridge-fdb.json", "[]", "later");
+  CaptureSet set;
+  set.overlay(dir());
+  EXPECT_EQ(overlay(set.stateDocument()), "vni 2=300");
+  set.overlay(dir("later"));
+  EXPECT_EQ(overlay(set.stateDocument()), "vni 2=400");
+}
+
 // Kernels number the group of both uplinks, which keeps its id while one is missing, and the second uplink alone.
 // Nothing is learned behind leaf2 any more after a move, but it is flooded to. Of groups of VTEPs each member counts. A
 // VNI whose device has left the forwarding database is removed, and the VLANs of the others remain.
