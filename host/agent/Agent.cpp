@@ -86,6 +86,7 @@ void Agent::startFeature() {
                                     options_.ready == Ready::atOnce);
   stores.stateway->completeMounts();
   world_->capabilitiesIs();
+  world_->trustIs();
   if (options_.producers) makeProducers();
   auto const wrapper = mounter_->mounterSmWrapper();
   wrapper->localEntityManagerIs(stores.local);

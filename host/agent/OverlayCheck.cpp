@@ -130,6 +130,11 @@ void checkGroups(StateDocument const& document) {
   });
 }
 
+void checkTrust(JsonIn const& settings) {
+  // 7 bits of a header's row.
+  if (auto const base = settings.find("tosBasePtr")) base->unsignedNumber(0, 127);
+}
+
 void checkRoute(std::string_view text, JsonIn const& in) {
   auto const route = keyOf<IpGenRouteKey>(text);
   if (!route.source().isIpv4() || !route.group().isIpv4()) in.fail("expected a multicast route with IPv4 addresses");
@@ -150,6 +155,7 @@ void checkOverlay(StateDocument const& document) {
   }
   checkVfis(document);
   checkGroups(document);
+  if (auto const settings = attributesAt(document, "stateway", kTrustPath)) checkTrust(*settings);
   if (auto const routes = attributesAt(document, "shmem", kMroutesPath)) {
     if (auto const record = routes->find("corruptionDetected")) {
       record->fail("written by the agent itself, not by documents");

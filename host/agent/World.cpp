@@ -9,6 +9,7 @@
 #include "platform/tessel/central/VxlanRecords.h"
 #include "platform/tessel/features/ChipAttributes.h"
 #include "platform/tessel/l3common/TesselVxlanState.h"
+#include "platform/tessel/qos/TrustStatus.h"
 #include "platform/vane/VaneHelperVni.h"
 
 namespace Host {
@@ -55,6 +56,7 @@ World::~World() = default;
 void World::doMount(Stateway::MountGroup& group) const {
   group.doMount(
       {TesselCentral::PortConfigDir::mountPath, std::string(TesselCentral::PortConfigDir::kilnType().name())});
+  group.doMount({std::string(kTrustPath), std::string(TesselCommon::Qos::TrustStatus::kilnType().name())});
   // The feature mounts the mappings only where it doesn't own them.
   group.doMount({std::string(kVniConfigPath), std::string(VaneHelper::VaneHelperVniConfig::kilnType().name())});
   for (auto const& [path, type] : {std::pair(kVniStatusPath, VaneHelper::VaneHelperVniStatus::kilnType().name()),
@@ -75,6 +77,11 @@ void World::capabilitiesIs() const {
   capabilities->bumFloodSupportedIs(has->bumFloodSupported());
   capabilities->singleVnIdTableUserIs(has->singleVnIdTableUser());
   capabilities->capabilityFlagIs(has->capabilityFlag());
+}
+
+void World::trustIs() const {
+  auto const dir = stores.stateway->getEntity<Kiln::Dir>(kTrustDirPath);
+  if (dir) dir->childIs("1", stores.stateway->getEntity(kTrustPath));
 }
 
 void World::processIs() {

@@ -58,6 +58,8 @@ inline constexpr std::string_view kVfiCapabilitiesPath = "hardware/tessel/centra
 inline constexpr std::string_view kVlanVfiPath = "hardware/tessel/vfi/l2Status/vlanVfiMap";
 inline constexpr std::string_view kVtepGroupConfigPath = "hardware/tessel/tunnel/vxlan/vaneVtepGroupConfigDir";
 inline constexpr std::string_view kVtepGroupStatusPath = "hardware/tessel/tunnel/vxlan/vaneVtepGroupStatusDir";
+inline constexpr std::string_view kTrustDirPath = "qos/hardware/tessel/trust/status/slice";
+inline constexpr std::string_view kTrustPath = "qos/hardware/tessel/trust/status/slice/1";
 inline constexpr std::string_view kPacketDriverPath = "hardware/tessel/packetDriver";
 inline constexpr std::string_view kMroutesPath = "routing/multicast/vxlanDecap";  ///< In shared memory.
 inline constexpr std::string_view kFloodRecordsPath = "vxlan/bumVtepConfigDir";
@@ -78,6 +80,8 @@ struct World {
   void doMount(Stateway::MountGroup& group) const;
   /// Publishes the capabilities of the chip and its software in the state database.
   void capabilitiesIs() const;
+  /// Puts the trust settings, of which documents decide, into the directory that the feature reads.
+  void trustIs() const;
   /// Replaces the state that ends with the agent's process: the local store, with an empty configuration per tunnel
   /// type.
   void processIs();

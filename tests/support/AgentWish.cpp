@@ -117,7 +117,9 @@ std::string switchText(Wish const& wish) {
 
 /// What is there of the overlay; nothing else, so that a document without it resets it.
 std::string overlayText(Wish const& wish) {
-  std::string text = fmt::format(R"("vxlan/ecnConfig":{{"enabled":{}}},)", wish.ecn);
+  auto text = fmt::format(
+      R"("vxlan/ecnConfig":{{"enabled":{}}},"qos/hardware/tessel/trust/status/slice/1":{{"tosBasePtr":{}}},)", wish.ecn,
+      wish.tos);
   List local, remote, toVfi, toVlan;
   for (auto const& [vlan, vni] : wish.mappings)
     local.push_back(fmt::format(R"("Vxlan1, vlanId:{0}":{{"vlanId":{0},"vni":{1},"action":0}})", vlan, vni));

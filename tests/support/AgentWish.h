@@ -75,7 +75,7 @@ struct Wish {
   std::map<unsigned, unsigned> routes;            ///< Multicast groups, as for `group`, and the VLANs of their routes.
   bool ecn = false;
 
-  /// All but `tos` and `groups`, which are written into the state.
+  /// All but `groups`, which are written into the state.
   std::string document() const;
 };
 

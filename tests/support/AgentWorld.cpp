@@ -7,7 +7,6 @@
 
 #include "platform/asic/ProfileLoader.h"
 #include "platform/asic/Store.h"
-#include "platform/tessel/qos/TrustStatus.h"
 #include "platform/vane/VtepGroup.h"
 
 namespace AgentTest {
@@ -15,7 +14,6 @@ namespace AgentTest {
 namespace {
 
 constexpr std::uint32_t firstAdjacency = 101;
-constexpr char const* trustPath = "qos/hardware/tessel/trust/status/slice";
 
 /// Profiles that are made from one that is built in.
 std::map<std::string, ChipKind> const derivedProfiles{
@@ -93,7 +91,6 @@ std::vector<ChipKind> chipKinds(std::vector<std::string> const& profiles) {
 }
 
 AgentWorld::AgentWorld(ChipKind const& kind, Drive drive) : agent_(makeAgent(kind, drive)) {
-  agent_->state<Kiln::Dir>(trustPath)->createEntity<TesselCommon::Qos::TrustStatus>("1");
   changed();
   writes();
 }
@@ -122,7 +119,6 @@ std::uint32_t AgentWorld::adjacencyOf(Hops const& hops) {
 
 AgentWorld& AgentWorld::changed() {
   if (depth_ > 0) return *this;
-  agent_->state<Kiln::Dir>(trustPath)->child<TesselCommon::Qos::TrustStatus>("1")->tosBasePtrIs(wish_.tos);
   writeGroups();
   agent_->apply(wish_.document());
   return *this;
