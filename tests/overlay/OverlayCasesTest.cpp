@@ -42,9 +42,9 @@ TEST(ContendingMappings, leaveWhatIsWanted) {
   for (auto const completion : {Asic::Completion::direct, Asic::Completion::deferred}) {
     OverlayPlay play("cascaded", completion);
     auto const become = [&](Wanted& now, Wanted const& next) {
-      if (next.local != now.local && now.local != 0) play.unmapLocal(now.local);
+      if (next.local != now.local && now.local != 0) play.mapLocal(now.local, 0);
       if (next.local != now.local && next.local != 0) play.mapLocal(next.local, 10010);
-      if (next.remote != now.remote) next.remote == 0 ? play.unmapRemote(10010) : play.mapRemote(10010, next.remote);
+      if (next.remote != now.remote) play.mapRemote(10010, next.remote);
       now = next;
       play.world().settle();
     };

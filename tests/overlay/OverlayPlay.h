@@ -31,11 +31,11 @@ class OverlayPlay {
   }
   void tell(std::string const& line) {
     std::istringstream words(line);
-    std::string verb;
-    words >> verb;
-    auto const found = verbs().find(verb);
-    ASSERT_NE(found, verbs().end()) << line;
-    (this->*found->second)(words);
+    auto verb = next<std::string>(words);
+    bool const added = verb[0] != '-';
+    if (!added) verb.erase(0, 1);
+    ASSERT_TRUE(verbs().contains(verb)) << line;
+    (this->*verbs().at(verb))(words, added);
     world_.settle();
     std::istringstream messages(world_.messages());
     for (std::string message; std::getline(messages, message);) text_ += "! " + message + '\n';
@@ -57,18 +57,21 @@ class OverlayPlay {
     return fmt::format("vfi{} vni{}{}{}{}", brief("L2TunnelVnIdTable"), brief("EgrVfiToVniMappingTable"),
                        fmt::join(local, ""), fmt::join(remote, ""), fmt::join(driver, ""));
   }
+  /// VNI or VLAN 0 removes the mapping.
   void mapLocal(unsigned vlan, std::uint32_t vni, unsigned action = 0) {
-    vniConfig().vlanVniMapIs({vti_, static_cast<std::uint16_t>(vlan)}, entryOf(vlan, vni, action));
+    Vane::VXLAN::VtiVlanKey const key{vti_, static_cast<std::uint16_t>(vlan)};
+    if (vni == 0) return void(vniConfig().vlanVniMapDel(key));
+    vniConfig().vlanVniMapIs(key, entryOf(vlan, vni, action));
   }
-  void unmapLocal(unsigned vlan) { vniConfig().vlanVniMapDel({vti_, static_cast<std::uint16_t>(vlan)}); }
   void mapRemote(std::uint32_t vni, unsigned vlan, unsigned action = 0) {
-    vniConfig().remoteVniConfigIs({vti_, Vxlan::VniExt(vni)}, entryOf(vlan, vni, action));
+    Vane::VXLAN::VtiVniKey const key{vti_, Vxlan::VniExt(vni)};
+    if (vlan == 0) return void(vniConfig().remoteVniConfigDel(key));
+    vniConfig().remoteVniConfigIs(key, entryOf(vlan, vni, action));
   }
-  void unmapRemote(std::uint32_t vni) { vniConfig().remoteVniConfigDel({vti_, Vxlan::VniExt(vni)}); }
 
  private:
   using Words = std::istringstream;
-  using Verb = void (OverlayPlay::*)(Words&);
+  using Verb = void (OverlayPlay::*)(Words&, bool added);
 
   static ChipKind kindOf(std::string const& chip, Asic::Completion completion) {
     std::istringstream words(chip);
@@ -120,116 +123,86 @@ class OverlayPlay {
     for (std::string line; std::getline(lines, line);) add(line);
   }
 
-  void local(Words& words) {
+  void local(Words& words, bool) {
     auto const vlan = next<unsigned>(words), vni = next<unsigned>(words);
     mapLocal(vlan, vni, next<unsigned>(words));
   }
-  void noLocal(Words& words) { unmapLocal(next<unsigned>(words)); }
-  void remote(Words& words) {
+  void remote(Words& words, bool) {
     auto const vni = next<unsigned>(words), vlan = next<unsigned>(words);
     mapRemote(vni, vlan, next<unsigned>(words));
   }
-  void noRemote(Words& words) { unmapRemote(next<unsigned>(words)); }
-  void shared(Words& words) {
+  void shared(Words&, bool added) {
     state<TesselCentral::VxlanCapabilities>("hardware/tessel/centralStatus/vxlanCapabilities")
-        ->singleVnIdTableUserIs(next<bool>(words));
+        ->singleVnIdTableUserIs(added);
   }
   /// Both flags of the numbering.
-  void numbered(Words& words) {
+  void numbered(Words& words, bool) {
     auto const status = state<TesselCentral::VfiCapabilityStatus>(Host::kVfiCapabilitiesPath);
     status->vfiEnabledIs(next<bool>(words));
     status->vfiMappingEnabledIs(next<bool>(words));
     status->vlan4095VfiIs(4090);
     status->vlan0VfiIs(4089);
   }
-  void vfi(Words& words) {
+  void vfi(Words& words, bool) {
     auto const vlan = next<std::uint16_t>(words), number = next<std::uint16_t>(words);
     auto const dir = state<TesselCentral::VlanVfiDir>(Host::kVlanVfiPath);
     dir->vlanToVfiIs(vlan, number);
     dir->vfiToVlanIs(number, vlan);
   }
-  void chipTwo(Words&) {
+  void chipTwo(Words&, bool added) {
+    LogicalFap::LogicalFapId const first(0), second(1);
     auto const& fcsd = world_.agent().world().fcsd;
-    fcsd->logicalFapIs(LogicalFap::LogicalFapId(1), fcsd->logicalFap(LogicalFap::LogicalFapId(0)));
+    if (!added) return void(fcsd->logicalFapDel(second));
+    fcsd->logicalFapIs(second, fcsd->logicalFap(first));
   }
-  void noChipTwo(Words&) { world_.agent().world().fcsd->logicalFapDel(LogicalFap::LogicalFapId(1)); }
   /// A VTEP's tunnel through an uplink; through none it has no adjacency.
-  void tunnel(Words& words) {
-    auto const n = next<unsigned>(words);
-    if (auto const up = next<unsigned>(words); up != 0) {
-      world_.tunnel(unicast, vtep(n)).via(uplink(up));
+  void tunnel(Words& words, bool added) {
+    auto const remote = vtep(next<unsigned>(words));
+    auto const up = next<unsigned>(words);
+    if (added && up != 0) {
+      world_.tunnel(unicast, remote).via(uplink(up));
+    } else if (added) {
+      world_.tunnel(flood, remote).withoutRoute();
     } else {
-      world_.tunnel(flood, vtep(n)).withoutRoute();
+      for (auto const type : {unicast, flood}) world_.tunnel(type, remote).gone();
     }
   }
-  void noTunnel(Words& words) {
-    auto const n = next<unsigned>(words);
-    for (auto const type : {unicast, flood}) world_.tunnel(type, vtep(n)).gone();
-  }
-  std::set<unsigned>& membersOf(Wish& wish, Words& words) const { return wish.groups[next<unsigned>(words)]; }
-  void group(Words& words) {
+  /// Adds or removes members; without any the group itself.
+  void group(Words& words, bool added) {
     auto wish = world_.wish();
-    auto& members = membersOf(wish, words);
-    for (unsigned n; words >> n;) members.insert(n);
+    auto const number = next<unsigned>(words);
+    auto& members = wish.groups[number];
+    if (words.eof() && !added) wish.groups.erase(number);
+    for (unsigned n; words >> n;) added ? void(members.insert(n)) : void(members.erase(n));
     world_.want(wish);
   }
-  void leave(Words& words) {
-    auto wish = world_.wish();
-    auto& members = membersOf(wish, words);
-    for (unsigned n; words >> n;) members.erase(n);
-    world_.want(wish);
-  }
-  void noGroup(Words& words) {
-    auto wish = world_.wish();
-    wish.groups.erase(next<unsigned>(words));
-    world_.want(wish);
-  }
-  auto groups() const { return state<Vane::VXLAN::VaneVtepGroupConfigDir>(Host::kVtepGroupConfigPath); }
-  /// The same configuration in another object.
-  void otherGroup(Words& words) {
-    Vane::VXLAN::VaneVtepGroupKey const key(next<std::uint32_t>(words));
-    auto const config = Dovel::make<Vane::VXLAN::VaneVtepGroupConfig>(key);
-    for (auto const& addr : Kiln::keysOf(groups()->vaneVtepGroupConfig(key)->vtepListColl())) {
-      config->vtepListIs(addr, true);
-    }
-    groups()->vaneVtepGroupConfigIs(config);
-  }
-  void version(Words& words) {
-    auto const group = groups()->vaneVtepGroupConfig(Vane::VXLAN::VaneVtepGroupKey(next<std::uint32_t>(words)));
-    group->versionIs(group->version() + 1);
-  }
-  auto routes() const {
+  Dovel::Ptr<MrouteLib::MrouteVxlanDecapTable> routes() const {
     return world_.agent().stores().shmem->getEntity<MrouteLib::MrouteVxlanDecapTable>(std::string(Host::kMroutesPath));
   }
-  static Routing::Multicast::Fib::IpGenRouteKey routeOf(Words& words) {
-    auto const source = next<std::string>(words);
-    return {Meshal::IpGenAddr(source), Meshal::IpGenAddr(next<std::string>(words))};
+  void route(Words& words, bool added) {
+    Meshal::IpGenAddr const source(next<std::string>(words)), group(next<std::string>(words));
+    if (!added) return void(routes()->mrouteDel({source, group}));
+    routes()->mrouteIs({source, group}, Bridging::VlanId(next<std::uint16_t>(words)));
   }
-  void route(Words& words) {
-    auto const key = routeOf(words);
-    routes()->mrouteIs(key, Bridging::VlanId(next<std::uint16_t>(words)));
+  void corrupt(Words& words, bool) { routes()->corruptionIs(next<std::string>(words)); }
+  void space(Words& words, bool added) { world_.agent().chip().hasSpaceIs(next<std::string>(words), added); }
+  void ecn(Words&, bool added) { state<Vxlan::EcnConfig>("vxlan/ecnConfig")->enabledIs(added); }
+  void remark(Words& words, bool) {
+    auto const status = state<Kiln::Dir>("qos/hardware/tessel/trust/status/slice");
+    auto const base = static_cast<std::uint8_t>(next<unsigned>(words));
+    status->child<TesselCommon::Qos::TrustStatus>("1")->remarkBasePtrIs(base);
   }
-  void noRoute(Words& words) { routes()->mrouteDel(routeOf(words)); }
-  void corrupt(Words& words) { routes()->corruptionIs(next<std::string>(words)); }
-  void space(Words& words) { world_.agent().chip().hasSpaceIs(next<std::string>(words), true); }
-  void noSpace(Words& words) { world_.agent().chip().hasSpaceIs(next<std::string>(words), false); }
-  void ecn(Words& words) { state<Vxlan::EcnConfig>("vxlan/ecnConfig")->enabledIs(next<bool>(words)); }
-  void remark(Words& words) {
-    state<Kiln::Dir>("qos/hardware/tessel/trust/status/slice")
-        ->child<TesselCommon::Qos::TrustStatus>("1")
-        ->remarkBasePtrIs(static_cast<std::uint8_t>(next<unsigned>(words)));
-  }
-  void refuse(Words& words) {
+  /// The state with which the chip refuses writes to a table.
+  void refuse(Words& words, bool added) {
     auto const table = next<std::string>(words);
-    world_.hardware().refuseTable(
-        table, next<std::string>(words) == "full" ? Asic::EntryState::full : Asic::EntryState::failed);
+    auto const state = next<std::string>(words) == "full" ? Asic::EntryState::full : Asic::EntryState::failed;
+    added ? world_.hardware().refuseTable(table, state) : world_.hardware().refuseNone();
   }
-  void noRefuse(Words&) { world_.hardware().refuseNone(); }
-  void stop(Words&) { world_.agent().stopFeature(); }
-  void start(Words&) { world_.agent().startFeature(); }
+  /// The feature ends with its process, or starts.
+  void process(Words&, bool added) { added ? world_.agent().startFeature() : world_.agent().stopFeature(); }
 
   /// From here on shows each request to the packet driver and each change of a remote status, with the row of its VNI.
-  void watch(Words&) {
+  void watch(Words&, bool) {
     auto const rowOf = [table = wrapper().l2TunnelVnIdTable()](std::uint32_t vni) {
       TesselVxlan::L2TunnelVnIdTable::Key const key{U24(vni)};
       return table->entryHas(key) ? fmt::format("row {}", table->entry(key).vfi) : "no row";
@@ -247,8 +220,8 @@ class OverlayPlay {
       add(fmt::format("remote {}={}{}, {}", key.vni(), entry.vlanId(), suffix(entry), rowOf(key.vni().value())));
     }));
   }
-  void trace(Words& words) { trace_ = std::make_unique<Kiln::TraceCapture>(next<std::string>(words)); }
-  void show(Words& words) {
+  void trace(Words& words, bool) { trace_ = std::make_unique<Kiln::TraceCapture>(next<std::string>(words)); }
+  void show(Words& words, bool) {
     for (std::string what; words >> what;) {
       if (what == "vnis") {
         add(vnis());
@@ -299,16 +272,12 @@ class OverlayPlay {
   static std::map<std::string, Verb> const& verbs() {
     using Self = OverlayPlay;
     static std::map<std::string, Verb> const verbs{
-        {"local", &Self::local},      {"-local", &Self::noLocal},   {"remote", &Self::remote},
-        {"shared", &Self::shared},    {"-remote", &Self::noRemote}, {"numbered", &Self::numbered},
-        {"vfi", &Self::vfi},          {"chip2", &Self::chipTwo},    {"-chip2", &Self::noChipTwo},
-        {"tunnel", &Self::tunnel},    {"-tunnel", &Self::noTunnel}, {"group", &Self::group},
-        {"leave", &Self::leave},      {"other", &Self::otherGroup}, {"-group", &Self::noGroup},
-        {"version", &Self::version},  {"route", &Self::route},      {"-route", &Self::noRoute},
-        {"corrupt", &Self::corrupt},  {"space", &Self::space},      {"-space", &Self::noSpace},
-        {"ecn", &Self::ecn},          {"remark", &Self::remark},    {"refuse", &Self::refuse},
-        {"-refuse", &Self::noRefuse}, {"stop", &Self::stop},        {"start", &Self::start},
-        {"watch", &Self::watch},      {"trace", &Self::trace},      {"show", &Self::show}};
+        {"local", &Self::local},       {"remote", &Self::remote}, {"shared", &Self::shared},
+        {"numbered", &Self::numbered}, {"vfi", &Self::vfi},       {"chip2", &Self::chipTwo},
+        {"tunnel", &Self::tunnel},     {"group", &Self::group},   {"route", &Self::route},
+        {"corrupt", &Self::corrupt},   {"space", &Self::space},   {"ecn", &Self::ecn},
+        {"remark", &Self::remark},     {"refuse", &Self::refuse}, {"process", &Self::process},
+        {"watch", &Self::watch},       {"trace", &Self::trace},   {"show", &Self::show}};
     return verbs;
   }
 

@@ -95,6 +95,12 @@ TEST_F(VtepGroups, areReviewedOnceForABurstOfChanges) {
   start();
   EXPECT_EQ(Kiln::activityManager()->waiting(), 1U);
   EXPECT_EQ(turn(), "+7");
+  auto const other = Dovel::make<Vane::VXLAN::VaneVtepGroupConfig>(seven);
+  other->vtepListIs(address(4), true);
+  groups->vaneVtepGroupConfigIs(other);
+  EXPECT_EQ(turnAndPublished(), "-7+7 0xffffffff 10.255.0.4");
+  group->versionIs(9);
+  EXPECT_EQ(turn(), "") << "replaced by another configuration";
 }
 
 TEST_F(VtepGroups, followTheTunnelsOfTheirMembersAlone) {
