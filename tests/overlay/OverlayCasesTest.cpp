@@ -6,7 +6,7 @@
 namespace AgentTest {
 
 class OverlayCases : public testing::TestWithParam<char const*> {};
-INSTANTIATE_TEST_SUITE_P(Files, OverlayCases, testing::Values("mappings", "groups", "routes", "marks"));
+INSTANTIATE_TEST_SUITE_P(Files, OverlayCases, testing::Values("mappings", "groups", "routes", "marks", "messages"));
 
 // The first line of a case names the chip.
 TEST_P(OverlayCases, endAsTheyShould) {
