@@ -154,7 +154,7 @@ void TesselVxlanHelperVniSm::cleanupVlanVni(VtiVlanKey const& key) {
   helperVniStatus()->statusEntryDel(key);
   if (!vxlanCapabilities()->singleVnIdTableUser()) return;
   auto const remote = findRemoteVniStatusEntry(vni);
-  if (remote == StatusEntry() || remote.action() != StatusEntry::pending) return;
+  if (remote.action() != StatusEntry::pending) return;
   // A former process may have left one that is not wanted any more.
   if (!helperVniConfig()->remoteVniConfigHas(VtiVniKey{vti(), vni})) return;
   TRACE(1, " Remote entry status for local Vni is, installing it {}", remote);
