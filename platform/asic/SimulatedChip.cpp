@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
 
 #include "platform/asic/Chip.h"
 #include "platform/kiln/Invariant.h"
@@ -53,7 +52,8 @@ EntryState SimulatedChip::writeRow(RowWrite const& write) {
   if (!refusals_.empty()) [[unlikely]] {
     if (auto const with = refusal(write); with != EntryState::written) return with;
   }
-  std::memcpy(table.at(write.row), write.words.data(), write.words.size_bytes());
+  // A row that is all key has no words.
+  std::copy(write.words.begin(), write.words.end(), table.at(write.row));
   table.written[write.row - table.base] = 1;
   return EntryState::written;
 }
