@@ -43,6 +43,18 @@ Text gapOf(Asic::Chip const& chip, NeededRow const& needed, std::string_view fie
          Kiln::toText(found);
 }
 
+std::uint32_t numberIn(VtiVlanKey const& key) { return key.vlanId(); }
+std::uint32_t numberIn(VtiVniKey const& key) { return key.vni().value(); }
+
+template <class Coll>
+auto sortedKeys(Coll const& coll) {
+  auto keys = Kiln::keysOf(coll);
+  std::sort(keys.begin(), keys.end(), [](auto const& a, auto const& b) {
+    return std::pair(a.intfId().name(), numberIn(a)) < std::pair(b.intfId().name(), numberIn(b));
+  });
+  return keys;
+}
+
 /// Makes the reports.
 class Collector {
  public:
@@ -68,17 +80,6 @@ class Collector {
   }
 
  private:
-  template <class Coll>
-  static auto sortedKeys(Coll const& coll) {
-    auto keys = Kiln::keysOf(coll);
-    std::sort(keys.begin(), keys.end(), [](auto const& a, auto const& b) {
-      return std::pair(a.intfId().name(), numberIn(a)) < std::pair(b.intfId().name(), numberIn(b));
-    });
-    return keys;
-  }
-  static std::uint32_t numberIn(VtiVlanKey const& key) { return key.vlanId(); }
-  static std::uint32_t numberIn(VtiVniKey const& key) { return key.vni().value(); }
-
   MappingReport local(VtiVlanKey const& key, VaneHelperVniConfigEntry const& entry) const {
     MappingReport report{.kind = Kind::local, .vti = key.intfId(), .vlan = key.vlanId(), .vni = entry.vni()};
     return completed(std::move(report), entry.action());
