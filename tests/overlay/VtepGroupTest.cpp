@@ -84,11 +84,14 @@ TEST_F(VtepGroups, areReviewedOnceForABurstOfChanges) {
   sm->handleVtepGroup();
   sm->handleVtepGroup(seven);
   groups->vaneVtepGroupConfigIs(VaneVtepGroupKey(8U));
+  Kiln::TraceCapture const trace("TesselVxlanVtepGroupSm");
+  groups->activeNextHopIdListIs(Vane::VaneNextHopId(5), true);
+  sm->initializedIs(false);
   EXPECT_EQ(turnAndPublished(), " none") << "before the start";
+  EXPECT_TRUE(trace.lines().empty());
   start();
   sm->vxlanVtepGroupSm(VaneVtepGroupKey(8U))->reviewGroup();
   EXPECT_EQ(programmer->log, "") << "later";
-  Kiln::TraceCapture const trace("TesselVxlanVtepGroupSm");
   EXPECT_EQ(turn(), "+7");
   EXPECT_TRUE(trace.contains(" no Vteps in list "));
   EXPECT_EQ(turn(), "");
@@ -98,6 +101,10 @@ TEST_F(VtepGroups, areReviewedOnceForABurstOfChanges) {
   sm->handleVtepGroup(seven);
   start();
   EXPECT_EQ(Kiln::activityManager()->waiting(), 1U);
+  EXPECT_EQ(turn(), "+7");
+  sm->vxlanVtepGroupSm(seven)->initializedIs(true);
+  EXPECT_EQ(turn(), "");
+  group->versionIs(4);
   EXPECT_EQ(turn(), "+7");
   auto const other = Dovel::make<Vane::VXLAN::VaneVtepGroupConfig>(seven);
   other->vtepListIs(address(4), true);
@@ -112,6 +119,7 @@ TEST_F(VtepGroups, followTheTunnelsOfTheirMembersAlone) {
   auto const group = groups->vaneVtepGroupConfigIs(seven);
   auto const before = member(2);
   for (unsigned const n : {2, 3}) group->vtepListIs(address(n), true);
+  group->vtepListIs(address(3), false);
   groups->vaneVtepGroupConfigIs(VaneVtepGroupKey(8U))->vtepListIs(address(3), true);
   turn();
   before->tnlIdIs(VaneTunnelId(5));
@@ -140,13 +148,14 @@ TEST_F(VtepGroups, followTheTunnelsOfTheirMembersAlone) {
 
 TEST_F(VtepGroups, leaveNothingBehind) {
   start();
-  auto const group = groups->vaneVtepGroupConfigIs(seven);
-  group->vtepListIs(address(2), true);
+  auto const alive = Dovel::Node::aliveCount();
+  for (bool const active : {true, false}) groups->vaneVtepGroupConfigIs(seven)->vtepListIs(address(2), active);
   Kiln::TraceCapture const trace("TesselVxlanVtepGroupSm");
   groups->vaneVtepGroupConfigDel(seven);
   EXPECT_EQ(maps->vtepGrpTnlIdMapHas(seven), false);
   EXPECT_EQ(turnAndPublished(), "-7 none");
   EXPECT_TRUE(trace.contains(" not present "));
+  EXPECT_EQ(Dovel::Node::aliveCount(), alive);
   // A review can end the group.
   auto const again = groups->vaneVtepGroupConfigIs(seven);
   programmer->id = VaneTunnelId(5);
@@ -204,6 +213,7 @@ TEST_F(VtepGroups, takeUpWhatAFormerProcessPublished) {
   EXPECT_EQ(statuses->vaneVtepGroupStatus(seven)->hwTunnelId(), VaneTunnelId(1));
   EXPECT_FALSE(statuses->vaneVtepGroupStatus(VaneVtepGroupKey(8U))->hwTunnelId().valid()) << "it has no members";
   EXPECT_FALSE(statuses->vaneVtepGroupStatusHas(VaneVtepGroupKey(9U)));
+  EXPECT_TRUE(trace.contains("cleanVtepGroupConfig: key: 9"));
   Vane::VaneNextHopId const inUse(0x8005);
   groups->activeNextHopIdListIs(inUse, true);
   EXPECT_TRUE(trace.contains("addActiveNextHopId:  nhid32773"));
