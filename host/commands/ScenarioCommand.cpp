@@ -29,6 +29,11 @@ void check(Agent const& agent, Scenario const& scenario, std::string const& file
   auto const tables = agent.chip().tables();
   for (auto const& step : scenario.steps) {
     if (step.state) agent.check(*step.state);
+    for (auto const& [table, hasSpace] : step.space) {
+      if (!agent.chip().store(table)) {
+        throw Kiln::InputError(file, step.name + "/space", table, "expected a table of the chip");
+      }
+    }
     for (auto const& refusal : step.refuse) {
       bool const known =
           refusal.by != Refusal::By::table ||
@@ -41,6 +46,7 @@ void check(Agent const& agent, Scenario const& scenario, std::string const& file
 void play(Agent& agent, ScenarioStep& step) {
   if (step.heal) agent.driver().refuseNone();
   for (auto const& refusal : step.refuse) refuse(agent.driver(), refusal);
+  for (auto const& [table, hasSpace] : step.space) agent.chip().hasSpaceIs(table, hasSpace);
   if (step.state) agent.apply(std::move(*step.state));
   if (step.restart) agent.restart();
   agent.settle();

@@ -65,6 +65,9 @@ class Reader {
         step.heal = value.boolean();
       } else if (member == "refuse") {
         value.eachElement([&](JsonIn const& refusal) { step.refuse.push_back(refusalOf(refusal)); });
+      } else if (member == "space") {
+        value.eachMember(
+            [&](std::string_view table, JsonIn const& has) { step.space.emplace_back(table, has.boolean()); });
       } else if (member == "state") {
         stateIs(value);
         changed = true;
@@ -78,7 +81,7 @@ class Reader {
         value.eachMember(
             [&](std::string_view path, JsonIn const& wanted) { step.expect.emplace_back(std::string(path), wanted); });
       } else if (member != "name") {
-        value.fail("unknown member, expected one of name heal refuse state patch restart expect");
+        value.fail("unknown member, expected one of name heal refuse space state patch restart expect");
       }
     });
     if (changed) step.state = snapshot(step.name);

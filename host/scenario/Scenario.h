@@ -26,6 +26,7 @@ struct ScenarioStep {
   std::string name;
   bool heal = false;
   std::vector<Refusal> refuse;
+  std::vector<std::pair<std::string, bool>> space;  ///< Tables that lose their space, or have it again.
   /// The whole state from this step on; nothing where the step does not change it.
   std::optional<Stateway::StateDocument> state;
   bool restart = false;
@@ -37,7 +38,8 @@ struct ScenarioStep {
 ///   {"scenario": "An uplink flaps", "profile": "flat", "completion": "deferred",
 ///    "state": {"stateway": …} or "leaf.json" or "capture-directory",
 ///    "steps": [{"name": "uplink down", "patch": {…}, "expect": {"/tunnels/programmed": true}},
-///              {"refuse": [{"table": "VirtualPort1Table", "with": "full"}]}, {"heal": true}, {"restart": true}]}
+///              {"refuse": [{"table": "VirtualPort1Table", "with": "full"}]}, {"heal": true}, {"restart": true},
+///              {"space": {"VxlanV4UnderlayMcastTable": false}}]}
 ///
 /// "patch" is a merge patch on the state document, "state" replaces it. Files are named from the scenario's directory.
 struct Scenario {

@@ -31,11 +31,11 @@ struct Event {
     vlanPorts,  ///< VLAN n gets port Ethernet1, Ethernet2 for each bit of m.
     dscp,
     tos,
-    mapping,  ///< VLAN n has VNI m; 0: none.
-    remote,   ///< VNI n has VLAN m; 0: none.
-    vfis,     ///< VFIs are numbered otherwise than VLANs.
-    group,    ///< Group n has VTEPs 2, 3, ... for each bit of m; 0: it is removed.
-    route,    ///< The route of multicast group n has VLAN m; 0: it is removed.
+    mapping,    ///< VLAN n has VNI m; 0: none.
+    remote,     ///< VNI n has VLAN m; 0: none.
+    vfis,       ///< VFIs are numbered otherwise than VLANs.
+    vtepGroup,  ///< Group n has VTEPs 2, 3, ... for each bit of m; 0: it is removed.
+    route,      ///< The route of multicast group n has VLAN m; 0: it is removed.
     ecn,
     vti,  ///< 0: the interface is removed.
     // Of a tunnel that the test itself writes.

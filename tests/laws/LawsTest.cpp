@@ -220,8 +220,8 @@ Story independentEvents(std::uint64_t seed, std::string const& profile) {
   for (auto const at : {1U, 2U, 3U}) events.push_back(set(Event::mapping, 10 * at, 10010 + at));
   for (auto const at : {1U, 3U, 4U}) events.push_back(set(Event::remote, 10010 + at, 40 - 10 * at % 40));
   events.push_back(set(Event::vfis, 1));
-  events.push_back(set(Event::group, 1, 0x60));
-  events.push_back(set(Event::group, 2, 0x80));
+  events.push_back(set(Event::vtepGroup, 1, 0x60));
+  events.push_back(set(Event::vtepGroup, 2, 0x80));
   events.push_back(set(Event::ecn, 1));
   if (profile != "compact") events.push_back(atVtep(Event::over, 102, 2));
   if (profile != "compact") events.push_back(set(Event::route, 1, 111));

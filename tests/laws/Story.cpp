@@ -31,7 +31,7 @@ std::vector<Group> const groups{
     {4, {{Event::mlag, 2}, {Event::sourcePorts, 1}}},
     {2, {{Event::mapping, 4}, {Event::remote, 4}}},
     {4, {{Event::vfis, 1}}},
-    {2, {{Event::group, 4}}},
+    {2, {{Event::vtepGroup, 4}}},
     {4, {{Event::route, 3}, {Event::ecn, 1}}},
     {3, {{Event::hold, 2}, {Event::release, 1}}},
     {3, {{Event::holdAll, 2}, {Event::deliver, 6}, {Event::release, 1}}},
@@ -90,7 +90,7 @@ class Writer {
     if (is(Event::tos)) n = below(4);
     if (is(Event::mapping)) n = 10 * (1 + below(3)), m = oneIn(3) ? 0 : firstVni + below(3);
     if (is(Event::remote)) n = firstVni + below(3), m = oneIn(3) ? 0 : 10 * (1 + below(4));
-    if (is(Event::group)) n = 1 + below(2), m = oneIn(4) ? 0 : below(1U << vteps);
+    if (is(Event::vtepGroup)) n = 1 + below(2), m = oneIn(4) ? 0 : below(1U << vteps);
     if (is(Event::route)) n = 1 + below(2), m = oneIn(3) ? 0 : 111 + below(2);
     if (is(Event::learning, Event::evpn, Event::dscp, Event::vti, Event::vfis, Event::ecn)) n = below(2);
     if (is(Event::vlans)) n = 1 + below(7);
@@ -202,7 +202,7 @@ void Player::change(Event const& event) {
 }
 
 void Player::changeOverlay(Event const& event) {
-  auto const [n, m] = std::pair(event.n, event.m);
+  auto const n = event.n, m = event.m;
   auto const is = [&](Event::Kind kind) { return event.kind == kind; };
   auto const put = [&](auto& map) { m == 0 ? void(map.erase(n)) : void(map[n] = m); };
   // One VNI, one VLAN.
@@ -212,7 +212,7 @@ void Player::changeOverlay(Event const& event) {
   if (is(Event::vfis)) wish_.vfis = n != 0;
   if (is(Event::route)) put(wish_.routes);
   if (is(Event::ecn)) wish_.ecn = n != 0;
-  if (!is(Event::group)) return;
+  if (!is(Event::vtepGroup)) return;
   wish_.groups[n] = chosen({2, 3, 4, 5, 6, 7, 8, 9}, m);
   if (m == 0) wish_.groups.erase(n);
 }
