@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/kiln/Invariant.h"
 #include "platform/tessel/vtepgroup/VaneHelperVtepGroupSm.h"
 
 namespace Vane {
@@ -39,8 +40,9 @@ VaneHelperVtepGroupDirSm::VaneHelperVtepGroupDirSm(Kiln::Clock const* clock, Dov
     : vcsd_(std::move(vcsd)),
       vaneVtepGroupConfigDir_(*this, std::move(vaneVtepGroupConfigDir), Kiln::SubscribeOnly{}),
       vaneVtepGroupStatusDir_(std::move(vaneVtepGroupStatusDir)),
-      vxlanToL2State_(std::move(vxlanToL2State)),
-      clock_(clock) {}
+      vxlanToL2State_(std::move(vxlanToL2State)) {
+  INVARIANT(clock == Kiln::activityManager()->clock());
+}
 
 VaneHelperVtepGroupDirSm::~VaneHelperVtepGroupDirSm() {
   for (auto const& [key, id] : reviews_) Kiln::activityManager()->cancel(id);

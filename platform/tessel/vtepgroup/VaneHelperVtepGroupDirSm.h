@@ -79,7 +79,7 @@ class VaneHelperVtepGroupDirSm : public Kiln::Sm {
   virtual void doProgramVtepGroup(VXLAN::VaneVtepGroupKey const& key) = 0;
 
  protected:
-  /// `clock` is the time base of the delay of reviews.
+  /// REQUIRES: `clock`, by which the delay of reviews is measured, is the activity manager's.
   VaneHelperVtepGroupDirSm(Kiln::Clock const* clock, Dovel::Ptr<VaneCommonSmData const> vcsd,
                            Dovel::Ptr<VXLAN::VaneVtepGroupConfigDir const> vaneVtepGroupConfigDir,
                            Dovel::Ptr<VXLAN::VaneVtepGroupStatusDir> vaneVtepGroupStatusDir,
@@ -89,7 +89,6 @@ class VaneHelperVtepGroupDirSm : public Kiln::Sm {
  private:
   using Self = VaneHelperVtepGroupDirSm;
 
-  Kiln::Clock const* clock_;
   bool initialized_ = false;
   Kiln::HashMap<VXLAN::VaneVtepGroupKey, Kiln::ActivityManager::Id> reviews_;
   Kiln::Watch<TesselCentral::VxlanToL2State const, &Self::vtepsDispatch> vteps_{*this};  ///< Null without members.
