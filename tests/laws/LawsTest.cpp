@@ -163,6 +163,12 @@ std::vector<Story> const onceBroken{
     // The row that admits a VTEP's traffic is refused: by both drives.
     {Drive::test, {set(Event::refuseTable, 13, 4), atVtep(Event::over, 2, 1)}},
     {Drive::documents, {set(Event::refuseTable, 13, 4), atVtep(Event::over, 2, 1)}},
+    // Two VLANs exchange their VNIs.
+    {Drive::documents,
+     {set(Event::mapping, 10, 10010),
+      set(Event::mapping, 20, 10011),
+      {.kind = Event::mapping, .n = 10, .m = 10011, .more = true},
+      set(Event::mapping, 20, 10010)}},
     // A multicast tunnel returns before the publisher of its version has noticed that it was removed.
     {Drive::test,
      {reaction(2, Event::removeAndReturn, 1, mcast), reaction(2, Event::removeAndReturn, 1, mcast),
