@@ -11,7 +11,7 @@ using VaneHelper::VaneHelperVniConfigEntry;
 
 namespace {
 
-/// The port group that stands for all ports.
+/// The port group of all ports.
 constexpr std::uint16_t allPorts = 0x1FF;
 
 }  // namespace

@@ -5,7 +5,7 @@
 
 namespace TesselVxlan {
 
-/// Lets the VFIs of VLANs that have a VNI leave through the port group that stands for all ports, on chips with a table
+/// Lets the VFIs of VLANs that have a VNI leave through the port group of all ports, on chips with a table
 /// of port groups in place of VNI tables.
 ///
 /// In: the local mappings; a mapping that is removed but still configured keeps its entry. Out:

@@ -9,12 +9,13 @@ namespace TesselVxlan {
 /// Writes the underlay's multicast routes into hardware, so that a packet of a tunnel is accepted in its route's VLAN.
 ///
 /// In: the routes, which are IPv4. Out: `VxlanV4UnderlayMcastTable`, of which this is the only writer. Where the chip's
-/// profile has no space for the table, the operator is told once, and routes are passed over. Main thread only.
+/// profile has no space for the table, there is one message to the operator, and routes are passed over. Main thread
+/// only.
 class TesselVxlanUnderlayMulticastSm final : public TesselL3Common::TesselVxlanUnderlayMulticastBaseSm {
   KILN_TYPE(TesselVxlan::TesselVxlanUnderlayMulticastSm, TesselL3Common::TesselVxlanUnderlayMulticastBaseSm)
   KILN_FIXED(0x105, Dovel::Ptr<VxlanV4UnderlayMcastTable>, vxlanV4UnderlayMcastTable)
   KILN_COLL(0x106, Routing::Multicast::Fib::IpGenRouteKey, Bridging::VlanId, mrouteKeyToVlan)  ///< As programmed.
-  KILN_FIXED(0x107, bool, noHardwareResources)  ///< The operator was told so.
+  KILN_FIXED(0x107, bool, noHardwareResources)  ///< As the last message said.
 
  public:
   /// Writes the present routes.

@@ -75,7 +75,7 @@ void TesselVxlanHelperVniSm::fapTablesIs(LogicalFap::LogicalFapId fapId, TesselC
   INVARIANT(egrVfiToVniMappingTable(fapId)->entrys() == 0);
 }
 
-// What is wanted comes first, so that the statuses that are left then are those of a former process.
+// Wanted mappings first: the other statuses are then those of a former process.
 void TesselVxlanHelperVniSm::resynchronise() {
   handleVlanVniMap();
   handleRemoteVniConfig();
@@ -178,7 +178,7 @@ void TesselVxlanHelperVniSm::cleanupRemoteVniStatus() {
   for (auto const& key : Kiln::keysOf(helperVniStatus()->remoteVniStatusEntryColl())) {
     if (helperVniConfig()->remoteVniConfigHas(key)) continue;
     helperVniStatus()->remoteVniStatusEntryDel(key);
-    // The packet driver outlives the process; the row of another mapping says that it has been told again.
+    // The packet driver outlives the process; the row of another mapping shows that it has its VLAN.
     if (!l2TunnelVnIdTable()->entryHas(rowOf(key.vni()))) pktDrv()->doPktDrvVniToVlanMap(key.vni(), 0);
   }
 }

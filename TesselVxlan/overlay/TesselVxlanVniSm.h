@@ -21,7 +21,7 @@ class TesselVxlanHelperVni final : public VaneHelper::VaneHelperVni {
 /// (VNI to VFI), `EgrVfiToVniMappingTable` of each logical chip (VLAN to VNI, local mappings alone), the packet driver
 /// (VNI to VLAN), `helperVniStatus`; of all but the first this is the only writer.
 /// A VNI has one row: a local mapping has it before a remote one, which waits, with status pending, until the local one
-/// goes. A full table is logged for a local mapping; the status says programmed all the same. Main thread only.
+/// is removed. A full table is logged for a local mapping; the status says programmed all the same. Main thread only.
 class TesselVxlanHelperVniSm final : public VlanVniMapSm {
   KILN_TYPE(TesselVxlan::TesselVxlanHelperVniSm, TesselVxlan::VlanVniMapSm)
   KILN_FIXED(0x108, Dovel::Ptr<TesselCentral::VxlanCapabilities const>, vxlanCapabilities)

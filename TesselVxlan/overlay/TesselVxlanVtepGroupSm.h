@@ -13,7 +13,7 @@ class VxlanVtepGroupDirSm;
 
 /// Programs one VTEP group and publishes its status.
 ///
-/// In: the group's members and the id that its programmer gave. Out: `vaneVtepGroupStatus`; the id is published as
+/// In: the group's members and the id from its programmer. Out: `vaneVtepGroupStatus`; the id is published as
 /// tunnel and as next hop, with bit 15 as the mark of a group. A group without members stays as it was. Each change
 /// only schedules a review. When its last reference is released, the group is removed from the chip, unless the agent
 /// ends. Main thread only.

@@ -85,27 +85,6 @@ void Mappings::secondChip() {
   agent_->settle();
 }
 
-template <class Row>
-void Floor::Rows<Row>::add(std::uint32_t key, Row const& row) {
-  auto number = static_cast<std::uint32_t>(rows.size());
-  if (free.empty()) {
-    rows.push_back(row);
-  } else {
-    number = free.back();
-    free.pop_back();
-    rows[number] = row;
-  }
-  numbers.emplace(key, number);
-}
-
-template <class Row>
-void Floor::Rows<Row>::del(std::uint32_t key) {
-  auto const found = numbers.find(key);
-  rows[found->second] = {};
-  free.push_back(found->second);
-  numbers.erase(found);
-}
-
 void Floor::addLocal(std::uint32_t count) {
   for (std::uint32_t n = 0; n < count; ++n) {
     vfis_.add(kFirstLocal + n, vlanOfLocal(n));

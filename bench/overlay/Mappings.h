@@ -1,9 +1,8 @@
 #pragma once
 
-#include <boost/unordered/unordered_flat_map.hpp>
 #include <memory>
-#include <vector>
 
+#include "bench/road/FlatRows.h"
 #include "host/agent/Agent.h"
 #include "platform/vane/VaneHelperVni.h"
 
@@ -41,24 +40,11 @@ class Floor {
   void removeRemote(std::uint32_t count);
 
  private:
-  template <class Key, class Value>
-  using Map = boost::unordered_flat_map<Key, Value, Kiln::Hash<Key>>;
-  /// Rows by number, found by key. The number that was given back last is the next.
-  template <class Row>
-  struct Rows {
-    Map<std::uint32_t, std::uint32_t> numbers;
-    std::vector<Row> rows;
-    std::vector<std::uint32_t> free;
-
-    void add(std::uint32_t key, Row const& row);
-    void del(std::uint32_t key);
-  };
-
-  Rows<std::uint16_t> vfis_;
-  Rows<std::uint32_t> vnis_;
-  Map<std::uint32_t, std::uint16_t> driver_;
-  Map<Vane::VXLAN::VtiVlanKey, VaneHelper::VaneHelperVniStatusEntry> local_;
-  Map<Vane::VXLAN::VtiVniKey, VaneHelper::VaneHelperVniStatusEntry> remote_;
+  RoadBench::FlatRows<std::uint32_t, std::uint16_t> vfis_;
+  RoadBench::FlatRows<std::uint32_t, std::uint32_t> vnis_;
+  RoadBench::FlatMap<std::uint32_t, std::uint16_t> driver_;
+  RoadBench::FlatMap<Vane::VXLAN::VtiVlanKey, VaneHelper::VaneHelperVniStatusEntry> local_;
+  RoadBench::FlatMap<Vane::VXLAN::VtiVniKey, VaneHelper::VaneHelperVniStatusEntry> remote_;
 };
 
 }  // namespace OverlayBench

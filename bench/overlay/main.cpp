@@ -7,38 +7,21 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
-#include <chrono>
-#include <fstream>
 #include <functional>
 
 #include "bench/overlay/Groups.h"
 #include "bench/overlay/Mappings.h"
-#include "bench/road/Heap.h"
+#include "bench/road/Cost.h"
 
 namespace OverlayBench {
 namespace {
 
-using RoadBench::Heap;
+using RoadBench::Cost;
+using RoadBench::costOf;
+using RoadBench::measured;
 
 constexpr std::uint32_t kLocal = 4'094;
 constexpr std::uint32_t kRemote = 100'000;
-
-struct Cost {
-  double nanoseconds = 0;
-  std::int64_t bytes = 0;
-};
-
-/// A name of its own: what happens inside is what callgrind counts.
-[[gnu::noinline]] void measured(std::function<void()> const& work) { work(); }
-
-Cost costOf(std::function<void()> const& work) {
-  auto const heap = Heap::now();
-  auto const start = std::chrono::steady_clock::now();
-  measured(work);
-  auto const end = std::chrono::steady_clock::now();
-  return {std::chrono::duration<double, std::nano>(end - start).count(),
-          static_cast<std::int64_t>(Heap::now().bytes) - static_cast<std::int64_t>(heap.bytes)};
-}
 
 void print(std::string_view what, std::uint32_t count, Cost const& ours, Cost const& floor) {
   fmt::print("{:<8} {:>8} {:>8.0f} {:>8.0f} {:>8.1f} {:>8.1f}\n", what, count, ours.nanoseconds / count,

@@ -2,28 +2,6 @@
 
 namespace RoadBench {
 
-template <class Row>
-std::uint32_t Floor::Rows<Row>::add(Addr const& vtep, Row const& row) {
-  auto number = static_cast<std::uint32_t>(rows.size());
-  if (free.empty()) {
-    rows.push_back(row);
-  } else {
-    number = free.back();
-    free.pop_back();
-    rows[number] = row;
-  }
-  numbers.emplace(vtep, number);
-  return number;
-}
-
-template <class Row>
-void Floor::Rows<Row>::del(Addr const& vtep) {
-  auto const found = numbers.find(vtep);
-  rows[found->second] = {};
-  free.push_back(found->second);
-  numbers.erase(found);
-}
-
 Floor::Floor(Road const& road, bool flat)
     : road_(road),
       flat_(flat),

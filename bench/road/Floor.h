@@ -1,8 +1,8 @@
 #pragma once
 
-#include <boost/unordered/unordered_flat_map.hpp>
 #include <vector>
 
+#include "bench/road/FlatRows.h"
 #include "bench/road/Road.h"
 
 namespace RoadBench {
@@ -27,19 +27,9 @@ class Floor {
  private:
   using Addr = Meshal::IpGenAddr;
   template <class Key, class Row>
-  using Map = boost::unordered_flat_map<Key, Row, Kiln::Hash<Key>>;
-
-  /// Rows by number, found by address. The number that was given back last is the next.
+  using Map = FlatMap<Key, Row>;
   template <class Row>
-  struct Rows {
-    Map<Addr, std::uint32_t> numbers;
-    std::vector<Row> rows;
-    std::vector<std::uint32_t> free;
-
-    std::uint32_t add(Addr const& vtep, Row const& row);
-    void del(Addr const& vtep);
-    Row& at(Addr const& vtep) { return rows[numbers.find(vtep)->second]; }
-  };
+  using Rows = FlatRows<Addr, Row>;
 
   struct Header {
     Addr sip, dip;

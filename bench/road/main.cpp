@@ -7,13 +7,12 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <chrono>
 #include <functional>
 #include <map>
 #include <optional>
 
+#include "bench/road/Cost.h"
 #include "bench/road/Floor.h"
-#include "bench/road/Heap.h"
 #include "bench/road/RoadAgent.h"
 #include "platform/document/Document.h"
 
@@ -33,25 +32,6 @@ struct Setting {
   std::string profile = "cascaded";
   Asic::Completion completion = Asic::Completion::direct;
 };
-
-struct Cost {
-  double nanoseconds = 0;
-  std::int64_t bytes = 0;
-  std::uint64_t calls = 0;
-};
-
-/// A name of its own: what happens inside is what callgrind counts.
-[[gnu::noinline]] void measured(std::function<void()> const& work) { work(); }
-
-Cost costOf(std::function<void()> const& work) {
-  auto const heap = Heap::now();
-  auto const start = std::chrono::steady_clock::now();
-  measured(work);
-  auto const end = std::chrono::steady_clock::now();
-  auto const after = Heap::now();
-  return {std::chrono::duration<double, std::nano>(end - start).count(),
-          static_cast<std::int64_t>(after.bytes) - static_cast<std::int64_t>(heap.bytes), after.calls - heap.calls};
-}
 
 /// One tunnel after the other is removed and added again.
 template <class Subject>

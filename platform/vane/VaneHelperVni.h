@@ -10,7 +10,7 @@
 #include "platform/vxlan/Vni.h"
 
 // Which VNI a VLAN of this switch has (local mappings), which VLAN a VNI from elsewhere has (remote mappings), and what
-// came of both.
+// was done with both.
 
 namespace Vane::VXLAN {
 
@@ -77,7 +77,7 @@ struct VaneHelperVniStatusEntry {
 BOOST_DESCRIBE_STRUCT(VaneHelperVniStatusEntry, (), (vlanId_, vni_, action_))
 KILN_VALUE_OPS(VaneHelperVniStatusEntry)
 
-/// The wanted mappings. A writer removes a mapping before it gives its VLAN or its VNI to another one.
+/// The wanted mappings. A writer removes a mapping before it assigns its VLAN or its VNI to another one.
 class VaneHelperVniConfig final : public Kiln::NamedEntity {
   KILN_TYPE(VaneHelper::VaneHelperVniConfig, Kiln::NamedEntity)
   KILN_COLL(0x102, Vane::VXLAN::VtiVlanKey, VaneHelperVniConfigEntry, vlanVniMap)      ///< Local.
@@ -87,7 +87,7 @@ class VaneHelperVniConfig final : public Kiln::NamedEntity {
   using NamedEntity::NamedEntity;
 };
 
-/// What came of them. Written by the feature; outlives the agent's process.
+/// What was done with them. Written by the feature; outlives the agent's process.
 class VaneHelperVniStatus final : public Kiln::NamedEntity {
   KILN_TYPE(VaneHelper::VaneHelperVniStatus, Kiln::NamedEntity)
   KILN_COLL(0x102, Vane::VXLAN::VtiVlanKey, VaneHelperVniStatusEntry, statusEntry)

@@ -57,7 +57,7 @@ class VaneHelperVtepGroupDirSm : public Kiln::Sm {
   /// Asks for one later call of `doProgramVtepGroup`; a group that waits for it is not asked for again.
   void scheduleReview(VXLAN::VaneVtepGroupKey const& key);
 
-  /// Watches a VTEP for a group, which is told of its tunnel's arrival, departure, ids and adjacency.
+  /// Watches a VTEP for a group, which is called when its tunnel is added, is removed, or has another id or adjacency.
   void memberAdd(Meshal::IpGenAddr const& vtepIp, VaneHelperVtepGroupSm& group);
   /// REQUIRES: added before.
   void memberDel(Meshal::IpGenAddr const& vtepIp, VaneHelperVtepGroupSm& group);

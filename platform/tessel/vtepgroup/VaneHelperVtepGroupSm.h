@@ -30,8 +30,8 @@ class VaneHelperVtepGroupSm : public Kiln::Sm {
 
   /// The configuration has a new version, or other members.
   virtual void handleVersion() = 0;
-  /// The hardware tunnel of a member VTEP came, went, or has another id or another adjacency. REQUIRES: changes no
-  /// group's members.
+  /// The hardware tunnel of a member VTEP was added, was removed, or has another id or another adjacency. REQUIRES:
+  /// changes no group's members.
   virtual void doProgramVtep(Meshal::IpGenAddr const& addr) = 0;
   virtual void handleInitialized() = 0;
 
