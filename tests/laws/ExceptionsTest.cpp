@@ -22,6 +22,8 @@
 //   of learning.
 // - A VTEP group of which a member has no tunnel stays as it was, and one whose member keeps its adjacency keeps that
 //   one's next hops, also when none of them is resolved any more: until the group is removed and returns.
+// - The record of a VTEP with several tunnels has the adjacency of the one that changed last, also when that one is
+//   removed, and a group takes the member's next hops from there: until the next change of another one.
 // - A local mapping that is taken out of the hardware but stays configured (action 1) is not that of a fresh start, nor
 //   are congestion marks after a change of the first remarking row: both are left out of the stories
 //   (tests/overlay). So are VLANs without a VFI, whose VNI keeps its row.
@@ -174,6 +176,21 @@ TEST(ExceptionsOfGroups, aGroupKeepsWhatAMemberHadUntilItReturns) {
   without.groups.clear();
   agent.want(without).want(wish);
   EXPECT_THAT(agent.row("VpLagGroupTable", "1"), HasSubstr("[10.255.0.2, null]"));
+}
+
+TEST(ExceptionsOfGroups, aMemberHasTheAdjacencyOfItsTunnelThatChangedLast) {
+  AgentWorld agent;
+  agent.together([](AgentWorld& a) { a.localVtep(vtep(1)).udpPort(4789); });
+  agent.adjacency(1, {uplink(1), uplink(2)}).adjacency(2, {uplink(2), uplink(3)});
+  agent.tunnel(member, vtep(2)).over(1);
+  agent.tunnel(flood, vtep(2)).over(2);
+  agent.tunnel(flood, vtep(2)).gone();
+  auto wish = agent.wish();
+  wish.groups = {{1, {2}}};
+  agent.want(wish);
+  EXPECT_THAT(agent.row("VpLagGroupTable", "1"), Not(HasSubstr("adj:1")));
+  agent.tunnel(member, vtep(2)).over(2).over(1);
+  EXPECT_THAT(agent.row("VpLagGroupTable", "1"), HasSubstr("[10.255.0.2, adj:1]"));
 }
 
 TEST(ExceptionsOfAFullChip, nextHopsAreNotTakenUpWhileTheRowIsMissing) {

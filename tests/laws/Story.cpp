@@ -419,10 +419,15 @@ void Player::refresh(Wish const& last) {
     bool const floods = type == flood || type == mcast;
     return type == bum || type == mcastHer || (floods && (floodsAreOld_ || small_ || refused_));
   });
+  auto const isGrouped = [&](std::string const& address) {
+    return std::ranges::any_of(last.groups, [&](auto const& group) {
+      return std::ranges::any_of(group.second, [&](unsigned n) { return vtep(n) == address; });
+    });
+  };
   for (auto& [key, tunnel] : moved.tunnels) {
     bool const alone = !last.tunnels.contains({unicast, key.second});
     bool const stale = key.first == member && alone && hadOther_.contains(key.second);
-    if (stale || small_ || refused_) tunnel.adjId = scratchAdjacency;
+    if (stale || isGrouped(key.second) || small_ || refused_) tunnel.adjId = scratchAdjacency;
     // Beyond the generations that the agent numbers by itself.
     if (refused_) tunnel.genId = lastGenId_ += 1000;
   }
