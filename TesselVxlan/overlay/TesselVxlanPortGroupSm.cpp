@@ -9,13 +9,6 @@ namespace TesselVxlan {
 
 using VaneHelper::VaneHelperVniConfigEntry;
 
-namespace {
-
-/// The port group of all ports.
-constexpr std::uint16_t allPorts = 0x1FF;
-
-}  // namespace
-
 TesselVxlanHelperPortGroupSm::TesselVxlanHelperPortGroupSm(
     Dovel::Ptr<VaneHelper::VaneHelperVniConfig const> helperVniConfig,
     Dovel::Ptr<VaneHelper::VaneHelperVniStatus> helperVniStatus, Dovel::Ptr<Stateway::EntityManager> statewayEm,
@@ -44,7 +37,7 @@ void TesselVxlanHelperPortGroupSm::fapTablesIs(LogicalFap::LogicalFapId fapId,
 void TesselVxlanHelperPortGroupSm::handleVlanVniMap(Vane::VXLAN::VtiVlanKey const& key) {
   TRACE(1, "handleVlanVniMap vti: {} vlanId: {}", key.intfId(), key.vlanId());
   auto const vfi = vfiOf(key.vlanId());
-  EgrAdaptSinglePortGroupTable::Key const row{true, allPorts, vfi};
+  auto const row = EgrAdaptSinglePortGroupTable::keyOfAllPorts(vfi);
   switch (helperVniConfig()->vlanVniMap(key).action()) {
     case VaneHelperVniConfigEntry::add: {
       EgrAdaptSinglePortGroupTable::Entry entry;

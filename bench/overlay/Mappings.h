@@ -21,7 +21,7 @@ class Mappings {
   void addRemote(std::uint32_t count);
   void removeLocal(std::uint32_t count);
   void removeRemote(std::uint32_t count);
-  /// A second logical chip comes up.
+  /// Adds a second logical chip.
   void secondChip();
   std::uint64_t writes() const { return agent_->chip().writes(); }
 

@@ -24,9 +24,6 @@ using Text = std::optional<std::string>;
 using Kind = MappingReport::Kind;
 using State = MappingReport::State;
 
-/// The port group of all ports.
-constexpr std::uint16_t kAllPorts = 0x1FF;
-
 template <class Table>
 std::string_view nameOf() {
   return Asic::shortName(Table::kilnType().name());
@@ -151,7 +148,8 @@ std::vector<NeededRow> MappingRows::egress(std::uint16_t vlan) const {
   std::vector<NeededRow> rows;
   for (auto const* store : chip_.stores()) {
     if (store->name() != table) continue;
-    rows.push_back(hasPortGroups_ ? rowIn<EgrAdaptSinglePortGroupTable>(*store, {true, kAllPorts, vfiOf(vlan)})
+    rows.push_back(hasPortGroups_ ? rowIn<EgrAdaptSinglePortGroupTable>(
+                                        *store, EgrAdaptSinglePortGroupTable::keyOfAllPorts(vfiOf(vlan)))
                                   : rowIn<EgrVfiToVniMappingTable>(*store, {vlan}));
   }
   if (rows.empty()) rows.push_back({.table = table});

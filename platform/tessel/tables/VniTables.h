@@ -52,6 +52,8 @@ class EgrAdaptSinglePortGroupTable final
   ASIC_TABLE(TesselVxlan::EgrAdaptSinglePortGroupTable)
 
  public:
+  /// The row of a VFI for the port group of all ports.
+  static Key keyOfAllPorts(std::uint16_t vfi) { return {true, 0x1FF, vfi}; }
   using CommittedTable::CommittedTable;
 };
 inline Dovel::Ptr<EgrAdaptSinglePortGroupTable> egrAdaptSinglePortGroupTableFactory() {
