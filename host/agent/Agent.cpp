@@ -163,6 +163,7 @@ void Agent::check(Stateway::StateDocument const& document) const {
   if (auto const paths = document.root().find("stateway")) checkPublished(*paths, stores().stateway->mounts());
   if (auto const paths = document.root().find("local")) checkLocal(*paths);
   checkSemantics(document);
+  notesOf(document);
 }
 
 bool Agent::apply(Stateway::StateDocument document) {
@@ -174,6 +175,7 @@ bool Agent::apply(Stateway::StateDocument document) {
   }
   prepareMappings(document_, document, stores());
   Stateway::apply(document_, document, stores());
+  notes_ = notesOf(document);
   document_ = std::move(document);
   return settle();
 }

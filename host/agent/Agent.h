@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/agent/World.h"
+#include "host/notes/Notes.h"
 #include "platform/asic/SimulatedChip.h"
 #include "platform/document/Document.h"
 #include "platform/kiln/Clock.h"
@@ -101,6 +102,8 @@ class Agent {
   Asic::SimulatedChip& driver() const { return *world_->driver; }
   Stateway::AgentStores const& stores() const { return world_->stores; }
   World const& world() const { return *world_; }
+  /// What the present document says beyond its state.
+  Notes const& notes() const { return notes_; }
   /// The entity at a path of the state database; null if it isn't mounted or of another type.
   template <class T>
   Dovel::Ptr<T> state(std::string_view path) const {
@@ -143,6 +146,7 @@ class Agent {
   std::vector<Dovel::Ptr<TunnelProducer>> producers_;
   Dovel::Ptr<VniMirror> vniMirror_;  ///< Null unless the feature owns its mappings of VNIs.
   Stateway::StateDocument document_;
+  Notes notes_;
   bool settled_ = false;
 };
 

@@ -9,6 +9,7 @@
 namespace Host {
 
 void AgentOptions::addTo(CLI::App& command) {
+  InputOptions::addTo(command);
   command.add_option("--profile", profile, "Chip profile: the name of a built-in one, or a file")
       ->each([this](std::string const&) { profileGiven = true; })
       ->capture_default_str();
@@ -18,25 +19,10 @@ void AgentOptions::addTo(CLI::App& command) {
       ->check(CLI::IsMember({"direct", "deferred"}))
       ->each([this](std::string const&) { completionGiven = true; })
       ->capture_default_str();
-  command.add_option("--format", format, "How to print")->check(CLI::IsMember({"text", "json"}))->capture_default_str();
   command.add_option("--trace", trace,
                      "Traces to standard error: NAME=MASK,…, NAME a source file or a beginning with *, MASK a bit per "
                      "level; after those of TESSEL_TRACE");
   command.add_option("--plugin", plugin, "Plug-in to load in place of the installed one");
-  addVlanOption(command, vlans);
-}
-
-void addVlanOption(CLI::App& command, VlanChoices& vlans) {
-  command
-      .add_option_function<std::vector<std::string>>(
-          "--vlan",
-          [&vlans](auto const& all) {
-            for (auto const& each : all) vlans.add(each);
-          },
-          "VLAN of a VNI, for captures whose bridges have no VLANs; may be repeated. Without it VLANs from 2 up are "
-          "assigned in the order of the VNIs")
-      ->type_name("VNI=VLAN")
-      ->allow_extra_args(false);
 }
 
 std::unique_ptr<Agent> AgentOptions::makeAgent(std::shared_ptr<Kiln::JsonDocument const> upgrade) const {
@@ -49,11 +35,10 @@ std::unique_ptr<Agent> AgentOptions::makeAgent(std::shared_ptr<Kiln::JsonDocumen
   return std::make_unique<Agent>(options);
 }
 
-std::vector<Stateway::StateDocument> readAndCheck(Agent const& agent, AgentOptions const& options, std::ostream& err) {
-  auto vlans = options.vlans;
-  auto inputs = readInputs(options.inputs, vlans, err);
-  vlans.checkTaken();
+std::vector<Stateway::StateDocument> readAndCheck(Agent const& agent, AgentOptions const& options, WarningLog& log) {
+  auto inputs = readInputs(options);
   for (auto const& input : inputs) agent.check(input);
+  for (auto const& input : inputs) log.add(input);
   return inputs;
 }
 

@@ -5,25 +5,21 @@
 #include <vector>
 
 #include "host/agent/Agent.h"
-#include "host/agent/Inputs.h"
+#include "host/commands/InputOptions.h"
 
 namespace Host {
 
 /// The options of commands that start an agent.
-struct AgentOptions {
+struct AgentOptions : InputOptions {
   std::string profile = "cascaded";
   std::string completion = "direct";
   /// Whether the command line names them.
   bool profileGiven = false;
   bool completionGiven = false;
-  std::string format = "text";
   std::string trace;
   std::string plugin;
-  VlanChoices vlans;
-  std::vector<std::string> inputs;
 
   void addTo(CLI::App& command);
-  bool json() const { return format == "json"; }
   /// Switches traces on for the life of the object: those of the environment (TESSEL_TRACE), then `trace`. Throws
   /// `Plugin::LoadError`, or `CLI::ValidationError` for a list that can't be parsed.
   class Traces;
@@ -43,11 +39,8 @@ class AgentOptions::Traces {
   bool on_ = false;
 };
 
-/// Adds the option --vlan of commands that read captures.
-void addVlanOption(CLI::App& command, VlanChoices& vlans);
-
-/// Reads the inputs of the options and checks them against the agent, with warnings to `err`. Throws `InputError` for
-/// the first that can't be used, or a VLAN for a VNI that none has; then nothing has been applied.
-std::vector<Stateway::StateDocument> readAndCheck(Agent const& agent, AgentOptions const& options, std::ostream& err);
+/// Reads the inputs of the options and checks them against the agent; their warnings go to `log`. Throws `InputError`
+/// for the first that can't be used, or a VLAN for a VNI that none has; then nothing has been applied.
+std::vector<Stateway::StateDocument> readAndCheck(Agent const& agent, AgentOptions const& options, WarningLog& log);
 
 }  // namespace Host

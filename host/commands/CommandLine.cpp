@@ -92,9 +92,9 @@ class CommandLine {
   void addImport() {
     auto* const import = app_.add_subcommand("import", "Converts the output of other programs to a state document");
     auto* const iproute2 = import->add_subcommand("iproute2", "From captures of ip -j and bridge -j");
-    iproute2->add_option("DIR", directories_, "Directories of captures, later ones over earlier ones")->required();
-    addVlanOption(*iproute2, vlans_);
-    iproute2->callback([this] { command_ = [this] { return importCommand(directories_, vlans_, out_, err_); }; });
+    iproute2->add_option("DIR", import_.inputs, "Directories of captures, later ones over earlier ones")->required();
+    import_.addTo(*iproute2);
+    iproute2->callback([this] { command_ = [this] { return importCommand(import_, out_, err_); }; });
   }
 
   void addTypes() {
@@ -116,8 +116,7 @@ class CommandLine {
   std::function<int()> command_;
   RunOptions run_;
   ExplainOptions explain_;
-  std::vector<std::string> directories_;
-  VlanChoices vlans_;
+  InputOptions import_;
   std::string name_;
   std::string plugin_;
 };

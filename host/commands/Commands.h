@@ -28,8 +28,8 @@ struct ExplainOptions : AgentOptions {
 };
 int explainCommand(ExplainOptions const& options, std::ostream& out, std::ostream& err);
 
-/// Prints the state document of capture directories.
-int importCommand(std::vector<std::string> const& directories, VlanChoices vlans, std::ostream& out, std::ostream& err);
+/// Prints the state document of the captures of a switch, directories that are its inputs.
+int importCommand(InputOptions const& options, std::ostream& out, std::ostream& err);
 /// Lists the registered classes, or describes the named one.
 int typesCommand(std::string const& name, std::string const& plugin, std::ostream& out);
 /// Lists the built-in profiles, or describes the named one.

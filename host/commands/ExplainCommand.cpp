@@ -108,8 +108,9 @@ int explainCommand(ExplainOptions const& options, std::ostream& out, std::ostrea
   auto const explanation = explanationOf(options);
   AgentOptions::Traces const traces(options);
   auto const agent = options.makeAgent();
-  for (auto& input : readAndCheck(*agent, options, err)) agent->apply(std::move(input));
-  return explanation(*agent, options.json(), out) ? kGood : kNotProgrammed;
+  WarningLog warnings(options, err);
+  for (auto& input : readAndCheck(*agent, options, warnings)) agent->apply(std::move(input));
+  return warnings.codeAfter(explanation(*agent, options.json(), out) ? kGood : kNotProgrammed);
 }
 
 }  // namespace Host

@@ -3,27 +3,27 @@
 
 #include <ostream>
 
-#include "host/agent/Inputs.h"
 #include "host/commands/CommandLine.h"
 #include "host/commands/Commands.h"
 #include "host/import/CaptureSet.h"
 
 namespace Host {
 
-int importCommand(std::vector<std::string> const& directories, VlanChoices vlans, std::ostream& out,
-                  std::ostream& err) {
+int importCommand(InputOptions const& options, std::ostream& out, std::ostream& err) {
   CaptureSet captures;
-  for (auto const& directory : directories) captures.overlay(directory);
-  std::vector<std::string> warnings;
-  auto const document = captures.stateDocument(warnings, vlans);
-  vlans.checkTaken();
-  printWarnings(warnings, err);
+  for (auto const& directory : options.inputs) captures.overlay(directory);
+  auto choices = options.choices;
+  auto document = captures.stateDocument(choices);
+  choices.vlans.checkTaken();
+  WarningLog warnings(options, err);
+  Stateway::StateDocument const state(Kiln::JsonDocument(std::move(document), options.inputs.back()));
+  warnings.add(state);
   rapidjson::OStreamWrapper stream(out);
   rapidjson::PrettyWriter writer(stream);
   writer.SetIndent(' ', 2);
-  document.Accept(writer);
+  state.root().value().Accept(writer);
   out << '\n';
-  return kGood;
+  return warnings.codeAfter(kGood);
 }
 
 }  // namespace Host

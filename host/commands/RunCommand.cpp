@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <ostream>
 
+#include "host/agent/Inputs.h"
 #include "host/commands/CommandLine.h"
 #include "host/commands/Commands.h"
 #include "host/commands/Shower.h"
@@ -10,20 +11,22 @@
 namespace Host {
 
 int runCommand(RunOptions const& options, std::ostream& out, std::ostream& err) {
-  auto vlans = options.vlans;
-  auto inputs = readInputs(options.inputs, vlans, err);
+  auto choices = options.choices;
+  auto inputs = readInputs(options.inputs, choices);
   auto const scenario = std::find_if(inputs.begin(), inputs.end(), &Scenario::isOne);
   if (scenario != inputs.end()) {
     if (inputs.size() > 1) scenario->root().member("steps").fail("a scenario is the only input of a run");
     return scenarioCommand(options, *scenario, out, err);
   }
-  vlans.checkTaken();
+  choices.vlans.checkTaken();
   AgentOptions::Traces const traces(options);
   auto const agent = options.makeAgent(upgradeToRestore(options));
   for (auto const& input : inputs) agent->check(input);
+  WarningLog warnings(options, err);
+  for (auto const& input : inputs) warnings.add(input);
   UpgradeSaver saver(options);
   // Every input is good: from here on output may be printed.
-  Shower shower(options, *agent, out, false);
+  Shower shower(options, *agent, warnings, out, false);
   for (auto& input : inputs) {
     auto const name = input.source();
     agent->apply(std::move(input));
@@ -31,7 +34,7 @@ int runCommand(RunOptions const& options, std::ostream& out, std::ostream& err) 
   }
   bool const good = shower.end();
   saver.save(*agent);
-  return good ? kGood : kNotProgrammed;
+  return warnings.codeAfter(good ? kGood : kNotProgrammed);
 }
 
 }  // namespace Host

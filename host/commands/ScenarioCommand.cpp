@@ -104,15 +104,19 @@ void writeStep(JsonWriter& json, ScenarioStep const& step, std::vector<Violation
 }  // namespace
 
 int scenarioCommand(RunOptions options, Stateway::StateDocument const& document, std::ostream& out, std::ostream& err) {
-  auto scenario = Scenario::read(document, options.vlans, err);
-  options.vlans.checkTaken();
+  auto scenario = Scenario::read(document, options.choices);
+  options.choices.vlans.checkTaken();
   if (scenario.profile && !options.profileGiven) options.profile = *scenario.profile;
   if (scenario.completion && !options.completionGiven) options.completion = *scenario.completion;
   AgentOptions::Traces const traces(options);
   auto const agent = options.makeAgent(upgradeToRestore(options));
   check(*agent, scenario, document.source());
+  WarningLog warnings(options, err);
+  for (auto const& step : scenario.steps) {
+    if (step.state) warnings.add(*step.state);
+  }
   UpgradeSaver saver(options);
-  Shower shower(options, *agent, out, true);
+  Shower shower(options, *agent, warnings, out, true);
   bool expects = false;
   bool hold = true;
   for (auto& step : scenario.steps) {
@@ -125,7 +129,7 @@ int scenarioCommand(RunOptions options, Stateway::StateDocument const& document,
   }
   bool const programmed = shower.end();
   saver.save(*agent);
-  return (expects ? hold : programmed) ? kGood : kNotProgrammed;
+  return warnings.codeAfter((expects ? hold : programmed) ? kGood : kNotProgrammed);
 }
 
 }  // namespace Host

@@ -3,14 +3,16 @@
 #include <algorithm>
 #include <ostream>
 
+#include "host/notes/Notes.h"
 #include "host/show/JsonReport.h"
 #include "host/show/TextReport.h"
 
 namespace Host {
 
-Shower::Shower(RunOptions const& options, Agent const& agent, std::ostream& out, bool steps)
+Shower::Shower(RunOptions const& options, Agent const& agent, WarningLog const& warnings, std::ostream& out, bool steps)
     : options_(options),
       agent_(agent),
+      warnings_(warnings),
       out_(out),
       json_(out, JsonWriter::Layout::indented),
       steps_(steps || options.showEach) {
@@ -33,6 +35,7 @@ void Shower::step(std::string const& name, Kiln::FunctionRef<void(JsonWriter&)> 
     json_.objectEnd();
     return;
   }
+  if (options_.quiet) return;
   out_ << "== " << name << '\n' << text << '\n';
   if (!options_.showEach) return;
   show();
@@ -43,6 +46,7 @@ bool Shower::end() {
   if (options_.json() && steps_) json_.arrayEnd();
   if (!options_.showEach) show();
   if (options_.json()) {
+    writeWarnings(json_, warnings_.all());
     json_.objectEnd();
     out_ << '\n';
   }
@@ -57,6 +61,7 @@ void Shower::show() {
     bool const withState = std::find(sections.begin(), sections.end(), "state") != sections.end();
     return writeReport(json_, agent_, report, withState);
   }
+  if (options_.quiet) return;
   for (auto const& section : sections) {
     if (&section != &sections.front()) out_ << '\n';
     printSection(out_, section, agent_, report);

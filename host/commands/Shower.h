@@ -16,7 +16,7 @@ namespace Host {
 class Shower {
  public:
   /// `steps`: the output has a list of steps whether or not the options ask for it.
-  Shower(RunOptions const& options, Agent const& agent, std::ostream& out, bool steps);
+  Shower(RunOptions const& options, Agent const& agent, WarningLog const& warnings, std::ostream& out, bool steps);
 
   /// Where the options ask for it, the sections as they are after this step.
   void step(std::string const& name);
@@ -32,6 +32,7 @@ class Shower {
 
   RunOptions const& options_;
   Agent const& agent_;
+  WarningLog const& warnings_;
   std::ostream& out_;
   Kiln::JsonWriter json_;
   bool steps_;

@@ -38,8 +38,7 @@ void eachOf(JsonDocument const* file, std::string_view key, Visit visit) {
 
 }  // namespace
 
-BridgeVlans::BridgeVlans(Files const& files, Links const& links, VlanChoices& choices,
-                         std::vector<std::string>& warnings)
+BridgeVlans::BridgeVlans(Files const& files, Links const& links, VlanChoices& choices, Warnings& warnings)
     : links_(links), warnings_(warnings), next_(firstAssigned) {
   for (auto const device : links_.devices()) {
     if (links_.isBridgeVlan(*device)) used_.insert(device->vlanId);
@@ -156,7 +155,7 @@ std::uint32_t BridgeVlans::vlanFor(std::uint32_t vni, VlanChoices& choices) {
 
 void BridgeVlans::passOver(JsonIn at, std::string const& device, std::string const& why) {
   passedOver_.emplace(device, why);
-  warnings_.push_back(remark(at, "ignored: " + why));
+  warnings_.add("no-vlan", at, "ignored: " + why);
 }
 
 BridgeVlans::Result BridgeVlans::vlanOf(std::string const& name, std::optional<std::uint32_t> vni) const {

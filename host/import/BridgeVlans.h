@@ -10,6 +10,7 @@
 #include "host/import/Fields.h"
 #include "host/import/Links.h"
 #include "host/import/VlanChoices.h"
+#include "host/notes/Warnings.h"
 
 namespace Host::Import {
 
@@ -30,7 +31,7 @@ class BridgeVlans {
   };
   /// `links` is kept. Throws InputError where a value is of a wrong type or a VLAN is outside 1 to 4094, and for a
   /// choice of a VLAN that has another use or for a VNI to which the kernel has assigned another VLAN.
-  BridgeVlans(Files const& files, Links const& links, VlanChoices& choices, std::vector<std::string>& warnings);
+  BridgeVlans(Files const& files, Links const& links, VlanChoices& choices, Warnings& warnings);
 
   /// The VLAN of a device or, with `vni`, of one of its VNIs. `vlan` is 0 where it has none, for the reason `why`.
   struct Result {
@@ -69,7 +70,7 @@ class BridgeVlans {
   void passOver(JsonIn at, std::string const& device, std::string const& why);
 
   Links const& links_;
-  std::vector<std::string>& warnings_;
+  Warnings& warnings_;
   std::map<std::string, std::uint32_t> pvids_;
   std::map<std::uint32_t, Vni> vnis_;
   std::map<std::uint32_t, std::uint32_t> vniOfVlan_;

@@ -66,16 +66,11 @@ int CaptureSet::overlayOf(std::string const& name) const {
 }
 
 rapidjson::Document CaptureSet::stateDocument() const {
-  std::vector<std::string> warnings;
-  return stateDocument(warnings);
+  Choices none;
+  return stateDocument(none);
 }
 
-rapidjson::Document CaptureSet::stateDocument(std::vector<std::string>& warnings) const {
-  VlanChoices none;
-  return stateDocument(warnings, none);
-}
-
-rapidjson::Document CaptureSet::stateDocument(std::vector<std::string>& warnings, VlanChoices& choices) const {
+rapidjson::Document CaptureSet::stateDocument(Choices& choices) const {
   Import::Captures captures{.links = file("ip-link.json"),
                             .vxlanLinks = file("ip-link-vxlan.json"),
                             .fdb = file("bridge-fdb.json"),
@@ -85,7 +80,6 @@ rapidjson::Document CaptureSet::stateDocument(std::vector<std::string>& warnings
                             .vlanTunnels = file("bridge-vlan-tunnelshow.json"),
                             .neighbours = file("ip-neigh.json"),
                             .choices = &choices,
-                            .warnings = &warnings,
                             .nextHopsName = pathOf("ip-nexthop.json")};
   if (!captures.links && !captures.vxlanLinks) {
     throw Kiln::InputError(pathOf("ip-link.json"), "", "no such file",

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "host/import/VlanChoices.h"
+#include "host/import/Choices.h"
 #include "platform/kiln/JsonIn.h"
 
 namespace Host {
@@ -34,11 +34,10 @@ class CaptureSet {
   /// - "bridging/l2Rib/floodOutput": the VTEPs that each VLAN is flooded to; "vxlan/version2/vtepStatusDir" and
   ///   ".../vxlanHwHerTunnel": their adjacencies, none for one that cannot be reached;
   /// - "vane/l3IntfTable" and "hardware/tessel/port/config": numbers of interfaces and ports.
-  /// `choices` are those of VLANs that the user has made. Throws InputError where a capture that is needed is missing
-  /// or a value or a choice cannot be used. Fills `warnings` with what is passed over, a line each: values that a
-  /// kernel accepts and a switch cannot use.
-  rapidjson::Document stateDocument(std::vector<std::string>& warnings, VlanChoices& choices) const;
-  rapidjson::Document stateDocument(std::vector<std::string>& warnings) const;
+  /// - "notes": warnings of what is passed over, values that a kernel accepts and a switch cannot use.
+  /// `choices` are those that the user has made. Throws InputError where a capture that is needed is missing or a value
+  /// or a choice cannot be used.
+  rapidjson::Document stateDocument(Choices& choices) const;
   rapidjson::Document stateDocument() const;
 
  private:

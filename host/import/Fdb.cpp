@@ -5,7 +5,7 @@
 namespace Host::Import {
 
 Fdb::Fdb(JsonDocument const& file, Links const& links, BridgeVlans const& vlans, NextHopObjects const& nextHops,
-         std::vector<std::string>& warnings)
+         Warnings& warnings)
     : vti_(links.vti()), warnings_(warnings) {
   for (auto const entry : objects(file.root())) {
     std::string const name(entry.member("ifname").text());

@@ -11,6 +11,7 @@
 #include "host/import/BridgeVlans.h"
 #include "host/import/Links.h"
 #include "host/import/NextHopObjects.h"
+#include "host/notes/Warnings.h"
 
 namespace Host::Import {
 
@@ -26,7 +27,7 @@ class Fdb {
   /// Throws InputError where a value is of a wrong type, an entry names a group that does not exist, or a VTEP is not a
   /// unicast address.
   Fdb(JsonDocument const& file, Links const& links, BridgeVlans const& vlans, NextHopObjects const& nextHops,
-      std::vector<std::string>& warnings);
+      Warnings& warnings);
 
   /// A VTEP that is flooded to.
   struct Flooded {
@@ -51,11 +52,11 @@ class Fdb {
   /// The VTEP there; nothing for one that is passed over.
   std::optional<IpGenAddr> vtep(JsonIn at);
   void addFlooded(JsonIn at, IpGenAddr const& vtep, BridgeVlans::Result const& vlan);
-  void passOver(JsonIn at, std::string const& why) { warnings_.push_back(remark(at, "ignored: " + why)); }
+  void passOver(JsonIn at, std::string const& why) { warnings_.add("fdb", at, "ignored: " + why); }
   void readLocal(JsonIn entry);
 
   Vti vti_;
-  std::vector<std::string>& warnings_;
+  Warnings& warnings_;
   std::set<std::string> devices_;
   std::set<IpGenAddr> unicast_;
   std::map<std::uint32_t, std::set<IpGenAddr>> groups_;

@@ -26,10 +26,6 @@ std::optional<std::uint32_t> number(JsonIn at, std::string_view key) {
   return member ? std::optional(number(*member)) : std::nullopt;
 }
 
-std::string remark(JsonIn at, std::string const& why) {
-  return Kiln::InputError(at.source(), at.path(), at.shown(), why).what();
-}
-
 bool hasFlag(JsonIn at, std::string_view key, std::string_view word) {
   bool found = false;
   if (auto const member = at.find(key)) {

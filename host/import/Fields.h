@@ -27,8 +27,6 @@ std::optional<std::uint32_t> number(JsonIn at, std::string_view key);
 std::uint32_t numberIn(JsonIn at, std::uint32_t min, std::uint32_t max = std::numeric_limits<std::uint32_t>::max());
 /// A number of 32 bits.
 inline std::uint32_t number(JsonIn at) { return numberIn(at, 0); }
-/// What is printed about a value that is passed over: "FILE: PLACE: found VALUE, WHY".
-std::string remark(JsonIn at, std::string const& why);
 /// Whether the array of words under that name contains the word; false where there is no array.
 bool hasFlag(JsonIn at, std::string_view key, std::string_view word);
 

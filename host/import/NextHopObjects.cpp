@@ -31,8 +31,7 @@ std::optional<RouteHop> routeHop(JsonIn at) {
   return hop;
 }
 
-NextHopObjects::NextHopObjects(JsonDocument const* file, std::string const& missingFile,
-                               std::vector<std::string>& warnings)
+NextHopObjects::NextHopObjects(JsonDocument const* file, std::string const& missingFile, Warnings& warnings)
     : complete_(file != nullptr), file_(file ? file->source() : missingFile), warnings_(warnings) {
   if (!file) return;
   for (auto const at : objects(file->root())) {
@@ -49,7 +48,7 @@ NextHopObjects::Object const* NextHopObjects::object(JsonIn id) const {
   if (found != objects_.end()) return &found->second;
   if (!complete_) id.fail("expected the id of a next-hop object of the missing " + file_);
   // A kernel deletes what refers to an object together with it: the object was deleted between two captures.
-  warnings_.push_back(remark(id, "ignored: " + file_ + " has no next-hop object of this id"));
+  warnings_.add("no-object", id, "ignored: " + file_ + " has no next-hop object of this id");
   return nullptr;
 }
 

@@ -9,6 +9,7 @@
 
 #include "host/import/Address.h"
 #include "host/import/Fields.h"
+#include "host/notes/Warnings.h"
 
 namespace Host::Import {
 
@@ -28,7 +29,7 @@ std::optional<RouteHop> routeHop(JsonIn at);
 class NextHopObjects {
  public:
   /// REQUIRES: `file` and `warnings` outlive this. `file` null: there is none. Throws InputError on wrong types.
-  NextHopObjects(JsonDocument const* file, std::string const& missingFile, std::vector<std::string>& warnings);
+  NextHopObjects(JsonDocument const* file, std::string const& missingFile, Warnings& warnings);
 
   /// The members of the object that is referred to at `nhid`, groups unfolded, those out of service left out.
   /// Throws InputError where a group contains itself.
@@ -55,7 +56,7 @@ class NextHopObjects {
 
   bool complete_;
   std::string file_;
-  std::vector<std::string>& warnings_;
+  Warnings& warnings_;
   std::map<std::uint32_t, Object> objects_;
 };
 

@@ -14,6 +14,7 @@
 #include "host/import/Neighbours.h"
 #include "host/import/NextHopObjects.h"
 #include "host/import/Underlay.h"
+#include "host/notes/Notes.h"
 #include "platform/vane/VaneHelperVni.h"
 
 namespace Host::Import {
@@ -41,14 +42,13 @@ class Writer {
   Writer(Captures const& captures, Allocator& allocator)
       : allocator_(allocator),
         links_(captures.links, captures.vxlanLinks, captures.vxlanLinksAge),
-        nextHops_(captures.nextHops, captures.nextHopsName, *captures.warnings),
-        vlans_({captures.vlans, captures.vlanTunnels}, links_, *captures.choices, *captures.warnings),
+        nextHops_(captures.nextHops, captures.nextHopsName, warnings_),
+        vlans_({captures.vlans, captures.vlanTunnels}, links_, captures.choices->vlans, warnings_),
         l3Numbers_(links_, vlans_),
-        fdb_(*captures.fdb, links_, vlans_, nextHops_, *captures.warnings),
+        fdb_(*captures.fdb, links_, vlans_, nextHops_, warnings_),
         underlay_(captures.routes, links_.underlayTable(), nextHops_, links_, l3Numbers_),
         neighbours_(captures.neighbours),
         fdbIsNewer_(captures.fdbIsNewer),
-        warnings_(*captures.warnings),
         flooded_(flooded()),
         paths_(pathsOf(fdb_, underlay_)),
         ids_(values(paths_)) {}
@@ -74,6 +74,12 @@ class Writer {
     return paths;
   }
 
+  Value notes() {
+    Notes notes;
+    notes.warnings = warnings_.all();
+    return notesValue(notes, allocator_);
+  }
+
  private:
   static std::map<IpGenAddr, Path> pathsOf(Fdb const& fdb, Underlay const& underlay) {
     std::map<IpGenAddr, Path> paths;
@@ -91,8 +97,8 @@ class Writer {
       if (vteps.size() < maxFloodTunnels) {
         vteps.insert(vtep);
       } else {
-        warnings_.push_back(
-            remark(flooded.at, "ignored: a switch floods to at most " + Kiln::toText(maxFloodTunnels) + " VTEPs"));
+        warnings_.add("too-many", flooded.at,
+                      "ignored: a switch floods to at most " + Kiln::toText(maxFloodTunnels) + " VTEPs");
       }
     }
     return vteps;
@@ -191,7 +197,7 @@ class Writer {
       if (auto const id = adjId(vtep)) {
         put(routes, Kiln::toText(vtep), Value(*id), allocator_);
       } else {
-        warnings_.push_back(remark(fdb_.flooded().at(vtep).at, "no route leads to this VTEP"));
+        warnings_.add("no-route", fdb_.flooded().at(vtep).at, "no route leads to this VTEP");
       }
     }
     return routes;
@@ -274,11 +280,12 @@ class Writer {
     if (device.ifindex <= highestPort) return true;
     auto const ifindex = device.at.member("ifindex");
     if (usedPorts_.contains(device.name)) numberIn(ifindex, 1, highestPort);
-    warnings_.push_back(remark(ifindex, "ignored: a port's number is at most " + Kiln::toText(highestPort)));
+    warnings_.add("port-number", ifindex, "ignored: a port's number is at most " + Kiln::toText(highestPort));
     return false;
   }
 
   Allocator& allocator_;
+  Warnings warnings_;
   Links links_;
   NextHopObjects nextHops_;
   BridgeVlans vlans_;
@@ -287,7 +294,6 @@ class Writer {
   Underlay underlay_;
   Neighbours neighbours_;
   bool fdbIsNewer_;
-  std::vector<std::string>& warnings_;
   std::set<IpGenAddr> flooded_;
   std::map<IpGenAddr, Path> paths_;
   AdjacencyIds ids_;
@@ -302,6 +308,8 @@ rapidjson::Document stateDocument(Captures const& captures) {
   Writer writer(captures, allocator);
   put(document, "stateway", writer.stateway(), allocator);
   put(document, "shmem", writer.shmem(), allocator);
+  // After all that warns.
+  put(document, "notes", writer.notes(), allocator);
   return document;
 }
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "host/import/Choices.h"
 #include "host/import/Fields.h"
-#include "host/import/VlanChoices.h"
 
 namespace Host::Import {
 
@@ -19,18 +19,17 @@ struct Captures {
   JsonDocument const* fdb = nullptr;                                 ///< Never null.
   JsonDocument const* routes = nullptr;                              ///< Null: no VTEP can be reached.
   JsonDocument const* nextHops = nullptr;
-  JsonDocument const* vlans = nullptr;           ///< VLANs of the bridges' ports.
-  JsonDocument const* vlanTunnels = nullptr;     ///< VNIs of the bridges' VLANs.
-  JsonDocument const* neighbours = nullptr;      ///< Null: no next hop is resolved.
-  bool fdbIsNewer = false;                       ///< Than the links.
-  VlanChoices* choices = nullptr;                ///< Never null.
-  std::vector<std::string>* warnings = nullptr;  ///< Never null; filled with what is passed over.
-  std::string nextHopsName;                      ///< The next hops' file, for errors where it is missing.
+  JsonDocument const* vlans = nullptr;        ///< VLANs of the bridges' ports.
+  JsonDocument const* vlanTunnels = nullptr;  ///< VNIs of the bridges' VLANs.
+  JsonDocument const* neighbours = nullptr;   ///< Null: no next hop is resolved.
+  bool fdbIsNewer = false;                    ///< Than the links.
+  Choices* choices = nullptr;                 ///< Never null.
+  std::string nextHopsName;                   ///< The next hops' file, for errors where it is missing.
 };
 
 /// The state document of the switch: tunnel interface, VNIs, tunnels, groups of VTEPs and flood lists with their
-/// adjacencies, interfaces and ports. The same captures always result in the same document, member for member. Throws
-/// InputError.
+/// adjacencies, interfaces and ports, and with notes of what is passed over. The same captures always result in the
+/// same document, member for member. Throws InputError.
 rapidjson::Document stateDocument(Captures const& captures);
 
 }  // namespace Host::Import

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <ostream>
 
 #include "host/agent/Inputs.h"
 
@@ -19,8 +18,7 @@ using Stateway::StateDocument;
 /// Reads the steps of one file, each on top of the state that the steps before it lead to.
 class Reader {
  public:
-  Reader(StateDocument const& document, VlanChoices& vlans, std::ostream& err)
-      : document_(document), vlans_(vlans), err_(err) {
+  Reader(StateDocument const& document, Choices& choices) : document_(document), choices_(choices) {
     state_.SetObject();
   }
 
@@ -118,7 +116,7 @@ class Reader {
       return;
     }
     auto const path = std::filesystem::path(document_.source()).parent_path() / std::string(in.text());
-    auto const inputs = readInputs({path.string()}, vlans_, err_);
+    auto const inputs = readInputs({path.string()}, choices_);
     state_.CopyFrom(inputs.front().root().value(), state_.GetAllocator());
   }
 
@@ -129,16 +127,13 @@ class Reader {
   }
 
   StateDocument const& document_;
-  VlanChoices& vlans_;
-  std::ostream& err_;
+  Choices& choices_;
   rapidjson::Document state_;
 };
 
 }  // namespace
 
-Scenario Scenario::read(StateDocument const& document, VlanChoices& vlans, std::ostream& err) {
-  return Reader(document, vlans, err).read();
-}
+Scenario Scenario::read(StateDocument const& document, Choices& choices) { return Reader(document, choices).read(); }
 
 void mergePatch(rapidjson::Value& target, rapidjson::Value const& patch,
                 rapidjson::Document::AllocatorType& allocator) {

@@ -1,12 +1,11 @@
 #pragma once
 
 #include <cstdint>
-#include <iosfwd>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "host/import/VlanChoices.h"
+#include "host/import/Choices.h"
 #include "host/scenario/Expectation.h"
 #include "platform/asic/EntryHandle.h"
 #include "platform/document/Document.h"
@@ -51,9 +50,9 @@ struct Scenario {
 
   /// Whether a document is a scenario and not a state.
   static bool isOne(Stateway::StateDocument const& document) { return bool(document.root().find("steps")); }
-  /// Throws `InputError`, with file, place and value, for the first thing that is not as above. `vlans`
-  /// are the VLANs of VNIs of captures. Prints to `err` what captures have that is passed over.
-  static Scenario read(Stateway::StateDocument const& document, VlanChoices& vlans, std::ostream& err);
+  /// Throws `InputError`, with file, place and value, for the first thing that is not as above. `choices`
+  /// are about captures.
+  static Scenario read(Stateway::StateDocument const& document, Choices& choices);
 };
 
 /// Applies a merge patch: members of objects are replaced, added, or removed by null.

@@ -27,9 +27,13 @@ struct AgentStores {
 
 /// The state that an agent is wanted to have: {"stateway": {path: {attribute: value}}, "local": {…}, "shmem": {…}}.
 ///
+/// Its member "notes" is no state, and not read here.
+///
 /// A document names the attributes that it decides about. Attributes that no document named keep their current value.
 class StateDocument {
  public:
+  static constexpr std::string_view notes = "notes";
+
   /// A document that names nothing.
   StateDocument() = default;
   explicit StateDocument(Kiln::JsonDocument json) : json_(std::move(json)) {}

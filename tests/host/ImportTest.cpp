@@ -106,14 +106,15 @@ class HandMade : public Files {
 
   /// "= " and the roads of the capture or what is wrong with it, then the warnings, without the directory of the test.
   std::string shown(std::string const& name = "base") const {
-    std::vector<std::string> warnings;
+    std::vector<Warning> warnings;
     std::string text = "= ";
     try {
       CaptureSet set;
       set.overlay(dir(name));
-      auto vlans = vlans_;
-      auto const document = set.stateDocument(warnings, vlans);
-      vlans.checkTaken();
+      auto choices = choices_;
+      auto const document = set.stateDocument(choices);
+      choices.vlans.checkTaken();
+      warnings = notesOf(document).warnings;
       text += roads(document);
       if (auto const flooded = floods(document); !flooded.empty()) text += "\n= " + flooded;
       if (auto const vnis = overlay(document); !vnis.empty()) text += "\n= " + vnis;
@@ -121,12 +122,12 @@ class HandMade : public Files {
       text += error.what();
       EXPECT_EQ(text.find(error.file() + ": "), 2U);
     }
-    for (auto const& warning : warnings) text += "\n! " + warning;
+    for (auto const& warning : warnings) text += "\n! " + warning.text();
     for (auto at = text.find(prefix()); at != text.npos; at = text.find(prefix())) text.erase(at, prefix().size());
     return text + '\n';
   }
 
-  VlanChoices vlans_;
+  Choices choices_;
 
  private:
   std::string prefix() const { return base().string() + "/"; }
@@ -147,12 +148,12 @@ class HandMade : public Files {
 TEST_F(HandMade, isReadOrRefusedAsWrittenDown) {
   for (auto const& [given, result] : cases("input/captures.txt")) {
     restore();
-    vlans_ = {};
+    choices_ = {};
     std::string all;
     for (auto const& line : given) {
       auto const blank = line.find(' ');
       if (line.starts_with("--vlan"))
-        vlans_.add(line.substr(blank + 1));
+        choices_.vlans.add(line.substr(blank + 1));
       else
         put(line.substr(0, blank), line.substr(blank + 1));
       all += line + '\n';
