@@ -309,7 +309,8 @@ rapidjson::Document stateDocument(Captures const& captures) {
   put(document, "stateway", writer.stateway(), allocator);
   put(document, "shmem", writer.shmem(), allocator);
   // After all that warns.
-  put(document, "notes", writer.notes(), allocator);
+  auto notes = writer.notes();
+  if (notes.MemberCount() != 0) put(document, "notes", std::move(notes), allocator);
   return document;
 }
 

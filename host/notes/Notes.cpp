@@ -92,10 +92,6 @@ Value vnisValue(std::map<unsigned, Notes::Vni> const& vnis, Allocator& allocator
 
 }  // namespace
 
-bool Notes::empty() const {
-  return host.empty() && warnings.empty() && unreachable.empty() && unresolved.empty() && vnis.empty();
-}
-
 Notes notesOf(Stateway::StateDocument const& document) {
   Notes notes;
   auto const in = document.root().find("notes");
@@ -124,18 +120,18 @@ Notes notesOf(Stateway::StateDocument const& document) {
 Value notesValue(Notes const& notes, Allocator& allocator) {
   Value value(rapidjson::kObjectType);
   if (!notes.host.empty()) put(value, "host", textValue(notes.host, allocator), allocator);
-  put(value, "warnings", warningsValue(notes.warnings, allocator), allocator);
+  if (!notes.warnings.empty()) put(value, "warnings", warningsValue(notes.warnings, allocator), allocator);
   Value unreachable(rapidjson::kObjectType);
   for (auto const& [vtep, why] : notes.unreachable) {
     put(unreachable, Kiln::toText(vtep), textValue(why, allocator), allocator);
   }
-  put(value, "unreachable", std::move(unreachable), allocator);
+  if (!notes.unreachable.empty()) put(value, "unreachable", std::move(unreachable), allocator);
   Value unresolved(rapidjson::kObjectType);
   for (auto const& [neighbour, why] : notes.unresolved) {
     put(unresolved, Kiln::toText(neighbour.first) + '%' + neighbour.second, textValue(why, allocator), allocator);
   }
-  put(value, "unresolved", std::move(unresolved), allocator);
-  put(value, "vnis", vnisValue(notes.vnis, allocator), allocator);
+  if (!notes.unresolved.empty()) put(value, "unresolved", std::move(unresolved), allocator);
+  if (!notes.vnis.empty()) put(value, "vnis", vnisValue(notes.vnis, allocator), allocator);
   return value;
 }
 

@@ -31,14 +31,12 @@ struct Notes {
   /// Why packets can't be sent to a neighbour, by its address and layer 3 interface.
   std::map<std::pair<Meshal::IpGenAddr, std::string>, std::string> unresolved;
   std::map<unsigned, Vni> vnis;  ///< By number.
-
-  bool empty() const;
 };
 
 /// The notes of a document; empty ones where it has none. Throws `InputError` for a wrong type or an unknown member.
 Notes notesOf(Stateway::StateDocument const& document);
 
-/// As the member "notes" of a document.
+/// As the member "notes" of a document: an object with what there is.
 rapidjson::Value notesValue(Notes const& notes, rapidjson::Document::AllocatorType& allocator);
 
 /// Writes a member "warnings", an array. REQUIRES: inside an object.

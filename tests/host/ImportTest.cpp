@@ -1,4 +1,5 @@
 #include "host/import/CaptureSet.h"
+#include "host/notes/Notes.h"
 #include "tests/host/CommandWorld.h"
 
 namespace Host::Test {
@@ -6,7 +7,7 @@ namespace Host::Test {
 using std::filesystem::path;
 
 /// "VTEP>adjacency ... | adjacency: neighbour@port/interface ...", a `?` after a neighbour that is not resolved.
-std::string roads(rapidjson::Document const& document) {
+std::string roads(rapidjson::Value const& document) {
   auto const& config = document["stateway"]["hardware/tessel/tunnel/configDir/vxlanTunnel"];
   std::string text;
   for (auto const& [vtep, tunnel] : config["tunnel"].GetObject()) {
@@ -26,7 +27,7 @@ std::string roads(rapidjson::Document const& document) {
 }
 
 /// "flood VTEP>adjacency@VLAN,VLAN ..."; empty for a switch that floods to no VTEP.
-std::string floods(rapidjson::Document const& document) {
+std::string floods(rapidjson::Value const& document) {
   auto const& lists = document["shmem"]["bridging/l2Rib/floodOutput"]["floodSet"];
   auto const& routes = document["stateway"]["vxlan/version2/vtepStatusDir"]["vtepAdjacency"];
   auto const& adjacencies = document["stateway"]["hardware/tessel/tunnel/configDir/vxlanHwHerTunnel"]["adjacency"];
@@ -48,7 +49,7 @@ std::string floods(rapidjson::Document const& document) {
 
 /// "vni VLAN=VNI ... | group ID: VTEP>adjacency ..." with the adjacencies of the member tunnels; empty for a switch
 /// without VNIs and groups. VLANs of floods that have no VNI are marked by a `!`.
-std::string overlay(rapidjson::Document const& document) {
+std::string overlay(rapidjson::Value const& document) {
   auto const& stateway = document["stateway"];
   std::set<std::string> floods;
   for (auto const& [vlan, list] : document["shmem"]["bridging/l2Rib/floodOutput"]["floodSet"].GetObject())
@@ -112,9 +113,10 @@ class HandMade : public Files {
       CaptureSet set;
       set.overlay(dir(name));
       auto choices = choices_;
-      auto const document = set.stateDocument(choices);
+      Stateway::StateDocument const state(Kiln::JsonDocument(set.stateDocument(choices), "state"));
+      auto const& document = state.root().value();
       choices.vlans.checkTaken();
-      warnings = notesOf(document).warnings;
+      warnings = notesOf(state).warnings;
       text += roads(document);
       if (auto const flooded = floods(document); !flooded.empty()) text += "\n= " + flooded;
       if (auto const vnis = overlay(document); !vnis.empty()) text += "\n= " + vnis;
