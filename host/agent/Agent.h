@@ -102,6 +102,8 @@ class Agent {
   Asic::SimulatedChip& driver() const { return *world_->driver; }
   Stateway::AgentStores const& stores() const { return world_->stores; }
   World const& world() const { return *world_; }
+  /// The document that was applied last.
+  Stateway::StateDocument const& document() const { return document_; }
   /// What the present document says beyond its state.
   Notes const& notes() const { return notes_; }
   /// The entity at a path of the state database; null if it isn't mounted or of another type.

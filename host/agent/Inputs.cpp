@@ -1,13 +1,41 @@
 #include "host/agent/Inputs.h"
 
+#include <fmt/format.h>
+
 #include <filesystem>
+#include <iostream>
+#include <iterator>
 
 #include "host/defaults/DefaultLeaf.h"
 #include "host/import/CaptureSet.h"
+#include "host/output/Progress.h"
 
 namespace Host {
 
 using Stateway::StateDocument;
+
+namespace {
+
+constexpr std::string_view kStandardInput = "-";
+
+std::string restOf(std::istream& in) { return {std::istreambuf_iterator<char>(in), {}}; }
+
+/// The document of a report that was printed together with the state; another document as it is.
+StateDocument withoutReport(StateDocument document) {
+  auto const format = document.root().find("format");
+  if (!format || format->text() == StateDocument::format) return document;
+  if (format->text() != kReportFormat) {
+    format->fail(fmt::format("expected a document of format {}, or a report of format {}", StateDocument::format,
+                             kReportFormat));
+  }
+  auto const state = document.root().find("document");
+  if (!state) document.root().fail("expected a report with the state: run --format json --show state");
+  rapidjson::Document copy;
+  copy.CopyFrom(state->value(), copy.GetAllocator());
+  return StateDocument(Kiln::JsonDocument(std::move(copy), document.source()));
+}
+
+}  // namespace
 
 std::vector<StateDocument> readInputs(std::vector<std::string> const& paths, Choices& choices) {
   std::vector<StateDocument> inputs;
@@ -15,11 +43,14 @@ std::vector<StateDocument> readInputs(std::vector<std::string> const& paths, Cho
   CaptureSet captures;
   for (auto const& path : paths) {
     std::error_code error;
-    if (std::filesystem::is_directory(path, error)) {
+    progressIs("reading " + path);
+    if (path == kStandardInput) {
+      inputs.push_back(withoutReport(StateDocument::parse(restOf(std::cin), "standard input")));
+    } else if (std::filesystem::is_directory(path, error)) {
       captures.overlay(path);
       inputs.emplace_back(Kiln::JsonDocument(captures.stateDocument(choices), path));
     } else {
-      inputs.push_back(StateDocument::read(path));
+      inputs.push_back(withoutReport(StateDocument::read(path)));
     }
   }
   return inputs;

@@ -3,11 +3,13 @@
 #include <CLI/App.hpp>
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
+#include <CLI/Validators.hpp>
 #include <algorithm>
 #include <functional>
 #include <ostream>
 
 #include "host/commands/Commands.h"
+#include "host/commands/Hint.h"
 #include "host/show/TextReport.h"
 #include "platform/stateway/Backend.h"
 
@@ -16,8 +18,25 @@ namespace Host {
 namespace {
 
 constexpr char const* kInputs =
-    "State documents (.json) and directories of captures (what ip -j and bridge -j print), in order; a later directory "
-    "may hold only the files that changed. Default: a captured leaf that is built in";
+    "State documents (.json), directories of captures (what tessel-capture writes) and - for a document on standard "
+    "input, in order; a later directory may hold only the files that changed. Default: a captured leaf that is built "
+    "in";
+
+constexpr char const* kExitCodes =
+    "Exit codes:\n"
+    "  0  everything that the input asks for is in the chip\n"
+    "  1  something is not, as the result says; with --strict also for a warning\n"
+    "  2  the command line or an input can't be used, or the result can't be written; nothing was done\n";
+
+constexpr char const* kOverview =
+    "What is on this host?  On the host: tessel-capture DIR; then anywhere: tessel-agent run DIR\n"
+    "\n"
+    "Examples:\n"
+    "  tessel-agent run                               the sample that is built in\n"
+    "  tessel-agent run leaf1                         what tessel-capture wrote into the directory leaf1\n"
+    "  tessel-agent explain 10.255.0.2 leaf1          why traffic to a VTEP does or does not get there\n"
+    "  tessel-agent COMMAND --help                    options and examples of a command\n"
+    "\n";
 
 /// The commands and the variables of their arguments; parsing selects the command to run.
 class CommandLine {
@@ -26,6 +45,7 @@ class CommandLine {
     app_.name("tessel-agent");
     app_.description("Runs the VXLAN feature of a switch's chip agent on a simulated chip.");
     app_.set_version_flag("--version", std::string("tessel-agent ") + TESSEL_VERSION);
+    app_.footer(std::string(kOverview) + kExitCodes);
     addRun();
     addExplain();
     addImport();
@@ -34,6 +54,7 @@ class CommandLine {
   }
 
   int run(std::vector<std::string> arguments) {
+    auto const typed = arguments;
     try {
       std::reverse(arguments.begin(), arguments.end());
       app_.parse(arguments);
@@ -41,11 +62,45 @@ class CommandLine {
       if (!command_) throw CLI::RequiredError::Subcommand(1);
       return command_();
     } catch (CLI::ParseError const& error) {
-      return app_.exit(error, out_, err_) == 0 ? kGood : kUnusable;
+      auto const code = app_.exit(error, out_, err_) == 0 ? kGood : kUnusable;
+      if (code == kUnusable) printHint(typed);
+      return code;
     }
   }
 
  private:
+  /// For the first word that is no command, and the first option that its command doesn't have.
+  void printHint(std::vector<std::string> const& typed) const {
+    auto const* command = &app_;
+    for (auto const& word : typed) {
+      bool const option = word.starts_with("--");
+      if (!option && word.starts_with('-')) continue;
+      auto const subs = command->get_subcommands([](CLI::App const*) { return true; });
+      auto const sub =
+          std::find_if(subs.begin(), subs.end(), [&](auto const* each) { return each->get_name() == word; });
+      if (!option && sub != subs.end()) {
+        command = *sub;
+        continue;
+      }
+      if (!option && subs.empty()) continue;
+      std::vector<std::string> known;
+      for (auto const* each : subs) known.push_back(each->get_name());
+      if (option) known = optionsOf(*command);
+      auto const name = word.substr(0, word.find('='));
+      if (std::find(known.begin(), known.end(), name) != known.end()) continue;
+      if (auto const hint = hintFor(name, known); !hint.empty()) err_ << hint << '\n';
+      return;
+    }
+  }
+
+  static std::vector<std::string> optionsOf(CLI::App const& command) {
+    std::vector<std::string> names;
+    for (auto const* option : command.get_options()) {
+      for (auto const& name : option->get_lnames()) names.push_back("--" + name);
+    }
+    return names;
+  }
+
   CLI::App& add(char const* name, char const* description, std::function<int()> command) {
     auto* const sub = app_.add_subcommand(name, description);
     sub->callback([this, command = std::move(command)] { command_ = command; });
@@ -53,8 +108,10 @@ class CommandLine {
   }
 
   void addRun() {
-    auto& run = add("run", "Applies inputs to an agent, one after the other, and shows the result",
-                    [this] { return runCommand(run_, out_, err_); });
+    auto& run = add("run", "Applies inputs to an agent, one after the other, and shows the result", [this] {
+      run_.filter = Filter(vteps_, vni_);
+      return runCommand(run_, out_, err_);
+    });
     run.add_option("INPUT", run_.inputs, kInputs);
     run_.addTo(run);
     run.add_option("--show", run_.show, "What to show, comma-separated; json shows all and adds the state on demand")
@@ -62,6 +119,21 @@ class CommandLine {
         ->allow_extra_args(false)
         ->check(CLI::IsMember(std::vector<std::string>(kSections.begin(), kSections.end())))
         ->capture_default_str();
+    run.add_option_function<std::string>(
+           "--vtep", [this](std::string const& text) { vteps_ = text; }, "Shows only tunnels to these VTEPs")
+        ->type_name("ADDRESS|PREFIX");
+    run.add_option_function<std::string>(
+           "--vni", [this](std::string const& text) { vni_ = text; }, "Shows only what concerns this VNI")
+        ->type_name("N");
+    run.footer(
+        "Examples:\n"
+        "  tessel-agent run leaf1                                  a captured host\n"
+        "  tessel-agent run base uplink-down --show-each           a capture, and one of what changed later\n"
+        "  tessel-agent run leaf1 --show vni,groups,resource       sections, one after the other\n"
+        "  tessel-agent run leaf1 --vtep 10.255.0.0/24             some VTEPs\n"
+        "  ssh leaf1 cat state.json | tessel-agent run - --format json\n"
+        "  tessel-agent run examples/chip-fills.json               a scenario\n\n" +
+        std::string(kExitCodes));
     run.add_option("--save-upgrade", run_.saveUpgrade,
                    "Writes the ids in use at the end to this file, for the start of the next agent");
     run.add_option("--restore-upgrade", run_.restoreUpgrade, "Starts with the ids that a former run saved");
@@ -99,15 +171,23 @@ class CommandLine {
 
   void addTypes() {
     auto& types = add("types", "Lists the registered classes, or describes one",
-                      [this] { return typesCommand(name_, plugin_, out_); });
+                      [this] { return typesCommand(name_, plugin_, format_ == "json", out_); });
     types.add_option("NAME", name_, "A class, such as Vane::HwTunnelConfig");
+    addFormat(types);
     types.add_option("--plugin", plugin_, "Plug-in to load in place of the installed one");
   }
 
   void addProfiles() {
-    auto& profiles =
-        add("profiles", "Lists the chip profiles, or describes one", [this] { return profilesCommand(name_, out_); });
+    auto& profiles = add("profiles", "Lists the chip profiles, or describes one",
+                         [this] { return profilesCommand(name_, format_ == "json", out_); });
     profiles.add_option("NAME", name_, "A profile's name, or a file");
+    addFormat(profiles);
+  }
+
+  void addFormat(CLI::App& command) {
+    command.add_option("--format", format_, "How to print")
+        ->check(CLI::IsMember({"text", "json"}))
+        ->capture_default_str();
   }
 
   std::ostream& out_;
@@ -117,8 +197,11 @@ class CommandLine {
   RunOptions run_;
   ExplainOptions explain_;
   InputOptions import_;
+  std::string vteps_;
+  std::string vni_;
   std::string name_;
   std::string plugin_;
+  std::string format_ = "text";
 };
 
 /// Runs `command` and prints what it throws about input.

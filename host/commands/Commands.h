@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "host/commands/AgentOptions.h"
+#include "host/show/Filter.h"
 
 // What each command does with its arguments. All return an exit code, print results to `out` and warnings to `err`, and
 // throw for an input that can't be used.
@@ -14,6 +15,7 @@ namespace Host {
 struct RunOptions : AgentOptions {
   std::vector<std::string> show{"summary"};
   bool showEach = false;
+  Filter filter;               ///< Of what is shown.
   std::string saveUpgrade;     ///< The file of the upgrade document that the run ends with; empty: none.
   std::string restoreUpgrade;  ///< That of the document that the agent starts with; empty: none.
 };
@@ -31,8 +33,8 @@ int explainCommand(ExplainOptions const& options, std::ostream& out, std::ostrea
 /// Prints the state document of the captures of a switch, directories that are its inputs.
 int importCommand(InputOptions const& options, std::ostream& out, std::ostream& err);
 /// Lists the registered classes, or describes the named one.
-int typesCommand(std::string const& name, std::string const& plugin, std::ostream& out);
+int typesCommand(std::string const& name, std::string const& plugin, bool json, std::ostream& out);
 /// Lists the built-in profiles, or describes the named one.
-int profilesCommand(std::string const& nameOrFile, std::ostream& out);
+int profilesCommand(std::string const& nameOrFile, bool json, std::ostream& out);
 
 }  // namespace Host

@@ -7,6 +7,7 @@
 #include "host/show/Explain.h"
 #include "host/show/ExplainGroup.h"
 #include "host/show/ExplainVni.h"
+#include "host/show/JsonReport.h"
 
 namespace Host {
 
@@ -14,17 +15,6 @@ namespace {
 
 /// Prints an explanation, as text or JSON. Returns whether what it explains is as wanted.
 using Explanation = std::function<bool(Agent const& agent, bool json, std::ostream& out)>;
-
-template <class Members>
-void writeObject(std::ostream& out, Members const& members) {
-  {
-    JsonWriter json(out, JsonWriter::Layout::indented);
-    json.object();
-    members(json);
-    json.objectEnd();
-  }
-  out << '\n';
-}
 
 Meshal::IpGenAddr parsedVtep(std::string const& text) {
   Meshal::IpGenAddr vtep;

@@ -44,7 +44,8 @@ void Shower::step(std::string const& name, Kiln::FunctionRef<void(JsonWriter&)> 
 
 bool Shower::end() {
   if (options_.json() && steps_) json_.arrayEnd();
-  if (!options_.showEach) show();
+  // Other programs find the last state in the same place, with steps and without.
+  if (!options_.showEach || options_.json()) show();
   if (options_.json()) {
     writeWarnings(json_, warnings_.all());
     json_.objectEnd();
@@ -54,7 +55,8 @@ bool Shower::end() {
 }
 
 void Shower::show() {
-  auto const report = reportOf(agent_);
+  auto report = reportOf(agent_);
+  options_.filter.apply(report);
   good_ = agent_.settled() && report.isAsWanted();
   auto const& sections = options_.show;
   if (options_.json()) {

@@ -4,6 +4,7 @@
 #include "host/commands/CommandLine.h"
 #include "host/commands/Commands.h"
 #include "host/show/Columns.h"
+#include "host/show/JsonReport.h"
 #include "platform/kiln/Type.h"
 
 namespace Host {
@@ -38,6 +39,26 @@ void printType(std::ostream& out, Kiln::Type const& type) {
   }
 }
 
+void writeType(JsonWriter& json, Kiln::Type const& type) {
+  json.object();
+  json.key("name").text(type.name());
+  json.key("bases").array();
+  for (auto const* base = type.base(); base; base = base->base()) json.text(base->name());
+  json.arrayEnd();
+  json.key("constructible").boolean(type.constructible());
+  json.key("attributes").array();
+  for (auto const* attribute : type.attributes()) {
+    json.object();
+    json.key("id").number(std::uint64_t{attribute->id});
+    json.key("name").text(attribute->name);
+    json.key("type").text(std::string_view(valueTypeText(*attribute)));
+    json.key("writable").boolean(attribute->writable);
+    json.objectEnd();
+  }
+  json.arrayEnd();
+  json.objectEnd();
+}
+
 std::vector<Kiln::Type const*> sortedTypes() {
   auto types = Kiln::types();
   std::sort(types.begin(), types.end(), [](auto const* a, auto const* b) { return a->name() < b->name(); });
@@ -46,16 +67,25 @@ std::vector<Kiln::Type const*> sortedTypes() {
 
 }  // namespace
 
-int typesCommand(std::string const& name, std::string const& plugin, std::ostream& out) {
+int typesCommand(std::string const& name, std::string const& plugin, bool json, std::ostream& out) {
   Plugin::Loader().load(plugin.empty() ? defaultPlugin() : std::filesystem::path(plugin));
+  auto const* const named = name.empty() ? nullptr : Kiln::typeByName(name);
+  if (json && (named || name.empty())) {
+    writeObject(out, [&](JsonWriter& writer) {
+      writer.key("format").text(std::string_view("tessel-types/1"));
+      writer.key("types").array();
+      for (auto const* type : named ? std::vector{named} : sortedTypes()) writeType(writer, *type);
+      writer.arrayEnd();
+    });
+    return kGood;
+  }
   if (name.empty()) {
     for (auto const* type : sortedTypes()) out << type->name() << '\n';
     return kGood;
   }
-  auto const* const type = Kiln::typeByName(name);
-  if (!type)
+  if (!named)
     throw Kiln::InputError("NAME", "", "'" + name + "'", "expected a registered class: see tessel-agent types");
-  printType(out, *type);
+  printType(out, *named);
   return kGood;
 }
 

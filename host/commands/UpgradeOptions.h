@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "host/commands/Commands.h"
-#include "host/upgrade/OutputFile.h"
+#include "host/output/OutputFile.h"
 
 namespace Host {
 

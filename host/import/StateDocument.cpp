@@ -306,6 +306,7 @@ rapidjson::Document stateDocument(Captures const& captures) {
   rapidjson::Document document(rapidjson::kObjectType);
   auto& allocator = document.GetAllocator();
   Writer writer(captures, allocator);
+  put(document, "format", std::string(Stateway::StateDocument::format), allocator);
   put(document, "stateway", writer.stateway(), allocator);
   put(document, "shmem", writer.shmem(), allocator);
   // After all that warns.

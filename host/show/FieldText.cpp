@@ -1,5 +1,8 @@
 #include "host/show/FieldText.h"
 
+#include <algorithm>
+#include <cctype>
+
 #include "platform/asic/Entry.h"
 #include "platform/kiln/Text.h"
 
@@ -49,6 +52,11 @@ std::string_view stateText(Asic::EntryState state) {
       return "waits for a row";
   }
   return "unknown";
+}
+
+std::string nameOf(std::string_view key) {
+  bool const hasValue = std::any_of(key.begin(), key.end(), [](unsigned char c) { return std::isalnum(c) != 0; });
+  return hasValue ? std::string(key) : "default";
 }
 
 std::string rowText(std::optional<Asic::Index> row) { return row ? "row " + Kiln::toText(row->value()) : "no row"; }

@@ -34,6 +34,8 @@ class FieldText final : public Asic::FieldVisitor {
 
 /// "written", "waits for a row", …; "removed" for an entry that no longer exists.
 std::string_view stateText(Asic::EntryState state);
+/// The name of an entry: its key's text, "default" for a key without a value.
+std::string nameOf(std::string_view key);
 /// "row 7", or "no row".
 std::string rowText(std::optional<Asic::Index> row);
 

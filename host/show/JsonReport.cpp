@@ -1,7 +1,10 @@
 #include "host/show/JsonReport.h"
 
+#include "host/agent/Inputs.h"
+#include "host/show/FieldText.h"
 #include "host/show/Sections.h"
 #include "platform/asic/Store.h"
+#include "platform/tessel/l3common/TesselVxlanState.h"
 
 namespace Host {
 
@@ -28,9 +31,9 @@ void writeRow(JsonWriter& json, std::optional<Asic::Index> const& row) {
 
 void writeEntry(JsonWriter& json, Asic::EntryView const& entry) {
   json.object();
-  json.key("key").text(std::string_view(entry.key()));
+  json.key("key").text(std::string_view(nameOf(entry.key())));
   writeRow(json, entry.row());
-  json.key("state").number(static_cast<std::uint64_t>(entry.state()));
+  json.key("state").text(stateText(entry.state()));
   json.key("fields").object();
   FieldJson fields(json);
   entry.fields(fields);
@@ -95,6 +98,58 @@ void writeState(JsonWriter& json, Stateway::AgentStores const& stores) {
   json.objectEnd();
 }
 
+/// Null for no address.
+void writeAddress(JsonWriter& json, std::string_view name, Meshal::IpGenAddr const& address) {
+  json.key(name);
+  address.isUnspecified() ? json.null() : json.text(std::string_view(Kiln::toText(address)));
+}
+
+/// The local end of all tunnels.
+void writeLocal(JsonWriter& json, Agent const& agent) {
+  auto const state = agent.local<TesselL3Common::TesselVxlanState>(kVxlanStatePath);
+  writeAddress(json, "localVtep", state ? state->localVtep() : Meshal::IpGenAddr());
+  writeAddress(json, "localVtep6", state ? state->localVtep6() : Meshal::IpGenAddr());
+  json.key("udpPort").number(std::uint64_t{state ? state->udpPort() : 0U});
+}
+
+void writeNextHop(JsonWriter& json, Vane::NextHopEntry const& hop) {
+  bool const resolved = hop.type() != Vane::nextHopUnresolved;
+  json.object();
+  writeAddress(json, "addr", hop.addr());
+  json.key("mac").text(resolved ? std::optional(Kiln::toText(hop.ethAddr())) : std::nullopt);
+  json.key("port").text(hop.l2Intf().empty() ? std::nullopt : std::optional(std::string(hop.l2Intf().name())));
+  json.key("interface").text(std::string_view(hop.l3Intf().name()));
+  json.objectEnd();
+}
+
+/// A value of a document, as it is.
+void writeValue(JsonWriter& json, rapidjson::Value const& value) {
+  if (value.IsObject()) {
+    json.object();
+    for (auto const& member : value.GetObject()) {
+      json.key({member.name.GetString(), member.name.GetStringLength()});
+      writeValue(json, member.value);
+    }
+    json.objectEnd();
+  } else if (value.IsArray()) {
+    json.array();
+    for (auto const& element : value.GetArray()) writeValue(json, element);
+    json.arrayEnd();
+  } else if (value.IsString()) {
+    json.text({value.GetString(), value.GetStringLength()});
+  } else if (value.IsBool()) {
+    json.boolean(value.GetBool());
+  } else if (value.IsUint64()) {
+    json.number(std::uint64_t{value.GetUint64()});
+  } else if (value.IsInt64()) {
+    json.number(std::int64_t{value.GetInt64()});
+  } else if (value.IsNumber()) {
+    json.number(value.GetDouble());
+  } else {
+    json.null();
+  }
+}
+
 }  // namespace
 
 void writeHandle(JsonWriter& json, Asic::EntryHandle::PtrConst const& handle) {
@@ -102,7 +157,7 @@ void writeHandle(JsonWriter& json, Asic::EntryHandle::PtrConst const& handle) {
   json.object();
   if (handle->record()) {
     json.key("table").text(handle->tableName());
-    json.key("key").text(std::string_view(handle->keyText()));
+    json.key("key").text(std::string_view(nameOf(handle->keyText())));
   } else {
     json.key("table").null();
     json.key("key").null();
@@ -112,18 +167,17 @@ void writeHandle(JsonWriter& json, Asic::EntryHandle::PtrConst const& handle) {
 }
 
 void writeTunnel(JsonWriter& json, TunnelReport const& tunnel) {
-  auto const address = [&](std::string_view name, Meshal::IpGenAddr const& value) {
-    value.af() == Meshal::AddressFamily::unknown ? json.key(name).null()
-                                                 : json.key(name).text(std::string_view(Kiln::toText(value)));
-  };
   json.object();
   json.key("type").text(tunnelTypeText(tunnel.type));
-  address("vtep", tunnel.vtep);
+  writeAddress(json, "vtep", tunnel.vtep);
   json.key("genId").number(tunnel.genId);
-  address("localVtep", tunnel.localVtep);
+  writeAddress(json, "localVtep", tunnel.localVtep);
   json.key("adjId").number(tunnel.adjId ? std::optional(tunnel.adjId.value()) : std::nullopt);
   json.key("tunnelId").number(tunnel.tunnelId);
   json.key("nextHopId").number(tunnel.nextHopId);
+  json.key("nextHops").array();
+  for (auto const& hop : tunnel.nextHops) writeNextHop(json, hop);
+  json.arrayEnd();
   json.key("encapId").number(tunnel.encapId);
   json.key("vlans").array();
   for (auto const vlan : tunnel.vlans) json.number(std::uint64_t{vlan.value()});
@@ -170,8 +224,10 @@ void writeGroup(JsonWriter& json, GroupReport const& group) {
 }
 
 void writeReport(JsonWriter& json, Agent const& agent, Report const& report, bool withState) {
+  json.key("format").text(kReportFormat);
   json.key("profile").text(std::string_view(agent.profile().name()));
   json.key("settled").boolean(agent.settled());
+  writeLocal(json, agent);
   json.key("tunnels").array();
   for (auto const& tunnel : report.tunnels) writeTunnel(json, tunnel);
   json.arrayEnd();
@@ -184,7 +240,10 @@ void writeReport(JsonWriter& json, Agent const& agent, Report const& report, boo
   writeTables(json, agent.chip());
   writeChip(json, agent.chip());
   writeLogs(json, agent.logs());
-  if (withState) writeState(json, agent.stores());
+  if (!withState) return;
+  writeState(json, agent.stores());
+  json.key("document");
+  writeValue(json, agent.document().root().value());
 }
 
 }  // namespace Host

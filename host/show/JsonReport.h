@@ -1,5 +1,7 @@
 #pragma once
 
+#include <ostream>
+
 #include "host/agent/Agent.h"
 #include "host/show/Report.h"
 #include "platform/kiln/JsonOut.h"
@@ -7,6 +9,18 @@
 namespace Host {
 
 using Kiln::JsonWriter;
+
+/// Prints one JSON object to `out`; `members` is called with the writer inside it.
+template <class Members>
+void writeObject(std::ostream& out, Members const& members) {
+  {
+    JsonWriter json(out, JsonWriter::Layout::indented);
+    json.object();
+    members(json);
+    json.objectEnd();
+  }
+  out << '\n';
+}
 
 /// Writes the state of an agent as the members of one JSON object: profile, settled, tunnels, vni, groups, tables,
 /// chip, logs, and with `withState` the state of the three stores. Other programs read this: names and nesting stay as

@@ -179,7 +179,7 @@ void printEntry(std::ostream& out, Asic::EntryView const& entry) {
   FieldText fields(FieldText::Handles::shown);
   entry.fields(fields);
   auto const text = fields.take();
-  out << "  " << entry.key() << ": " << rowText(entry.row());
+  out << "  " << nameOf(entry.key()) << ": " << rowText(entry.row());
   if (entry.state() != Asic::EntryState::written) out << ", " << stateText(entry.state());
   out << (text.empty() ? "" : ", ") << text << '\n';
 }

@@ -1,6 +1,7 @@
 #include "platform/asic/Store.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "platform/kiln/Invariant.h"
 
@@ -53,9 +54,11 @@ void StoreBase::report(std::vector<ChipTableReport>& out) const {
 }
 
 void StoreBase::forEachEntry(Kiln::FunctionRef<void(EntryView const&)> show) const {
+  // Numbers within keys, such as those of addresses, by their value.
   std::vector<std::pair<std::string, RecordBase const*>> order;
   for (auto const* record : all()) order.emplace_back(EntryView(*record).key(), record);
-  std::stable_sort(order.begin(), order.end(), [](auto const& a, auto const& b) { return a.first < b.first; });
+  std::stable_sort(order.begin(), order.end(),
+                   [](auto const& a, auto const& b) { return strverscmp(a.first.c_str(), b.first.c_str()) < 0; });
   for (auto const& [key, record] : order) show(EntryView(*record));
 }
 

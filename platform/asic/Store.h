@@ -57,7 +57,7 @@ class StoreBase : public Dovel::Node {
   virtual std::size_t entrys() const = 0;
   /// The chip's number of a part's first row.
   std::uint32_t base(std::size_t part) const { return parts_[part].layout.base; }
-  /// Shows the entries that have a key, in the order of their keys' text.
+  /// Shows the entries that have a key, in the order of their keys' text, numbers in it by value.
   void forEachEntry(Kiln::FunctionRef<void(EntryView const&)> show) const;
   /// Appends a report for each part.
   void report(std::vector<ChipTableReport>& out) const;

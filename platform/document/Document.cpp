@@ -54,8 +54,12 @@ bool names(StateDocument const& document, Member const& member, std::string_view
 void checkMembers(JsonIn const& root) {
   root.eachMember([](std::string_view name, JsonIn const& value) {
     if (name == StateDocument::notes) return;
+    if (name == "format") {
+      if (value.text() != StateDocument::format) value.fail("expected " + std::string(StateDocument::format));
+      return;
+    }
     if (std::none_of(members.begin(), members.end(), [&](Member const& member) { return member.name == name; })) {
-      value.fail("unknown member, expected one of stateway local shmem notes");
+      value.fail("unknown member, expected one of format stateway local shmem notes");
     }
   });
 }

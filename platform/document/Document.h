@@ -27,11 +27,12 @@ struct AgentStores {
 
 /// The state that an agent is wanted to have: {"stateway": {path: {attribute: value}}, "local": {…}, "shmem": {…}}.
 ///
-/// Its member "notes" is no state, and not read here.
+/// Its members "format" and "notes" are no state; of them only the format is checked.
 ///
 /// A document names the attributes that it decides about. Attributes that no document named keep their current value.
 class StateDocument {
  public:
+  static constexpr std::string_view format = "tessel-state/1";  ///< The value of the member "format", if there is one.
   static constexpr std::string_view notes = "notes";
 
   /// A document that names nothing.

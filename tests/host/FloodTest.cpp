@@ -49,11 +49,11 @@ std::string floodSide(rapidjson::Value const& report) {
   auto const& state = report["state"];
   auto const& statuses = state["stateway"]["hardware/tessel/tunnel/vxlan/herVtepStatus"]["vaneVxlanHwHerVtepStatus"];
   auto const& records = state["local"]["vxlan/bumVtepConfigDir"]["bumVtepConfig"];
-  std::map<std::string, unsigned> rows;
+  std::map<std::string, bool> rows;
   for (auto const* table : {"EpreCcbeNextHopRemapTable", "HerNextHop1Table"}) {
     if (!report["tables"].HasMember(table)) continue;
     for (auto const& row : report["tables"][table]["entries"].GetArray())
-      rows[row["key"].GetString()] = row["state"].GetUint();
+      rows[row["key"].GetString()] = row["state"] == "written";
   }
   EXPECT_EQ(rows.size(), statuses.MemberCount());
   std::string text = "=";
@@ -67,7 +67,7 @@ std::string floodSide(rapidjson::Value const& report) {
       text += fmt::format(" {}>{}", port.GetString(), hop["addr"].GetString());
       auto const one = rows.find(fmt::format("({} , {})", port.GetString(), name));
       auto const row = one == rows.end() ? rows.find("{vtep=" + name + ",herEntry=1}") : one;
-      if (row == rows.end() || row->second != 3) text += '!';
+      if (row == rows.end() || !row->second) text += '!';
     }
   }
   return text + '\n';

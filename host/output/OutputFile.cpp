@@ -1,4 +1,4 @@
-#include "host/upgrade/OutputFile.h"
+#include "host/output/OutputFile.h"
 
 #include <fcntl.h>
 #include <unistd.h>
