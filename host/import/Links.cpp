@@ -14,13 +14,19 @@ constexpr std::uint32_t highestVni = 0xffffff;
 
 DeviceKind kindOf(JsonIn at, std::string const& infoKind) {
   static std::map<std::string, DeviceKind> const kinds{
-      {"bond", DeviceKind::lag},    {"team", DeviceKind::lag}, {"bridge", DeviceKind::bridge},
-      {"vlan", DeviceKind::vlan},   {"vrf", DeviceKind::vrf},  {"vxlan", DeviceKind::vxlan},
-      {"dummy", DeviceKind::dummy},
+      {"", DeviceKind::port},           {"veth", DeviceKind::port},       {"bond", DeviceKind::lag},
+      {"team", DeviceKind::lag},        {"bridge", DeviceKind::bridge},   {"vlan", DeviceKind::vlan},
+      {"macvlan", DeviceKind::macvlan}, {"macvtap", DeviceKind::macvlan}, {"ipvlan", DeviceKind::macvlan},
+      {"ipvtap", DeviceKind::macvlan},  {"vrf", DeviceKind::vrf},         {"vxlan", DeviceKind::vxlan},
+      {"dummy", DeviceKind::dummy},     {"ifb", DeviceKind::dummy},
   };
+  static std::set<std::string> const tunnels{
+      "bareudp", "erspan", "geneve", "gre",   "gretap", "gtp", "ip6erspan", "ip6gre", "ip6gretap", "ip6tnl", "ipip",
+      "nlmon",   "ovpn",   "ppp",    "rmnet", "sit",    "tun", "vti",       "vti6",   "wireguard", "xfrm"};
   if (text(at, "link_type") == "loopback" || hasFlag(at, "flags", "LOOPBACK")) return DeviceKind::loopback;
   auto const kind = kinds.find(infoKind);
-  return kind == kinds.end() ? DeviceKind::port : kind->second;
+  if (kind != kinds.end()) return kind->second;
+  return tunnels.contains(infoKind) ? DeviceKind::tunnel : DeviceKind::port;
 }
 
 std::string tableIn(std::optional<JsonIn> data) {
@@ -50,6 +56,7 @@ Device readDevice(JsonIn at) {
                 .name = std::string(at.member("ifname").text()),
                 .ifindex = numberIn(at.member("ifindex"), 1),
                 .kind = kindOf(at, infoKind),
+                .kindName = infoKind,
                 .master = text(at, "master").value_or(""),
                 .slaveKind = "",
                 .link = text(at, "link").value_or(""),
@@ -170,9 +177,10 @@ bool Links::isPort(Device const& device) const {
 Device const* Links::port(Device const& from) const {
   auto at = &from;
   // Limited by the number of devices: a capture can claim a cycle of sub-interfaces.
-  for (std::size_t steps = 0; at && at->kind == DeviceKind::vlan && steps < devices_.size(); ++steps) {
-    at = device(at->link);
-  }
+  auto const isUpper = [](Device const& device) {
+    return device.kind == DeviceKind::vlan || device.kind == DeviceKind::macvlan;
+  };
+  for (std::size_t steps = 0; at && isUpper(*at) && steps < devices_.size(); ++steps) at = device(at->link);
   return at && isPort(*at) ? at : nullptr;
 }
 

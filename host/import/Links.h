@@ -14,7 +14,10 @@
 namespace Host::Import {
 
 /// What a network device is for the switch.
-enum class DeviceKind { port, lag, bridge, vlan, vxlan, vrf, dummy, loopback };
+///
+/// `macvlan` is any device with addresses of its own on another one; `tunnel` any that encapsulates, or that no port of
+/// a switch can be.
+enum class DeviceKind { port, lag, bridge, vlan, macvlan, vxlan, tunnel, vrf, dummy, loopback };
 
 /// A network device of the kernel.
 struct Device {
@@ -22,6 +25,7 @@ struct Device {
   std::string name;
   std::uint32_t ifindex = 0;
   DeviceKind kind = DeviceKind::port;
+  std::string kindName;       ///< As the kernel names it, such as "gre"; empty: none, as of a physical port.
   std::string master;         ///< The bridge, bond or VRF that it belongs to; empty: none.
   std::string slaveKind;      ///< What the master is.
   std::string link;           ///< The device under it; empty: none that this switch knows.
@@ -63,7 +67,8 @@ class Links {
   std::string l3Name(Device const& device) const;
   /// Whether it is the interface of a VLAN of a bridge, and no sub-interface of a port.
   bool isBridgeVlan(Device const& device) const;
-  /// The port or LAG that frames over this device leave by, through VLAN sub-interfaces; null where there is none.
+  /// The port or LAG that frames over this device leave by, through VLAN sub-interfaces and the like; null where there
+  /// is none.
   Device const* port(Device const& device) const;
   /// Whether the device can be the port of a next hop.
   bool isPort(Device const& device) const;

@@ -5,6 +5,7 @@
 
 #include "host/show/Columns.h"
 #include "host/show/FieldText.h"
+#include "host/show/NextHops.h"
 #include "host/show/Sections.h"
 #include "platform/asic/Store.h"
 #include "platform/kiln/JsonOut.h"
@@ -22,10 +23,11 @@ std::string addressOrNone(Meshal::IpGenAddr const& address) {
   return address.isUnspecified() ? "none" : Kiln::toText(address);
 }
 
-void addNextHop(std::vector<std::string>& cells, Vane::NextHopEntry const& hop) {
+void addNextHop(std::vector<std::string>& cells, Vane::NextHopEntry const& hop, unsigned weight) {
   cells.push_back(Kiln::toText(hop.addr()));
   cells.push_back(hop.type() == Vane::nextHopResolved ? Kiln::toText(hop.ethAddr()) : "unresolved");
-  cells.push_back((hop.l2Intf().empty() ? hop.l3Intf() : hop.l2Intf()).name());
+  auto const interface = (hop.l2Intf().empty() ? hop.l3Intf() : hop.l2Intf()).name();
+  cells.push_back(weight == 1 ? interface : interface + ", weight " + Kiln::toText(weight));
 }
 
 void printHeader(std::ostream& out, Agent const& agent) {
@@ -65,8 +67,8 @@ void addTunnel(Columns& columns, TunnelReport const& tunnel) {
   std::vector<std::string> cells{Kiln::toText(tunnel.vtep), numberOrDash(tunnel.tunnelId),
                                  numberOrDash(tunnel.nextHopId),
                                  tunnel.adjId ? Kiln::toText(tunnel.adjId.value()) : "-"};
-  for (auto const& hop : tunnel.nextHops) {
-    addNextHop(cells, hop);
+  for (auto const& [hop, weight] : weighedNextHops(tunnel.nextHops)) {
+    addNextHop(cells, hop, weight);
     columns.row(std::move(cells));
     cells = std::vector<std::string>(4);
   }
