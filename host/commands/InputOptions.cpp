@@ -37,6 +37,12 @@ std::vector<Stateway::StateDocument> readInputs(InputOptions const& options) {
   return inputs;
 }
 
+WarningLog::WarningLog(InputOptions const& options, std::ostream& err) : options_(options), err_(err) {
+  if (options.inputs.empty() && !options.quiet) {
+    err << "no input: this is the built-in sample, a captured leaf switch\n";
+  }
+}
+
 void WarningLog::add(Stateway::StateDocument const& document) {
   auto const before = warnings_.all().size();
   for (auto& warning : notesOf(document).warnings) warnings_.add(std::move(warning));

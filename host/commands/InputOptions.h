@@ -30,8 +30,8 @@ std::vector<Stateway::StateDocument> readInputs(InputOptions const& options);
 /// Collects the warnings of documents, each once, and prints them where the options ask for it.
 class WarningLog {
  public:
-  /// REQUIRES: both outlive this.
-  WarningLog(InputOptions const& options, std::ostream& err) : options_(options), err_(err) {}
+  /// Says where there is no input that a sample is shown. REQUIRES: both outlive this.
+  WarningLog(InputOptions const& options, std::ostream& err);
 
   /// Those of the document's notes. Throws `InputError` for notes that can't be read.
   void add(Stateway::StateDocument const& document);

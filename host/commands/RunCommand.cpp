@@ -22,9 +22,9 @@ int runCommand(RunOptions const& options, std::ostream& out, std::ostream& err) 
   AgentOptions::Traces const traces(options);
   auto const agent = options.makeAgent(upgradeToRestore(options));
   for (auto const& input : inputs) agent->check(input);
+  UpgradeSaver saver(options);
   WarningLog warnings(options, err);
   for (auto const& input : inputs) warnings.add(input);
-  UpgradeSaver saver(options);
   // Every input is good: from here on output may be printed.
   Shower shower(options, *agent, warnings, out, false);
   for (auto& input : inputs) {

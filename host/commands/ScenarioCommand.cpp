@@ -111,11 +111,11 @@ int scenarioCommand(RunOptions options, Stateway::StateDocument const& document,
   AgentOptions::Traces const traces(options);
   auto const agent = options.makeAgent(upgradeToRestore(options));
   check(*agent, scenario, document.source());
+  UpgradeSaver saver(options);
   WarningLog warnings(options, err);
   for (auto const& step : scenario.steps) {
     if (step.state) warnings.add(*step.state);
   }
-  UpgradeSaver saver(options);
   Shower shower(options, *agent, warnings, out, true);
   bool expects = false;
   bool hold = true;

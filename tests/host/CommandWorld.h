@@ -43,6 +43,14 @@ inline Ran run(std::vector<std::string> const& arguments) {
 inline std::string data(std::string const& name) { return TESSEL_SOURCE_DIR "/tests/data/" + name; }
 inline std::string capture(std::string const& name) { return data("captures/" + name); }
 
+/// The arguments of a command line, which the program's name precedes.
+inline std::vector<std::string> argumentsOf(std::string const& line) {
+  std::istringstream stream(line);
+  std::vector<std::string> words;
+  for (std::string word; stream >> word;) words.push_back(word.starts_with('@') ? data(word.substr(1)) : word);
+  return {words.begin() + 1, words.end()};
+}
+
 /// Whether `text` contains the parts in this order.
 inline testing::AssertionResult inOrder(std::string const& text, std::vector<std::string> const& parts) {
   std::size_t at = 0;

@@ -12,14 +12,6 @@
 
 namespace Host::Test {
 
-/// The arguments of a command line, which the program's name precedes.
-std::vector<std::string> argumentsOf(std::string const& line) {
-  std::istringstream stream(line);
-  std::vector<std::string> words;
-  for (std::string word; stream >> word;) words.push_back(word.starts_with('@') ? data(word.substr(1)) : word);
-  return {words.begin() + 1, words.end()};
-}
-
 TEST(Commands, printAndEndAsWrittenDown) {
   for (auto& [given, result] : cases("input/commands.txt")) {
     auto const ran = run(argumentsOf(given[0]));
