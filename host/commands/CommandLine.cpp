@@ -38,6 +38,9 @@ constexpr char const* kOverview =
     "  tessel-agent COMMAND --help                    options and examples of a command\n"
     "\n";
 
+constexpr char const* kOperand =
+    "A state: a state document, a directory of captures, or several in order, comma-separated (base,events/02)";
+
 /// The commands and the variables of their arguments; parsing selects the command to run.
 class CommandLine {
  public:
@@ -48,6 +51,7 @@ class CommandLine {
     app_.footer(std::string(kOverview) + kExitCodes);
     addRun();
     addExplain();
+    addDiff();
     addImport();
     addTypes();
     addProfiles();
@@ -161,6 +165,22 @@ class CommandLine {
     sub->callback([this, what] { explain_.what = what; });
   }
 
+  void addDiff() {
+    auto& diff =
+        add("diff",
+            "Shows what two states have otherwise: what is wanted, tunnels, rows and the use of the chip. Exit "
+            "code 0: nothing, 1: something, 2: an input that can't be used",
+            [this] { return diffCommand(diff_, out_, err_); });
+    diff.add_option("A", diff_.from, kOperand)->required();
+    diff.add_option("B", diff_.to, kOperand)->required();
+    diff_.addTo(diff);
+    diff.add_option("--show", diff_.show, "What to compare, comma-separated")
+        ->delimiter(',')
+        ->allow_extra_args(false)
+        ->check(CLI::IsMember(std::vector<std::string>(kDiffSections.begin(), kDiffSections.end())))
+        ->capture_default_str();
+  }
+
   void addImport() {
     auto* const import = app_.add_subcommand("import", "Converts the output of other programs to a state document");
     auto* const iproute2 = import->add_subcommand("iproute2", "From captures of ip -j and bridge -j");
@@ -196,6 +216,7 @@ class CommandLine {
   std::function<int()> command_;
   RunOptions run_;
   ExplainOptions explain_;
+  DiffOptions diff_;
   InputOptions import_;
   std::string vteps_;
   std::string vni_;

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <array>
 #include <iosfwd>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/commands/AgentOptions.h"
@@ -11,6 +13,9 @@
 // throw for an input that can't be used.
 
 namespace Host {
+
+/// What `diff` compares.
+inline constexpr std::array<std::string_view, 6> kDiffSections{"wish", "tunnels", "vni", "groups", "rows", "chip"};
 
 struct RunOptions : AgentOptions {
   std::vector<std::string> show{"summary"};
@@ -29,6 +34,14 @@ struct ExplainOptions : AgentOptions {
   std::string name;  ///< The VTEP's address, or the number of the VNI or group.
 };
 int explainCommand(ExplainOptions const& options, std::ostream& out, std::ostream& err);
+
+struct DiffOptions : AgentOptions {
+  std::string from;  ///< Operands, as `readOperand` takes them.
+  std::string to;
+  std::vector<std::string> show{kDiffSections.begin(), kDiffSections.end()};
+};
+/// Shows what two states have otherwise. Ends with `kGood` for equal states and `kNotProgrammed` for others.
+int diffCommand(DiffOptions const& options, std::ostream& out, std::ostream& err);
 
 /// Prints the state document of the captures of a switch, directories that are its inputs.
 int importCommand(InputOptions const& options, std::ostream& out, std::ostream& err);

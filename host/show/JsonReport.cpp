@@ -2,6 +2,7 @@
 
 #include "host/agent/Inputs.h"
 #include "host/show/FieldText.h"
+#include "host/show/Resource.h"
 #include "host/show/Sections.h"
 #include "platform/asic/Store.h"
 #include "platform/tessel/l3common/TesselVxlanState.h"
@@ -239,6 +240,7 @@ void writeReport(JsonWriter& json, Agent const& agent, Report const& report, boo
   json.arrayEnd();
   writeTables(json, agent.chip());
   writeChip(json, agent.chip());
+  writeResources(json, agent.chip());
   writeLogs(json, agent.logs());
   if (!withState) return;
   writeState(json, agent.stores());

@@ -23,8 +23,8 @@ void writeObject(std::ostream& out, Members const& members) {
 }
 
 /// Writes the state of an agent as the members of one JSON object: profile, settled, tunnels, vni, groups, tables,
-/// chip, logs, and with `withState` the state of the three stores. Other programs read this: names and nesting stay as
-/// they are. REQUIRES: inside an object.
+/// chip, resource, logs, and with `withState` the state of the three stores. Other programs read this: names and
+/// nesting stay as they are. REQUIRES: inside an object.
 void writeReport(JsonWriter& json, Agent const& agent, Report const& report, bool withState);
 
 void writeTunnel(JsonWriter& json, TunnelReport const& tunnel);

@@ -6,6 +6,7 @@
 #include "host/show/Columns.h"
 #include "host/show/FieldText.h"
 #include "host/show/NextHops.h"
+#include "host/show/Resource.h"
 #include "host/show/Sections.h"
 #include "platform/asic/Store.h"
 #include "platform/kiln/JsonOut.h"
@@ -132,7 +133,7 @@ void printSummary(std::ostream& out, Agent const& agent, Report const& report) {
   printGroupSummary(out, report.groups);
   if (!agent.settled())
     out << "Not settled: writes to the chip are still pending, or the agent does not come to rest\n";
-  printLogs(out, agent);
+  printLogTotals(out, agent.logs());
 }
 
 void printTunnels(std::ostream& out, std::vector<TunnelReport> const& tunnels) {
@@ -234,6 +235,7 @@ void printSection(std::ostream& out, std::string_view section, Agent const& agen
   if (section == "groups") return printGroups(out, report.groups);
   if (section == "tables") return printTables(out, agent.chip());
   if (section == "chip") return printChip(out, agent.chip());
+  if (section == "resource") return printResources(out, agent.chip());
   if (section == "logs") return printLogs(out, agent);
   printState(out, agent.stores());
 }

@@ -9,7 +9,7 @@
 namespace Host {
 
 /// The sections of a report, by the names of the command line.
-inline constexpr std::array<std::string_view, 8> kSections{"summary", "tunnels", "vni",  "groups",
+inline constexpr std::array<std::string_view, 9> kSections{"summary", "tunnels", "vni",  "groups", "resource",
                                                            "tables",  "chip",    "logs", "state"};
 
 /// Prints one section. REQUIRES: `section` is one of `kSections`.

@@ -12,6 +12,8 @@ namespace Asic {
 class FieldVisitor {
  public:
   virtual void number(std::string_view name, std::uint64_t value) = 0;
+  /// A number that the table computes from what the entry refers to.
+  virtual void computed(std::string_view name, std::uint64_t value) { number(name, value); }
   /// An address, a bitmap, an interface.
   virtual void text(std::string_view name, std::string value) = 0;
   /// `target` may be null; a don't-care handle has no record.
@@ -33,6 +35,7 @@ class EntryView {
   std::string key() const;
   std::optional<Index> row() const;
   EntryState state() const;
+  EntryHandle const& handle() const { return record_.weak(); }
   /// Whether the entry's key was removed while other entries still refer to it.
   bool removed() const;
   void fields(FieldVisitor& visitor) const;

@@ -177,7 +177,7 @@ void show(E const& entry, FieldVisitor& visitor) {
     } else if constexpr (isHandle<Field>) {
       visitor.handle(name, value);
     } else if constexpr (isFilledByTable<Field>) {
-      visitor.number(name, value.value);
+      visitor.computed(name, value.value);
     } else if constexpr (std::is_arithmetic_v<Field> || std::is_enum_v<Field>) {
       visitor.number(name, static_cast<std::uint64_t>(value));
     } else if constexpr (!isResponse<Field>) {

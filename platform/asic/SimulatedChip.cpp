@@ -55,6 +55,8 @@ EntryState SimulatedChip::writeRow(RowWrite const& write) {
   // A row that is all key has no words.
   std::copy(write.words.begin(), write.words.end(), table.at(write.row));
   table.written[write.row - table.base] = 1;
+  if (observer_) [[unlikely]]
+    observer_->written(table.layout->table, write.row - table.base, write.entry);
   return EntryState::written;
 }
 
@@ -62,6 +64,8 @@ void SimulatedChip::clearRow(TableId id, std::uint32_t row) {
   auto& table = *tables_[id];
   std::fill_n(table.at(row), table.wordsOfRow, 0);
   table.written[row - table.base] = 0;
+  if (observer_) [[unlikely]]
+    observer_->cleared(table.layout->table, row - table.base);
 }
 
 void SimulatedChip::refuseNth(std::uint64_t n, EntryState with) {

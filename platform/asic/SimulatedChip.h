@@ -8,6 +8,17 @@
 
 namespace Asic {
 
+/// Sees what a simulated chip accepts, after each change of a row. It may read tables, and must not write.
+class RowObserver {
+ public:
+  /// `row` counts from the first row of the table.
+  virtual void written(std::string_view table, std::uint32_t row, EntryHandle const& entry) = 0;
+  virtual void cleared(std::string_view table, std::uint32_t row) = 0;
+
+ protected:
+  ~RowObserver() = default;
+};
+
 /// A chip in memory: each row as numbers by field name.
 ///
 /// Its tables are as large as the profile says. Can be set to refuse writes, with `failed` or `full`; the row is then
@@ -33,6 +44,9 @@ class SimulatedChip final : public ChipDriver {
   void refuseKey(std::string_view keyText, EntryState with);
   /// Ends all refusals.
   void refuseNone();
+
+  /// Null for none. It outlives its use.
+  void observerIs(RowObserver* observer) { observer_ = observer; }
 
   /// Whether a row is written. REQUIRES: the table exists.
   bool isWritten(std::string_view table, std::uint32_t row) const;
@@ -65,6 +79,7 @@ class SimulatedChip final : public ChipDriver {
   Completion completion_;
   std::vector<std::unique_ptr<Table>> tables_;
   std::vector<Refusal> refusals_;
+  RowObserver* observer_ = nullptr;
 };
 
 /// A chip of a profile, simulated.

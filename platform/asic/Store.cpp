@@ -48,9 +48,15 @@ void StoreBase::report(std::vector<ChipTableReport>& out) const {
                    .used = used_,
                    .writes = part.writes,
                    .clears = part.clears,
-                   .refused = part.refused,
+                   .refused = rowless_ + part.refused,
                    .store = this});
   }
+}
+
+std::uint64_t StoreBase::refusedWrites() const {
+  std::uint64_t sum = 0;
+  for (auto const& part : parts_) sum += part.refused;
+  return sum;
 }
 
 void StoreBase::forEachEntry(Kiln::FunctionRef<void(EntryView const&)> show) const {
@@ -142,6 +148,7 @@ bool StoreBase::releaseRows(RecordBase& record) {
   }
   if (record.fixedRow) fixedRows_.erase(first);
   if (first >= reserved_) count == 1 ? pool_.clearBit(first) : pool_.clearRange(first, count);
+  mostUsed_ = mostUsed();
   used_ -= count;
   return true;
 }
@@ -176,7 +183,7 @@ void StoreBase::finishRewrite(RecordBase& record, EntryState outcome) {
 
 void StoreBase::refusedForRoom(RecordBase& record) {
   if (!record.hasRow()) {
-    for (auto& part : parts_) ++part.refused;
+    ++rowless_;
     if (!fits(record)) {
       if (record.waiting) dequeue(record);
       return;

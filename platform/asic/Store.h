@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <map>
 #include <span>
@@ -51,6 +52,10 @@ class StoreBase : public Dovel::Node {
   void hasSpaceIs(bool hasSpace);
   /// Allocated rows, and reserved ones that are written.
   std::uint32_t used() const { return used_; }
+  /// The most rows that were allocated at any moment.
+  std::uint32_t mostUsed() const { return std::max(mostUsed_, used_); }
+  /// Writes that the chip refused, and entries that found no row.
+  std::uint64_t refused() const { return rowless_ + refusedWrites(); }
   /// Entries in the queue.
   std::size_t waiting() const { return queue_.size(); }
   /// Keys.
@@ -156,6 +161,7 @@ class StoreBase : public Dovel::Node {
   static constexpr unsigned kRankShift = 62;
   static constexpr std::uint64_t firstPlace(Rank rank) { return static_cast<std::uint64_t>(rank) << kRankShift; }
 
+  std::uint64_t refusedWrites() const;
   void expire(RecordBase& record);
   std::optional<std::uint32_t> findRows(std::uint32_t length) const;
   void assignRows(RecordBase& record, std::uint32_t first);
@@ -185,6 +191,8 @@ class StoreBase : public Dovel::Node {
   std::uint32_t capacity_ = 0;
   std::uint32_t reserved_ = 0;
   std::uint32_t used_ = 0;
+  std::uint32_t mostUsed_ = 0;  ///< Before rows were last released.
+  std::uint64_t rowless_ = 0;   ///< How often an entry found no row.
   bool published_ = false;
   bool hasSpace_ = true;
   Anvil::HBitmap pool_;

@@ -43,11 +43,14 @@ inline Ran run(std::vector<std::string> const& arguments) {
 inline std::string data(std::string const& name) { return TESSEL_SOURCE_DIR "/tests/data/" + name; }
 inline std::string capture(std::string const& name) { return data("captures/" + name); }
 
-/// The arguments of a command line, which the program's name precedes.
+/// The arguments of a command line, which the program's name precedes; "@" is the directory of the tests' data.
 inline std::vector<std::string> argumentsOf(std::string const& line) {
   std::istringstream stream(line);
   std::vector<std::string> words;
-  for (std::string word; stream >> word;) words.push_back(word.starts_with('@') ? data(word.substr(1)) : word);
+  for (std::string word; stream >> word;) {
+    for (auto at = word.find('@'); at != word.npos; at = word.find('@')) word.replace(at, 1, data(""));
+    words.push_back(word);
+  }
   return {words.begin() + 1, words.end()};
 }
 

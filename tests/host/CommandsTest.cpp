@@ -12,8 +12,11 @@
 
 namespace Host::Test {
 
-TEST(Commands, printAndEndAsWrittenDown) {
-  for (auto& [given, result] : cases("input/commands.txt")) {
+class CommandCases : public testing::TestWithParam<char const*> {};
+INSTANTIATE_TEST_SUITE_P(Files, CommandCases, testing::Values("input/commands.txt", "compare/commands.txt"));
+
+TEST_P(CommandCases, printAndEndAsWrittenDown) {
+  for (auto& [given, result] : cases(GetParam())) {
     auto const ran = run(argumentsOf(given[0]));
     SCOPED_TRACE(given[0] + '\n' + ran.err);
     EXPECT_EQ("= " + std::to_string(ran.code) + '\n', result);
