@@ -52,6 +52,7 @@ class CommandLine {
     addRun();
     addExplain();
     addDiff();
+    addPlan();
     addImport();
     addTypes();
     addProfiles();
@@ -165,6 +166,14 @@ class CommandLine {
     sub->callback([this, what] { explain_.what = what; });
   }
 
+  void addPlan() {
+    auto& plan = add("plan", "Tries a change of state; nothing is applied to a switch",
+                     [this] { return planCommand(plan_, out_, err_); });
+    plan.add_option("INPUT", plan_.inputs, "The state B after the change")->required();
+    plan_.addTo(plan);
+    plan.add_option("--from", plan_.from, "The state A before the change: what moving to B writes")->required();
+  }
+
   void addDiff() {
     auto& diff =
         add("diff",
@@ -217,6 +226,7 @@ class CommandLine {
   RunOptions run_;
   ExplainOptions explain_;
   DiffOptions diff_;
+  PlanOptions plan_;
   InputOptions import_;
   std::string vteps_;
   std::string vni_;

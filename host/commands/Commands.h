@@ -43,6 +43,12 @@ struct DiffOptions : AgentOptions {
 /// Shows what two states have otherwise. Ends with `kGood` for equal states and `kNotProgrammed` for others.
 int diffCommand(DiffOptions const& options, std::ostream& out, std::ostream& err);
 
+struct PlanOptions : AgentOptions {
+  std::string from;  ///< An operand.
+};
+/// Tries a change and shows what it would write.
+int planCommand(PlanOptions const& options, std::ostream& out, std::ostream& err);
+
 /// Prints the state document of the captures of a switch, directories that are its inputs.
 int importCommand(InputOptions const& options, std::ostream& out, std::ostream& err);
 /// Lists the registered classes, or describes the named one.

@@ -1,6 +1,7 @@
 #include "host/compare/Snapshot.h"
 
 #include "host/show/FieldText.h"
+#include "host/show/NextHops.h"
 #include "host/show/Report.h"
 #include "host/show/Sections.h"
 #include "platform/asic/Entry.h"
@@ -16,17 +17,19 @@ std::string stateLine(std::optional<std::string> const& reason) {
   return "state=" + (reason ? "not programmed: " + *reason : "programmed") + '\n';
 }
 
-std::string nextHopLine(Vane::NextHopEntry const& hop) {
+std::string nextHopLine(WeighedNextHop const& weighed) {
+  auto const& hop = weighed.hop;
   auto line = "next hop=" + Kiln::toText(hop.addr());
   line += ' ' + (hop.type() == Vane::nextHopUnresolved ? "unresolved" : Kiln::toText(hop.ethAddr()));
-  return line + ' ' + std::string((hop.l2Intf().empty() ? hop.l3Intf() : hop.l2Intf()).name()) + '\n';
+  return line + ' ' + std::string((hop.l2Intf().empty() ? hop.l3Intf() : hop.l2Intf()).name()) +
+         (weighed.weight == 1 ? "\n" : " x" + Kiln::toText(weighed.weight) + '\n');
 }
 
 void add(ItemList& items, TunnelReport const& tunnel) {
   std::string lines;
   if (tunnel.adjId) lines += "adjacency=" + Kiln::toText(tunnel.adjId.value()) + '\n';
   lines += "local VTEP=" + Kiln::toText(tunnel.localVtep) + '\n';
-  for (auto const& hop : tunnel.nextHops) lines += nextHopLine(hop);
+  for (auto const& hop : weighedNextHops(tunnel.nextHops)) lines += nextHopLine(hop);
   for (auto const vlan : tunnel.vlans) lines += "VLAN=" + Kiln::toText(vlan) + '\n';
   lines += stateLine(tunnel.reason);
   items.add(tunnelTypeText(tunnel.type), Kiln::toText(tunnel.vtep), lines,
