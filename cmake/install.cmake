@@ -23,6 +23,8 @@ if(TARGET tessel-agent)
   install(DIRECTORY docs/schemas examples DESTINATION share/doc/tessel-agent COMPONENT agent)
 endif()
 
+install(PROGRAMS scripts/capture DESTINATION bin RENAME tessel-capture)
+
 foreach(folder platform TesselVxlan)
   if(EXISTS ${CMAKE_SOURCE_DIR}/${folder})
     install(DIRECTORY ${folder} DESTINATION ${TESSEL_INCLUDE_DIR} COMPONENT devel FILES_MATCHING PATTERN *.h)

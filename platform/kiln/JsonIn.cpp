@@ -221,6 +221,25 @@ std::string readWhole(std::string const& name, std::size_t limit) {
   return text;
 }
 
+/// The text with what a lenient reader accepts in strings replaced.
+std::string repaired(std::string_view text) {
+  std::string result;
+  result.reserve(text.size());
+  bool inString = false;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    auto const c = text[i];
+    auto const byte = static_cast<unsigned char>(c);
+    if (inString && c == '\\' && i + 1 < text.size()) {
+      if (text[++i] != '\'') result += c;
+      result += text[i];
+    } else {
+      if (c == '"') inString = !inString;
+      result += inString && (byte < 0x20 || byte > 0x7e) ? '?' : c;
+    }
+  }
+  return result;
+}
+
 template <class T>
 std::string expectedWhole(T min, T max) {
   return "expected a whole number from " + toText(min) + " to " + toText(max);
@@ -229,6 +248,20 @@ std::string expectedWhole(T min, T max) {
 }  // namespace
 
 JsonDocument JsonDocument::parse(std::string_view text, std::string source, Limits const& limits) {
+  if (!limits.lenient) return parseExact(text, std::move(source), limits);
+  try {
+    return parseExact(text, source, limits);
+  } catch (InputError const&) {
+    try {
+      return parseExact(repaired(text), source, limits);
+    } catch (InputError const&) {
+      // The error about the original text has the right place.
+    }
+    throw;
+  }
+}
+
+JsonDocument JsonDocument::parseExact(std::string_view text, std::string source, Limits const& limits) {
   rapidjson::Document json;
   LimitedHandler handler(json, limits);
   rapidjson::MemoryStream bytes(text.data(), text.size());
@@ -253,7 +286,7 @@ JsonDocument JsonDocument::parse(std::string_view text, std::string source, Limi
                      handler.found().empty() ? expectedBy(result.Code()) : handler.expected());
   }
   JsonDocument document(std::move(json), std::move(source));
-  if (auto const* repeated = repeatedNameBelow(document.json_)) {
+  if (auto const* repeated = limits.lenient ? nullptr : repeatedNameBelow(document.json_)) {
     JsonIn(document, *repeated).fail("expected one member of this name");
   }
   return document;

@@ -23,6 +23,9 @@ class JsonDocument {
     std::size_t depth = 64;
     std::size_t values = std::size_t{16} << 20;
     std::size_t bytes = std::size_t{256} << 20;
+    /// Reads what programs that print no exact JSON print: an object may have several members of one name, of which the
+    /// first counts; a string may have control characters, `\'` and bytes that are not UTF-8, which become '?'.
+    bool lenient = false;
   };
 
   /// An empty object without a source.
@@ -43,6 +46,8 @@ class JsonDocument {
   JsonIn root() const;
 
  private:
+  static JsonDocument parseExact(std::string_view text, std::string source, Limits const& limits);
+
   rapidjson::Document json_;
   std::string source_;
 };
