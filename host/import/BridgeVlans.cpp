@@ -23,8 +23,9 @@ std::vector<JsonIn> listOf(JsonIn at, std::string_view key) {
   return list ? objects(*list) : std::vector<JsonIn>();
 }
 
-/// Where a VXLAN device says its VNI.
-JsonIn vniAt(Device const& device) { return device.at.member("linkinfo").member("info_data").member("id"); }
+/// Where a VXLAN device has its settings, its VNI among them.
+JsonIn dataOf(Device const& device) { return device.at.member("linkinfo").member("info_data"); }
+JsonIn vniAt(Device const& device) { return dataOf(device).member("id"); }
 
 /// Calls `visit(device, element)` for each element of the devices' lists under `key`; a null file has none.
 template <class Visit>
@@ -39,7 +40,7 @@ void eachOf(JsonDocument const* file, std::string_view key, Visit visit) {
 }  // namespace
 
 BridgeVlans::BridgeVlans(Files const& files, Links const& links, VlanChoices& choices, Warnings& warnings)
-    : links_(links), warnings_(warnings), next_(firstAssigned) {
+    : links_(links), warnings_(warnings), files_(files), next_(firstAssigned) {
   for (auto const device : links_.devices()) {
     if (links_.isBridgeVlan(*device)) used_.insert(device->vlanId);
   }
@@ -51,8 +52,9 @@ BridgeVlans::BridgeVlans(Files const& files, Links const& links, VlanChoices& ch
 
 void BridgeVlans::readPortVlans(JsonDocument const* file) {
   eachOf(file, "vlans", [&](std::string const& name, JsonIn at) {
-    auto const vlan = vlanIn(at.member("vlan"));
-    auto const last = lastOf(at, "vlanEnd", vlan);
+    auto const vlan = number(at.member("vlan"));
+    auto const last = number(at, "vlanEnd").value_or(vlan);
+    if (vlan == 0 || last > highestVlan) return;
     if (hasFlag(at, "flags", "PVID")) pvids_[name] = vlan;
     auto const port = links_.device(name);
     auto const bridge = port && !port->master.empty() ? links_.device(port->master) : port;
@@ -66,7 +68,13 @@ void BridgeVlans::readTunnels(JsonDocument const* file, VlanChoices& choices) {
   eachOf(file, "tunnels", [&](std::string const& device, JsonIn at) { addTunnels(device, at, choices); });
 }
 
+bool BridgeVlans::isOtherVti(std::string const& name) const {
+  auto const device = links_.device(name);
+  return device && device->otherVti;
+}
+
 void BridgeVlans::addTunnels(std::string const& device, JsonIn at, VlanChoices& choices) {
+  if (isOtherVti(device)) return;
   auto const vlan = vlanIn(at.member("vlan"));
   auto const length = lastOf(at, "vlanEnd", vlan) - vlan;
   auto const tunid = at.member("tunid");
@@ -74,25 +82,33 @@ void BridgeVlans::addTunnels(std::string const& device, JsonIn at, VlanChoices& 
   if (auto const end = at.find("tunidEnd")) numberIn(*end, vni + length, vni + length);
   for (std::uint32_t i = 0; i <= length; ++i) {
     if (vni + i != 0) {
-      addKernelVlan(tunid, vni + i, {vlan + i, device}, choices);
+      addKernelVlan(tunid, vni + i, {vlan + i, device, false}, choices);
     } else {
-      passOver(tunid, device, "a switch has no VNI 0");
+      passOver(tunid, 0, device, "a switch has no VNI 0");
     }
   }
 }
 
 void BridgeVlans::readDevices(VlanChoices& choices) {
   for (auto const device : links_.devices()) {
-    if (device->kind != DeviceKind::vxlan || device->vni == 0) continue;
+    if (device->kind != DeviceKind::vxlan) continue;
+    if (!files_.tunnels && !device->otherVti && has(dataOf(*device), "external")) {
+      warnMissing("bridge-vlan-tunnelshow.json", "the VNIs of " + device->name + " have no VLAN");
+    }
+    if (device->vni == 0) continue;
+    choices.take(device->vni);
+    if (device->otherVti) {
+      passedOver_.emplace(device->name, device->name + " is no part of the tunnel interface");
+      continue;
+    }
     auto const id = vniAt(*device);
     auto const bridge = links_.device(device->master);
-    choices.take(device->vni);
     if (!bridge) {
-      passOver(id, device->name, fmt::format("ip-link.json has no bridge for {}", device->name));
+      passOver(id, device->vni, device->name, fmt::format("ip-link.json has no bridge for {}", device->name));
     } else if (bridge->filtersVlans) {
       addFiltered(*device, choices);
     } else if (auto const [first, isNew] = unnumbered_.try_emplace(device->vni, Unnumbered{id, device}); !isNew) {
-      passOver(id, device->name, fmt::format("{} has this VNI, too", first->second.device->name));
+      passOver(id, device->vni, device->name, fmt::format("{} has this VNI, too", first->second.device->name));
     }
   }
 }
@@ -100,9 +116,10 @@ void BridgeVlans::readDevices(VlanChoices& choices) {
 void BridgeVlans::addFiltered(Device const& device, VlanChoices& choices) {
   auto const id = vniAt(device);
   if (auto const pvid = pvids_.find(device.name); pvid != pvids_.end()) {
-    addKernelVlan(id, device.vni, {pvid->second, device.name}, choices);
+    addKernelVlan(id, device.vni, {pvid->second, device.name, false}, choices);
   } else {
-    passOver(id, device.name, fmt::format("bridge-vlan.json has no PVID for {}", device.name));
+    if (!files_.portVlans) warnMissing("bridge-vlan.json", "VNIs of bridges that filter VLANs have no VLAN");
+    passOver(id, device.vni, device.name, fmt::format("bridge-vlan.json has no PVID for {}", device.name));
   }
 }
 
@@ -117,9 +134,9 @@ bool BridgeVlans::add(JsonIn at, std::uint32_t vni, Vni const& entry) {
   auto const sameVni = vnis_.find(vni);
   auto const sameVlan = vniOfVlan_.find(entry.vlan);
   if (sameVni != vnis_.end()) {
-    passOver(at, entry.device, fmt::format("VNI {} has VLAN {} already", vni, sameVni->second.vlan));
+    passOver(at, vni, entry.device, fmt::format("VNI {} has VLAN {} already", vni, sameVni->second.vlan));
   } else if (sameVlan != vniOfVlan_.end()) {
-    passOver(at, entry.device, fmt::format("VLAN {} has VNI {} already", entry.vlan, sameVlan->second));
+    passOver(at, vni, entry.device, fmt::format("VLAN {} has VNI {} already", entry.vlan, sameVlan->second));
   } else {
     vnis_.emplace(vni, entry);
     vniOfVlan_.emplace(entry.vlan, vni);
@@ -135,10 +152,10 @@ void BridgeVlans::assign(VlanChoices& choices) {
     auto const& [at, device] = unnumbered;
     if (auto const known = bridgeVlans_.find(device->master); known != bridgeVlans_.end()) {
       auto const first = vniOfVlan_.at(known->second);
-      passOver(at, device->name, fmt::format("the bridge {} has VNI {} already", device->master, first));
+      passOver(at, vni, device->name, fmt::format("the bridge {} has VNI {} already", device->master, first));
     } else if (auto const vlan = vlanFor(vni, choices); vlan > highestVlan) {
-      passOver(at, device->name, fmt::format("there is no VLAN id left for the bridge {}", device->master));
-    } else if (add(at, vni, {vlan, device->name})) {
+      passOver(at, vni, device->name, fmt::format("there is no VLAN id left for the bridge {}", device->master));
+    } else if (add(at, vni, {vlan, device->name, true})) {
       bridgeVlans_.emplace(device->master, vlan);
     }
   }
@@ -153,9 +170,14 @@ std::uint32_t BridgeVlans::vlanFor(std::uint32_t vni, VlanChoices& choices) {
   return next_;
 }
 
-void BridgeVlans::passOver(JsonIn at, std::string const& device, std::string const& why) {
+void BridgeVlans::passOver(JsonIn at, std::uint32_t vni, std::string const& device, std::string const& why) {
   passedOver_.emplace(device, why);
-  warnings_.add("no-vlan", at, "ignored: " + why);
+  warnings_.add("no-vlan", at, "ignored: " + why,
+                vni == 0 ? "the VLAN has no VNI" : fmt::format("VNI {} of {} is not programmed", vni, device));
+}
+
+void BridgeVlans::warnMissing(std::string const& file, std::string const& consequence) {
+  warnings_.add({"missing-file", files_.directory + file, "", "no such file", consequence});
 }
 
 BridgeVlans::Result BridgeVlans::vlanOf(std::string const& name, std::optional<std::uint32_t> vni) const {

@@ -21,16 +21,19 @@ namespace Host::Import {
 /// - A device in another bridge, which is one VLAN of the switch: the chosen VLAN of its VNI. The kernel has none, so
 ///   that without a choice the VLANs from 2 up that have no other use are assigned in the order of the VNIs.
 ///
-/// A VNI has one VLAN and a VLAN one VNI: a further one is passed over with a warning, as is a VNI without a VLAN.
+/// A VNI has one VLAN and a VLAN one VNI: a further one is passed over with a warning, as is a VNI without a VLAN. VNIs
+/// of devices that are no part of the tunnel interface are not read; those of devices that are down keep their VLANs.
 class BridgeVlans {
  public:
   /// What is read; each may be null.
   struct Files {
     JsonDocument const* portVlans = nullptr;  ///< What `bridge vlan` prints.
     JsonDocument const* tunnels = nullptr;    ///< What `bridge vlan tunnelshow` prints.
+    std::string directory;                    ///< Where a missing one is expected; ends with a separator.
   };
-  /// `links` is kept. Throws InputError where a value is of a wrong type or a VLAN is outside 1 to 4094, and for a
-  /// choice of a VLAN that has another use or for a VNI to which the kernel has assigned another VLAN.
+  /// `links` is kept. Ports' VLANs outside 1 to 4094 are skipped. Throws InputError where a value is of a wrong type or
+  /// a VNI's VLAN is outside that range, and for a choice of a VLAN that has another use or for a VNI to which the
+  /// kernel has assigned another VLAN.
   BridgeVlans(Files const& files, Links const& links, VlanChoices& choices, Warnings& warnings);
 
   /// The VLAN of a device or, with `vni`, of one of its VNIs. `vlan` is 0 where it has none, for the reason `why`.
@@ -43,6 +46,7 @@ class BridgeVlans {
   struct Vni {
     std::uint32_t vlan = 0;
     std::string device;
+    bool assigned = false;  ///< The kernel has no VLAN for it.
   };
   /// By number. The only place that VLANs of VNIs are taken from.
   std::map<std::uint32_t, Vni> const& vnis() const { return vnis_; }
@@ -67,10 +71,13 @@ class BridgeVlans {
   /// Above `highestVlan` where no VLAN is left.
   std::uint32_t vlanFor(std::uint32_t vni, VlanChoices& choices);
   bool add(JsonIn at, std::uint32_t vni, Vni const& entry);
-  void passOver(JsonIn at, std::string const& device, std::string const& why);
+  bool isOtherVti(std::string const& device) const;
+  void passOver(JsonIn at, std::uint32_t vni, std::string const& device, std::string const& why);
+  void warnMissing(std::string const& file, std::string const& consequence);
 
   Links const& links_;
   Warnings& warnings_;
+  Files files_;
   std::map<std::string, std::uint32_t> pvids_;
   std::map<std::uint32_t, Vni> vnis_;
   std::map<std::uint32_t, std::uint32_t> vniOfVlan_;

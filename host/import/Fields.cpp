@@ -17,6 +17,13 @@ std::optional<std::string> text(JsonIn at, std::string_view key) {
   return member ? std::optional(std::string(member->text())) : std::nullopt;
 }
 
+std::optional<std::string> word(JsonIn at, std::string_view key) {
+  auto const member = at.find(key);
+  if (!member) return std::nullopt;
+  if (member->isText()) return std::string(member->text());
+  return member->value().IsUint() ? std::optional(std::to_string(member->value().GetUint())) : std::nullopt;
+}
+
 std::uint32_t numberIn(JsonIn at, std::uint32_t min, std::uint32_t max) {
   return static_cast<std::uint32_t>(at.unsignedNumber(min, max));
 }
@@ -29,7 +36,7 @@ std::optional<std::uint32_t> number(JsonIn at, std::string_view key) {
 bool hasFlag(JsonIn at, std::string_view key, std::string_view word) {
   bool found = false;
   if (auto const member = at.find(key)) {
-    member->eachElement([&](JsonIn const& element) { found = element.text() == word || found; });
+    member->eachElement([&](JsonIn const& element) { found = found || (element.isText() && element.text() == word); });
   }
   return found;
 }

@@ -3,7 +3,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <set>
+#include <tuple>
 
 namespace Host::Import {
 
@@ -11,6 +13,8 @@ namespace {
 
 constexpr std::uint32_t highestVlan = 4094;
 constexpr std::uint32_t highestVni = 0xffffff;
+/// What the devices of one tunnel interface have in common.
+constexpr std::array<std::string_view, 3> vtiKeys{"local", "local6", "port"};
 
 DeviceKind kindOf(JsonIn at, std::string const& infoKind) {
   static std::map<std::string, DeviceKind> const kinds{
@@ -23,15 +27,22 @@ DeviceKind kindOf(JsonIn at, std::string const& infoKind) {
   static std::set<std::string> const tunnels{
       "bareudp", "erspan", "geneve", "gre",   "gretap", "gtp", "ip6erspan", "ip6gre", "ip6gretap", "ip6tnl", "ipip",
       "nlmon",   "ovpn",   "ppp",    "rmnet", "sit",    "tun", "vti",       "vti6",   "wireguard", "xfrm"};
-  if (text(at, "link_type") == "loopback" || hasFlag(at, "flags", "LOOPBACK")) return DeviceKind::loopback;
+  if (word(at, "link_type") == "loopback" || hasFlag(at, "flags", "LOOPBACK")) return DeviceKind::loopback;
   auto const kind = kinds.find(infoKind);
   if (kind != kinds.end()) return kind->second;
   return tunnels.contains(infoKind) ? DeviceKind::tunnel : DeviceKind::port;
 }
 
-std::string tableIn(std::optional<JsonIn> data) {
-  auto const table = data ? number(*data, "table") : std::nullopt;
-  return table ? std::to_string(*table) : "";
+std::string tableIn(std::optional<JsonIn> data) { return data ? word(*data, "table").value_or("") : ""; }
+
+/// 0 also for one that is no VLAN of a switch: kernels accept 0 and 4095, for frames with a priority alone.
+std::uint32_t vlanIn(JsonIn data) {
+  auto const id = number(data, "id").value_or(0);
+  return id <= highestVlan ? id : 0;
+}
+
+bool isUp(JsonIn at) {
+  return !has(at, "flags") || (hasFlag(at, "flags", "UP") && !hasFlag(at, "flags", "NO-CARRIER"));
 }
 
 std::uint32_t vniIn(JsonIn data) {
@@ -43,7 +54,7 @@ void readInfo(JsonIn info, Device& device) {
   auto const data = info.find("info_data");
   device.slaveKind = text(info, "info_slave_kind").value_or("");
   if (device.kind == DeviceKind::bridge && data) device.filtersVlans = number(*data, "vlan_filtering").value_or(0) != 0;
-  if (device.kind == DeviceKind::vlan && data) device.vlanId = numberIn(data->member("id"), 0, highestVlan);
+  if (device.kind == DeviceKind::vlan && data) device.vlanId = vlanIn(*data);
   if (device.kind == DeviceKind::vxlan && data) device.vni = vniIn(*data);
   if (device.kind == DeviceKind::vrf) device.table = tableIn(data);
   if (device.slaveKind == "vrf") device.table = tableIn(info.find("info_slave_data"));
@@ -57,13 +68,15 @@ Device readDevice(JsonIn at) {
                 .ifindex = numberIn(at.member("ifindex"), 1),
                 .kind = kindOf(at, infoKind),
                 .kindName = infoKind,
-                .master = text(at, "master").value_or(""),
+                .master = word(at, "master").value_or(""),
                 .slaveKind = "",
-                .link = text(at, "link").value_or(""),
+                .link = word(at, "link").value_or(""),
                 .vlanId = 0,
                 .vni = 0,
                 .filtersVlans = false,
-                .table = ""};
+                .table = "",
+                .up = isUp(at),
+                .otherVti = false};
   if (info) readInfo(*info, device);
   return device;
 }
@@ -72,6 +85,26 @@ Device readDevice(JsonIn at) {
 bool hasDetails(JsonDocument const& file) {
   auto const all = objects(file.root());
   return std::any_of(all.begin(), all.end(), [](JsonIn at) { return has(at, "linkinfo"); });
+}
+
+/// Only `ip -d` prints how often a device is promiscuous, of any kind of device.
+bool isWithoutDetails(JsonDocument const& file) {
+  auto const all = objects(file.root());
+  return !all.empty() &&
+         std::none_of(all.begin(), all.end(), [](JsonIn at) { return has(at, "linkinfo") || has(at, "promiscuity"); });
+}
+
+/// A member that says something: no address of all zeros.
+std::optional<JsonIn> vtiValue(JsonIn data, std::string_view key) {
+  auto const value = data.find(key);
+  if (value && value->isText() && (value->text() == "0.0.0.0" || value->text() == "::")) return std::nullopt;
+  return value;
+}
+
+std::string lossOf(Device const& device, VtiChoice const& choice) {
+  auto const remotes = choice.remotes.find(device.name);
+  return fmt::format("its {} VTEPs and {} are not programmed", remotes == choice.remotes.end() ? 0 : remotes->second,
+                     device.vni == 0 ? "VNIs" : fmt::format("VNI {}", device.vni));
 }
 
 /// One device in two files of the same age.
@@ -87,7 +120,8 @@ void requireSameSource(JsonIn known, JsonIn data, std::string const& name) {
 
 }  // namespace
 
-Links::Links(JsonDocument const* links, JsonDocument const* vxlanLinks, std::strong_ordering vxlanLinksAge)
+Links::Links(JsonDocument const* links, JsonDocument const* vxlanLinks, std::strong_ordering vxlanLinksAge,
+             VtiChoice const& choice, Warnings& warnings)
     : complete_(links != nullptr) {
   bool const detailed = links && hasDetails(*links);
   bool const superseded = vxlanLinks && vxlanLinksAge > 0;
@@ -96,9 +130,15 @@ Links::Links(JsonDocument const* links, JsonDocument const* vxlanLinks, std::str
   if (superseded) std::erase_if(devices_, [](auto const& each) { return each.second.kind == DeviceKind::vxlan; });
   if (detailed && !superseded) addVxlanDevices(*links);
   if (vxlanLinks && !(detailed && vxlanLinksAge < 0)) addVxlanDevices(*vxlanLinks);
-  for (auto const& [name, data] : vxlanData_) mergeVti(data, name);
+  if (links && isWithoutDetails(*links)) {
+    warnings.add({"no-details", links->source(), "", "printed without -d: no device has its kind",
+                  vxlanLinks ? "bridges, VLANs and bonds are taken for ports"
+                             : "VXLAN devices, bridges, VLANs and bonds are taken for ports: there is no local VTEP"});
+  }
   for (auto const& [name, device] : devices_) ordered_.push_back(&device);
   std::sort(ordered_.begin(), ordered_.end(), [](auto a, auto b) { return a->ifindex < b->ifindex; });
+  addToVti(choice, warnings);
+  readVti();
 }
 
 void Links::addDevices(JsonDocument const& file) {
@@ -121,27 +161,73 @@ void Links::addVxlanDevices(JsonDocument const& file) {
   }
 }
 
-void Links::mergeVti(JsonIn data, std::string const& name) {
-  auto const agreed = [&](char const* key) {
-    auto const value = data.find(key);
-    if (!value) return value;
-    auto const [first, isNew] = agreed_.try_emplace(key, *value, name);
-    auto const& [theirs, owner] = first->second;
-    if (!isNew && theirs.shown() != value->shown()) {
-      value->fail(fmt::format("expected {} for {}, as {} has it", theirs.shown(), name, owner));
-    }
-    return value;
+std::vector<Device*> Links::byPreference(VtiChoice const& choice) {
+  std::vector<Device*> devices;
+  for (auto const& [name, data] : vxlanData_) devices.push_back(&devices_.at(name));
+  auto const rank = [&](Device const* device) {
+    auto const remotes = choice.remotes.find(device->name);
+    auto const count = remotes == choice.remotes.end() ? 0 : remotes->second;
+    return std::tuple(device->name != choice.name, !device->up, ~count, device->ifindex);
   };
+  std::sort(devices.begin(), devices.end(), [&](auto a, auto b) { return rank(a) < rank(b); });
+  if (!choice.name.empty() && (devices.empty() || devices.front()->name != choice.name)) {
+    std::string names;
+    for (auto const device : devices) names += ' ' + device->name;
+    throw Kiln::InputError("--vti", "", "'" + choice.name + "'",
+                           names.empty() ? "expected captures with a VXLAN device" : "expected one of" + names);
+  }
+  return devices;
+}
+
+void Links::addToVti(VtiChoice const& choice, Warnings& warnings) {
+  auto const devices = byPreference(choice);
+  for (auto const device : devices) {
+    auto const data = vxlanData_.at(device->name);
+    if (!device->up) {
+      warnings.add("down", device->at.member("flags"), "ignored: " + device->name + " is down",
+                   lossOf(*device, choice));
+      // The chosen one says which devices belong together, even so.
+      if (device != devices.front()) continue;
+    }
+    if (auto const value = disagreement(data)) {
+      device->otherVti = true;
+      warnings.add(
+          "other-vti", *value,
+          fmt::format("ignored: {} is no part of the tunnel interface of {}", device->name, devices.front()->name),
+          lossOf(*device, choice));
+      continue;
+    }
+    for (auto const key : vtiKeys) {
+      if (auto const value = vtiValue(data, key)) agreed_.try_emplace(std::string(key), *value, device->name);
+    }
+    if (device->up) vtiDevices_.push_back(device);
+  }
+  std::erase_if(vxlanData_, [this](auto const& each) { return devices_.at(each.first).otherVti; });
+}
+
+std::optional<JsonIn> Links::disagreement(JsonIn data) const {
+  for (auto const key : vtiKeys) {
+    auto const value = vtiValue(data, key);
+    auto const known = agreed_.find(std::string(key));
+    if (value && known != agreed_.end() && known->second.first.shown() != value->shown()) return value;
+  }
+  return std::nullopt;
+}
+
+void Links::readVti() {
+  if (vtiDevices_.empty()) return;
   auto const address = [&](char const* key, bool v6, std::optional<IpGenAddr>& into) {
-    auto const value = agreed(key);
-    if (!value) return;
-    auto const parsed = ipAddr(*value);
-    if (parsed.isIpv6() != v6) value->fail(v6 ? "expected an IPv6 address" : "expected an IPv4 address");
-    if (!parsed.isUnspecified()) into = unicastIpAddr(*value, "local VTEP");
+    auto const found = agreed_.find(key);
+    if (found == agreed_.end()) return;
+    auto const at = found->second.first;
+    if (ipAddr(at).isIpv6() != v6) at.fail(v6 ? "expected an IPv6 address" : "expected an IPv4 address");
+    into = unicastIpAddr(at, "local VTEP");
   };
   address("local", false, vti_.srcAddr);
   address("local6", true, vti_.srcAddrV6);
-  if (auto const port = agreed("port")) vti_.udpPort = numberIn(*port, 0, 0xffff);
+  if (auto const port = agreed_.find("port"); port != agreed_.end()) {
+    vti_.udpPort = numberIn(port->second.first, 0, 0xffff);
+  }
 }
 
 std::string Links::underlayTable() const {

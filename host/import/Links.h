@@ -1,6 +1,7 @@
 #pragma once
 
 #include <compare>
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -10,6 +11,7 @@
 
 #include "host/import/Address.h"
 #include "host/import/Fields.h"
+#include "host/notes/Warnings.h"
 
 namespace Host::Import {
 
@@ -33,26 +35,44 @@ struct Device {
   std::uint32_t vni = 0;      ///< Of a VXLAN device; 0: it carries several.
   bool filtersVlans = false;  ///< Of a bridge: whether it keeps VLANs apart.
   std::string table;          ///< Routing table of a VRF, or of the VRF that it belongs to; empty: main.
+  bool up = true;             ///< Administratively up and not without carrier.
+  bool otherVti = false;      ///< A VXLAN device of another tunnel interface than the switch's one.
+
+  /// Whether the switch has what a VXLAN device has.
+  bool isProgrammed() const { return up && !otherVti; }
 };
 
-/// The VXLAN tunnel interface that all VXLAN devices together make up.
+/// The VXLAN tunnel interface that VXLAN devices with equal local addresses and UDP port together make up.
 struct Vti {
   std::optional<IpGenAddr> srcAddr;
   std::optional<IpGenAddr> srcAddrV6;
   std::optional<std::uint32_t> udpPort;
 };
 
+/// Which VXLAN device has the tunnel interface: the one of that `name`; without a name the one with most `remotes`, of
+/// those the one with the lowest ifindex, and one that is down only if all are.
+struct VtiChoice {
+  std::string name;
+  std::map<std::string, std::size_t> remotes;  ///< Numbers of remote VTEPs, by device.
+};
+
 /// The network devices of a switch, and the VXLAN tunnel interface.
+///
+/// The switch has one tunnel interface. VXLAN devices whose local address (of either family) or UDP port differ from
+/// those of the chosen one are no part of it; a warning names them, and those that are down.
 class Links {
  public:
   /// `links` has all devices, `vxlanLinks` the VXLAN devices; one may be null. Where both have VXLAN devices the newer
   /// one counts, and both must agree if neither is (`vxlanLinksAge`: the age of `vxlanLinks` against `links`).
-  /// Throws InputError where a value is of a wrong type, or VXLAN devices disagree.
-  Links(JsonDocument const* links, JsonDocument const* vxlanLinks, std::strong_ordering vxlanLinksAge);
+  /// Throws InputError where a value is of a wrong type, and for a choice that names no VXLAN device.
+  Links(JsonDocument const* links, JsonDocument const* vxlanLinks, std::strong_ordering vxlanLinksAge,
+        VtiChoice const& choice, Warnings& warnings);
   Links(Links const&) = delete;
   Links& operator=(Links const&) = delete;
 
   Vti const& vti() const { return vti_; }
+  /// Those that the tunnel interface consists of and that are up, the chosen one first.
+  std::vector<Device const*> const& vtiDevices() const { return vtiDevices_; }
   /// The routing table of the VXLAN devices' underlay; main as well where they do not agree.
   std::string underlayTable() const;
 
@@ -76,7 +96,11 @@ class Links {
  private:
   void addDevices(JsonDocument const& file);
   void addVxlanDevices(JsonDocument const& file);
-  void mergeVti(JsonIn data, std::string const& name);
+  std::vector<Device*> byPreference(VtiChoice const& choice);
+  void addToVti(VtiChoice const& choice, Warnings& warnings);
+  /// The first value that differs from the tunnel interface's.
+  std::optional<JsonIn> disagreement(JsonIn data) const;
+  void readVti();
 
   bool complete_;
   std::map<std::string, Device> devices_;
@@ -84,6 +108,7 @@ class Links {
   std::map<std::string, JsonIn> vxlanData_;                       ///< `info_data` of each VXLAN device.
   std::map<std::string, std::pair<JsonIn, std::string>> agreed_;  ///< By key: first value, and the device that has it.
   Vti vti_;
+  std::vector<Device const*> vtiDevices_;
 };
 
 }  // namespace Host::Import

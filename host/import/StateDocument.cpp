@@ -13,6 +13,7 @@
 #include "host/import/Links.h"
 #include "host/import/Neighbours.h"
 #include "host/import/NextHopObjects.h"
+#include "host/import/OuterHeader.h"
 #include "host/import/Underlay.h"
 #include "host/notes/Notes.h"
 #include "platform/vane/VaneHelperVni.h"
@@ -41,13 +42,17 @@ class Writer {
  public:
   Writer(Captures const& captures, Allocator& allocator)
       : allocator_(allocator),
-        links_(captures.links, captures.vxlanLinks, captures.vxlanLinksAge),
+        warnings_(captures.problems),
+        links_(captures.links, captures.vxlanLinks, captures.vxlanLinksAge,
+               {captures.choices->vti, Fdb::remotes(captures.fdb)}, warnings_),
         nextHops_(captures.nextHops, captures.nextHopsName, warnings_),
-        vlans_({captures.vlans, captures.vlanTunnels}, links_, captures.choices->vlans, warnings_),
+        vlans_({captures.vlans, captures.vlanTunnels, captures.directory}, links_, captures.choices->vlans, warnings_),
         l3Numbers_(links_, vlans_),
-        fdb_(*captures.fdb, links_, vlans_, nextHops_, warnings_),
+        fdb_(captures.fdb, links_, vlans_, nextHops_, warnings_),
         underlay_(captures.routes, links_.underlayTable(), nextHops_, links_, l3Numbers_),
         neighbours_(captures.neighbours),
+        header_(outerHeader(links_.vtiDevices(), warnings_)),
+        host_(captures.host),
         fdbIsNewer_(captures.fdbIsNewer),
         flooded_(flooded()),
         paths_(pathsOf(fdb_, underlay_)),
@@ -65,6 +70,14 @@ class Writer {
     put(paths, "vxlan/version2/vtepStatusDir", wrapped("vtepAdjacency", floodRoutes()), allocator_);
     put(paths, "vane/l3IntfTable", l3Interfaces(), allocator_);
     put(paths, "hardware/tessel/port/config", ports(), allocator_);
+    if (header_.dscpOfInner) put(paths, "vxlan/config", wrapped("dscpPropagation", Value(true)), allocator_);
+    return paths;
+  }
+
+  /// Empty where the switch's own values are as wanted.
+  Value local() {
+    auto paths = object();
+    if (header_.ttl) put(paths, std::string(kVxlanStatePath), wrapped("ttl", Value(*header_.ttl)), allocator_);
     return paths;
   }
 
@@ -76,7 +89,11 @@ class Writer {
 
   Value notes() {
     Notes notes;
+    notes.host = host_;
     notes.warnings = warnings_.all();
+    for (auto const& [vni, entry] : vlans_.vnis()) {
+      if (isPresent(entry.device)) notes.vnis.emplace(vni, vniNote(entry));
+    }
     return notesValue(notes, allocator_);
   }
 
@@ -90,6 +107,12 @@ class Writer {
     return paths;
   }
 
+  Notes::Vni vniNote(BridgeVlans::Vni const& entry) const {
+    auto const device = links_.device(entry.device);
+    return {entry.device, device ? number(device->at, "mtu") : std::nullopt,
+            entry.assigned ? std::nullopt : std::optional(entry.vlan)};
+  }
+
   /// Those that the chip has encapsulation ids for.
   std::set<IpGenAddr> flooded() {
     std::set<IpGenAddr> vteps;
@@ -98,7 +121,8 @@ class Writer {
         vteps.insert(vtep);
       } else {
         warnings_.add("too-many", flooded.at,
-                      "ignored: a switch floods to at most " + Kiln::toText(maxFloodTunnels) + " VTEPs");
+                      "ignored: a switch floods to at most " + Kiln::toText(maxFloodTunnels) + " VTEPs",
+                      "no frames are flooded there");
       }
     }
     return vteps;
@@ -122,11 +146,18 @@ class Writer {
     if (vti.srcAddr) put(status, "srcAddr", Kiln::toText(*vti.srcAddr), allocator_);
     if (vti.srcAddrV6) put(status, "srcAddrV6", Kiln::toText(*vti.srcAddrV6), allocator_);
     if (vti.udpPort) put(status, "udpPort", Value(*vti.udpPort), allocator_);
+    if (header_.sourcePorts) {
+      put(status, "udpSrcPort", Value(header_.sourcePorts->first), allocator_);
+      put(status, "udpSrcPortLength", Value(header_.sourcePorts->second), allocator_);
+    }
     return wrapped("vtiStatus", wrapped("Vxlan1", std::move(status)));
   }
 
-  /// A device that has been removed since the links were captured leaves no entry.
-  bool isPresent(std::string const& device) const { return !fdbIsNewer_ || fdb_.knows(device); }
+  /// A device that has been removed since the links were captured leaves no entry. One that is down keeps its VLAN.
+  bool isPresent(std::string const& name) const {
+    auto const device = links_.device(name);
+    return (!device || device->isProgrammed()) && (!fdbIsNewer_ || fdb_.knows(name));
+  }
 
   Value vniMap() {
     std::map<std::uint32_t, std::uint32_t> vniOf;
@@ -243,7 +274,6 @@ class Writer {
       out = mac ? links_.device(fdb_.portBehind(bridge, device.vlanId, *mac)) : nullptr;
     }
     auto const port = out ? links_.port(*out) : nullptr;
-    if (port) usedPorts_.insert(port->name);
     return port ? port->name : "";
   }
 
@@ -261,27 +291,29 @@ class Writer {
   }
 
   Value ports() {
-    auto table = object();
-    std::map<std::uint32_t, std::string> names;
+    std::vector<Device const*> all;
+    std::set<std::uint32_t> taken;
     for (auto const device : links_.devices()) {
-      if (!links_.isPort(*device) || !hasPortNumber(*device)) continue;
-      auto const [first, isNew] = names.emplace(device->ifindex, device->name);
-      if (!isNew) device->at.member("ifindex").fail("expected a number of its own: " + first->second + " has it, too");
+      if (!links_.isPort(*device)) continue;
+      all.push_back(device);
+      if (device->ifindex <= highestPort) taken.insert(device->ifindex);
+    }
+    auto table = object();
+    std::set<std::uint32_t> used;
+    auto next = highestPort;
+    for (auto const device : all) {
+      auto number = device->ifindex;
+      // A kernel counts further than a chip, and from one again in each namespace.
+      if (number > highestPort || !used.insert(number).second) {
+        while (taken.contains(next)) --next;
+        number = next--;
+      }
       auto port = object();
       put(port, "kind", device->kind == DeviceKind::lag ? "lag" : "port", allocator_);
-      put(port, "number", Value(device->ifindex), allocator_);
+      put(port, "number", Value(number), allocator_);
       put(table, device->name, std::move(port), allocator_);
     }
     return wrapped("port", std::move(table));
-  }
-
-  /// A kernel counts further than a chip: refused for the port of a next hop, passed over with a warning for another.
-  bool hasPortNumber(Device const& device) {
-    if (device.ifindex <= highestPort) return true;
-    auto const ifindex = device.at.member("ifindex");
-    if (usedPorts_.contains(device.name)) numberIn(ifindex, 1, highestPort);
-    warnings_.add("port-number", ifindex, "ignored: a port's number is at most " + Kiln::toText(highestPort));
-    return false;
   }
 
   Allocator& allocator_;
@@ -293,11 +325,12 @@ class Writer {
   Fdb fdb_;
   Underlay underlay_;
   Neighbours neighbours_;
+  OuterHeader header_;
+  std::string host_;
   bool fdbIsNewer_;
   std::set<IpGenAddr> flooded_;
   std::map<IpGenAddr, Path> paths_;
   AdjacencyIds ids_;
-  std::set<std::string> usedPorts_;  ///< Of next hops; complete after the tunnels.
 };
 
 }  // namespace
@@ -309,6 +342,8 @@ rapidjson::Document stateDocument(Captures const& captures) {
   put(document, "format", std::string(Stateway::StateDocument::format), allocator);
   put(document, "stateway", writer.stateway(), allocator);
   put(document, "shmem", writer.shmem(), allocator);
+  auto local = writer.local();
+  if (local.MemberCount() != 0) put(document, "local", std::move(local), allocator);
   // After all that warns.
   auto notes = writer.notes();
   if (notes.MemberCount() != 0) put(document, "notes", std::move(notes), allocator);

@@ -25,6 +25,10 @@ struct Warning {
 /// Warnings in the order in which they occur, each once.
 class Warnings {
  public:
+  Warnings() = default;
+  explicit Warnings(std::vector<Warning> const& first) {
+    for (auto const& each : first) add(each);
+  }
   void add(Warning warning);
   /// About a value of a document.
   void add(std::string_view kind, Kiln::JsonIn at, std::string ignored, std::string consequence = "");

@@ -79,6 +79,31 @@ std::string overlay(rapidjson::Value const& document) {
   return text;
 }
 
+/// "host NAME local ADDRESS ... ttl N source FIRST+COUNT dscp | ports NAME=NUMBER ...", of what differs from the switch
+/// that is written by hand.
+std::string headers(rapidjson::Value const& document) {
+  auto const& stateway = document["stateway"];
+  std::string text;
+  if (document.HasMember("notes") && document["notes"].HasMember("host"))
+    text += std::string(" host ") + document["notes"]["host"].GetString();
+  auto const& vti = stateway["interface/status/eth/vxlan"]["vtiStatus"]["Vxlan1"];
+  for (auto const key : {"srcAddr", "srcAddrV6"}) {
+    if (vti.HasMember(key) && std::string(vti[key].GetString()) != "10.255.0.1")
+      text += std::string(" ") + vti[key].GetString();
+  }
+  if (document.HasMember("local"))
+    text += " ttl " + std::to_string(document["local"]["tesselVxlan/vxlanState"]["ttl"].GetUint());
+  if (vti.HasMember("udpSrcPort"))
+    text += " source " + std::to_string(vti["udpSrcPort"].GetUint()) + "+" +
+            std::to_string(vti["udpSrcPortLength"].GetUint());
+  if (stateway.HasMember("vxlan/config")) text += " dscp";
+  for (auto const& [name, port] : stateway["hardware/tessel/port/config"]["port"].GetObject()) {
+    auto const number = port["number"].GetUint();
+    if (number > 60000) text += std::string(" ") + name.GetString() + "=" + std::to_string(number);
+  }
+  return text.empty() ? text : "has" + text;
+}
+
 /// A switch that is written by hand, in tests/data/input/switch: two uplinks, a VXLAN device, a bridge with VLAN 10,
 /// and one remote VTEP, 10.255.0.2. Each test replaces the files that it is about.
 class HandMade : public Files {
@@ -89,6 +114,7 @@ class HandMade : public Files {
     remove_all(base());
     put("links", vxlan(R"("local":"10.255.0.1","port":4789)"));
     put("remotes", "10.255.0.2");
+    put("routes", "");
     put("ip-neigh.json", given("ip-neigh.json"));
   }
   static std::string vxlan(std::string const& data) {
@@ -102,6 +128,7 @@ class HandMade : public Files {
     if (name == "links") return put("ip-link.json", given("ip-link.json") + text + "]");
     if (name == "remotes") return remotes(text);
     if (name == "routes") return put("ip-route-all.json", "[" + text + "]");
+    if (text == "DIR") return void(create_directories(dir(directory) / name));
     text == "-" ? void(remove(dir(directory) / name)) : void(file(directory + "/" + name, text));
   }
 
@@ -120,6 +147,7 @@ class HandMade : public Files {
       text += roads(document);
       if (auto const flooded = floods(document); !flooded.empty()) text += "\n= " + flooded;
       if (auto const vnis = overlay(document); !vnis.empty()) text += "\n= " + vnis;
+      if (auto const host = headers(document); !host.empty()) text += "\n= " + host;
     } catch (Kiln::InputError const& error) {
       text += error.what();
       EXPECT_EQ(text.find(error.file() + ": "), 2U);
@@ -156,10 +184,13 @@ TEST_F(HandMade, isReadOrRefusedAsWrittenDown) {
       auto const blank = line.find(' ');
       if (line.starts_with("--vlan"))
         choices_.vlans.add(line.substr(blank + 1));
+      else if (line.starts_with("--vti"))
+        choices_.vti = line.substr(blank + 1);
       else
         put(line.substr(0, blank), line.substr(blank + 1));
       all += line + '\n';
     }
+    if (getenv("REGEN")) std::ofstream(getenv("REGEN"), std::ios::app) << all << shown() << "\n";
     EXPECT_EQ(shown(), result) << all;
   }
 }
