@@ -113,7 +113,11 @@ std::optional<IpGenAddr> Fdb::vtep(JsonIn entry, JsonIn at) {
     passOver("fdb", entry, at, fmt::format("a {} address is not a VTEP", why));
   } else {
     // A name, or a number where the device has been removed.
-    if (auto const via = word(entry, "viaIf")) via_[address].insert(*via);
+    if (auto const via = word(entry, "viaIf")) {
+      via_[address].insert(*via);
+      warnings_.add("fdb-via", entry.member("viaIf"), "ignored: routes are looked up for all entries of a VTEP alike",
+                    "packets to " + Kiln::toText(address) + " may leave by another device");
+    }
     return address;
   }
   return std::nullopt;

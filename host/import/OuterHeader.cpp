@@ -35,6 +35,16 @@ std::string shownAt(JsonIn data, std::string_view key) {
   return value ? value->shown() : "";
 }
 
+/// A TOS of its own, neither the kernel's nor the inner header's: the switch's map begins with the inner header anyway.
+std::string tosOf(JsonIn data) {
+  auto const tos = word(data, "tos").value_or("0");
+  return tos == inherited ? "0" : tos;
+}
+
+bool differ(JsonIn one, JsonIn other, std::string_view key) {
+  return key == "tos" ? tosOf(one) != tosOf(other) : shownAt(one, key) != shownAt(other, key);
+}
+
 class Reader {
  public:
   Reader(JsonIn data, Warnings& warnings) : data_(data), warnings_(warnings) {}
@@ -99,7 +109,7 @@ OuterHeader outerHeader(std::vector<Device const*> const& devices, Warnings& war
   for (auto const device : devices) {
     auto const data = dataOf(*device);
     for (auto const key : {"ttl", "tos", "port_range", "df", "udp_csum", "udp_zero_csum6_tx", "udp_zero_csum6_rx"}) {
-      if (!data || shownAt(*data, key) == shownAt(*first, key)) continue;
+      if (!data || !differ(*data, *first, key)) continue;
       warnings.add(
           "header", data->find(key).value_or(*data),
           fmt::format("ignored: the {} of {} differs from that of {}", key, device->name, devices.front()->name),

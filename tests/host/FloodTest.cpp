@@ -96,6 +96,7 @@ TEST_F(Flood, aCaptureWithMoreVtepsThanIdsIsFloodedToAsFarAsTheyGo) {
   }
   file("many/bridge-fdb.json", entries + "]");
   file("many/ip-route-all.json", R"([{"dst":"default","nhid":7,"dev":"br0","gateway":"10.1.1.1"}])");
+  file("many/ip-neigh.json", "[]");
   auto const name = file("many/ip-link.json", R"([{"ifindex":2,"ifname":"br0","linkinfo":{"info_kind":"bridge"}},
       {"ifindex":3,"ifname":"vx1","master":"br0","linkinfo":{"info_kind":"vxlan","info_data":{"id":10010}}}])");
   CaptureSet set;
