@@ -167,11 +167,12 @@ class CommandLine {
   }
 
   void addPlan() {
-    auto& plan = add("plan", "Tries a change of state; nothing is applied to a switch",
+    auto& plan = add("plan", "Tries a change of state, or whether a state fits; nothing is applied to a switch",
                      [this] { return planCommand(plan_, out_, err_); });
-    plan.add_option("INPUT", plan_.inputs, "The state B after the change")->required();
+    plan.add_option("INPUT", plan_.inputs, "With --from the state B after the change, with --fit states")->required();
     plan_.addTo(plan);
-    plan.add_option("--from", plan_.from, "The state A before the change: what moving to B writes")->required();
+    auto* const from = plan.add_option("--from", plan_.from, "The state A before the change: what moving to B writes");
+    plan.add_option("--fit", plan_.fit, "A profile: whether INPUT fits, and how much more would")->excludes(from);
   }
 
   void addDiff() {
@@ -179,7 +180,10 @@ class CommandLine {
         add("diff",
             "Shows what two states have otherwise: what is wanted, tunnels, rows and the use of the chip. Exit "
             "code 0: nothing, 1: something, 2: an input that can't be used",
-            [this] { return diffCommand(diff_, out_, err_); });
+            [this] {
+              diff_.inputs = {diff_.from, diff_.to};
+              return diffCommand(diff_, out_, err_);
+            });
     diff.add_option("A", diff_.from, kOperand)->required();
     diff.add_option("B", diff_.to, kOperand)->required();
     diff_.addTo(diff);

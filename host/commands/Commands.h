@@ -36,7 +36,7 @@ struct ExplainOptions : AgentOptions {
 int explainCommand(ExplainOptions const& options, std::ostream& out, std::ostream& err);
 
 struct DiffOptions : AgentOptions {
-  std::string from;  ///< Operands, as `readOperand` takes them.
+  std::string from;  ///< Operands, as `readOperand` takes them; both are the inputs, too.
   std::string to;
   std::vector<std::string> show{kDiffSections.begin(), kDiffSections.end()};
 };
@@ -44,9 +44,10 @@ struct DiffOptions : AgentOptions {
 int diffCommand(DiffOptions const& options, std::ostream& out, std::ostream& err);
 
 struct PlanOptions : AgentOptions {
-  std::string from;  ///< An operand.
+  std::string from;  ///< An operand; empty: none.
+  std::string fit;   ///< A profile; empty: none. One of both is set.
 };
-/// Tries a change and shows what it would write.
+/// Tries a change and shows what it would write, or whether the last input fits into a chip and how much more would.
 int planCommand(PlanOptions const& options, std::ostream& out, std::ostream& err);
 
 /// Prints the state document of the captures of a switch, directories that are its inputs.

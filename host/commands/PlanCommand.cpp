@@ -1,16 +1,16 @@
 #include <CLI/Error.hpp>
 #include <algorithm>
 #include <ostream>
-#include <set>
 
 #include "host/commands/CommandLine.h"
 #include "host/commands/Commands.h"
+#include "host/compare/Fit.h"
 #include "host/compare/Operand.h"
 #include "host/compare/Snapshot.h"
 #include "host/compare/Transition.h"
+#include "host/compare/Waiting.h"
 #include "host/show/Columns.h"
 #include "host/show/Resource.h"
-#include "platform/asic/Store.h"
 
 namespace Host {
 
@@ -23,15 +23,6 @@ struct TablePlan {
   std::size_t added = 0, removed = 0, changed = 0;
   std::uint32_t freeBefore = 0, freeAfter = 0;
 };
-/// An entry that waits for a row.
-struct Waiting {
-  std::uint32_t write;  ///< The number of its last write, for their order.
-  std::string table;
-  std::string key;
-
-  auto operator<=>(Waiting const&) const = default;
-};
-
 struct Plan {
   std::uint64_t writes = 0;
   std::vector<TablePlan> tables;  ///< By name, those that change.
@@ -39,27 +30,6 @@ struct Plan {
   std::vector<Waiting> waiting;  ///< That did not wait before, oldest first.
   bool asWanted = false;
 };
-
-std::vector<Waiting> waitingIn(Asic::Chip const& chip) {
-  std::vector<Waiting> waiting;
-  for (auto const* store : chip.stores()) {
-    // One that could not fit into the empty table either is not in its queue.
-    if (store->refused() == 0) continue;
-    store->forEachEntry([&](Asic::EntryView const& entry) {
-      if (entry.state() == Asic::EntryState::full)
-        waiting.push_back({entry.handle().record()->lastWrite, std::string(store->name()), entry.key()});
-    });
-  }
-  std::sort(waiting.begin(), waiting.end());
-  return waiting;
-}
-
-std::vector<Waiting> newlyWaiting(std::vector<Waiting> const& before, std::vector<Waiting> after) {
-  std::set<std::pair<std::string, std::string>> known;
-  for (auto const& one : before) known.emplace(one.table, one.key);
-  std::erase_if(after, [&](Waiting const& one) { return known.contains({one.table, one.key}); });
-  return after;
-}
 
 std::vector<TablePlan> tablePlans(std::vector<Change> const& changes, std::vector<Resource> const& before,
                                   std::vector<Resource> const& after) {
@@ -125,10 +95,10 @@ void print(std::ostream& out, std::string const& profile, Plan const& plan) {
                         : "Not everything is as wanted afterwards: see tessel-agent run\n");
 }
 
-void writeWaiting(JsonWriter& json, Plan const& plan) {
-  json.key("firstFull").text(plan.waiting.empty() ? std::nullopt : std::optional(plan.waiting.front().table));
+void writeWaiting(JsonWriter& json, std::vector<Waiting> const& waiting) {
+  json.key("firstFull").text(waiting.empty() ? std::nullopt : std::optional(waiting.front().table));
   json.key("waiting").array();
-  for (auto const& one : plan.waiting) {
+  for (auto const& one : waiting) {
     json.object();
     json.key("table").text(std::string_view(one.table));
     json.key("key").text(std::string_view(one.key));
@@ -162,7 +132,7 @@ void write(JsonWriter& json, Plan const& plan) {
     json.objectEnd();
   }
   json.arrayEnd();
-  writeWaiting(json, plan);
+  writeWaiting(json, plan.waiting);
   json.key("asWanted").boolean(plan.asWanted);
 }
 
@@ -202,10 +172,62 @@ int planFrom(PlanOptions const& options, std::ostream& out, std::ostream& err) {
   return warnings.codeAfter(plan.asWanted ? kGood : kNotProgrammed);
 }
 
+void printGrowth(std::ostream& out, Growth const& growth) {
+  out << "  " << growth.what << ": ";
+  if (!growth.more) {
+    out << (growth.limit.empty() ? "the input has none" : growth.limit) << '\n';
+  } else {
+    out << *growth.more << ", then " << growth.limit << " is full\n";
+  }
+}
+
+void print(std::ostream& out, std::string const& profile, Fit const& fit) {
+  out << "Tried on a simulated chip of profile " << profile << ": nothing is applied to a switch\n";
+  if (!fit.fits()) {
+    out << "Does not fit: the first table that fills is " << fit.waiting.front().table << "; waiting:\n";
+    for (auto const& one : fit.waiting) out << "  " << one.table << ' ' << one.key << '\n';
+    return;
+  }
+  out << "Fits. More of the same kind that would:\n";
+  for (auto const& growth : fit.growth) printGrowth(out, growth);
+}
+
+void write(JsonWriter& json, Fit const& fit) {
+  json.key("fits").boolean(fit.fits());
+  writeWaiting(json, fit.waiting);
+  json.key("more").array();
+  for (auto const& growth : fit.growth) {
+    json.object();
+    json.key("what").text(growth.what);
+    json.key("count").number(growth.more);
+    json.key("limit").text(growth.limit.empty() ? std::nullopt : std::optional(growth.limit));
+    json.objectEnd();
+  }
+  json.arrayEnd();
+}
+
+int planFit(PlanOptions options, std::ostream& out, std::ostream& err) {
+  options.profile = options.fit;
+  auto inputs = readInputs(options);
+  AgentOptions::Traces const traces(options);
+  WarningLog warnings(options, err);
+  auto const profile = options.makeAgent()->profile().name();
+  for (auto const& input : inputs) options.makeAgent()->check(input);
+  for (auto const& input : inputs) warnings.add(input);
+  auto const fit = fitOf(inputs.back(), [&] { return options.makeAgent(); });
+  if (options.json()) {
+    writeObject(out, profile, warnings, [&](JsonWriter& json) { write(json, fit); });
+  } else if (!options.quiet) {
+    print(out, profile, fit);
+  }
+  return warnings.codeAfter(fit.fits() ? kGood : kNotProgrammed);
+}
+
 }  // namespace
 
 int planCommand(PlanOptions const& options, std::ostream& out, std::ostream& err) {
-  return planFrom(options, out, err);
+  if (options.from.empty() && options.fit.empty()) throw CLI::RequiredError("--from or --fit");
+  return options.fit.empty() ? planFrom(options, out, err) : planFit(options, out, err);
 }
 
 }  // namespace Host
