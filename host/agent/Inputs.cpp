@@ -1,6 +1,7 @@
 #include "host/agent/Inputs.h"
 
 #include <fmt/format.h>
+#include <malloc.h>
 
 #include <filesystem>
 #include <iostream>
@@ -35,9 +36,7 @@ StateDocument withoutReport(StateDocument document) {
   return StateDocument(Kiln::JsonDocument(std::move(copy), document.source()));
 }
 
-}  // namespace
-
-std::vector<StateDocument> readInputs(std::vector<std::string> const& paths, Choices& choices) {
+std::vector<StateDocument> readAll(std::vector<std::string> const& paths, Choices& choices) {
   std::vector<StateDocument> inputs;
   if (paths.empty()) inputs.push_back(StateDocument::parse(defaultLeaf(), "the built-in leaf"));
   CaptureSet captures;
@@ -53,6 +52,15 @@ std::vector<StateDocument> readInputs(std::vector<std::string> const& paths, Cho
       inputs.push_back(withoutReport(StateDocument::read(path)));
     }
   }
+  return inputs;
+}
+
+}  // namespace
+
+std::vector<StateDocument> readInputs(std::vector<std::string> const& paths, Choices& choices) {
+  auto inputs = readAll(paths, choices);
+  // Captures are much larger than what is made of them; the agent's memory need not be added to theirs.
+  malloc_trim(0);
   return inputs;
 }
 

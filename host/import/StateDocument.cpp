@@ -196,10 +196,13 @@ class Writer {
 
   Value tunnels(std::set<IpGenAddr> const& vteps) {
     auto tunnel = object();
+    // An object that grows takes room for many members, a copy as much as it needs.
+    rapidjson::Document scratch;
     for (auto const& vtep : vteps) {
       auto entry = object();
-      if (auto const id = adjId(vtep)) put(entry, "adjId", Value(*id), allocator_);
-      put(tunnel, Kiln::toText(vtep), std::move(entry), allocator_);
+      if (auto const id = adjId(vtep)) put(entry, "adjId", Value(*id), scratch.GetAllocator());
+      put(tunnel, Kiln::toText(vtep), Value(entry, allocator_), allocator_);
+      scratch.GetAllocator().Clear();
     }
     auto config = wrapped("adjacency", adjacencies(vteps));
     put(config, "tunnel", std::move(tunnel), allocator_);

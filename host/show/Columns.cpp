@@ -5,25 +5,43 @@
 
 namespace Host {
 
-bool Columns::isLine(std::size_t row) const { return std::binary_search(lines_.begin(), lines_.end(), row); }
+void Columns::add(std::string_view cell) {
+  text_ += cell;
+  ends_.push_back(static_cast<std::uint32_t>(text_.size()));
+}
 
-std::vector<std::size_t> Columns::widths() const {
-  std::vector<std::size_t> widths(align_.size());
-  for (std::size_t row = 0; row < rows_.size(); ++row) {
-    if (isLine(row)) continue;
-    for (std::size_t i = 0; i < rows_[row].size(); ++i) widths[i] = std::max(widths[i], rows_[row][i].size());
+void Columns::row(std::vector<std::string> const& cells) {
+  for (std::size_t i = 0; i < cells.size(); ++i) {
+    widths_[i] = std::max(widths_[i], cells[i].size());
+    add(cells[i]);
   }
-  return widths;
+  cells_.push_back(static_cast<std::uint8_t>(cells.size()));
+}
+
+void Columns::line(std::string_view text) {
+  add(text);
+  cells_.push_back(0);
 }
 
 void Columns::print(std::ostream& out) const {
-  auto const width = widths();
-  for (std::size_t row = 0; row < rows_.size(); ++row) {
-    std::string line;
-    for (std::size_t i = 0; i < rows_[row].size(); ++i) {
-      auto const& cell = rows_[row][i];
-      std::string const pad(isLine(row) ? 0 : width[i] - cell.size(), ' ');
-      line += (i == 0 ? "" : "  ") + (align_[i] == Align::left ? cell + pad : pad + cell);
+  std::size_t begin = 0;
+  auto end = ends_.begin();
+  auto const next = [&] {
+    std::string_view const cell(text_.data() + begin, *end - begin);
+    begin = *end++;
+    return cell;
+  };
+  std::string line;
+  for (auto const cells : cells_) {
+    line.clear();
+    if (cells == 0) line = next();
+    for (std::size_t i = 0; i < cells; ++i) {
+      auto const cell = next();
+      auto const pad = widths_[i] - cell.size();
+      if (i != 0) line += "  ";
+      if (align_[i] == Align::right) line.append(pad, ' ');
+      line += cell;
+      if (align_[i] == Align::left) line.append(pad, ' ');
     }
     line.erase(line.find_last_not_of(' ') + 1);
     out << line << '\n';

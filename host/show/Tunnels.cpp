@@ -79,6 +79,7 @@ class Collector {
     for (auto const& tunnel : wanted_->tunnelColl()) visit(tunnel->vtep());
   }
   bool has(Meshal::IpGenAddr const& vtep) const { return wanted_->tunnelHas(vtep); }
+  std::size_t size() const { return wanted_->tunnelColl().size(); }
 
   TunnelReport of(Meshal::IpGenAddr const& vtep) const {
     TunnelReport report;
@@ -123,6 +124,7 @@ class McastCollector {
     for (auto const& tunnel : wanted_->tunnelColl()) visit(tunnel->addr());
   }
   bool has(Meshal::IpGenAddr const& addr) const { return wanted_->tunnelHas(addr); }
+  std::size_t size() const { return wanted_->tunnelColl().size(); }
 
   TunnelReport of(Meshal::IpGenAddr const& addr) const {
     TunnelReport report;
@@ -158,6 +160,7 @@ std::vector<TunnelReport> tunnelReports(Agent const& agent) {
   std::vector<TunnelReport> reports;
   eachCollector(agent, [&](auto const& collector) {
     auto const begin = static_cast<std::ptrdiff_t>(reports.size());
+    reports.reserve(reports.size() + collector.size());
     collector.each([&](Meshal::IpGenAddr const& vtep) { reports.push_back(collector.of(vtep)); });
     std::sort(reports.begin() + begin, reports.end(), [](auto const& a, auto const& b) { return a.vtep < b.vtep; });
   });

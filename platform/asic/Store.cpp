@@ -71,7 +71,8 @@ void StoreBase::forEachEntry(Kiln::FunctionRef<void(EntryView const&)> show) con
 // Weak handles: removing one entry may be the end of another.
 void StoreBase::removeAll() {
   auto order = all();
-  std::sort(order.begin(), order.end(), [](auto const* a, auto const* b) { return a->row < b->row; });
+  auto const byRow = [](auto const* a, auto const* b) { return a->row < b->row; };
+  if (!std::is_sorted(order.begin(), order.end(), byRow)) std::sort(order.begin(), order.end(), byRow);
   std::vector<EntryHandle::PtrConst> handles;
   handles.reserve(order.size());
   for (auto const* record : order) handles.emplace_back(&record->weak());

@@ -3,6 +3,8 @@
 #include <arpa/inet.h>
 
 #include <algorithm>
+#include <charconv>
+#include <iterator>
 
 #include "platform/kiln/Json.h"
 
@@ -19,9 +21,14 @@ bool terminated(std::string_view text, char (&out)[INET6_ADDRSTRLEN]) {
 }  // namespace
 
 void appendText(std::string& out, IpAddr const& addr) {
-  in_addr const raw{htonl(addr.value())};
+  // By hand: reports and documents have very many of them.
   char text[INET_ADDRSTRLEN];
-  out += inet_ntop(AF_INET, &raw, text, sizeof text);
+  auto* end = text;
+  for (int shift = 24; shift >= 0; shift -= 8) {
+    end = std::to_chars(end, std::end(text), (addr.value() >> shift) & 0xff).ptr;
+    if (shift != 0) *end++ = '.';
+  }
+  out.append(text, end);
 }
 
 bool parseText(std::string_view text, IpAddr& out) {
