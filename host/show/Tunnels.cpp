@@ -157,10 +157,12 @@ void eachCollector(Agent const& agent, Visit visit) {
 }  // namespace
 
 std::vector<TunnelReport> tunnelReports(Agent const& agent) {
+  std::size_t size = 0;
+  eachCollector(agent, [&](auto const& collector) { size += collector.size(); });
   std::vector<TunnelReport> reports;
+  reports.reserve(size);
   eachCollector(agent, [&](auto const& collector) {
     auto const begin = static_cast<std::ptrdiff_t>(reports.size());
-    reports.reserve(reports.size() + collector.size());
     collector.each([&](Meshal::IpGenAddr const& vtep) { reports.push_back(collector.of(vtep)); });
     std::sort(reports.begin() + begin, reports.end(), [](auto const& a, auto const& b) { return a.vtep < b.vtep; });
   });
