@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <map>
-#include <set>
 #include <vector>
 
 #include "host/import/Underlay.h"
@@ -11,9 +10,9 @@ namespace Host::Import {
 
 /// Gives each distinct set of next hops of a document its number.
 ///
-/// The kernel's id, where it has one. Otherwise a number from 0x40000000 up that follows from the set's contents
-/// alone, but for the rare case that two sets of one document clash; so a set keeps its number from document to
-/// document.
+/// The kernel's id, where it has one below 0x40000000. Otherwise a number from there up that follows from the set's
+/// contents alone, but for the rare case that two sets of one document clash; so a set keeps its number from document
+/// to document.
 class AdjacencyIds {
  public:
   /// The sets that want numbers. Those without hops want none.
@@ -23,10 +22,10 @@ class AdjacencyIds {
   std::uint32_t id(Path const& path) const;
 
  private:
-  void allocate(std::set<Hop> const& hops);
+  void allocate(Hops const& hops);
 
-  std::map<std::uint32_t, std::set<Hop>> byId_;
-  std::map<std::set<Hop>, std::uint32_t> byContent_;
+  std::map<std::uint32_t, Hops> byId_;
+  std::map<Hops, std::uint32_t> byContent_;
 };
 
 }  // namespace Host::Import

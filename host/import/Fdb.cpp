@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "host/Unicast.h"
 
 namespace Host::Import {
@@ -39,6 +41,9 @@ Fdb::Fdb(JsonDocument const* file, Links const& links, BridgeVlans const& vlans,
          Warnings& warnings)
     : links_(links), vlans_(vlans), vti_(links.vti()), warnings_(warnings) {
   if (!file) return;
+  for (auto const device : links.devices()) {
+    if (auto const under = links.boundTo(*device); !under.empty()) boundTo_[device->name] = under;
+  }
   for (auto const entry : objects(file->root())) read(entry, nextHops);
 }
 
@@ -112,15 +117,20 @@ std::optional<IpGenAddr> Fdb::vtep(JsonIn entry, JsonIn at) {
   } else if (!why.empty()) {
     passOver("fdb", entry, at, fmt::format("a {} address is not a VTEP", why));
   } else {
-    // A name, or a number where the device has been removed.
-    if (auto const via = word(entry, "viaIf")) {
-      via_[address].insert(*via);
-      warnings_.add("fdb-via", entry.member("viaIf"), "ignored: routes are looked up for all entries of a VTEP alike",
-                    "packets to " + Kiln::toText(address) + " may leave by another device");
-    }
+    bind(entry, address);
     return address;
   }
   return std::nullopt;
+}
+
+void Fdb::bind(JsonIn entry, IpGenAddr const& vtep) {
+  // A name, or a number where the device has been removed.
+  auto const own = word(entry, "viaIf");
+  if (boundTo_.empty() && !own) return;
+  auto const device = boundTo_.find(deviceOf(entry));
+  auto const bound = own.value_or(device == boundTo_.end() ? "" : device->second);
+  auto& all = bindings_[vtep];
+  if (std::find(all.begin(), all.end(), bound) == all.end()) all.push_back(bound);
 }
 
 void Fdb::passOver(std::string_view kind, JsonIn entry, JsonIn at, std::string const& why) {

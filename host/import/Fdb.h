@@ -42,8 +42,9 @@ class Fdb {
   /// The groups of VTEPs that MAC addresses are behind, by the kernel's id. None is empty.
   std::map<std::uint32_t, std::set<IpGenAddr>> const& groups() const { return groups_; }
   std::map<IpGenAddr, Flooded> const& flooded() const { return flooded_; }
-  /// The devices that entries bind VTEPs to: where their routes are looked up.
-  std::map<IpGenAddr, std::set<std::string>> const& via() const { return via_; }
+  /// The devices to which entries or the VXLAN devices that name a VTEP are bound, empty for one that is not, in the
+  /// order in which they occur. VTEPs that no bound device names may be missing.
+  std::map<IpGenAddr, std::vector<std::string>> const& bindings() const { return bindings_; }
 
   /// Whether the device has any entry. One in a bridge has those of its own address at least.
   bool knows(std::string const& device) const { return devices_.contains(device); }
@@ -61,6 +62,7 @@ class Fdb {
   void readGroup(JsonIn entry, JsonIn nhid, NextHopObjects const& nextHops);
   /// The VTEP at `at`, which `entry` refers to; nothing for one that is passed over.
   std::optional<IpGenAddr> vtep(JsonIn entry, JsonIn at);
+  void bind(JsonIn entry, IpGenAddr const& vtep);
   void passOver(std::string_view kind, JsonIn entry, JsonIn at, std::string const& why);
   BridgeVlans::Result vlanOf(JsonIn entry) const;
   void readLocal(JsonIn entry);
@@ -73,7 +75,8 @@ class Fdb {
   std::set<IpGenAddr> unicast_;
   std::map<std::uint32_t, std::set<IpGenAddr>> groups_;
   std::map<IpGenAddr, Flooded> flooded_;
-  std::map<IpGenAddr, std::set<std::string>> via_;
+  std::map<std::string, std::string> boundTo_;  ///< By VXLAN device; only those that are bound.
+  std::map<IpGenAddr, std::vector<std::string>> bindings_;
   std::map<std::tuple<std::string, std::uint32_t, EthAddr>, std::string> ports_;  ///< By bridge, VLAN, address.
 };
 

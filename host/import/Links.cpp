@@ -122,7 +122,10 @@ void requireSameSource(JsonIn known, JsonIn data, std::string const& name) {
 
 Links::Links(JsonDocument const* links, JsonDocument const* vxlanLinks, std::strong_ordering vxlanLinksAge,
              VtiChoice const& choice, Warnings& warnings)
-    : complete_(links != nullptr) {
+    : complete_(links != nullptr),
+      source_(vxlanLinks ? vxlanLinks->source()
+              : links    ? links->source()
+                         : "") {
   bool const detailed = links && hasDetails(*links);
   bool const superseded = vxlanLinks && vxlanLinksAge > 0;
   if (links) addDevices(*links);
@@ -230,13 +233,9 @@ void Links::readVti() {
   }
 }
 
-std::string Links::underlayTable() const {
-  std::set<std::string> tables;
-  for (auto const& [name, data] : vxlanData_) {
-    auto const under = device(text(data, "link").value_or(""));
-    tables.insert(under ? under->table : "");
-  }
-  return tables.size() == 1 && !tables.begin()->empty() ? *tables.begin() : "main";
+std::string Links::boundTo(Device const& device) const {
+  auto const data = vxlanData_.find(device.name);
+  return data == vxlanData_.end() ? "" : word(data->second, "link").value_or("");
 }
 
 Device const* Links::device(std::string const& name) const {
@@ -260,14 +259,24 @@ bool Links::isPort(Device const& device) const {
   return !member && (device.kind == DeviceKind::port || device.kind == DeviceKind::lag);
 }
 
-Device const* Links::port(Device const& from) const {
-  auto at = &from;
-  // Limited by the number of devices: a capture can claim a cycle of sub-interfaces.
+Device const* Links::under(Device const& from) const {
   auto const isUpper = [](Device const& device) {
     return device.kind == DeviceKind::vlan || device.kind == DeviceKind::macvlan;
   };
+  auto at = &from;
+  // Limited by the number of devices: a capture can claim a cycle of them.
   for (std::size_t steps = 0; at && isUpper(*at) && steps < devices_.size(); ++steps) at = device(at->link);
+  return at;
+}
+
+Device const* Links::port(Device const& from) const {
+  auto const at = under(from);
   return at && isPort(*at) ? at : nullptr;
+}
+
+Device const* Links::bridgeUnder(Device const& from) const {
+  auto const at = under(from);
+  return at && at->kind == DeviceKind::bridge ? at : nullptr;
 }
 
 }  // namespace Host::Import

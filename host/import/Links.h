@@ -73,8 +73,10 @@ class Links {
   Vti const& vti() const { return vti_; }
   /// Those that the tunnel interface consists of and that are up, the chosen one first.
   std::vector<Device const*> const& vtiDevices() const { return vtiDevices_; }
-  /// The routing table of the VXLAN devices' underlay; main as well where they do not agree.
-  std::string underlayTable() const;
+  /// The file of the VXLAN devices.
+  std::string const& source() const { return source_; }
+  /// The name of the device that a VXLAN device's packets leave by; empty: any.
+  std::string boundTo(Device const& device) const;
 
   /// Null for a device that the captures do not have.
   Device const* device(std::string const& name) const;
@@ -90,10 +92,14 @@ class Links {
   /// The port or LAG that frames over this device leave by, through VLAN sub-interfaces and the like; null where there
   /// is none.
   Device const* port(Device const& device) const;
+  /// The bridge that frames over this device enter, through devices over it; null where there is none.
+  Device const* bridgeUnder(Device const& device) const;
   /// Whether the device can be the port of a next hop.
   bool isPort(Device const& device) const;
 
  private:
+  /// What is under a VLAN device and the like; otherwise the device itself; null where it is unknown.
+  Device const* under(Device const& device) const;
   void addDevices(JsonDocument const& file);
   void addVxlanDevices(JsonDocument const& file);
   std::vector<Device*> byPreference(VtiChoice const& choice);
@@ -103,6 +109,7 @@ class Links {
   void readVti();
 
   bool complete_;
+  std::string source_;
   std::map<std::string, Device> devices_;
   std::vector<Device const*> ordered_;
   std::map<std::string, JsonIn> vxlanData_;                       ///< `info_data` of each VXLAN device.

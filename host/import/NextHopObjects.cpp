@@ -10,6 +10,7 @@ namespace Host::Import {
 namespace {
 
 constexpr std::size_t maxNesting = 16;
+constexpr std::uint32_t maxWeight = 0x10000;
 
 std::optional<JsonIn> gatewayOf(JsonIn at) {
   if (auto const gateway = at.find("gateway")) return gateway;
@@ -20,15 +21,17 @@ std::optional<JsonIn> gatewayOf(JsonIn at) {
 
 }  // namespace
 
-std::optional<RouteHop> routeHop(JsonIn at) {
-  for (auto const flag : {"dead", "linkdown"}) {
-    if (hasFlag(at, "flags", flag)) return std::nullopt;
-  }
-  if (has(at, "blackhole")) return std::nullopt;
+RouteHop routeHop(JsonIn at) {
   auto const gateway = gatewayOf(at);
-  RouteHop hop{gateway ? std::optional(ipAddr(*gateway)) : std::nullopt, text(at, "dev").value_or("")};
-  if (!hop.gateway && hop.device.empty()) return std::nullopt;
-  return hop;
+  auto const weight = at.find("weight");
+  return {.at = at,
+          .gateway = gateway ? std::optional(ipAddr(*gateway)) : std::nullopt,
+          .device = text(at, "dev").value_or(""),
+          .weight = weight ? numberIn(*weight, 1, maxWeight) : 1,
+          .dead = hasFlag(at, "flags", "dead"),
+          .linkdown = hasFlag(at, "flags", "linkdown"),
+          .blackhole = has(at, "blackhole"),
+          .encap = has(at, "encap")};
 }
 
 NextHopObjects::NextHopObjects(JsonDocument const* file, std::string const& missingFile, Warnings& warnings)
@@ -37,7 +40,10 @@ NextHopObjects::NextHopObjects(JsonDocument const* file, std::string const& miss
   for (auto const at : objects(file->root())) {
     Object object{at, {}};
     if (auto const group = at.find("group")) {
-      for (auto const member : objects(*group)) object.group.push_back(member.member("id"));
+      for (auto const member : objects(*group)) {
+        auto const weight = member.find("weight");
+        object.group.emplace_back(member.member("id"), weight ? numberIn(*weight, 1, maxWeight) : 1);
+      }
     }
     objects_.insert_or_assign(number(at.member("id")), std::move(object));
   }
@@ -61,12 +67,17 @@ void NextHopObjects::unfold(JsonIn id, Walk& walk) const {
   chain.push_back(number(id));
   if (loop) id.fail(fmt::format("expected a group that does not contain itself, not {}", fmt::join(chain, " -> ")));
   if (chain.size() > maxNesting) id.fail(fmt::format("expected groups that nest at most {} deep", maxNesting));
-  if (here->group.empty()) walk.leaves.push_back(here->at);
-  for (auto const member : here->group) unfold(member, walk);
+  if (here->group.empty()) walk.leaves.emplace_back(here->at, walk.weight);
+  auto const outer = walk.weight;
+  for (auto const& [member, weight] : here->group) {
+    walk.weight = std::min(outer * weight, maxWeight);
+    unfold(member, walk);
+  }
+  walk.weight = outer;
   chain.pop_back();
 }
 
-std::vector<JsonIn> NextHopObjects::leaves(JsonIn id) const {
+std::vector<std::pair<JsonIn, std::uint32_t>> NextHopObjects::leaves(JsonIn id) const {
   Walk walk;
   unfold(id, walk);
   return std::move(walk.leaves);
@@ -74,8 +85,9 @@ std::vector<JsonIn> NextHopObjects::leaves(JsonIn id) const {
 
 std::vector<RouteHop> NextHopObjects::members(JsonIn nhid) const {
   std::vector<RouteHop> members;
-  for (auto const leaf : leaves(nhid)) {
-    if (auto const hop = routeHop(leaf)) members.push_back(*hop);
+  for (auto const& [leaf, weight] : leaves(nhid)) {
+    members.push_back(routeHop(leaf));
+    members.back().weight = weight;
   }
   return members;
 }
@@ -90,8 +102,10 @@ std::vector<JsonIn> NextHopObjects::vteps(JsonIn nhid) const {
   if (!here) return {};
   if (!has(here->at, "fdb")) nhid.fail("expected the id of a next-hop object that is marked fdb");
   std::vector<JsonIn> vteps;
-  for (auto const leaf : leaves(nhid)) {
-    if (auto const hop = routeHop(leaf); hop && hop->gateway) vteps.push_back(*gatewayOf(leaf));
+  for (auto const& [leaf, weight] : leaves(nhid)) {
+    auto const hop = routeHop(leaf);
+    bool const inService = !hop.dead && !hop.linkdown && !hop.blackhole;
+    if (inService && hop.gateway) vteps.push_back(*gatewayOf(leaf));
   }
   return vteps;
 }

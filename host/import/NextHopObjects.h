@@ -5,6 +5,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/import/Address.h"
@@ -16,12 +17,18 @@ namespace Host::Import {
 /// Where a route sends a packet next: to a gateway, to the destination itself on a device, or to a gateway that is
 /// looked up in turn (no device).
 struct RouteHop {
+  JsonIn at;
   std::optional<IpGenAddr> gateway;
   std::string device;
+  std::uint32_t weight = 1;
+  bool dead = false;
+  bool linkdown = false;
+  bool blackhole = false;
+  bool encap = false;  ///< Packets are put into another header on the way.
 };
 
-/// The next hop that an object describes by `gateway` or `via`, and `dev`; nothing where it is out of service.
-std::optional<RouteHop> routeHop(JsonIn at);
+/// The next hop that an object describes by `gateway` or `via`, and `dev`.
+RouteHop routeHop(JsonIn at);
 
 /// The kernel's next-hop objects by id, groups among them.
 ///
@@ -31,7 +38,7 @@ class NextHopObjects {
   /// REQUIRES: `file` and `warnings` outlive this. `file` null: there is none. Throws InputError on wrong types.
   NextHopObjects(JsonDocument const* file, std::string const& missingFile, Warnings& warnings);
 
-  /// The members of the object that is referred to at `nhid`, groups unfolded, those out of service left out.
+  /// The members of the object that is referred to at `nhid`, groups unfolded, with their weights.
   /// Throws InputError where a group contains itself.
   std::vector<RouteHop> members(JsonIn nhid) const;
   /// Whether the object has members.
@@ -43,16 +50,17 @@ class NextHopObjects {
  private:
   struct Object {
     JsonIn at;
-    std::vector<JsonIn> group;  ///< The members' ids.
+    std::vector<std::pair<JsonIn, std::uint32_t>> group;  ///< The members' ids and weights.
   };
   struct Walk {
     std::vector<std::uint32_t> chain;  ///< The groups on the way to where the walk is.
     std::set<std::uint32_t> seen;
-    std::vector<JsonIn> leaves;
+    std::uint32_t weight = 1;  ///< Of all that is unfolded now.
+    std::vector<std::pair<JsonIn, std::uint32_t>> leaves;
   };
   Object const* object(JsonIn id) const;  ///< Null where there is none.
   void unfold(JsonIn id, Walk& walk) const;
-  std::vector<JsonIn> leaves(JsonIn id) const;
+  std::vector<std::pair<JsonIn, std::uint32_t>> leaves(JsonIn id) const;
 
   bool complete_;
   std::string file_;

@@ -14,6 +14,8 @@
 #include "host/import/Neighbours.h"
 #include "host/import/NextHopObjects.h"
 #include "host/import/OuterHeader.h"
+#include "host/import/PortReason.h"
+#include "host/import/Rules.h"
 #include "host/import/Underlay.h"
 #include "host/notes/Notes.h"
 #include "platform/vane/VaneHelperVni.h"
@@ -26,6 +28,8 @@ using rapidjson::Value;
 using Allocator = rapidjson::Document::AllocatorType;
 
 constexpr std::uint32_t highestPort = 0xffff;
+/// Of a next hop; labels have 20 bits, so that those above are none either.
+constexpr std::uint32_t noLabel = 0x100000;
 
 void put(Value& into, std::string const& key, Value value, Allocator& allocator) {
   into.AddMember(Value(key.c_str(), allocator), value, allocator);
@@ -49,13 +53,14 @@ class Writer {
         vlans_({captures.vlans, captures.vlanTunnels, captures.directory}, links_, captures.choices->vlans, warnings_),
         l3Numbers_(links_, vlans_),
         fdb_(captures.fdb, links_, vlans_, nextHops_, warnings_),
-        underlay_(captures.routes, links_.underlayTable(), nextHops_, links_, l3Numbers_),
+        rules_({captures.rules, captures.rules6}, links_, warnings_),
+        underlay_({captures.routes, captures.settings}, rules_, nextHops_, links_, l3Numbers_, warnings_),
         neighbours_(captures.neighbours),
         header_(outerHeader(links_.vtiDevices(), warnings_)),
         host_(captures.host),
         fdbIsNewer_(captures.fdbIsNewer),
         flooded_(flooded()),
-        paths_(pathsOf(fdb_, underlay_)),
+        paths_(paths()),
         ids_(values(paths_)) {}
 
   Value stateway() {
@@ -94,15 +99,19 @@ class Writer {
     for (auto const& [vni, entry] : vlans_.vnis()) {
       if (isPresent(entry.device)) notes.vnis.emplace(vni, vniNote(entry));
     }
+    notes.unresolved = unresolved_;
+    for (auto const& [vtep, path] : paths_) {
+      if (path.hops.empty()) notes.unreachable.emplace(vtep, path.why);
+    }
     return notesValue(notes, allocator_);
   }
 
  private:
-  static std::map<IpGenAddr, Path> pathsOf(Fdb const& fdb, Underlay const& underlay) {
+  std::map<IpGenAddr, Path> paths() {
     std::map<IpGenAddr, Path> paths;
-    for (auto const& vtep : fdb.unicast()) paths.emplace(vtep, underlay.path(vtep));
-    for (auto const& [vtep, flooded] : fdb.flooded()) {
-      if (!paths.contains(vtep)) paths.emplace(vtep, underlay.path(vtep));
+    for (auto const& vtep : fdb_.unicast()) paths.emplace(vtep, pathTo(vtep));
+    for (auto const& [vtep, flooded] : fdb_.flooded()) {
+      if (!paths.contains(vtep)) paths.emplace(vtep, pathTo(vtep));
     }
     return paths;
   }
@@ -112,6 +121,29 @@ class Writer {
     return {entry.device, device ? number(device->at, "mtu") : std::nullopt,
             entry.assigned ? std::nullopt : std::optional(entry.vlan)};
   }
+
+  /// By the device that names the VTEP first, where several would lead there by different paths.
+  Path pathTo(IpGenAddr const& vtep) {
+    Query query{vtep, vtep.isIpv6() ? links_.vti().srcAddrV6 : links_.vti().srcAddr, nullptr};
+    auto const bindings = fdb_.bindings().find(vtep);
+    if (bindings == fdb_.bindings().end()) return underlay_.path(query);
+    std::optional<Path> first;
+    for (auto const& name : bindings->second) {
+      query.device = links_.device(name);
+      auto path = underlay_.path(query);
+      if (!first) {
+        first = std::move(path);
+      } else if (path.hops != first->hops) {
+        warnings_.add({"bound-device", links_.source(), "",
+                       "VXLAN devices that are bound to different devices reach " + Kiln::toText(vtep) +
+                           " by different next hops",
+                       "those of the first are used: " + boundText(bindings->second.front())});
+      }
+    }
+    return std::move(*first);
+  }
+
+  static std::string boundText(std::string const& device) { return device.empty() ? "bound to none" : device; }
 
   /// Those that the chip has encapsulation ids for.
   std::set<IpGenAddr> flooded() {
@@ -216,7 +248,7 @@ class Writer {
   }
 
   Value adjacencies(std::set<IpGenAddr> const& vteps) {
-    std::map<std::uint32_t, std::set<Hop> const*> used;
+    std::map<std::uint32_t, Hops const*> used;
     for (auto const& vtep : vteps) {
       if (auto const id = adjId(vtep)) used.emplace(*id, &paths_.at(vtep).hops);
     }
@@ -231,7 +263,7 @@ class Writer {
       if (auto const id = adjId(vtep)) {
         put(routes, Kiln::toText(vtep), Value(*id), allocator_);
       } else {
-        warnings_.add("no-route", fdb_.flooded().at(vtep).at, "no route leads to this VTEP");
+        warnings_.add("no-route", fdb_.flooded().at(vtep).at, "no next hop leads to this VTEP: " + paths_.at(vtep).why);
       }
     }
     return routes;
@@ -250,15 +282,31 @@ class Writer {
     return sets;
   }
 
-  Value nextHops(std::set<Hop> const& hops) {
+  Value nextHops(Hops const& hops) {
     Value list(rapidjson::kArrayType);
-    for (auto const& hop : hops) list.PushBack(nextHop(hop), allocator_);
+    for (auto const& [hop, weight] : hops) {
+      auto const value = nextHop(hop);
+      for (std::uint32_t copy = 0; copy < weight; ++copy) {
+        Value entry(value, allocator_);
+        // A set of next hops has no equal ones.
+        if (copy != 0) put(entry, "labelValue", Value(noLabel + copy), allocator_);
+        list.PushBack(entry, allocator_);
+      }
+    }
     return wrapped("nextHops", std::move(list));
   }
 
   Value nextHop(Hop const& hop) {
     auto const& device = *links_.device(hop.device);
-    auto const mac = neighbours_.ethAddrOf(hop);
+    auto const noPort = whyNoPort(device, links_);
+    auto const mac = noPort.empty() ? neighbours_.ethAddrOf(hop) : std::nullopt;
+    if (!noPort.empty()) {
+      warnings_.add("no-port", device.at.member("ifname"), "ignored: next hops " + noPort,
+                    "the switch sends no packets to them");
+    }
+    if (!mac) {
+      unresolved_[{hop.address, links_.l3Name(device)}] = noPort.empty() ? neighbours_.whyNot(hop) : noPort;
+    }
     auto value = object();
     put(value, "type", mac ? "nextHopResolved" : "nextHopUnresolved", allocator_);
     put(value, "addr", Kiln::toText(hop.address), allocator_);
@@ -271,10 +319,8 @@ class Writer {
   /// Behind a bridge, the port is the one behind which the neighbour's address was learned.
   std::string portToward(Device const& device, std::optional<EthAddr> const& mac) {
     auto out = &device;
-    bool const vlan = links_.isBridgeVlan(device);
-    if (vlan || device.kind == DeviceKind::bridge) {
-      auto const& bridge = vlan ? device.link : device.name;
-      out = mac ? links_.device(fdb_.portBehind(bridge, device.vlanId, *mac)) : nullptr;
+    if (auto const bridge = links_.bridgeUnder(device)) {
+      out = mac ? links_.device(fdb_.portBehind(bridge->name, device.vlanId, *mac)) : nullptr;
     }
     auto const port = out ? links_.port(*out) : nullptr;
     return port ? port->name : "";
@@ -326,6 +372,7 @@ class Writer {
   BridgeVlans vlans_;
   L3Numbers l3Numbers_;
   Fdb fdb_;
+  Rules rules_;
   Underlay underlay_;
   Neighbours neighbours_;
   OuterHeader header_;
@@ -334,6 +381,7 @@ class Writer {
   std::set<IpGenAddr> flooded_;
   std::map<IpGenAddr, Path> paths_;
   AdjacencyIds ids_;
+  std::map<std::pair<IpGenAddr, std::string>, std::string> unresolved_;
 };
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include "host/agent/Inputs.h"
 #include "host/show/FieldText.h"
+#include "host/show/NextHops.h"
 #include "host/show/Resource.h"
 #include "host/show/Sections.h"
 #include "platform/asic/Store.h"
@@ -113,13 +114,14 @@ void writeLocal(JsonWriter& json, Agent const& agent) {
   json.key("udpPort").number(std::uint64_t{state ? state->udpPort() : 0U});
 }
 
-void writeNextHop(JsonWriter& json, Vane::NextHopEntry const& hop) {
+void writeNextHop(JsonWriter& json, Vane::NextHopEntry const& hop, unsigned weight) {
   bool const resolved = hop.type() != Vane::nextHopUnresolved;
   json.object();
   writeAddress(json, "addr", hop.addr());
   json.key("mac").text(resolved ? std::optional(Kiln::toText(hop.ethAddr())) : std::nullopt);
   json.key("port").text(hop.l2Intf().empty() ? std::nullopt : std::optional(std::string(hop.l2Intf().name())));
   json.key("interface").text(std::string_view(hop.l3Intf().name()));
+  json.key("weight").number(std::uint64_t{weight});
   json.objectEnd();
 }
 
@@ -177,7 +179,7 @@ void writeTunnel(JsonWriter& json, TunnelReport const& tunnel) {
   json.key("tunnelId").number(tunnel.tunnelId);
   json.key("nextHopId").number(tunnel.nextHopId);
   json.key("nextHops").array();
-  for (auto const& hop : tunnel.nextHops) writeNextHop(json, hop);
+  for (auto const& [hop, weight] : weighedNextHops(tunnel.nextHops)) writeNextHop(json, hop, weight);
   json.arrayEnd();
   json.key("encapId").number(tunnel.encapId);
   json.key("vlans").array();
@@ -185,6 +187,7 @@ void writeTunnel(JsonWriter& json, TunnelReport const& tunnel) {
   json.arrayEnd();
   json.key("programmed").boolean(tunnel.programmed());
   json.key("reason").text(tunnel.reason);
+  json.key("remark").text(tunnel.remark);
   json.objectEnd();
 }
 

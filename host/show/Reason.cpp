@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "host/show/Chain.h"
+#include "host/show/NextHops.h"
 #include "platform/tessel/features/ChipAttributes.h"
 #include "platform/tessel/features/L3NextHopAttributes.h"
 #include "platform/tessel/l3common/DstPort.h"
@@ -40,17 +41,31 @@ std::string noPortFor(Vane::NextHopEntry const& hop) {
   return "no port for the next hop's interface " + (hop.l2Intf().empty() ? hop.l3Intf() : hop.l2Intf()).name();
 }
 
+/// What the import says of a neighbour that is not resolved; empty: nothing.
+std::string whyUnresolved(Agent const& agent, Vane::NextHopEntry const& hop) {
+  auto const& notes = agent.notes().unresolved;
+  auto const why = notes.find({hop.addr(), std::string(hop.l3Intf().name())});
+  return why == notes.end() ? "" : ", " + why->second;
+}
+
+std::string unresolved(Agent const& agent, Vane::NextHopEntry const& hop) {
+  return "next hop unresolved: " + Kiln::toText(hop.addr()) + whyUnresolved(agent, hop);
+}
+
 Text missingNextHop(Agent const& agent, Vane::NextHopEntrySet const& nextHops) {
   auto const begin = nextHops.begin();
   auto const end = nextHops.end();
-  if (std::none_of(begin, end, isResolved)) return "next hop unresolved: " + Kiln::toText(begin->addr());
+  if (std::none_of(begin, end, isResolved)) return unresolved(agent, *begin);
   auto const useless = [&](auto const& hop) { return !isResolved(hop) || !hasPort(agent, hop); };
   if (!std::all_of(begin, end, useless)) return {};
   return noPortFor(*std::find_if(begin, end, isResolved));
 }
 
 Text missingRoute(Agent const& agent, Vane::VaneTunnelConfig const& wanted, TunnelReport const& report) {
-  if (!report.adjId) return "no route";
+  if (!report.adjId) {
+    auto const why = agent.notes().unreachable.find(report.vtep);
+    return why == agent.notes().unreachable.end() ? "no route" : why->second;
+  }
   auto const adjacency = "adjacency " + Kiln::toText(report.adjId.value());
   if (!wanted.adjacencyHas(report.adjId.value())) return adjacency + " is not in the state";
   if (report.nextHops.empty()) return adjacency + " has no next hop";
@@ -107,6 +122,22 @@ bool leavesBy(Vane::NextHopEntry const& hop, Meshal::IntfId port) {
 }
 
 }  // namespace
+
+std::optional<std::string> halfResolved(Agent const& agent, TunnelReport const& report) {
+  auto const all = weighedNextHops(report.nextHops);
+  Text first;
+  std::size_t useful = 0;
+  for (auto const& [hop, weight] : all) {
+    bool const resolved = isResolved(hop);
+    if (resolved && hasPort(agent, hop)) {
+      ++useful;
+    } else if (!first) {
+      first = resolved ? noPortFor(hop) : unresolved(agent, hop);
+    }
+  }
+  if (!first) return std::nullopt;
+  return Kiln::toText(useful) + " of " + Kiln::toText(all.size()) + " next hops; " + *first;
+}
 
 std::optional<std::string> copyFault(Agent const& agent, RowFinder const& rows, TunnelReport const& report) {
   if (!report.encapId) return std::nullopt;

@@ -20,6 +20,10 @@ namespace Host {
 /// type; null for the multicast types. REQUIRES: all of the report but its reason is set.
 std::string whyNotProgrammed(Agent const& agent, Vane::VaneTunnelConfig const* wanted, TunnelReport const& report);
 
+/// "1 of 2 next hops" and what is wrong with the first of the others, of a tunnel that not all of its next hops carry
+/// packets of. Nothing if all do.
+std::optional<std::string> halfResolved(Agent const& agent, TunnelReport const& report);
+
 /// What is wrong with the copies of flooded frames to the VTEP of a flood tunnel, in a few words: a next hop of a
 /// multicast tunnel to which none is sent, or one that is sent to another MAC address than its next hop has now.
 /// Nothing if all is right.

@@ -66,8 +66,7 @@ std::string kindText(TunnelReport const& tunnel) {
 
 void addTunnel(Columns& columns, TunnelReport const& tunnel) {
   std::vector<std::string> cells{Kiln::toText(tunnel.vtep), numberOrDash(tunnel.tunnelId),
-                                 numberOrDash(tunnel.nextHopId),
-                                 tunnel.adjId ? Kiln::toText(tunnel.adjId.value()) : "-"};
+                                 numberOrDash(tunnel.nextHopId), adjacencyText(tunnel.adjId)};
   for (auto const& [hop, weight] : weighedNextHops(tunnel.nextHops)) {
     addNextHop(cells, hop, weight);
     columns.row(std::move(cells));
@@ -76,6 +75,7 @@ void addTunnel(Columns& columns, TunnelReport const& tunnel) {
   if (tunnel.nextHops.empty()) columns.row(std::move(cells));
   auto line = kindText(tunnel);
   if (tunnel.reason) line += "  not programmed: " + *tunnel.reason;
+  if (tunnel.remark) line += "  " + *tunnel.remark;
   if (!line.empty()) columns.line(line);
 }
 
@@ -142,9 +142,8 @@ void printTunnels(std::ostream& out, std::vector<TunnelReport> const& tunnels) {
   columns.row({"TYPE", "VTEP", "GENERATION", "LOCAL VTEP", "ADJACENCY", "TUNNEL", "NEXT HOP", "VLANS", "STATE"});
   for (auto const& tunnel : tunnels) {
     columns.row({std::string(tunnelTypeText(tunnel.type)), Kiln::toText(tunnel.vtep), Kiln::toText(tunnel.genId),
-                 addressOrNone(tunnel.localVtep), tunnel.adjId ? Kiln::toText(tunnel.adjId.value()) : "-",
-                 numberOrDash(tunnel.tunnelId), numberOrDash(tunnel.nextHopId), vlansText(tunnel),
-                 tunnel.reason ? *tunnel.reason : "programmed"});
+                 addressOrNone(tunnel.localVtep), adjacencyText(tunnel.adjId), numberOrDash(tunnel.tunnelId),
+                 numberOrDash(tunnel.nextHopId), vlansText(tunnel), tunnel.reason ? *tunnel.reason : "programmed"});
   }
   columns.print(out);
 }

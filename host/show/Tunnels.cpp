@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <unordered_map>
 
+#include "host/notes/OwnIds.h"
 #include "host/show/Chain.h"
 #include "host/show/Reason.h"
 #include "host/show/VtepRows.h"
@@ -51,7 +52,11 @@ class Completion {
     bool const written =
         std::all_of(needed.begin(), needed.end(), [&](NeededRow const& row) { return written_.has(row); });
     bool const programmed = isPublished(report) && written && !copyFault(agent_, rows_, report);
-    if (!programmed) report.reason = whyNotProgrammed(agent_, wanted, report);
+    if (programmed) {
+      report.remark = halfResolved(agent_, report);
+    } else {
+      report.reason = whyNotProgrammed(agent_, wanted, report);
+    }
     return report;
   }
   Meshal::IpGenAddr localVtep(Meshal::IpGenAddr const& vtep) const { return rows_.localVtep(vtep); }
@@ -175,6 +180,12 @@ std::vector<TunnelReport> tunnelReports(Agent const& agent, Meshal::IpGenAddr co
     if (collector.has(vtep)) reports.push_back(collector.of(vtep));
   });
   return reports;
+}
+
+std::string adjacencyText(Vane::AdjIdOrNone const& adjId) {
+  if (!adjId) return "-";
+  auto const id = adjId.value();
+  return (id < firstOwnId ? "" : "own ") + Kiln::toText(id);
 }
 
 std::string_view tunnelTypeText(Vane::TunnelType type) {

@@ -28,6 +28,7 @@ struct TunnelReport {
   std::vector<Bridging::VlanId> vlans;   ///< Those that are flooded to the VTEP, of a head-end replication tunnel.
   Vane::NextHopEntrySet nextHops;        ///< Of its adjacency, or its own.
   std::optional<std::string> reason;     ///< Why it is not programmed; nothing if it is.
+  std::optional<std::string> remark;     ///< Of a programmed one: which next hops it lacks; nothing if it has all.
 
   bool programmed() const { return !reason; }
 };
@@ -36,6 +37,8 @@ struct TunnelReport {
 std::vector<TunnelReport> tunnelReports(Agent const& agent);
 /// Those to one VTEP.
 std::vector<TunnelReport> tunnelReports(Agent const& agent, Meshal::IpGenAddr const& vtep);
+/// "36" for a kernel's id, "own 1842043797" for one that an import assigned, "-" for none.
+std::string adjacencyText(Vane::AdjIdOrNone const& adjId);
 /// "vxlanTunnel", "vxlanHwHerTunnel", "vxlanBum" …
 std::string_view tunnelTypeText(Vane::TunnelType type);
 
