@@ -53,6 +53,8 @@ class CommandLine {
     addExplain();
     addDiff();
     addPlan();
+    addCheck();
+    addGraph();
     addImport();
     addTypes();
     addProfiles();
@@ -151,19 +153,48 @@ class CommandLine {
     explain->add_option("VTEP", explain_.name, "Address of the remote VTEP");
     explain->add_option("INPUT", explain_.inputs, kInputs);
     explain_.addTo(*explain);
-    addExplained(*explain, "vni", "Shows the mappings of a VNI", ExplainOptions::What::vni);
-    addExplained(*explain, "group", "Shows a VTEP group", ExplainOptions::What::group);
+    addExplained(*explain, explain_, "vni", "Shows the mappings of a VNI", ExplainOptions::What::vni);
+    addExplained(*explain, explain_, "group", "Shows a VTEP group", ExplainOptions::What::group);
     explain->callback([this] {
       if (explain_.name.empty()) throw CLI::RequiredError("VTEP");
       command_ = [this] { return explainCommand(explain_, out_, err_); };
     });
   }
 
-  void addExplained(CLI::App& explain, char const* name, char const* description, ExplainOptions::What what) {
+  static void addExplained(CLI::App& explain, ExplainOptions& options, char const* name, char const* description,
+                           ExplainOptions::What what) {
     auto* const sub = explain.add_subcommand(name, description)->fallthrough();
-    sub->add_option("N", explain_.name, "Its number")->required();
-    sub->add_option("INPUT", explain_.inputs, kInputs);
-    sub->callback([this, what] { explain_.what = what; });
+    sub->add_option("N", options.name, "Its number")->required();
+    sub->add_option("INPUT", options.inputs, kInputs);
+    sub->callback([&options, what] { options.what = what; });
+  }
+
+  void addGraph() {
+    auto* const graph = app_.add_subcommand("graph", "Draws the rows of one VTEP or VNI, and what is missing, as DOT");
+    graph->add_option("VTEP", graph_.name, "Address of the remote VTEP");
+    graph->add_option("INPUT", graph_.inputs, kInputs);
+    graph_.addTo(*graph);
+    addExplained(*graph, graph_, "vni", "Draws a VNI", ExplainOptions::What::vni);
+    graph->footer("Example:\n  tessel-agent graph 10.255.0.2 leaf1 | dot -Tsvg -o vtep.svg\n");
+    graph->callback([this] {
+      if (graph_.name.empty()) throw CLI::RequiredError("VTEP");
+      command_ = [this] { return graphCommand(graph_, out_, err_); };
+    });
+  }
+
+  void addCheck() {
+    auto& check = add("check", "Names what is wrong with hosts, alone and together, or may become so",
+                      [this] { return checkCommand(check_, out_); });
+    check
+        .add_option("HOST", check_.inputs,
+                    "A state document, a directory of captures, or several of one host: base,changed")
+        ->required();
+    check_.addTo(check);
+    check.footer(
+        "Examples:\n"
+        "  tessel-agent check leaf1                  one host\n"
+        "  tessel-agent check leaf1 leaf2 leaf3      a fabric\n\n"
+        "Exit codes: 0, or 1 where a risk is serious (with --strict also for a warning), or 2 for unusable input.\n");
   }
 
   void addPlan() {
@@ -181,17 +212,31 @@ class CommandLine {
             "Shows what two states have otherwise: what is wanted, tunnels, rows and the use of the chip. Exit "
             "code 0: nothing, 1: something, 2: an input that can't be used",
             [this] {
+              if (!against_.empty()) return compareWithSuite();
               diff_.inputs = {diff_.from, diff_.to};
               return diffCommand(diff_, out_, err_);
             });
     diff.add_option("A", diff_.from, kOperand)->required();
-    diff.add_option("B", diff_.to, kOperand)->required();
+    auto* const second = diff.add_option("B", diff_.to, kOperand);
+    diff.add_option("--against", against_,
+                    "In place of B: frr, the routes of the routing suite that are in the captures A")
+        ->check(CLI::IsMember({"frr"}))
+        ->excludes(second);
+    diff.parse_complete_callback([this] {
+      if (diff_.to.empty() && against_.empty()) throw CLI::RequiredError("B");
+    });
     diff_.addTo(diff);
     diff.add_option("--show", diff_.show, "What to compare, comma-separated")
         ->delimiter(',')
         ->allow_extra_args(false)
         ->check(CLI::IsMember(std::vector<std::string>(kDiffSections.begin(), kDiffSections.end())))
         ->capture_default_str();
+  }
+
+  int compareWithSuite() {
+    AgentOptions options = diff_;
+    options.inputs = {diff_.from};
+    return againstFrrCommand(options, out_, err_);
   }
 
   void addImport() {
@@ -231,7 +276,10 @@ class CommandLine {
   ExplainOptions explain_;
   DiffOptions diff_;
   PlanOptions plan_;
+  ExplainOptions graph_;
+  AgentOptions check_;
   InputOptions import_;
+  std::string against_;
   std::string vteps_;
   std::string vni_;
   std::string name_;

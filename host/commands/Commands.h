@@ -50,6 +50,13 @@ struct PlanOptions : AgentOptions {
 /// Tries a change and shows what it would write, or whether the last input fits into a chip and how much more would.
 int planCommand(PlanOptions const& options, std::ostream& out, std::ostream& err);
 
+/// Draws a VTEP or a VNI.
+int graphCommand(ExplainOptions const& options, std::ostream& out, std::ostream& err);
+/// Compares what the routing suite says with kernel and chip; the inputs are captures of one host.
+int againstFrrCommand(AgentOptions const& options, std::ostream& out, std::ostream& err);
+/// Checks hosts, each an input or a series of inputs, alone and together.
+int checkCommand(AgentOptions const& options, std::ostream& out);
+
 /// Prints the state document of the captures of a switch, directories that are its inputs.
 int importCommand(InputOptions const& options, std::ostream& out, std::ostream& err);
 /// Lists the registered classes, or describes the named one.

@@ -4,6 +4,7 @@
 
 #include "host/commands/CommandLine.h"
 #include "host/commands/Commands.h"
+#include "host/commands/Operands.h"
 #include "host/show/Explain.h"
 #include "host/show/ExplainGroup.h"
 #include "host/show/ExplainVni.h"
@@ -15,21 +16,6 @@ namespace {
 
 /// Prints an explanation, as text or JSON. Returns whether what it explains is as wanted.
 using Explanation = std::function<bool(Agent const& agent, bool json, std::ostream& out)>;
-
-Meshal::IpGenAddr parsedVtep(std::string const& text) {
-  Meshal::IpGenAddr vtep;
-  if (!Kiln::readText(text, vtep) || vtep.isUnspecified()) {
-    throw Kiln::InputError("VTEP", "", "'" + text + "'", "expected an IPv4 or IPv6 address");
-  }
-  return vtep;
-}
-
-std::uint32_t parsedNumber(char const* name, std::string const& text, std::uint32_t min, std::uint32_t max) {
-  auto const number = Kiln::fromText<std::uint32_t>(text);
-  if (number && *number >= min && *number <= max) return *number;
-  throw Kiln::InputError(name, "", "'" + text + "'",
-                         "expected a whole number from " + Kiln::toText(min) + " to " + Kiln::toText(max));
-}
 
 bool explainVtep(Meshal::IpGenAddr const& vtep, Agent const& agent, bool json, std::ostream& out) {
   auto const tunnels = tunnelReports(agent, vtep);
@@ -79,17 +65,17 @@ Explanation explanationOf(ExplainOptions const& options) {
   using namespace std::placeholders;
   switch (options.what) {
     case ExplainOptions::What::vni: {
-      Vxlan::VniExt const vni(parsedNumber("VNI", options.name, Vxlan::VniExt::min, Vxlan::VniExt::max));
+      Vxlan::VniExt const vni(numberOperand("VNI", options.name, Vxlan::VniExt::min, Vxlan::VniExt::max));
       return std::bind(&explainVni, vni, _1, _2, _3);
     }
     case ExplainOptions::What::group: {
-      Vane::VXLAN::VaneVtepGroupKey const key(parsedNumber("GROUP", options.name, 0, UINT32_MAX));
+      Vane::VXLAN::VaneVtepGroupKey const key(numberOperand("GROUP", options.name, 0, UINT32_MAX));
       return std::bind(&explainGroup, key, _1, _2, _3);
     }
     case ExplainOptions::What::vtep:
       break;
   }
-  return std::bind(&explainVtep, parsedVtep(options.name), _1, _2, _3);
+  return std::bind(&explainVtep, vtepOperand(options.name), _1, _2, _3);
 }
 
 }  // namespace

@@ -1,24 +1,26 @@
 #include "host/compare/Operand.h"
 
+#include <algorithm>
 #include <filesystem>
 
 #include "host/agent/Inputs.h"
 
 namespace Host {
 
-std::vector<Stateway::StateDocument> readOperand(std::string const& operand, Choices& choices) {
+std::vector<std::string> pathsOf(std::string const& operand) {
   std::error_code error;
+  if (std::filesystem::exists(operand, error)) return {operand};
   std::vector<std::string> paths;
-  if (std::filesystem::exists(operand, error)) {
-    paths.push_back(operand);
-  } else {
-    for (std::size_t begin = 0; begin <= operand.size();) {
-      auto const end = std::min(operand.find(',', begin), operand.size());
-      paths.push_back(operand.substr(begin, end - begin));
-      begin = end + 1;
-    }
+  for (std::size_t begin = 0; begin <= operand.size();) {
+    auto const end = std::min(operand.find(',', begin), operand.size());
+    paths.push_back(operand.substr(begin, end - begin));
+    begin = end + 1;
   }
-  return readInputs(paths, choices);
+  return paths;
+}
+
+std::vector<Stateway::StateDocument> readOperand(std::string const& operand, Choices& choices) {
+  return readInputs(pathsOf(operand), choices);
 }
 
 }  // namespace Host

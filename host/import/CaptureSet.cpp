@@ -18,7 +18,8 @@ constexpr std::array readCaptures{"ip-link.json",     "ip-link-vxlan.json", "ip-
                                   "bridge-vlan.json", "ip-rule.json",       "ip-rule6.json",
                                   "sysctl.json",      "manifest.json",      "bridge-vlan-tunnelshow.json"};
 /// Part of a capture, but nothing in them is needed; a kernel can leave some of them cut short.
-constexpr std::array otherCaptures{"ip-addr.json", "bridge-link.json", "bridge-vni.json"};
+constexpr std::array otherCaptures{"ip-addr.json", "bridge-link.json", "bridge-vni.json", "frr-ip-route.json",
+                                   "frr-ipv6-route.json"};
 
 constexpr auto manifestName = "manifest.json";
 constexpr auto manifestFormat = "tessel-capture/1";

@@ -15,6 +15,7 @@
 #include "host/import/NextHopObjects.h"
 #include "host/import/OuterHeader.h"
 #include "host/import/PortReason.h"
+#include "host/import/Routers.h"
 #include "host/import/Rules.h"
 #include "host/import/Underlay.h"
 #include "host/notes/Notes.h"
@@ -46,6 +47,7 @@ class Writer {
  public:
   Writer(Captures const& captures, Allocator& allocator)
       : allocator_(allocator),
+        captures_(captures),
         warnings_(captures.problems),
         links_(captures.links, captures.vxlanLinks, captures.vxlanLinksAge,
                {captures.choices->vti, Fdb::remotes(captures.fdb)}, warnings_),
@@ -98,6 +100,11 @@ class Writer {
     notes.warnings = warnings_.all();
     for (auto const& [vni, entry] : vlans_.vnis()) {
       if (isPresent(entry.device)) notes.vnis.emplace(vni, vniNote(entry));
+    }
+    auto const* const routes = captures_.neighbours ? captures_.routes : nullptr;
+    for (auto& [vni, routers] : missingRouters(routes, captures_.fdb, neighbours_, links_, vlans_)) {
+      if (auto const note = notes.vnis.find(vni); note != notes.vnis.end())
+        note->second.missingRouters = std::move(routers);
     }
     notes.unresolved = unresolved_;
     for (auto const& [vtep, path] : paths_) {
@@ -366,6 +373,7 @@ class Writer {
   }
 
   Allocator& allocator_;
+  Captures const& captures_;
   Warnings warnings_;
   Links links_;
   NextHopObjects nextHops_;

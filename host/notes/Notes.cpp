@@ -55,9 +55,14 @@ std::optional<unsigned> numberIn(JsonIn const& in, std::string_view name) {
 }
 
 Notes::Vni vniOf(JsonIn const& in) {
-  refuseOthers(in, {"device", "mtu", "vlan"});
+  refuseOthers(in, {"device", "mtu", "vlan", "missingRouters"});
   auto const device = in.find("device");
-  return {device ? std::string(device->text()) : "", numberIn(in, "mtu"), numberIn(in, "vlan")};
+  Notes::Vni vni{device ? std::string(device->text()) : "", numberIn(in, "mtu"), numberIn(in, "vlan")};
+  if (auto const routers = in.find("missingRouters")) {
+    routers->eachMember(
+        [&](std::string_view router, JsonIn const& why) { vni.missingRouters[addressOf(router, why)] = why.text(); });
+  }
+  return vni;
 }
 
 void put(Value& into, std::string const& key, Value value, Allocator& allocator) {
@@ -78,6 +83,12 @@ Value warningsValue(std::vector<Warning> const& warnings, Allocator& allocator) 
   return list;
 }
 
+Value reasonsValue(std::map<Meshal::IpGenAddr, std::string> const& reasons, Allocator& allocator) {
+  Value map(rapidjson::kObjectType);
+  for (auto const& [address, why] : reasons) put(map, Kiln::toText(address), textValue(why, allocator), allocator);
+  return map;
+}
+
 Value vnisValue(std::map<unsigned, Notes::Vni> const& vnis, Allocator& allocator) {
   Value map(rapidjson::kObjectType);
   for (auto const& [number, vni] : vnis) {
@@ -85,6 +96,8 @@ Value vnisValue(std::map<unsigned, Notes::Vni> const& vnis, Allocator& allocator
     put(entry, "device", textValue(vni.device, allocator), allocator);
     if (vni.mtu) put(entry, "mtu", Value(*vni.mtu), allocator);
     if (vni.vlan) put(entry, "vlan", Value(*vni.vlan), allocator);
+    if (!vni.missingRouters.empty())
+      put(entry, "missingRouters", reasonsValue(vni.missingRouters, allocator), allocator);
     put(map, std::to_string(number), std::move(entry), allocator);
   }
   return map;
@@ -121,11 +134,7 @@ Value notesValue(Notes const& notes, Allocator& allocator) {
   Value value(rapidjson::kObjectType);
   if (!notes.host.empty()) put(value, "host", textValue(notes.host, allocator), allocator);
   if (!notes.warnings.empty()) put(value, "warnings", warningsValue(notes.warnings, allocator), allocator);
-  Value unreachable(rapidjson::kObjectType);
-  for (auto const& [vtep, why] : notes.unreachable) {
-    put(unreachable, Kiln::toText(vtep), textValue(why, allocator), allocator);
-  }
-  if (!notes.unreachable.empty()) put(value, "unreachable", std::move(unreachable), allocator);
+  if (!notes.unreachable.empty()) put(value, "unreachable", reasonsValue(notes.unreachable, allocator), allocator);
   Value unresolved(rapidjson::kObjectType);
   for (auto const& [neighbour, why] : notes.unresolved) {
     put(unresolved, Kiln::toText(neighbour.first) + '%' + neighbour.second, textValue(why, allocator), allocator);

@@ -23,6 +23,8 @@ struct Notes {
     std::string device;            ///< Its VXLAN device.
     std::optional<unsigned> mtu;   ///< Of that device.
     std::optional<unsigned> vlan;  ///< That the host has for it; nothing where the import chose one.
+    /// Why the MAC address of a router is missing that routes over the VNI lead to, by the router's VTEP.
+    std::map<Meshal::IpGenAddr, std::string> missingRouters{};
   };
 
   std::string host;                                      ///< Its name; empty: unknown.

@@ -5,8 +5,13 @@
 
 #include <algorithm>
 #include <ostream>
+#include <set>
 
+#include "host/show/Columns.h"
+#include "host/show/FieldText.h"
+#include "host/show/HopRows.h"
 #include "host/show/JsonReport.h"
+#include "host/show/Mappings.h"
 #include "host/show/RowPrinter.h"
 #include "host/show/VtepRows.h"
 #include "platform/kiln/Fmt.h"
@@ -28,11 +33,13 @@ void printRows(std::ostream& out, VtepRows const& vtep, std::vector<TunnelReport
     return std::any_of(tunnels.begin(), tunnels.end(), [&](auto const& t) { return hasOverlay(t.type) == overlay; });
   };
   RowPrinter rows(out);
-  if (!vtep.virtualPort.row && !vtep.overlay.row) return void(out << "no rows in the chip\n");
+  if (!vtep.virtualPort.row && !vtep.overlay.row) return void(out << "\nno rows in the chip\n");
+  out << "\nTo the VTEP\n";
   if (vtep.overlay.row) rows.print(0, "overlay entry", vtep.overlay);
   if (!vtep.overlay.row && vtep.virtualPort.row) rows.print(0, "virtual port", vtep.virtualPort);
   if (!vtep.overlay.row && wanted(true)) out << "no overlay entry\n";
   if (wanted(false)) printCopies(out, rows, vtep);
+  out << "\nFrom the VTEP\n";
   rows.print(0, "packets from the VTEP", vtep.source);
   rows.print(0, "packets to the local VTEP", vtep.destination);
 }
@@ -44,7 +51,26 @@ bool hasAdjacency(Vane::TunnelType type) {
 
 std::string idText(std::optional<std::uint32_t> const& id) { return id ? Kiln::toText(*id) : "none"; }
 
-void printTunnel(std::ostream& out, TunnelReport const& tunnel) {
+void printHops(std::ostream& out, std::vector<HopRow> const& hops) {
+  if (hops.empty()) return;
+  using enum Columns::Align;
+  Columns columns({left, left, left, left, left, left, left});
+  columns.row({"    NEXT HOP", "MAC", "INTERFACE", "CHIP ROW", "CHIP MAC", "PORT", "STATE"});
+  auto const orNone = [](std::string text) { return text.empty() ? "-" : text; };
+  for (auto const& hop : hops) {
+    auto const* const wanted = hop.wanted ? &*hop.wanted : nullptr;
+    bool const resolved = wanted && wanted->type() != Vane::nextHopUnresolved;
+    auto const weight = hop.weight > 1 ? fmt::format(" (weight {})", hop.weight) : "";
+    columns.row({"    " + (wanted ? Kiln::toText(wanted->addr()) + weight : "-"),
+                 resolved ? Kiln::toText(wanted->ethAddr()) : "-",
+                 wanted ? std::string((wanted->l2Intf().empty() ? wanted->l3Intf() : wanted->l2Intf()).name()) : "-",
+                 hop.row ? fmt::format("{} {}", hop.row->tableName(), rowText(hop.row->row())) : "-", orNone(hop.mac),
+                 orNone(hop.port), hop.state});
+  }
+  columns.print(out);
+}
+
+void printTunnel(std::ostream& out, TunnelReport const& tunnel, std::vector<HopRow> const& hops) {
   out << Kiln::toText(tunnel.vtep) << ", " << tunnelTypeText(tunnel.type) << " generation " << tunnel.genId << ": "
       << (tunnel.programmed() ? "programmed" : "not programmed, " + *tunnel.reason) << '\n';
   out << "  from " << (tunnel.localVtep.isUnspecified() ? "no address yet" : Kiln::toText(tunnel.localVtep))
@@ -53,20 +79,39 @@ void printTunnel(std::ostream& out, TunnelReport const& tunnel) {
   if (hasAdjacency(tunnel.type)) {
     out << "  by " << (tunnel.adjId ? "adjacency " + Kiln::toText(tunnel.adjId.value()) : "no route") << '\n';
   }
-  for (auto const& hop : tunnel.nextHops) {
-    out << "    " << Kiln::toText(hop.addr()) << ", "
-        << (hop.type() == Vane::nextHopUnresolved ? "unresolved" : Kiln::toText(hop.ethAddr())) << ", "
-        << (hop.l2Intf().empty() ? hop.l3Intf() : hop.l2Intf()).name() << '\n';
+  printHops(out, hops);
+}
+
+/// The VNIs that flooded frames from the VTEP arrive with, and their VLANs.
+void printVnis(std::ostream& out, Agent const& agent, std::vector<TunnelReport> const& tunnels) {
+  std::set<std::uint16_t> vlans;
+  for (auto const& tunnel : tunnels) vlans.insert(tunnel.vlans.begin(), tunnel.vlans.end());
+  if (vlans.empty()) return;
+  for (auto const& mapping : mappingReports(agent)) {
+    if (mapping.kind != MappingReport::Kind::local || !vlans.contains(mapping.vlan)) continue;
+    out << "VNI " << Kiln::toText(mapping.vni.value()) << " to VLAN " << mapping.vlan << ": " << stateText(mapping)
+        << '\n';
   }
+}
+
+std::vector<std::vector<HopRow>> hopsOf(Agent const& agent, std::vector<TunnelReport> const& tunnels) {
+  std::vector<std::vector<HopRow>> hops;
+  for (auto const& tunnel : tunnels) hops.push_back(hopRows(agent, tunnel));
+  return hops;
 }
 
 }  // namespace
 
 void printExplanation(std::ostream& out, Agent const& agent, Meshal::IpGenAddr const& vtep,
                       std::vector<TunnelReport> const& tunnels) {
-  for (auto const& tunnel : tunnels) printTunnel(out, tunnel);
-  out << '\n';
+  auto const hops = hopsOf(agent, tunnels);
+  for (std::size_t i = 0; i < tunnels.size(); ++i) printTunnel(out, tunnels[i], hops[i]);
   printRows(out, RowFinder(agent).of(vtep), tunnels);
+  printVnis(out, agent, tunnels);
+  auto const verdict = verdictOf(tunnels, hops);
+  out << '\n' << Kiln::toText(vtep) << ": " << verdict.text;
+  if (verdict.gap && verdict.text.starts_with("programmed")) out << "; first gap: " << *verdict.gap;
+  out << '\n';
 }
 
 void writeExplanation(JsonWriter& json, Agent const& agent, Meshal::IpGenAddr const& vtep,
@@ -74,6 +119,15 @@ void writeExplanation(JsonWriter& json, Agent const& agent, Meshal::IpGenAddr co
   json.key("vtep").text(std::string_view(Kiln::toText(vtep)));
   json.key("tunnels").array();
   for (auto const& tunnel : tunnels) writeTunnel(json, tunnel);
+  json.arrayEnd();
+  auto const hops = hopsOf(agent, tunnels);
+  json.key("hops").array();
+  for (std::size_t i = 0; i < tunnels.size(); ++i) {
+    json.object();
+    json.key("type").text(tunnelTypeText(tunnels[i].type));
+    writeHops(json, hops[i]);
+    json.objectEnd();
+  }
   json.arrayEnd();
   auto const rows = RowFinder(agent).of(vtep);
   json.key("chain").object();
@@ -92,6 +146,9 @@ void writeExplanation(JsonWriter& json, Agent const& agent, Meshal::IpGenAddr co
   writeChain(json.key("source"), rows.source.row);
   writeChain(json.key("destination"), rows.destination.row);
   json.objectEnd();
+  auto const verdict = verdictOf(tunnels, hops);
+  json.key("verdict").text(std::string_view(verdict.text));
+  json.key("gap").text(verdict.gap);
 }
 
 }  // namespace Host

@@ -40,6 +40,9 @@ void writeGroupExplanation(Kiln::JsonWriter& json, GroupReport const* group) {
   json.key("report");
   group ? writeGroup(json, *group) : json.null();
   writeChain(json.key("chain"), group ? group->row.row : nullptr);
+  auto const gap = group ? group->reason : std::optional<std::string>("no input has it");
+  json.key("verdict").text(std::string_view(!group ? "not wanted" : gap ? "not programmed" : "programmed"));
+  json.key("gap").text(gap);
 }
 
 }  // namespace Host

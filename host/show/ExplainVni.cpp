@@ -44,12 +44,35 @@ std::vector<std::uint16_t> egressVlans(std::vector<MappingReport> const& mapping
   return vlans;
 }
 
+/// The tunnels of flooded frames of these VLANs, by VTEP.
+std::vector<TunnelReport> floodsOf(Agent const& agent, std::vector<std::uint16_t> const& vlans) {
+  auto tunnels = tunnelReports(agent);
+  std::erase_if(tunnels, [&](TunnelReport const& tunnel) {
+    return std::none_of(tunnel.vlans.begin(), tunnel.vlans.end(), [&](auto const& vlan) {
+      return std::find(vlans.begin(), vlans.end(), static_cast<std::uint16_t>(vlan)) != vlans.end();
+    });
+  });
+  return tunnels;
+}
+
+void printFloods(std::ostream& out, std::vector<TunnelReport> const& tunnels) {
+  out << "flooded to" << (tunnels.empty() ? " no VTEP\n" : "\n");
+  for (auto const& tunnel : tunnels) {
+    out << "  " << Kiln::toText(tunnel.vtep) << ": "
+        << (tunnel.programmed() ? "programmed" : "not programmed: " + *tunnel.reason) << '\n';
+  }
+}
+
 void printRows(std::ostream& out, MappingRows const& rows, Vxlan::VniExt vni, std::vector<std::uint16_t> const& vlans) {
   RowPrinter printer(out);
   if (!rows.hasPortGroups()) printer.print(0, "packets in", rows.ingress(vni));
   for (auto const vlan : vlans) {
     auto const word = rows.hasPortGroups() ? "port group of VLAN " : "packets out of VLAN ";
-    for (auto const& row : rows.egress(vlan)) printer.print(0, word + Kiln::toText(vlan), row);
+    auto const egress = rows.egress(vlan);
+    for (std::size_t i = 0; i < egress.size(); ++i) {
+      auto const chip = egress.size() > 1 ? ", logical chip " + Kiln::toText(i) : "";
+      printer.print(0, word + Kiln::toText(vlan) + chip, egress[i]);
+    }
   }
   auto const vlan = rows.driverVlan(vni);
   out << "packet driver: " << (vlan == 0 ? "no VLAN" : "VLAN " + Kiln::toText(vlan)) << '\n';
@@ -61,7 +84,9 @@ void printVniExplanation(std::ostream& out, Agent const& agent, Vxlan::VniExt vn
                          std::vector<MappingReport> const& mappings) {
   for (auto const& mapping : mappings) printMapping(out, agent, mapping);
   out << '\n';
-  printRows(out, MappingRows(agent), vni, egressVlans(mappings));
+  auto const vlans = egressVlans(mappings);
+  printRows(out, MappingRows(agent), vni, vlans);
+  printFloods(out, floodsOf(agent, vlans));
   auto const* const missing = firstMissing(mappings);
   out << "\nVNI " << Kiln::toText(vni) << ": "
       << (missing ? "not programmed, " + missing->reason.value_or("") : "as wanted") << '\n';
@@ -84,11 +109,23 @@ void writeVniExplanation(Kiln::JsonWriter& json, Agent const& agent, Vxlan::VniE
   auto const vlan = rows.driverVlan(vni);
   json.key("packetDriver").number(vlan == 0 ? std::nullopt : std::optional<std::uint32_t>(vlan));
   json.objectEnd();
+  json.key("floods").array();
+  for (auto const& tunnel : floodsOf(agent, egressVlans(mappings))) {
+    json.object();
+    json.key("vtep").text(std::string_view(Kiln::toText(tunnel.vtep)));
+    json.key("programmed").boolean(tunnel.programmed());
+    json.key("reason").text(tunnel.reason);
+    json.objectEnd();
+  }
+  json.arrayEnd();
   auto const* const missing = firstMissing(mappings);
-  json.key("asWanted").boolean(!mappings.empty() && !missing);
-  json.key("reason").text(missing            ? missing->reason
-                          : mappings.empty() ? std::optional<std::string>("not mapped")
-                                             : std::nullopt);
+  bool const asWanted = !mappings.empty() && !missing;
+  json.key("verdict").text(std::string_view(asWanted           ? "as wanted"
+                                            : mappings.empty() ? "not mapped"
+                                                               : "not programmed"));
+  json.key("gap").text(missing            ? missing->reason
+                       : mappings.empty() ? std::optional<std::string>("not mapped")
+                                          : std::nullopt);
 }
 
 }  // namespace Host

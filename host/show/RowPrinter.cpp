@@ -6,6 +6,7 @@
 
 #include "host/show/Chain.h"
 #include "host/show/FieldText.h"
+#include "host/show/HopRows.h"
 #include "platform/kiln/Text.h"
 
 namespace Host {
@@ -31,6 +32,8 @@ constexpr std::array<std::pair<std::string_view, std::string_view>, 16> kFieldWo
     {"oifHandle", "outgoing VLAN"},
 }};
 
+}  // namespace
+
 std::string_view wordOf(std::string_view field) {
   for (auto const& [name, word] : kFieldWords) {
     if (name == field) return word;
@@ -38,21 +41,15 @@ std::string_view wordOf(std::string_view field) {
   return field;
 }
 
-/// What the last row of the chain sends its packets to; empty for other rows.
-std::string portText(Asic::EntryHandle const& row) {
-  // 1: all ports of a VLAN; 2: a port or a group of ports.
-  auto const kind = numberOf(row, "destinationKind");
-  if (kind == 1) return "VLAN " + Kiln::toText(numberOf(row, "vlanId"));
-  if (kind != 2) return {};
-  return (numberOf(row, "isLag") != 0 ? "LAG " : "port ") + Kiln::toText(numberOf(row, "destination"));
+std::string rowName(Asic::EntryHandle const& row) {
+  auto const name = nameOf(row.keyText());
+  return name == "default" ? "default row" : name;
 }
-
-}  // namespace
 
 void RowPrinter::print(std::size_t depth, std::string_view word, Asic::EntryHandle const& row) {
   std::string const indent(2 * depth, ' ');
   bool const above = !printed_.insert(row.record()).second;
-  out_ << indent << word << ": " << row.tableName() << ' ' << row.keyText() << ", " << rowText(row.row()) << ", "
+  out_ << indent << word << ": " << row.tableName() << ' ' << rowName(row) << ", " << rowText(row.row()) << ", "
        << stateText(row.state()) << (above ? ", as above\n" : "\n");
   if (above) return;
   if (auto const values = valuesOf(row); !values.empty()) out_ << indent << "    " << values << '\n';
@@ -69,9 +66,9 @@ void writeChain(Kiln::JsonWriter& json, Asic::EntryHandle::PtrConst const& row) 
   if (!row) return json.null();
   json.object();
   json.key("table").text(row->tableName());
-  json.key("key").text(std::string_view(row->keyText()));
+  json.key("key").text(std::string_view(rowName(*row)));
   json.key("row").number(row->row() ? std::optional(row->row()->value()) : std::nullopt);
-  json.key("state").number(static_cast<std::uint64_t>(row->state()));
+  json.key("state").text(stateText(row->state()));
   json.key("links").array();
   for (auto const& link : linksOf(*row)) {
     json.object();

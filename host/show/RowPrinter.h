@@ -2,12 +2,19 @@
 
 #include <iosfwd>
 #include <set>
+#include <string>
 #include <string_view>
 
 #include "host/show/NeededRow.h"
 #include "platform/kiln/JsonOut.h"
 
 namespace Host {
+
+/// What the rows that the field of a row refers to are for: "virtual port", "next hop"; the field's own name for
+/// others.
+std::string_view wordOf(std::string_view field);
+/// A row's key; "default row" for one whose key has no value.
+std::string rowName(Asic::EntryHandle const& row);
 
 /// Prints rows with all that they lead to; of a row that was printed before, its first line alone.
 class RowPrinter {
