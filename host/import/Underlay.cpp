@@ -185,6 +185,10 @@ bool Underlay::isInService(RouteHop const& hop, bool v6, Walk& walk) const {
   return false;
 }
 
+bool Underlay::isEqual(Route const& a, Route const& b) {
+  return a.metric == b.metric && (a.from ? a.from->length : 0) == (b.from ? b.from->length : 0);
+}
+
 std::vector<RouteHop const*> Underlay::usable(Route const& route, Query const& query, Walk& walk) const {
   std::vector<RouteHop const*> hops;
   bool const confined = isConfined(query);
@@ -199,9 +203,17 @@ std::vector<RouteHop const*> Underlay::usable(Route const& route, Query const& q
 std::optional<Underlay::Found> Underlay::firstOf(std::vector<Route> const& routes, Query const& query,
                                                  Walk& walk) const {
   std::optional<Found> first;
+  auto const serves = [&](Route const& route) {
+    return !route.from || (query.from && contains(*route.from, *query.from));
+  };
+  // A prefix with routes for certain sources alone and others has none for other sources.
+  if (routes.front().from &&
+      std::none_of(routes.begin(), routes.end(), [&](auto const& route) { return route.from && serves(route); })) {
+    return std::nullopt;
+  }
   for (auto const& route : routes) {
-    if (route.from && !(query.from && contains(*route.from, *query.from))) continue;
-    if (first && (route.metric != first->route->metric || route.type != "unicast")) break;
+    if (!serves(route)) continue;
+    if (first && (!isEqual(route, *first->route) || route.type != "unicast")) break;
     if (route.type != "unicast") return Found{&route, {}, route.type == "throw" ? "" : endOf(route.type, route.at)};
     auto hops = usable(route, query, walk);
     if (hops.empty()) continue;

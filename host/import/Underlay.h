@@ -95,6 +95,7 @@ class Underlay {
   std::optional<Found> firstOf(std::vector<Route> const& routes, Query const& query, Walk& walk) const;
   std::vector<RouteHop const*> usable(Route const& route, Query const& query, Walk& walk) const;
   bool isInService(RouteHop const& hop, bool v6, Walk& walk) const;
+  static bool isEqual(Route const& a, Route const& b);
   bool isSuppressed(Rules::Step const& step, Found const& found) const;
   void resolve(Query const& query, Walk& walk) const;
   void addHop(RouteHop const& hop, IpGenAddr const& address, Walk& walk) const;
