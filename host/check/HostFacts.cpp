@@ -6,7 +6,6 @@
 #include <array>
 #include <filesystem>
 
-#include "host/show/HopRows.h"
 #include "host/show/Report.h"
 #include "platform/tessel/l3common/TesselVxlanState.h"
 
@@ -56,7 +55,7 @@ void readVnis(Agent const& agent, Report const& report, HostFacts& facts) {
 }
 
 /// The tunnels to a VTEP that lack the same are one risk.
-void addTunnels(Agent const& agent, std::vector<TunnelReport> const& tunnels, HostFacts& facts) {
+void addTunnels(std::vector<TunnelReport> const& tunnels, HostFacts& facts) {
   std::set<std::pair<Meshal::IpGenAddr, std::string>> seen;
   for (auto const& tunnel : tunnels) {
     if (!tunnel.programmed()) {
@@ -64,16 +63,8 @@ void addTunnels(Agent const& agent, std::vector<TunnelReport> const& tunnels, Ho
       add(facts, Weight::serious, "tunnel", Kiln::toText(tunnel.vtep), "not programmed: " + *tunnel.reason);
       continue;
     }
-    // Without gaps in the wish there are none in the chip's rows of a programmed tunnel.
-    if (tunnel.nextHops.size() < 2 || std::all_of(tunnel.nextHops.begin(), tunnel.nextHops.end(), [](auto const& hop) {
-          return hop.type() != Vane::nextHopUnresolved;
-        })) {
-      continue;
-    }
-    auto const hops = hopRows(agent, tunnel);
-    auto const verdict = verdictOf({tunnel}, {hops});
-    if (!verdict.gap || !seen.emplace(tunnel.vtep, *verdict.gap).second) continue;
-    add(facts, Weight::warning, "half-resolved", Kiln::toText(tunnel.vtep), verdict.text + "; " + *verdict.gap);
+    if (!tunnel.remark || !seen.emplace(tunnel.vtep, *tunnel.remark).second) continue;
+    add(facts, Weight::warning, "half-resolved", Kiln::toText(tunnel.vtep), *tunnel.remark);
   }
 }
 
@@ -139,7 +130,7 @@ HostFacts factsOf(Agent const& agent, TableUse const& before, std::string name) 
   auto const report = reportOf(agent);
   readLocal(agent, facts);
   readVnis(agent, report, facts);
-  addTunnels(agent, report.tunnels, facts);
+  addTunnels(report.tunnels, facts);
   addMappings(report.mappings, facts);
   addGroups(report.groups, facts);
   addWarnings(agent.notes().warnings, facts);

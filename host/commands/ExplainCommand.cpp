@@ -14,13 +14,18 @@ namespace Host {
 
 namespace {
 
+constexpr std::string_view kFormat = "tessel-explain/1";
+
 /// Prints an explanation, as text or JSON. Returns whether what it explains is as wanted.
 using Explanation = std::function<bool(Agent const& agent, bool json, std::ostream& out)>;
 
 bool explainVtep(Meshal::IpGenAddr const& vtep, Agent const& agent, bool json, std::ostream& out) {
   auto const tunnels = tunnelReports(agent, vtep);
   if (json) {
-    writeObject(out, [&](JsonWriter& writer) { writeExplanation(writer, agent, vtep, tunnels); });
+    writeObject(out, [&](JsonWriter& writer) {
+      writer.key("format").text(kFormat);
+      writeExplanation(writer, agent, vtep, tunnels);
+    });
   } else if (tunnels.empty()) {
     out << Kiln::toText(vtep) << " is not wanted: no input has a tunnel to it\n";
   } else {
@@ -33,7 +38,10 @@ bool explainVtep(Meshal::IpGenAddr const& vtep, Agent const& agent, bool json, s
 bool explainVni(Vxlan::VniExt vni, Agent const& agent, bool json, std::ostream& out) {
   auto const mappings = mappingReports(agent, vni);
   if (json) {
-    writeObject(out, [&](JsonWriter& writer) { writeVniExplanation(writer, agent, vni, mappings); });
+    writeObject(out, [&](JsonWriter& writer) {
+      writer.key("format").text(kFormat);
+      writeVniExplanation(writer, agent, vni, mappings);
+    });
   } else if (mappings.empty()) {
     out << "VNI " << Kiln::toText(vni) << " is not wanted: no input maps it\n";
   } else {
@@ -49,6 +57,7 @@ bool explainGroup(Vane::VXLAN::VaneVtepGroupKey key, Agent const& agent, bool js
   bool const known = group != groups.end();
   if (json) {
     writeObject(out, [&](JsonWriter& writer) {
+      writer.key("format").text(kFormat);
       writer.key("group").number(std::uint64_t{key.value()});
       writeGroupExplanation(writer, known ? &*group : nullptr);
     });

@@ -77,7 +77,7 @@ void printTunnel(std::ostream& out, TunnelReport const& tunnel, std::vector<HopR
       << ", tunnel id " << idText(tunnel.tunnelId) << ", next-hop id " << idText(tunnel.nextHopId) << '\n';
   if (!tunnel.vlans.empty()) out << "  floods VLANs " << fmt::format("{}", fmt::join(tunnel.vlans, " ")) << '\n';
   if (hasAdjacency(tunnel.type)) {
-    out << "  by " << (tunnel.adjId ? "adjacency " + Kiln::toText(tunnel.adjId.value()) : "no route") << '\n';
+    out << "  by " << (tunnel.adjId ? "adjacency " + adjacencyText(tunnel.adjId) : "no route") << '\n';
   }
   printHops(out, hops);
 }
