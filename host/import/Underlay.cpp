@@ -289,7 +289,7 @@ void Underlay::addHop(RouteHop const& hop, IpGenAddr const& address, Walk& walk)
 void Underlay::resolve(Query const& query, Walk& walk) const {
   auto& chain = walk.chain;
   auto const found = find(query, walk);
-  if (chain.empty() && found.route) walk.nhid = found.route->nhid;
+  if (chain.empty()) walk.route = found.route;
   if (found.hops.empty()) {
     if (!found.why.empty()) walk.why = found.why;
     return;
@@ -321,7 +321,8 @@ void Underlay::onLink(Query const& query, Walk& walk) const {
   walk.hops[{query.to, name}] = 1;
 }
 
-void Underlay::fit(Hops& hops, IpGenAddr const& vtep) const {
+void Underlay::fit(Walk& walk) const {
+  auto& hops = walk.hops;
   reduce(hops);
   if (sumOf(hops) <= maxGroupRows) return;
   auto const wanted = hops;
@@ -333,10 +334,9 @@ void Underlay::fit(Hops& hops, IpGenAddr const& vtep) const {
   }
   hops = best;
   reduce(hops);
-  warnings_.add({"weights", routesFile_, "",
-                 fmt::format("weights {} of the next hops to {} need more than {} rows", ratio(wanted),
-                             Kiln::toText(vtep), maxGroupRows),
-                 "they are used in the ratio " + ratio(hops)});
+  warnings_.add("weights", walk.route->at.member("dst"),
+                fmt::format("the weights {} of its next hops need more than {} rows", ratio(wanted), maxGroupRows),
+                "they are used in the ratio " + ratio(hops));
 }
 
 Path Underlay::path(Query const& query) const {
@@ -344,12 +344,16 @@ Path Underlay::path(Query const& query) const {
   if (routesFile_.empty()) return {{}, "no route: ip-route-all.json is missing", {}};
   Walk walk;
   resolve(query, walk);
-  if (walk.hops.empty()) onLink(query, walk);
+  if (walk.hops.empty()) {
+    walk.route = nullptr;
+    onLink(query, walk);
+  }
   if (walk.hops.empty()) return {{}, walk.why.empty() ? "no route" : walk.why, {}};
-  fit(walk.hops, query.to);
+  fit(walk);
   bool const connected =
       std::any_of(walk.hops.begin(), walk.hops.end(), [&](auto const& each) { return each.first.address == query.to; });
-  if (!connected && walk.nhid && *walk.nhid < firstOwnId) path.id = walk.nhid;
+  auto const nhid = walk.route ? walk.route->nhid : std::nullopt;
+  if (!connected && nhid && *nhid < firstOwnId) path.id = nhid;
   path.hops = std::move(walk.hops);
   return path;
 }

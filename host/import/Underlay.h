@@ -84,8 +84,8 @@ class Underlay {
   struct Walk {
     std::vector<IpGenAddr> chain;  ///< From the VTEP through gateways that are looked up in turn.
     std::set<IpGenAddr> seen;
-    std::string why;  ///< Of what was passed over first.
-    std::optional<std::uint32_t> nhid;
+    std::string why;               ///< Of what was passed over first.
+    Route const* route = nullptr;  ///< To the VTEP itself.
     Hops hops;
   };
 
@@ -102,7 +102,7 @@ class Underlay {
   /// Empty where the device can carry the underlay.
   std::string whyNot(RouteHop const& hop) const;
   void onLink(Query const& query, Walk& walk) const;
-  void fit(Hops& hops, IpGenAddr const& vtep) const;
+  void fit(Walk& walk) const;
 
   Rules const& rules_;
   Settings settings_;

@@ -144,10 +144,12 @@ class HandMade : public Files {
       Stateway::StateDocument const state(Kiln::JsonDocument(set.stateDocument(choices), "state"));
       auto const& document = state.root().value();
       choices.vlans.checkTaken();
-      warnings = notesOf(state).warnings;
+      auto const notes = notesOf(state);
+      warnings = notes.warnings;
       text += roads(document);
       if (auto const flooded = floods(document); !flooded.empty()) text += "\n= " + flooded;
       if (auto const vnis = overlay(document); !vnis.empty()) text += "\n= " + vnis;
+      if (withReasons_) text += reasons(notes);
       if (auto const host = headers(document); !host.empty()) text += "\n= " + host;
     } catch (Kiln::InputError const& error) {
       text += error.what();
@@ -158,7 +160,16 @@ class HandMade : public Files {
     return text + '\n';
   }
 
+  static std::string reasons(Notes const& notes) {
+    std::string text;
+    for (auto const& [vtep, why] : notes.unreachable) text += "\n= " + Kiln::toText(vtep) + ": " + why;
+    for (auto const& [hop, why] : notes.unresolved)
+      text += "\n= " + Kiln::toText(hop.first) + '%' + hop.second + ": " + why;
+    return text;
+  }
+
   Choices choices_;
+  bool withReasons_ = false;
 
  private:
   std::string prefix() const { return base().string() + "/"; }
@@ -180,10 +191,13 @@ TEST_F(HandMade, isReadOrRefusedAsWrittenDown) {
   for (auto const& [given, result] : cases("input/captures.txt")) {
     restore();
     choices_ = {};
+    withReasons_ = false;
     std::string all;
     for (auto const& line : given) {
       auto const blank = line.find(' ');
-      if (line.starts_with("--vlan"))
+      if (line == "--reasons")
+        withReasons_ = true;
+      else if (line.starts_with("--vlan"))
         choices_.vlans.add(line.substr(blank + 1));
       else if (line.starts_with("--vti"))
         choices_.vti = line.substr(blank + 1);
