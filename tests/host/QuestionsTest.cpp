@@ -1,6 +1,6 @@
-#include <array>
-#include <cstdio>
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 
 #include "host/commands/Commands.h"
 #include "tests/host/CommandWorld.h"
@@ -24,6 +24,24 @@ TEST_F(Graph, isDrawnByGraphviz) {
     ASSERT_EQ(std::system(("dot -Tsvg -o " + svg + ' ' + dot).c_str()), 0) << drawn.out;
     EXPECT_GT(std::filesystem::file_size(svg), 1000U) << arguments;
   }
+}
+
+class Check : public Files {};
+
+TEST_F(Check, missesTheForwardingEntryOfARouter) {
+  auto const leaf = base() / "leaf";
+  std::filesystem::create_directories(base());
+  std::filesystem::copy(capture("bridge-per-vni/leaf1"), leaf);
+  EXPECT_EQ(run({"check", leaf.string()}).code, kGood);
+  std::ifstream in(leaf / "bridge-fdb.json");
+  std::string text(std::istreambuf_iterator<char>(in), {});
+  for (std::string const mac = "02:a2:00:05:01:00"; text.find(mac) != text.npos;) {
+    text.replace(text.find(mac), mac.size(), "02:a2:00:05:01:99");
+  }
+  file("leaf/bridge-fdb.json", text);
+  auto const ran = run({"check", leaf.string()});
+  EXPECT_EQ(ran.code, kNotProgrammed);
+  EXPECT_THAT(ran.out, HasSubstr("10.255.0.2, whose MAC address is missing: no forwarding entry of 02:a2:00:05:01:00"));
 }
 
 /// The result of the comparison with FRR of a series of captures.
