@@ -21,6 +21,7 @@
 // code, and where that says that an input cannot be used, with a message that names it and with nothing printed.
 //
 // TESSEL_FUZZ_COUNT and TESSEL_FUZZ_SEED say how many and where to begin; each input depends on its number alone.
+// TESSEL_FUZZ_KIND=1 takes captures alone.
 
 namespace FuzzTest {
 
@@ -47,6 +48,14 @@ struct Corpus {
   std::vector<std::string> profiles;
   std::vector<std::string> toggles{R"({"VaneVniSmInTesselL2":true})", R"({"Tessel4L3McastUnderlayHER":false})"};
   std::vector<std::map<std::string, std::string>> captures;
+  std::string const rules =
+      R"([{"priority":0,"src":"all","table":"local"},
+          {"priority":100,"src":"all","dst":"10.255.0.0","dstlen":16,"table":"100","suppress_prefixlen":0},
+          {"priority":200,"not":null,"src":"10.255.0.1","fwmark":"0x7","iif":"up1","action":"blackhole"},
+          {"priority":300,"src":"all","goto":32766},{"priority":1000,"src":"all","l3mdev":null},
+          {"priority":32766,"src":"all","table":"main"}])";
+  std::string const settings =
+      R"({"net.ipv4.conf.all.ignore_routes_with_linkdown":0,"net.ipv4.conf.up1.ignore_routes_with_linkdown":1})";
 
   Corpus() {
     for (auto const* name : {"cascaded", "flat", "flooding", "compact", "tiny"}) {
@@ -58,6 +67,10 @@ struct Corpus {
       for (auto const& file : fs::directory_iterator(source / "tests/data/captures" / name)) {
         files[file.path().filename()] = contents(file.path());
       }
+      files["ip-rule.json"] = rules;
+      files["sysctl.json"] = settings;
+      files["manifest.json"] = R"({"format":"tessel-capture/1","host":"leaf1","files":{"ip-link.json":{"status":0}}})";
+      files["frr-ip-route.json"] = contents(source / "tests/data/frr/uplink-flap/frr-ip-route.json");
     }
   }
 };
@@ -86,13 +99,17 @@ class Case {
  private:
   void build() {
     setenv("TESSEL_TOGGLE_DIR", (base_ / "toggles").c_str(), 1);
-    auto const kind = dice_.below(16);
+    auto const kind = setting("TESSEL_FUZZ_KIND", dice_.below(16));
     if (kind == 0) return arguments_.assign({"profiles", file("profile.json", corpus_.profiles)});
     if (kind == 1) return arguments_.assign({"import", "iproute2", captures("one"), captures("two")});
+    if (kind == 4) return arguments_.assign({"diff", captures("one"), captures("two")});
+    if (kind == 5) return arguments_.assign({"check", captures("one"), captures("two")});
+    if (kind == 6) return arguments_.assign({"plan", "--profile", "tiny", "--from", captures("one"), captures("two")});
+    if (kind == 7) return arguments_.assign({"diff", "--against", "frr", captures("one")});
     if (kind == 2) file("toggles/TesselL2.json", corpus_.toggles);
     if (kind == 2) return arguments_.assign({"run"});
     arguments_ = {"run", "--show", "summary,tunnels,tables,chip,logs,state"};
-    if (kind == 3) arguments_ = {"explain", dice_.pick(corpus_.explained)};
+    if (kind == 3) arguments_ = {dice_.oneIn(2) ? "explain" : "graph", dice_.pick(corpus_.explained)};
     if (kind != 3 && dice_.oneIn(4)) arguments_.push_back("--show-each");
     addInputs();
     addOptions();
