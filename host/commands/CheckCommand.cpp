@@ -50,9 +50,12 @@ void printRisks(std::ostream& out, std::vector<Risk> const& risks, std::size_t h
   auto const count = [&](Risk::Weight weight) {
     return std::count_if(risks.begin(), risks.end(), [&](auto const& risk) { return risk.weight == weight; });
   };
+  auto const counted = [](auto number, std::string_view one) {
+    return fmt::format("{} {}{}", number, one, number == 1 ? "" : "s");
+  };
   out << (risks.empty() ? "" : "\n")
-      << fmt::format("{} host{}: {} serious, {} warnings, {} hints\n", hosts, hosts == 1 ? "" : "s",
-                     count(Risk::Weight::serious), count(Risk::Weight::warning), count(Risk::Weight::hint));
+      << fmt::format("{}: {} serious, {}, {}\n", counted(hosts, "host"), count(Risk::Weight::serious),
+                     counted(count(Risk::Weight::warning), "warning"), counted(count(Risk::Weight::hint), "hint"));
 }
 
 void writeRisks(JsonWriter& json, std::vector<Risk> const& risks, std::vector<std::string> const& names) {

@@ -280,9 +280,11 @@ JsonDocument JsonDocument::parseExact(std::string_view text, std::string source,
   rapidjson::Reader reader;
   rapidjson::ParseResult result;
   auto const generate = [&](auto&) {
-    constexpr unsigned flags =
-        rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag | rapidjson::kParseFullPrecisionFlag;
-    result = reader.Parse<flags>(stream, handler);
+    constexpr unsigned flags = rapidjson::kParseIterativeFlag | rapidjson::kParseFullPrecisionFlag;
+    // Most texts are ASCII, whose encoding need not be examined string by string.
+    bool const ascii = std::none_of(text.begin(), text.end(), [](char c) { return (c & 0x80) != 0; });
+    result = ascii ? reader.Parse<flags>(stream, handler)
+                   : reader.Parse<flags | rapidjson::kParseValidateEncodingFlag>(stream, handler);
     return !result.IsError();
   };
   json.Populate(generate);
