@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "host/agent/Inputs.h"
+#include "platform/kiln/Exceptions.h"
 
 namespace Host {
 
@@ -13,6 +14,7 @@ std::vector<std::string> pathsOf(std::string const& operand) {
   std::vector<std::string> paths;
   for (std::size_t begin = 0; begin <= operand.size();) {
     auto const end = std::min(operand.find(',', begin), operand.size());
+    if (end == begin) throw Kiln::InputError(operand, "", "an empty path", "expected paths between commas");
     paths.push_back(operand.substr(begin, end - begin));
     begin = end + 1;
   }

@@ -8,7 +8,8 @@
 
 namespace Host {
 
-/// The paths of an operand: itself where it exists, otherwise what is between its commas.
+/// The paths of an operand: itself where it exists, otherwise what is between its commas. Throws `InputError` for an
+/// empty path.
 std::vector<std::string> pathsOf(std::string const& operand);
 
 /// The documents of one state: a document, a directory of captures, or several of them in order, comma-separated. A

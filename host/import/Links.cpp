@@ -112,9 +112,10 @@ void requireSameSource(JsonIn known, JsonIn data, std::string const& name) {
   for (auto const key : {"local", "local6", "port"}) {
     auto const theirs = known.find(key);
     auto const mine = data.find(key);
-    auto const wanted = theirs ? theirs->shown() : "nothing";
-    if ((mine ? mine->shown() : "nothing") == wanted) continue;
-    mine.value_or(data).fail(fmt::format("expected the {} {} that {} has for {}", key, wanted, known.source(), name));
+    if (mine && theirs ? mine->shown() == theirs->shown() : !mine && !theirs) continue;
+    mine.value_or(data).fail(
+        theirs ? fmt::format("expected the {} {} that {} has for {}", key, theirs->shown(), known.source(), name)
+               : fmt::format("expected no {}, as in {} for {}", key, known.source(), name));
   }
 }
 

@@ -29,7 +29,7 @@ void refuseOthers(JsonIn const& in, std::initializer_list<std::string_view> know
 
 Meshal::IpGenAddr addressOf(std::string_view text, JsonIn const& in) {
   Meshal::IpGenAddr address;
-  if (!Kiln::readText(text, address)) in.fail("expected the address '" + std::string(text) + "' to be one");
+  if (!Kiln::readText(text, address)) in.fail("expected an IPv4 or IPv6 address in the name of the member");
   return address;
 }
 
