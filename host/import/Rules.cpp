@@ -192,7 +192,6 @@ std::vector<Rules::Step> Rules::steps(Query const& query) const {
     }
     steps.push_back(rule.step);
     if (rule.vrf && query.device) steps.back().table = query.device->table;
-    if (!rule.step.end.empty()) break;
   }
   return steps;
 }

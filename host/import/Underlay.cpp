@@ -177,10 +177,10 @@ bool Underlay::isInService(RouteHop const& hop, bool v6, Walk& walk) const {
   auto const skips = hop.dead ? std::optional(true) : settings_.skipsLinkdown(hop.device, v6);
   if (!skips) {
     warnings_.add("link-down", hop.at.member("flags"),
-                  "ignored: the link is down, and sysctl.json does not say whether the host uses it",
-                  "packets are not sent over " + hop.device);
+                  "the link has no carrier, and sysctl.json does not say whether the host skips it",
+                  "packets are sent over " + hop.device + ": hosts that skip it mark the next hop as dead");
   }
-  if (!skips.value_or(true)) return true;
+  if (!skips.value_or(false)) return true;
   if (walk.why.empty()) walk.why = "link down: " + hop.device;
   return false;
 }

@@ -3,14 +3,12 @@
 #include <unistd.h>
 
 #include <array>
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <map>
-#include <set>
 #include <sstream>
 
 #include "host/import/CaptureSet.h"
@@ -183,7 +181,6 @@ Truth imported(path const& directory) {
       continue;
     }
     auto const id = std::to_string(tunnel["adjId"].GetUint());
-    std::set<unsigned> labels;
     for (auto const& hop : config["adjacency"][id.c_str()]["nextHops"].GetArray())
       ++ways.hops[hop["addr"].GetString() + std::string("@") + hop["l3Intf"].GetString()];
   }
