@@ -23,7 +23,7 @@ if(TARGET tessel-agent)
   install(DIRECTORY docs/schemas examples DESTINATION share/doc/tessel-agent COMPONENT agent)
 endif()
 
-install(PROGRAMS scripts/capture DESTINATION bin RENAME tessel-capture)
+install(PROGRAMS scripts/capture DESTINATION bin RENAME tessel-capture COMPONENT agent)
 
 foreach(folder platform TesselVxlan)
   if(EXISTS ${CMAKE_SOURCE_DIR}/${folder})

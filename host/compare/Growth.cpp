@@ -18,8 +18,15 @@ constexpr unsigned kLastVni = 16'777'214;
 
 Value* find(Value& object, std::string_view name) {
   if (!object.IsObject()) return nullptr;
-  auto const found = object.FindMember(Value(name.data(), static_cast<rapidjson::SizeType>(name.size())));
-  return found == object.MemberEnd() ? nullptr : &found->value;
+  Value const key(name.data(), static_cast<rapidjson::SizeType>(name.size()));
+  return object.HasMember(key) ? &object[key] : nullptr;
+}
+
+/// Calls `visit(member)` for each. The library's iterators over members that may change can't be compared in C++20.
+template <class Visit>
+void eachMember(Value& object, Visit visit) {
+  auto member = object.MemberBegin();
+  for (auto left = object.MemberCount(); left != 0; --left, ++member) visit(*member);
 }
 
 template <class... Names>
@@ -61,7 +68,7 @@ class Grower {
   Value copy(Value const& value) { return {value, json_.GetAllocator()}; }
 
   /// The last address among the names of an object's members; empty if there is none.
-  static std::string lastVtep(Value* members) {
+  static std::string lastVtep(Value const* members) {
     std::string last;
     Meshal::IpGenAddr lastAddress, address;
     if (!members || !members->IsObject()) return last;
@@ -87,7 +94,7 @@ class Grower {
   void repeat(Value& value, std::string const& model, std::size_t count) {
     bool const ipv6 = model.find(':') != model.npos;
     if (value.IsObject()) {
-      for (auto& member : value.GetObject()) repeat(member.value, model, count);
+      eachMember(value, [&](auto& member) { repeat(member.value, model, count); });
       auto const* const stated = find(value, model);
       if (!stated) return;
       auto const original = copy(*stated);
@@ -135,11 +142,11 @@ class Grower {
     auto* const map = find(json_, "stateway", kVniConfigPath, "vlanVniMap");
     if (!map || !map->IsObject() || map->MemberCount() == 0) return false;
     std::vector<bool> used(kLastVlan + 1);
-    auto model = map->MemberBegin();
-    for (auto mapping = map->MemberBegin(); mapping != map->MemberEnd(); ++mapping) {
-      used[find(mapping->value, "vlanId")->GetUint()] = true;
-      if (find(mapping->value, "vni")->GetUint() > find(model->value, "vni")->GetUint()) model = mapping;
-    }
+    auto* model = &*map->MemberBegin();
+    eachMember(*map, [&](Value::Member& mapping) {
+      used[find(mapping.value, "vlanId")->GetUint()] = true;
+      if (find(mapping.value, "vni")->GetUint() > find(model->value, "vni")->GetUint()) model = &mapping;
+    });
     std::string const key = model->name.GetString();
     auto const beforeVlan = key.substr(0, key.rfind(':') + 1);
     auto const original = copy(model->value);

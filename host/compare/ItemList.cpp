@@ -29,7 +29,7 @@ void joinChanged(std::vector<Change::Attribute>& attributes) {
   std::stable_sort(attributes.begin(), attributes.end(), [](auto const& a, auto const& b) { return a.name < b.name; });
   for (std::size_t i = 0; i + 1 < attributes.size(); ++i) {
     auto& [name, from, to] = attributes[i];
-    auto const isIts = [&](auto const& other) { return other.name == name; };
+    auto const isIts = [&its = attributes[i].name](auto const& other) { return other.name == its; };
     if (std::count_if(attributes.begin(), attributes.end(), isIts) != 2 || attributes[i + 1].name != name) continue;
     if (!from || !attributes[i + 1].to) continue;
     to = std::move(attributes[i + 1].to);

@@ -137,8 +137,8 @@ std::vector<Warning> CaptureSet::problems() const {
   }
   // What the file would have said is said once.
   for (auto const& [name, why] : unread_) {
-    auto const missing = std::find_if(problems.begin(), problems.end(), [&](Warning const& each) {
-      return each.kind == "missing-file" && each.file == why.file;
+    auto const missing = std::find_if(problems.begin(), problems.end(), [&file = why.file](Warning const& each) {
+      return each.kind == "missing-file" && each.file == file;
     });
     if (missing == problems.end()) continue;
     std::find(problems.begin(), problems.end(), why)->consequence = missing->consequence;

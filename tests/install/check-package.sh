@@ -11,7 +11,7 @@ cpack --config "$build/CPackConfig.cmake" -B "$work" >"$work/log" 2>&1 || { cat 
 package=$(echo "$work"/tessel-agent_*.deb)
 dpkg-deb -x "$package" "$work/root"
 dpkg-deb -f "$package" Depends | grep -q libfmt || { echo "no dependencies in the package"; exit 1; }
-for file in share/man/man1/tessel-agent.1 share/man/man1/tessel-capture.1 share/tessel/profiles/flat.json \
+for file in bin/tessel-capture share/man/man1/tessel-agent.1 share/man/man1/tessel-capture.1 share/tessel/profiles/flat.json \
   share/bash-completion/completions/tessel-agent share/doc/tessel-agent/schemas/report.schema.json; do
   [ -s "$work/root/usr/$file" ] || { echo "not in the package: $file"; exit 1; }
 done

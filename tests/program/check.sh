@@ -32,12 +32,20 @@ wants 2 "No such file" '$program run nowhere.json'
 wants 2 "did you mean explain?" '$program explian 10.0.0.1'
 wants 2 "did you mean --format?" '$program run --fromat json'
 wants 0 "Exit codes:" '$program --help'
-for command in run explain import types profiles; do wants 0 "tessel-agent $command" "\$program $command --help"; done
+for command in run explain diff plan check graph import types profiles; do wants 0 "tessel-agent $command" "\$program $command --help"; done
 wants 0 "" '$program run --quiet $good'
 [ -z "$("$program" run --quiet "$good" 2>&1)" ] || { echo "FAILED: --quiet prints"; failures=$((failures + 1)); }
 
+wants 0 "" '$program diff $good $good'
+wants 1 "10.255.0.2" '$program diff $good $good,$source/tests/data/captures/bridge-per-vni/events/02-uplink-down'
+wants 0 "0 serious" '$program check $good'
+wants 1 "1 serious" '$program check $source/tests/data/captures/vlan-aware-multihomed/leaf3'
+wants 1 "warning: " '$program run --strict $source/tests/data/captures/single-vxlan-device'
+wants 2 "frr-ip-route.json" '$program diff --against frr $good'
+
 # Output that can't be written.
-for command in run "run --format json" "explain 10.255.0.2" "import iproute2 $good" types profiles --help --version; do
+for command in run "run --format json" "explain 10.255.0.2" "import iproute2 $good" types profiles --help --version \
+  "diff $good $good" "plan --from $good $good" "plan --fit tiny $good" "check $good" "graph vni 10010"; do
   wants 2 "No space left on device" "\$program $command >/dev/full"
   wants 2 "standard output: " "\$program $command >&-"
 done
