@@ -43,13 +43,6 @@ Targets targetsOf(Asic::EntryHandle const& entry) {
   return targets;
 }
 
-/// Whether a row sends packets. The next hop of the broadcast address drops them.
-bool sendsPackets(Asic::EntryHandle const& entry) {
-  auto const table = entry.tableName();
-  return table == "HerNextHop2Table" ||
-         (table == "L3NextHop2Table" && !entry.keyText().starts_with("ff:ff:ff:ff:ff:ff"));
-}
-
 }  // namespace
 
 /// Keeps for every row whether all that it leads to is written, and for every way whether it is whole, while rows
@@ -116,7 +109,7 @@ class Transition::Ways {
   boost::unordered_flat_map<RowId, Node> nodes_;
 };
 
-Transition::Transition(Agent& agent) : agent_(agent), stores_(agent.chip().stores()) {
+Transition::Transition(Agent& agent) : agent_(agent), stores_(agent.chip().stores()), sending_(agent.chip()) {
   for (auto const& table : agent.chip().tables()) storeOf_[table.name] = storeNumber(*table.store);
   for (auto const* store : stores_) {
     store->forEachEntry([&](Asic::EntryView const& entry) {
@@ -145,7 +138,7 @@ Transition::RowId Transition::rowId(Asic::RecordBase const& record) const {
 
 /// A reference to a block is one to each of its rows.
 Transition::Contents Transition::contentsOf(Asic::EntryHandle const& entry, std::uint32_t row) const {
-  Contents contents{.links = {}, .sends = sendsPackets(entry)};
+  Contents contents{.links = {}, .sends = sending_.has(*entry.record())};
   auto const member = row - entry.record()->row;
   for (auto const& [from, target] : targetsOf(entry).found) {
     if (from != member) continue;

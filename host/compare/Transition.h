@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "host/agent/Agent.h"
+#include "host/show/Chain.h"
 #include "host/show/Report.h"
 
 namespace Host {
@@ -67,6 +68,7 @@ class Transition final : private Asic::RowObserver {
 
   Agent& agent_;
   std::vector<Asic::StoreBase const*> stores_;
+  SendingRows sending_;
   boost::unordered_flat_map<std::string, std::uint64_t> storeOf_;  ///< Numbers by the chip's tables.
   boost::unordered_flat_map<RowId, Contents> rows_;
   std::vector<Way> before_;

@@ -53,13 +53,6 @@ Asic::StoreBase const* storeOf(Asic::Chip const& chip) {
   return chip.store(Asic::shortName(Table::kilnType().name()));
 }
 
-/// Whether a row of the underlay next hops sends packets anywhere. The broadcast address is the key of the one that
-/// drops them, which tunnels without next hops of their own point to.
-bool sendsPackets(Asic::RecordBase const& record) {
-  auto const& key = static_cast<L3NextHop2Table::Store::Record const&>(record).key;
-  return key.macAddr() != Meshal::EthAddr(0xffffffffffff);
-}
-
 }  // namespace
 
 std::vector<Link> linksOf(Asic::EntryHandle const& handle) {
@@ -103,8 +96,15 @@ Handle firstUnwritten(std::vector<NeededRow> const& needed) {
   return first == rows.end() ? nullptr : *first;
 }
 
-WrittenRows::WrittenRows(Asic::Chip const& chip)
+SendingRows::SendingRows(Asic::Chip const& chip)
     : nextHopStore_(storeOf<L3NextHop2Table>(chip)), herNextHopStore_(storeOf<TesselVxlan::HerNextHop2Table>(chip)) {}
+
+bool SendingRows::has(Asic::RecordBase const& record) const {
+  auto const* const store = &record.store();
+  if (store != nextHopStore_) return store == herNextHopStore_;
+  auto const& key = static_cast<L3NextHop2Table::Store::Record const&>(record).key;
+  return key.macAddr() != Meshal::EthAddr(0xffffffffffff);
+}
 
 bool WrittenRows::has(NeededRow const& row) {
   if (!row.row) return false;
@@ -115,9 +115,7 @@ bool WrittenRows::has(NeededRow const& row) {
 WrittenRows::Verdict WrittenRows::at(Handle const& handle) {
   auto const* record = handle->record();
   if (auto const known = known_.find(record); known != known_.end()) return known->second;
-  auto const* const store = &record->store();
-  Verdict verdict{handle->state() == Asic::EntryState::written,
-                  store == herNextHopStore_ || (store == nextHopStore_ && sendsPackets(*record))};
+  Verdict verdict{handle->state() == Asic::EntryState::written, sending_.has(*record)};
   for (auto const& link : linksOf(*handle)) {
     auto const below = at(link.target);
     verdict.written = verdict.written && below.written;

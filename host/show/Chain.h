@@ -31,13 +31,26 @@ std::optional<Meshal::EthAddr> nextHopMac(Asic::EntryHandle const& handle);
 /// The first of `rows`, and of all rows that they lead to, that the chip does not have; null if it has all.
 Asic::EntryHandle::PtrConst firstUnwritten(std::vector<NeededRow> const& rows);
 
+/// Tells which rows send packets: those of next hops. The underlay next hop of the broadcast address drops them;
+/// tunnels without next hops of their own point to it.
+class SendingRows {
+ public:
+  explicit SendingRows(Asic::Chip const& chip);
+
+  bool has(Asic::RecordBase const& record) const;
+
+ private:
+  Asic::StoreBase const* nextHopStore_;
+  Asic::StoreBase const* herNextHopStore_;
+};
+
 /// Tells for many rows whether the chip has them and all that they lead to; looks once at each row, however many others
 /// share it.
 ///
 /// REQUIRES: no table changes during its life.
 class WrittenRows {
  public:
-  explicit WrittenRows(Asic::Chip const& chip);
+  explicit WrittenRows(Asic::Chip const& chip) : sending_(chip) {}
 
   /// Whether the row exists, the chip has it and every row that it leads to, and, for one that has to send packets, at
   /// least one of these is a next hop that sends them.
@@ -51,8 +64,7 @@ class WrittenRows {
   };
   Verdict at(Asic::EntryHandle::PtrConst const& handle);
 
-  Asic::StoreBase const* nextHopStore_;
-  Asic::StoreBase const* herNextHopStore_;
+  SendingRows sending_;
   boost::unordered_flat_map<Asic::RecordBase const*, Verdict> known_;
 };
 
