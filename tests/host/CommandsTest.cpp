@@ -43,6 +43,13 @@ TEST(Commands, capturesAreImportedAsStateDocuments) {
   EXPECT_EQ(run({"run", capture("bridge-per-vni/leaf1")}).out, run({"run"}).out);
 }
 
+TEST(Commands, whatIsSaidBesideTheResultIsLeftOutOnDemand) {
+  auto const warned = capture("bridge-per-vni/events/04-vtep-gone");
+  EXPECT_THAT(run({"run"}).err, testing::StartsWith("no input: this is the built-in sample"));
+  EXPECT_THAT(run({"run", warned}).err, testing::StartsWith("warning: "));
+  EXPECT_EQ(run({"run", "--quiet"}).err + run({"run", "--quiet", warned}).err, "");
+}
+
 // A toggle holds for the life of a process.
 TEST(TogglesDeathTest, mappingsReachAFeatureThatOwnsThem) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
